@@ -1,0 +1,12 @@
+#include <capsule/Guid.h>
+
+#include <orvcore/Guid.h>
+
+namespace orvcapsule::utils {
+
+orvcore::UTF16String GenerateStringGuid()
+{
+    return orvcore::ToUTF16(orvcore::Guid::Create().ToString());
+}
+
+} // namespace orvcapsule::utils

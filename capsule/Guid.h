@@ -1,0 +1,12 @@
+#pragma once
+
+#include <capsule/Export.h>
+#include <orvcore/Strings.h>
+
+namespace orvcapsule::utils {
+
+/// A new random GUID as text, 36 lower-case characters with dashes: the form in which a template's identity is
+/// stored. Thread-safe; never repeats in practice.
+ORVCAPSULE_API orvcore::UTF16String GenerateStringGuid();
+
+} // namespace orvcapsule::utils

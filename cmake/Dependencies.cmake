@@ -1,0 +1,17 @@
+# The installed libraries the project calls. Those whose packages bring no usable CMake description (Debian's libzip
+# names programs of other packages in its own) are found by header and library.
+function(orv_find_library target header)
+  string(MAKE_C_IDENTIFIER "${target}" id)
+  find_path(${id}_INCLUDE_DIR ${header} REQUIRED)
+  find_library(${id}_LIBRARY NAMES ${ARGN} REQUIRED)
+  mark_as_advanced(${id}_INCLUDE_DIR ${id}_LIBRARY)
+  add_library(${target} UNKNOWN IMPORTED GLOBAL)
+  set_target_properties(${target} PROPERTIES
+    IMPORTED_LOCATION "${${id}_LIBRARY}"
+    INTERFACE_INCLUDE_DIRECTORIES "${${id}_INCLUDE_DIR}")
+endfunction()
+
+find_package(Threads REQUIRED)
+find_package(Boost 1.81 REQUIRED)
+find_package(simdjson REQUIRED)
+orv_find_library(orv::libzip zip.h zip)
