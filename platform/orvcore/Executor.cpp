@@ -33,6 +33,14 @@ struct Executors {
     std::shared_ptr<ThreadPoolExecutor> cpuBound =
         std::make_shared<ThreadPoolExecutor>(std::thread::hardware_concurrency());
     std::shared_ptr<ThreadPoolExecutor> preTermination = std::make_shared<ThreadPoolExecutor>(1);
+
+    // Both refuse work before any task learns of the end, or the next one in the queue would start in its place.
+    void BeginTermination()
+    {
+        preTermination->Stop(std::chrono::milliseconds(0));
+        cpuBound->Stop(std::chrono::milliseconds(0));
+        terminating = true;
+    }
 };
 
 #if !defined(_WIN32)
@@ -47,8 +55,7 @@ struct StopAtExit {
     StopAtExit& operator=(const StopAtExit&) = delete;
     ~StopAtExit()
     {
-        terminating = true;
-        executors.preTermination->Stop(std::chrono::milliseconds(0));
+        executors.BeginTermination();
         executors.cpuBound->Stop(std::chrono::seconds(2));
     }
     Executors& executors;
@@ -97,9 +104,10 @@ std::shared_ptr<Executor> GetPreTerminationExecutor()
 
 void ShutdownExecutors()
 {
-    terminating = true;
-    TheExecutors().preTermination->Stop();
-    TheExecutors().cpuBound->Stop();
+    Executors& executors = TheExecutors();
+    executors.BeginTermination();
+    executors.preTermination->Stop();
+    executors.cpuBound->Stop();
 }
 
 bool IsTerminating() noexcept
