@@ -20,6 +20,12 @@ public:
     /// The key of the next value; its bytes must stay valid until that value is written.
     virtual void Key(std::string_view key) = 0;
 
+    /// The same for a key that is known to need no escape: printable ASCII without quotes and back-slashes.
+    virtual void PlainKey(std::string_view key)
+    {
+        Key(key);
+    }
+
     virtual void Null() = 0;
     virtual void Bool(bool value) = 0;
     virtual void Int(std::int64_t value) = 0;
