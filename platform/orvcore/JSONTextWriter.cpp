@@ -81,8 +81,9 @@ char8_t* PutEscaped(std::u16string_view text, char8_t* to)
 
 } // namespace
 
-JSONTextWriter::JSONTextWriter(bool formatted)
+JSONTextWriter::JSONTextWriter(bool formatted, std::string_view key)
     : formatted_(formatted)
+    , lastKey_(key)
 {
 }
 
