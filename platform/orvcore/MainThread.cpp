@@ -39,7 +39,8 @@ public:
             }
             RunTask(call);
             ++ran;
-            if (std::chrono::steady_clock::now() - start >= budget) {
+            const auto used = std::chrono::steady_clock::now() - start;
+            if (std::chrono::duration_cast<std::chrono::milliseconds>(used) >= budget) { // the other way overflows
                 break;
             }
         }
