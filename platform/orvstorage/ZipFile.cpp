@@ -5,6 +5,8 @@
 #include <orvstorage/detail/Unpacker.h>
 #include <orvstorage/detail/ZipState.h>
 
+#include <algorithm>
+
 namespace orvstorage {
 
 ZipFile::ZipFile(const std::filesystem::path& archive, const std::string& password)
@@ -76,6 +78,14 @@ std::vector<ZipEntry> ZipFile::GetEntries() const
         return true;
     });
     return entries;
+}
+
+bool ZipFile::Contains(std::u8string_view entryName) const
+{
+    const ZipFailure before = state_->failure;
+    const std::vector<ZipEntry> entries = GetEntries();
+    state_->failure = before;
+    return std::any_of(entries.begin(), entries.end(), [&](const ZipEntry& entry) { return entry.name == entryName; });
 }
 
 std::vector<ZipFailure> ZipFile::Check(bool readContents) const

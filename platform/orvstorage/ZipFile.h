@@ -56,6 +56,8 @@ public:
     bool UnZip(const std::filesystem::path& directory, bool overwrite) const;
     /// The entries in the archive's order; empty when the archive cannot be read.
     std::vector<ZipEntry> GetEntries() const;
+    /// True when the archive can be read and has an entry of exactly this name. The last failure stays as it is.
+    bool Contains(std::u8string_view entryName) const;
     /// Everything that keeps the archive from being unpacked: its own failure, or one for each refused entry; with
     /// `readContents` each entry's data is read and checked as well. Empty when all is well. Writes nothing.
     std::vector<ZipFailure> Check(bool readContents) const;
