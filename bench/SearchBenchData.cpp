@@ -81,7 +81,7 @@ public:
 private:
     const std::u8string& Pick(const Words& words)
     {
-        return words[m_random() % words.size()];
+        return words[random_() % words.size()];
     }
     std::u8string Word(const Language& language)
     {
@@ -89,8 +89,7 @@ private:
     }
     std::u8string Tag(const Language& language)
     {
-        return Pick(language.syllables) + Pick(language.syllables) +
-               (m_random() % 4 == 0 ? Pick(language.words) : u8"");
+        return Pick(language.syllables) + Pick(language.syllables) + (random_() % 4 == 0 ? Pick(language.words) : u8"");
     }
     static std::u8string Digits(std::size_t number)
     {
@@ -98,7 +97,7 @@ private:
         return {text.begin(), text.end()};
     }
 
-    std::mt19937 m_random{20240531};
+    std::mt19937 random_{20240531};
 };
 
 } // namespace

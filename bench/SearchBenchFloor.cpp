@@ -56,18 +56,18 @@ std::string Pairs(const std::u8string& text, bool withEnd)
 } // namespace
 
 FullTextFloor::FullTextFloor(const std::string& file, Tokenizer tokenizer)
-    : m_tokenizer(tokenizer)
+    : tokenizer_(tokenizer)
 {
-    sqlite3_open(file.c_str(), &m_database);
-    Execute(m_database, "PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL");
+    sqlite3_open(file.c_str(), &database_);
+    Execute(database_, "PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL");
     const char* name = tokenizer == Tokenizer::Trigrams ? "trigram" : "unicode61";
-    Execute(m_database,
+    Execute(database_,
             "CREATE VIRTUAL TABLE rows USING fts5(key UNINDEXED, text, tokenize='" + std::string(name) + "')");
 }
 
 FullTextFloor::~FullTextFloor()
 {
-    sqlite3_close(m_database);
+    sqlite3_close(database_);
 }
 
 double FullTextFloor::Insert(const std::vector<Template>& templates)
@@ -75,16 +75,16 @@ double FullTextFloor::Insert(const std::vector<Template>& templates)
     std::vector<std::vector<std::u8string>> texts;
     for (const Template& each : templates) {
         texts.push_back(each.texts);
-        if (m_tokenizer == Tokenizer::Bigrams) {
+        if (tokenizer_ == Tokenizer::Bigrams) {
             for (std::u8string& text : texts.back()) {
                 text = orvcore::ToUTF8(std::string_view(Pairs(text, true)));
             }
         }
     }
     sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(m_database, "INSERT INTO rows VALUES(?,?)", -1, &statement, nullptr);
+    sqlite3_prepare_v2(database_, "INSERT INTO rows VALUES(?,?)", -1, &statement, nullptr);
     const auto start = std::chrono::steady_clock::now();
-    Execute(m_database, "BEGIN");
+    Execute(database_, "BEGIN");
     for (std::size_t i = 0; i < templates.size(); ++i) {
         for (const std::u8string& text : texts[i]) {
             const std::string_view key = orvcore::AsNarrow(templates[i].path);
@@ -94,7 +94,7 @@ double FullTextFloor::Insert(const std::vector<Template>& templates)
             sqlite3_reset(statement);
         }
     }
-    Execute(m_database, "COMMIT");
+    Execute(database_, "COMMIT");
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
     sqlite3_finalize(statement);
     return taken.count();
@@ -104,7 +104,7 @@ std::optional<std::string> FullTextFloor::Expression(const std::u8string& term) 
 {
     const std::u8string folded = orvcore::FoldText(term);
     const std::size_t letters = Letters(folded).size();
-    switch (m_tokenizer) {
+    switch (tokenizer_) {
     case Tokenizer::Words:
         return "\"" + orvcore::ToNarrow(term) + "\"*";
     case Tokenizer::Trigrams:
@@ -128,7 +128,7 @@ std::optional<std::vector<std::u16string>> FullTextFloor::Match(const std::vecto
             return std::nullopt;
         }
         sqlite3_stmt* statement = nullptr;
-        sqlite3_prepare_v2(m_database, "SELECT key FROM rows WHERE text MATCH ?", -1, &statement, nullptr);
+        sqlite3_prepare_v2(database_, "SELECT key FROM rows WHERE text MATCH ?", -1, &statement, nullptr);
         sqlite3_bind_text(statement, 1, expression->c_str(), -1, SQLITE_STATIC);
         std::vector<std::u16string> keys;
         while (sqlite3_step(statement) == SQLITE_ROW) {

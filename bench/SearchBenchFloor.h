@@ -33,8 +33,8 @@ public:
 private:
     std::optional<std::string> Expression(const std::u8string& term) const;
 
-    Tokenizer m_tokenizer;
-    sqlite3* m_database = nullptr;
+    Tokenizer tokenizer_;
+    sqlite3* database_ = nullptr;
 };
 
 } // namespace bench

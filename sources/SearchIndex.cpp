@@ -1,10 +1,14 @@
 #include <sources/SearchIndex.h>
 
+#include <orvcore/DebugSettings.h>
 #include <orvcore/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
 #include <orvstorage/SQLiteCodes.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -50,7 +54,8 @@ const std::vector<orvcore::UTF16String>& Tables()
 
 int ProgressInterval()
 {
-    return 50000;
+    const std::int64_t interval = orvcore::DebugSettings::GetInt("ORV.graphicfindinterval", 50000);
+    return static_cast<int>(std::clamp<std::int64_t>(interval, 0, std::numeric_limits<int>::max()));
 }
 
 bool Succeeded(orvmetadatadb::ResultCode code) noexcept

@@ -31,12 +31,12 @@ public:
     template <class Operation>
     ResultCode Run(Operation&& operation)
     {
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(mutex_);
         try {
-            return operation(m_store);
+            return operation(store_);
         } catch (const detail::SQLiteError& error) {
-            m_error = DBErrorCode::Storage;
-            m_sqliteError = error.Code();
+            error_ = DBErrorCode::Storage;
+            sqliteError_ = error.Code();
             return kStorageFailed;
         }
     }
@@ -55,47 +55,47 @@ public:
 
     bool IsTable(const std::vector<orvcore::UTF16String>& tables) const
     {
-        const std::lock_guard lock(m_mutex);
-        return tables.size() == 1 && tables[0] == m_table;
+        const std::lock_guard lock(mutex_);
+        return tables.size() == 1 && tables[0] == table_;
     }
     void SetTable(const orvcore::UTF16String& table)
     {
-        m_table = table;
+        table_ = table;
     }
 
     void Interrupt() noexcept
     {
-        m_store.Interrupt();
+        store_.Interrupt();
     }
 
     DBErrorCode Error() const
     {
-        const std::lock_guard lock(m_mutex);
-        return m_error;
+        const std::lock_guard lock(mutex_);
+        return error_;
     }
     int SQLiteErrorCode() const
     {
-        const std::lock_guard lock(m_mutex);
-        return m_sqliteError;
+        const std::lock_guard lock(mutex_);
+        return sqliteError_;
     }
 
 private:
     ResultCode Refuse() noexcept
     {
-        m_error = DBErrorCode::Call;
-        m_sqliteError = orvstorage::sqlite::kOk;
+        error_ = DBErrorCode::Call;
+        sqliteError_ = orvstorage::sqlite::kOk;
         return kBadCall;
     }
 
-    mutable std::mutex m_mutex;
-    detail::IndexStore m_store;
-    orvcore::UTF16String m_table;
-    DBErrorCode m_error = DBErrorCode::None;
-    int m_sqliteError = orvstorage::sqlite::kOk;
+    mutable std::mutex mutex_;
+    detail::IndexStore store_;
+    orvcore::UTF16String table_;
+    DBErrorCode error_ = DBErrorCode::None;
+    int sqliteError_ = orvstorage::sqlite::kOk;
 };
 
 RapidFindDB::RapidFindDB()
-    : m_impl(std::make_unique<Impl>())
+    : impl_(std::make_unique<Impl>())
 {
 }
 
@@ -103,7 +103,7 @@ RapidFindDB::~RapidFindDB() = default;
 
 ResultCode RapidFindDB::Open(const orvcore::UTF16String& path)
 {
-    return m_impl->Run([&](detail::IndexStore& store) {
+    return impl_->Run([&](detail::IndexStore& store) {
         store.Open(path);
         return kSuccess;
     });
@@ -111,7 +111,7 @@ ResultCode RapidFindDB::Open(const orvcore::UTF16String& path)
 
 ResultCode RapidFindDB::SetSynchronousMode(bool synchronous)
 {
-    return m_impl->RunOpen(true, [&](detail::IndexStore& store) {
+    return impl_->RunOpen(true, [&](detail::IndexStore& store) {
         store.SetSynchronous(synchronous);
         return kSuccess;
     });
@@ -119,7 +119,7 @@ ResultCode RapidFindDB::SetSynchronousMode(bool synchronous)
 
 ResultCode RapidFindDB::RegisterSQLiteProgressHandler(int interval, ProgressCallback callback, void* context)
 {
-    return m_impl->RunOpen(true, [&](detail::IndexStore& store) {
+    return impl_->RunOpen(true, [&](detail::IndexStore& store) {
         store.SetProgressHandler(interval, callback, context);
         return kSuccess;
     });
@@ -128,9 +128,9 @@ ResultCode RapidFindDB::RegisterSQLiteProgressHandler(int interval, ProgressCall
 ResultCode RapidFindDB::UpdateTable(const std::vector<orvcore::UTF16String>& tables)
 {
     const bool valid = tables.size() == 1 && !tables[0].empty();
-    return m_impl->RunOpen(valid, [&](detail::IndexStore& store) {
+    return impl_->RunOpen(valid, [&](detail::IndexStore& store) {
         store.UseTable(tables[0]);
-        m_impl->SetTable(tables[0]);
+        impl_->SetTable(tables[0]);
         return kSuccess;
     });
 }
@@ -138,14 +138,14 @@ ResultCode RapidFindDB::UpdateTable(const std::vector<orvcore::UTF16String>& tab
 ResultCode RapidFindDB::InsertRow(const orvcore::UTF16String& key, const std::vector<orvcore::UTF16String>& values)
 {
     const bool valid = !key.empty() && values.size() == 1 && !values[0].empty();
-    return m_impl->RunOnTable(valid, [&](detail::IndexStore& store) {
+    return impl_->RunOnTable(valid, [&](detail::IndexStore& store) {
         return store.Insert(key, Searched(values[0])) ? kSuccess : kRowExists;
     });
 }
 
 ResultCode RapidFindDB::DeleteRow(const orvcore::UTF16String& key)
 {
-    return m_impl->RunOnTable(true, [&](detail::IndexStore& store) {
+    return impl_->RunOnTable(true, [&](detail::IndexStore& store) {
         store.Delete(key);
         return kSuccess;
     });
@@ -153,7 +153,7 @@ ResultCode RapidFindDB::DeleteRow(const orvcore::UTF16String& key)
 
 ResultCode RapidFindDB::DeleteTable()
 {
-    return m_impl->RunOpen(true, [&](detail::IndexStore& store) {
+    return impl_->RunOpen(true, [&](detail::IndexStore& store) {
         store.RemoveTable();
         return kSuccess;
     });
@@ -167,9 +167,9 @@ ResultCode RapidFindDB::Match(const std::vector<MatchCondition>& conditions, int
     const bool valid =
         matchOperator == kMatchAll && std::all_of(conditions.begin(), conditions.end(), [&](const auto& condition) {
             terms.push_back(orvcore::FoldText(condition.term));
-            return condition.modes == std::vector<int>{MatchCondition::kContains} && m_impl->IsTable(condition.tables);
+            return condition.modes == std::vector<int>{MatchCondition::kContains} && impl_->IsTable(condition.tables);
         });
-    return m_impl->RunOnTable(valid, [&](detail::IndexStore& store) {
+    return impl_->RunOnTable(valid, [&](detail::IndexStore& store) {
         if (!terms.empty()) {
             keys = store.Match(terms);
         }
@@ -182,8 +182,8 @@ ResultCode RapidFindDB::GetSimilarList(const orvcore::UTF16String& text, int cou
                                        int mode)
 {
     items.clear();
-    const bool valid = count >= 0 && mode == 0 && m_impl->IsTable(tables);
-    return m_impl->RunOnTable(valid, [&](detail::IndexStore& store) {
+    const bool valid = count >= 0 && mode == 0 && impl_->IsTable(tables);
+    return impl_->RunOnTable(valid, [&](detail::IndexStore& store) {
         for (auto& similar : store.Similar(orvcore::FoldText(text), static_cast<std::size_t>(count))) {
             items.push_back({std::move(similar)});
         }
@@ -193,17 +193,17 @@ ResultCode RapidFindDB::GetSimilarList(const orvcore::UTF16String& text, int cou
 
 void RapidFindDB::Interrupt() noexcept
 {
-    m_impl->Interrupt();
+    impl_->Interrupt();
 }
 
 DBErrorCode RapidFindDB::GetDBErrorCode() const
 {
-    return m_impl->Error();
+    return impl_->Error();
 }
 
 int RapidFindDB::GetSQLiteErrorCode() const
 {
-    return m_impl->SQLiteErrorCode();
+    return impl_->SQLiteErrorCode();
 }
 
 } // namespace orvmetadatadb

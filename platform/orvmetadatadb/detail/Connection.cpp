@@ -1,5 +1,6 @@
 #include <orvmetadatadb/detail/Connection.h>
 
+#include <orvcore/Paths.h>
 #include <orvstorage/SQLiteCodes.h>
 
 #include <sqlite3.h>
@@ -20,28 +21,29 @@ Connection::~Connection()
 void Connection::Open(const orvcore::UTF16String& path)
 {
     Close();
-    const orvcore::UTF8String name = orvcore::ToUTF8(path);
-    if (name.empty() || name.find(u8'\0') != orvcore::UTF8String::npos) {
+    const std::filesystem::path file = orvcore::PathFromUTF16(path);
+    if (!orvcore::IsUsablePath(file)) {
         throw SQLiteError(SQLITE_CANTOPEN);
     }
+    const orvcore::UTF8String name = orvcore::PathToUTF8(orvcore::ToSystemPath(file));
     // The owner serialises all calls, so SQLite's own locks around each would be paid for nothing.
     constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
-    const int result = sqlite3_open_v2(reinterpret_cast<const char*>(name.c_str()), &m_handle, kFlags, nullptr);
+    const int result = sqlite3_open_v2(reinterpret_cast<const char*>(name.c_str()), &handle_, kFlags, nullptr);
     if (result != SQLITE_OK) {
         Close();
         throw SQLiteError(result & 0xFF);
     }
-    sqlite3_extended_result_codes(m_handle, 0);
+    sqlite3_extended_result_codes(handle_, 0);
     // The file's content is not trusted: no functions or virtual tables run from its schema.
-    sqlite3_db_config(m_handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-    sqlite3_db_config(m_handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    SetProgressHandler(m_interval, m_callback, m_context);
+    sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    SetProgressHandler(interval_, callback_, context_);
 }
 
 void Connection::Close() noexcept
 {
-    sqlite3_close_v2(m_handle);
-    m_handle = nullptr;
+    sqlite3_close_v2(handle_);
+    handle_ = nullptr;
 }
 
 void Connection::Check(int result)
@@ -53,21 +55,21 @@ void Connection::Check(int result)
 
 void Connection::Execute(const char* sql)
 {
-    Check(sqlite3_exec(m_handle, sql, nullptr, nullptr, nullptr));
+    Check(sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr));
 }
 
 void Connection::SetBusyTimeout(int milliseconds) noexcept
 {
-    sqlite3_busy_timeout(m_handle, milliseconds);
+    sqlite3_busy_timeout(handle_, milliseconds);
 }
 
 void Connection::SetProgressHandler(int interval, ProgressCallback callback, void* context) noexcept
 {
-    m_interval = interval;
-    m_callback = callback;
-    m_context = context;
-    if (m_handle != nullptr) {
-        sqlite3_progress_handler(m_handle, interval, interval > 0 ? &Connection::OnProgress : nullptr, this);
+    interval_ = interval;
+    callback_ = callback;
+    context_ = context;
+    if (handle_ != nullptr) {
+        sqlite3_progress_handler(handle_, interval, interval > 0 ? &Connection::OnProgress : nullptr, this);
     }
 }
 
@@ -77,7 +79,7 @@ int Connection::OnProgress(void* self)
     if (connection.IsInterrupted()) {
         return 1;
     }
-    return connection.m_callback != nullptr ? connection.m_callback(connection.m_context) : 0;
+    return connection.callback_ != nullptr ? connection.callback_(connection.context_) : 0;
 }
 
 } // namespace orvmetadatadb::detail

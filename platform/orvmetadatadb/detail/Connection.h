@@ -13,12 +13,12 @@ namespace orvmetadatadb::detail {
 class SQLiteError : public std::exception {
 public:
     explicit SQLiteError(int code) noexcept
-        : m_code(code)
+        : code_(code)
     {
     }
     int Code() const noexcept
     {
-        return m_code;
+        return code_;
     }
     const char* what() const noexcept override
     {
@@ -26,7 +26,7 @@ public:
     }
 
 private:
-    int m_code;
+    int code_;
 };
 
 /// One connection to one database file. Not thread-safe, but for `Interrupt`.
@@ -44,7 +44,7 @@ public:
     void Close() noexcept;
     bool IsOpen() const noexcept
     {
-        return m_handle != nullptr;
+        return handle_ != nullptr;
     }
 
     /// Throws SQLiteError unless `result` is success, a row or the end of the rows.
@@ -59,26 +59,26 @@ public:
     /// Ends the running statement at the next question, and every later one. From any thread.
     void Interrupt() noexcept
     {
-        m_interrupted.store(true, std::memory_order_relaxed);
+        interrupted_.store(true, std::memory_order_relaxed);
     }
     bool IsInterrupted() const noexcept
     {
-        return m_interrupted.load(std::memory_order_relaxed);
+        return interrupted_.load(std::memory_order_relaxed);
     }
 
     sqlite3* Handle() const noexcept
     {
-        return m_handle;
+        return handle_;
     }
 
 private:
     static int OnProgress(void* self);
 
-    sqlite3* m_handle = nullptr;
-    int m_interval = 0;
-    ProgressCallback m_callback = nullptr;
-    void* m_context = nullptr;
-    std::atomic<bool> m_interrupted = false;
+    sqlite3* handle_ = nullptr;
+    int interval_ = 0;
+    ProgressCallback callback_ = nullptr;
+    void* context_ = nullptr;
+    std::atomic<bool> interrupted_ = false;
 };
 
 } // namespace orvmetadatadb::detail

@@ -23,8 +23,10 @@ std::string Identifier(const std::string& name, const char* suffix)
 
 void SetUp(Connection& connection)
 {
-    // What the index forgets need not be wiped from the disk, and a damaged page is better found early.
-    connection.Execute("PRAGMA secure_delete=OFF; PRAGMA cell_size_check=ON; PRAGMA temp_store=MEMORY");
+    // What the index forgets need not be wiped from the disk, a damaged page is better found early, and an empty index
+    // is not worth waiting for the disk.
+    connection.Execute(
+        "PRAGMA synchronous=OFF; PRAGMA secure_delete=OFF; PRAGMA cell_size_check=ON; PRAGMA temp_store=MEMORY");
 }
 
 // Readers and a writer do not wait for each other in this mode. On a file system that cannot have it (or while another
@@ -40,25 +42,24 @@ void PreferWriteAheadLog(Connection& connection)
 IndexFile::Format IndexFile::Open(const orvcore::UTF16String& path)
 {
     Close();
-    m_connection.Open(path);
-    m_connection.SetBusyTimeout(500);
-    SetUp(m_connection);
+    connection_.Open(path);
+    connection_.SetBusyTimeout(500);
+    SetUp(connection_);
     const Format format = ReadFormat();
     if (format != Format::Current) {
         Close();
         return format;
     }
-    PreferWriteAheadLog(m_connection);
-    m_dataVersion.emplace(m_connection, "PRAGMA data_version");
+    PreferWriteAheadLog(connection_);
+    dataVersion_.emplace(connection_, "PRAGMA data_version");
     return format;
 }
 
 IndexFile::Format IndexFile::ReadFormat()
 {
-    const auto application = Statement(m_connection, "PRAGMA application_id").Number();
-    const auto version = Statement(m_connection, "PRAGMA user_version").Number();
-    const auto tables =
-        Statement(m_connection, "SELECT count(*) FROM sqlite_schema").Number(); // reads the whole schema
+    const auto application = Statement(connection_, "PRAGMA application_id").Number();
+    const auto version = Statement(connection_, "PRAGMA user_version").Number();
+    const auto tables = Statement(connection_, "SELECT count(*) FROM sqlite_schema").Number(); // reads the whole schema
     if (application == kApplicationId) {
         return version == kFormatVersion ? Format::Current : Format::OtherVersion;
     }
@@ -66,26 +67,26 @@ IndexFile::Format IndexFile::ReadFormat()
         return Format::NotAnIndex;
     }
     // Written before the log comes into use, so that the mark stands in the file itself from the start.
-    Transaction transaction(m_connection, Transaction::Kind::Write);
-    m_connection.Execute(("PRAGMA application_id=" + std::to_string(kApplicationId) +
-                          "; PRAGMA user_version=" + std::to_string(kFormatVersion))
-                             .c_str());
+    Transaction transaction(connection_, Transaction::Kind::Write);
+    connection_.Execute(("PRAGMA application_id=" + std::to_string(kApplicationId) +
+                         "; PRAGMA user_version=" + std::to_string(kFormatVersion))
+                            .c_str());
     transaction.Commit();
     return Format::Current;
 }
 
 void IndexFile::Close() noexcept
 {
-    m_table.reset();
-    m_dataVersion.reset();
-    m_connection.Close();
+    table_.reset();
+    dataVersion_.reset();
+    connection_.Close();
 }
 
 void IndexFile::UseTable(const orvcore::UTF16String& table)
 {
-    m_table.reset();
+    table_.reset();
     const std::string name = orvcore::ToNarrow(table);
-    Statement exists(m_connection, "SELECT count(*) FROM sqlite_schema WHERE type='table' AND name=?");
+    Statement exists(connection_, "SELECT count(*) FROM sqlite_schema WHERE type='table' AND name=?");
     const std::string state = name + "_state";
     exists.Bind(1, orvcore::AsUTF8(state));
     if (exists.Number() == 0) {
@@ -93,8 +94,8 @@ void IndexFile::UseTable(const orvcore::UTF16String& table)
     }
     const std::string rows = Identifier(name, "");
     const std::string keys = Identifier(name, "_keys");
-    const auto prepare = [this](const std::string& sql) { return Statement(m_connection, sql); };
-    m_table = TableStatements{
+    const auto prepare = [this](const std::string& sql) { return Statement(connection_, sql); };
+    table_ = TableStatements{
         prepare("SELECT generation FROM " + Identifier(name, "_state")),
         prepare("UPDATE " + Identifier(name, "_state") + " SET generation=generation+1"),
         prepare("INSERT INTO " + keys + "(path) VALUES(?)"),
@@ -113,8 +114,8 @@ void IndexFile::CreateTable(const std::string& table)
     const std::string rows = Identifier(table, "");
     const std::string keys = Identifier(table, "_keys");
     const std::string state = Identifier(table, "_state");
-    Transaction transaction(m_connection, Transaction::Kind::Write);
-    m_connection.Execute(
+    Transaction transaction(connection_, Transaction::Kind::Write);
+    connection_.Execute(
         ("CREATE TABLE IF NOT EXISTS " + rows + "(id INTEGER PRIMARY KEY, key INTEGER NOT NULL, text TEXT NOT NULL);" +
          "CREATE INDEX IF NOT EXISTS " + Identifier(table, "_by_key") + " ON " + rows + "(key);" +
          "CREATE TABLE IF NOT EXISTS " + keys + "(id INTEGER PRIMARY KEY, path BLOB NOT NULL);" +
@@ -126,58 +127,58 @@ void IndexFile::CreateTable(const std::string& table)
 
 std::int64_t IndexFile::DataVersion()
 {
-    return m_dataVersion->Number();
+    return dataVersion_->Number();
 }
 
 std::int64_t IndexFile::Generation()
 {
-    return m_table->generation.Number();
+    return table_->generation.Number();
 }
 
 void IndexFile::CountDeletion()
 {
-    m_table->countDeletion.Run();
+    table_->countDeletion.Run();
 }
 
 std::int64_t IndexFile::AddKey(std::u16string_view path)
 {
-    m_table->addKey.BindBytes(1, path);
-    m_table->addKey.Run();
-    return sqlite3_last_insert_rowid(m_connection.Handle());
+    table_->addKey.BindBytes(1, path);
+    table_->addKey.Run();
+    return sqlite3_last_insert_rowid(connection_.Handle());
 }
 
 std::int64_t IndexFile::AddRow(std::int64_t key, std::u8string_view text)
 {
-    m_table->addRow.Bind(1, key);
-    m_table->addRow.Bind(2, text);
-    m_table->addRow.Run();
-    return sqlite3_last_insert_rowid(m_connection.Handle());
+    table_->addRow.Bind(1, key);
+    table_->addRow.Bind(2, text);
+    table_->addRow.Run();
+    return sqlite3_last_insert_rowid(connection_.Handle());
 }
 
 void IndexFile::RemoveKey(std::int64_t key)
 {
-    m_table->removeRows.Bind(1, key);
-    m_table->removeRows.Run();
-    m_table->removeKey.Bind(1, key);
-    m_table->removeKey.Run();
+    table_->removeRows.Bind(1, key);
+    table_->removeRows.Run();
+    table_->removeKey.Bind(1, key);
+    table_->removeKey.Run();
 }
 
 void IndexFile::RemoveAll()
 {
-    m_table->removeAllRows.Run();
-    m_table->removeAllKeys.Run();
+    table_->removeAllRows.Run();
+    table_->removeAllKeys.Run();
 }
 
 Statement& IndexFile::KeysAfter(std::int64_t id)
 {
-    m_table->keysAfter.Bind(1, id);
-    return m_table->keysAfter;
+    table_->keysAfter.Bind(1, id);
+    return table_->keysAfter;
 }
 
 Statement& IndexFile::RowsAfter(std::int64_t id)
 {
-    m_table->rowsAfter.Bind(1, id);
-    return m_table->rowsAfter;
+    table_->rowsAfter.Bind(1, id);
+    return table_->rowsAfter;
 }
 
 } // namespace orvmetadatadb::detail

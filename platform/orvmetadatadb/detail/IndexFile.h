@@ -23,27 +23,28 @@ public:
 
     enum class Format { Current, OtherVersion, NotAnIndex };
 
-    /// Opens or creates the file. Unless the result is `Current`, the file is closed again, unchanged.
+    /// Opens or creates the file, not waiting for the disk until told to. Unless the result is `Current`, the file is
+    /// closed again, unchanged.
     Format Open(const orvcore::UTF16String& path);
     void Close() noexcept;
     Connection& GetConnection() noexcept
     {
-        return m_connection;
+        return connection_;
     }
     const Connection& GetConnection() const noexcept
     {
-        return m_connection;
+        return connection_;
     }
 
     /// Makes `table` the one in use, created when it is missing. Begins its own transaction.
     void UseTable(const orvcore::UTF16String& table);
     void ForgetTable() noexcept
     {
-        m_table.reset();
+        table_.reset();
     }
     bool HasTable() const noexcept
     {
-        return m_table.has_value();
+        return table_.has_value();
     }
 
     /// Differs from the last result when another connection has changed the file meanwhile.
@@ -71,9 +72,9 @@ private:
     Format ReadFormat();
     void CreateTable(const std::string& table);
 
-    Connection m_connection;
-    std::optional<Statement> m_dataVersion;
-    std::optional<TableStatements> m_table;
+    Connection connection_;
+    std::optional<Statement> dataVersion_;
+    std::optional<TableStatements> table_;
 };
 
 } // namespace orvmetadatadb::detail

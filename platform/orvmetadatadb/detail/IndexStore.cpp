@@ -19,14 +19,14 @@ constexpr int kPatientMilliseconds = 500;
 IndexStore::~IndexStore()
 {
     // An interrupt ends searches; what was inserted before is still written.
-    m_file.GetConnection().SetProgressHandler(0, nullptr, nullptr);
+    file_.GetConnection().SetProgressHandler(0, nullptr, nullptr);
     SaveLast();
 }
 
 void IndexStore::SaveLast() noexcept
 {
     try {
-        if (m_failure == 0 && HasTable()) {
+        if (failure_ == 0 && HasTable()) {
             Save();
         }
     } catch (...) {
@@ -38,7 +38,7 @@ void IndexStore::Open(const orvcore::UTF16String& path)
 {
     SaveLast();
     Forget();
-    m_path = path;
+    path_ = path;
     OpenOrReplace();
 }
 
@@ -46,11 +46,11 @@ void IndexStore::OpenOrReplace()
 {
     IndexFile::Format format = IndexFile::Format::OtherVersion;
     try {
-        format = m_file.Open(m_path);
+        format = file_.Open(path_);
     } catch (const SQLiteError& error) {
-        m_file.Close();
+        file_.Close();
         const bool damaged = error.Code() == codes::kCorrupt || error.Code() == codes::kNotADatabase;
-        if (!damaged || !WasSearchIndex(m_path)) {
+        if (!damaged || !WasSearchIndex(path_)) {
             throw;
         }
     }
@@ -65,8 +65,8 @@ void IndexStore::OpenOrReplace()
 
 void IndexStore::Replace()
 {
-    m_file.Close();
-    if (!SetAside(m_path) || m_file.Open(m_path) != IndexFile::Format::Current) {
+    file_.Close();
+    if (!SetAside(path_) || file_.Open(path_) != IndexFile::Format::Current) {
         throw SQLiteError(codes::kCannotOpen);
     }
     ApplySynchronous();
@@ -74,18 +74,18 @@ void IndexStore::Replace()
 
 void IndexStore::SetSynchronous(bool synchronous)
 {
-    m_synchronous = synchronous;
+    synchronous_ = synchronous;
     ApplySynchronous();
 }
 
 void IndexStore::ApplySynchronous()
 {
-    m_file.GetConnection().Execute(m_synchronous ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=OFF");
+    file_.GetConnection().Execute(synchronous_ ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=OFF");
 }
 
 void IndexStore::SetProgressHandler(int interval, Connection::ProgressCallback callback, void* context)
 {
-    m_file.GetConnection().SetProgressHandler(interval, callback, context);
+    file_.GetConnection().SetProgressHandler(interval, callback, context);
 }
 
 void IndexStore::UseTable(const orvcore::UTF16String& table)
@@ -95,22 +95,22 @@ void IndexStore::UseTable(const orvcore::UTF16String& table)
     }
     Forget();
     try {
-        m_file.UseTable(table);
+        file_.UseTable(table);
     } catch (const SQLiteError& error) {
-        m_failure = error.Code();
+        failure_ = error.Code();
         throw;
     }
 }
 
 void IndexStore::RemoveTable()
 {
-    bool damaged = m_failure == codes::kCorrupt;
+    bool damaged = failure_ == codes::kCorrupt;
     Forget();
     try {
         if (!damaged && HasTable()) {
-            Transaction transaction(m_file.GetConnection(), Transaction::Kind::Write);
-            m_file.RemoveAll();
-            m_file.CountDeletion();
+            Transaction transaction(file_.GetConnection(), Transaction::Kind::Write);
+            file_.RemoveAll();
+            file_.CountDeletion();
             transaction.Commit();
         }
     } catch (const SQLiteError& error) {
@@ -119,7 +119,7 @@ void IndexStore::RemoveTable()
         }
         damaged = true;
     }
-    m_file.ForgetTable();
+    file_.ForgetTable();
     if (damaged) {
         Replace(); // nothing of the content is wanted any more
     }
@@ -127,15 +127,15 @@ void IndexStore::RemoveTable()
 
 bool IndexStore::Insert(std::u16string_view key, std::u16string_view text)
 {
-    if (m_failure != 0) {
-        throw SQLiteError(m_failure);
+    if (failure_ != 0) {
+        throw SQLiteError(failure_);
     }
-    if (!m_loaded) {
+    if (!loaded_) {
         Refresh();
     }
-    const MemoryIndex::Inserted inserted = m_memory.Insert(m_memory.AddKey(key), text);
+    const MemoryIndex::Inserted inserted = memory_.Insert(memory_.AddKey(key), text);
     if (inserted.isNew) {
-        m_newRows.push_back(inserted.row);
+        newRows_.push_back(inserted.row);
         SaveWhenDue();
     }
     return inserted.isNew;
@@ -143,15 +143,15 @@ bool IndexStore::Insert(std::u16string_view key, std::u16string_view text)
 
 void IndexStore::Delete(std::u16string_view key)
 {
-    if (m_failure != 0) {
-        throw SQLiteError(m_failure);
+    if (failure_ != 0) {
+        throw SQLiteError(failure_);
     }
-    if (!m_loaded) {
+    if (!loaded_) {
         Refresh();
     }
-    const std::int64_t fileId = m_memory.Delete(key);
+    const std::int64_t fileId = memory_.Delete(key);
     if (fileId != 0) {
-        m_goneKeys.emplace_back(key, fileId);
+        goneKeys_.emplace_back(key, fileId);
         SaveWhenDue();
     }
 }
@@ -159,34 +159,34 @@ void IndexStore::Delete(std::u16string_view key)
 std::vector<orvcore::UTF16String> IndexStore::Match(const std::vector<orvcore::UTF8String>& terms)
 {
     Refresh();
-    return m_memory.Match(terms);
+    return memory_.Match(terms);
 }
 
 std::vector<orvcore::UTF16String> IndexStore::Similar(const orvcore::UTF8String& start, std::size_t count)
 {
     Refresh();
-    return m_memory.Similar(start, count);
+    return memory_.Similar(start, count);
 }
 
 void IndexStore::SaveWhenDue()
 {
-    if (PendingCount() < m_saveAt) {
+    if (PendingCount() < saveAt_) {
         return;
     }
     try {
         Save();
-        m_saveAt = kGroupSize;
+        saveAt_ = kGroupSize;
     } catch (const SQLiteError& error) {
         if (error.Code() != codes::kBusy) {
             throw;
         }
-        m_saveAt = PendingCount() * 2; // another process keeps the file: ask less and less often
+        saveAt_ = PendingCount() * 2; // another process keeps the file: ask less and less often
     }
 }
 
 void IndexStore::SaveIfFree()
 {
-    Connection& connection = m_file.GetConnection();
+    Connection& connection = file_.GetConnection();
     connection.SetBusyTimeout(0);
     try {
         Save();
@@ -202,50 +202,50 @@ void IndexStore::Save()
         return;
     }
     try {
-        Transaction transaction(m_file.GetConnection(), Transaction::Kind::Write);
+        Transaction transaction(file_.GetConnection(), Transaction::Kind::Write);
         try {
             CatchUp();
             WritePending();
             transaction.Commit();
         } catch (...) {
-            m_loaded = false; // memory knows numbers that the file does not have now
+            loaded_ = false; // memory knows numbers that the file does not have now
             throw;
         }
     } catch (const SQLiteError& error) {
-        m_failure = error.Code() == codes::kBusy ? 0 : error.Code();
+        failure_ = error.Code() == codes::kBusy ? 0 : error.Code();
         throw;
     }
-    for (const MemoryIndex::RowId row : m_newRows) {
-        m_memory[row].stored = true;
+    for (const MemoryIndex::RowId row : newRows_) {
+        memory_[row].stored = true;
     }
-    m_newRows.clear();
-    m_goneKeys.clear();
-    if (m_memory.IsWasteful()) {
-        m_loaded = false;
+    newRows_.clear();
+    goneKeys_.clear();
+    if (memory_.IsWasteful()) {
+        loaded_ = false;
     }
 }
 
 void IndexStore::WritePending()
 {
-    for (const auto& [key, fileId] : m_goneKeys) {
-        m_file.RemoveKey(fileId);
+    for (const auto& [key, fileId] : goneKeys_) {
+        file_.RemoveKey(fileId);
     }
-    if (!m_goneKeys.empty()) {
-        m_file.CountDeletion();
-        m_generation = m_file.Generation();
+    if (!goneKeys_.empty()) {
+        file_.CountDeletion();
+        generation_ = file_.Generation();
     }
-    for (const MemoryIndex::RowId id : m_newRows) {
-        const MemoryIndex::Row& row = m_memory[id];
+    for (const MemoryIndex::RowId id : newRows_) {
+        const MemoryIndex::Row& row = memory_[id];
         if (row.text == TextPool::kNone || row.stored) {
             continue; // deleted again meanwhile
         }
-        std::int64_t key = m_memory.FileId(row.key);
+        std::int64_t key = memory_.FileId(row.key);
         if (key == 0) {
-            key = m_lastKey = m_file.AddKey(m_memory.KeyText(row.key));
-            m_memory.SetFileId(row.key, key);
-            m_keyOfFileId.emplace_back(key, row.key);
+            key = lastKey_ = file_.AddKey(memory_.KeyText(row.key));
+            memory_.SetFileId(row.key, key);
+            keyOfFileId_.emplace_back(key, row.key);
         }
-        m_lastRow = m_file.AddRow(key, orvcore::ToUTF8(m_memory.Text(row.text)));
+        lastRow_ = file_.AddRow(key, orvcore::ToUTF8(memory_.Text(row.text)));
     }
 }
 

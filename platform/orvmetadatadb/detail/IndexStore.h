@@ -29,13 +29,13 @@ public:
     void SetProgressHandler(int interval, Connection::ProgressCallback callback, void* context);
     void Interrupt() noexcept
     {
-        m_file.GetConnection().Interrupt();
+        file_.GetConnection().Interrupt();
     }
 
     void UseTable(const orvcore::UTF16String& table);
     bool HasTable() const noexcept
     {
-        return m_file.HasTable();
+        return file_.HasTable();
     }
     /// Removes all rows; the table must then be taken into use again. A damaged file is replaced.
     void RemoveTable();
@@ -48,7 +48,7 @@ public:
 
     bool IsOpen() const noexcept
     {
-        return m_file.GetConnection().IsOpen();
+        return file_.GetConnection().IsOpen();
     }
 
 private:
@@ -78,27 +78,27 @@ private:
     void WritePending();
     std::size_t PendingCount() const noexcept
     {
-        return m_newRows.size() + m_goneKeys.size();
+        return newRows_.size() + goneKeys_.size();
     }
 
-    orvcore::UTF16String m_path;
-    IndexFile m_file;
-    bool m_synchronous = true;
-    int m_failure = 0; ///< why nothing more is written; 0: nothing failed
+    orvcore::UTF16String path_;
+    IndexFile file_;
+    bool synchronous_ = true;
+    int failure_ = 0; ///< why nothing more is written; 0: nothing failed
 
-    MemoryIndex m_memory;
-    bool m_loaded = false;
-    std::int64_t m_dataVersion = 0;
-    std::int64_t m_generation = 0;
-    std::int64_t m_lastKey = 0;
-    std::int64_t m_lastRow = 0;
-    std::vector<std::pair<std::int64_t, MemoryIndex::KeyId>> m_keyOfFileId; ///< ascending
+    MemoryIndex memory_;
+    bool loaded_ = false;
+    std::int64_t dataVersion_ = 0;
+    std::int64_t generation_ = 0;
+    std::int64_t lastKey_ = 0;
+    std::int64_t lastRow_ = 0;
+    std::vector<std::pair<std::int64_t, MemoryIndex::KeyId>> keyOfFileId_; ///< ascending
 
-    std::vector<MemoryIndex::RowId> m_newRows;
-    std::vector<std::pair<orvcore::UTF16String, std::int64_t>> m_goneKeys;
-    std::size_t m_saveAt = kGroupSize;
-    std::vector<RowText> m_replayRows;
-    std::vector<orvcore::UTF16String> m_replayGone;
+    std::vector<MemoryIndex::RowId> newRows_;
+    std::vector<std::pair<orvcore::UTF16String, std::int64_t>> goneKeys_;
+    std::size_t saveAt_ = kGroupSize;
+    std::vector<RowText> replayRows_;
+    std::vector<orvcore::UTF16String> replayGone_;
 };
 
 } // namespace orvmetadatadb::detail

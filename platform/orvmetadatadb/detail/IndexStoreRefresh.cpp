@@ -12,57 +12,57 @@ namespace codes = orvstorage::sqlite;
 
 void IndexStore::Forget() noexcept
 {
-    m_memory.Clear();
-    m_keyOfFileId.clear();
-    m_newRows.clear();
-    m_goneKeys.clear();
-    m_replayRows.clear();
-    m_replayGone.clear();
-    m_loaded = false;
-    m_failure = 0;
-    m_saveAt = kGroupSize;
-    m_lastKey = m_lastRow = 0;
+    memory_.Clear();
+    keyOfFileId_.clear();
+    newRows_.clear();
+    goneKeys_.clear();
+    replayRows_.clear();
+    replayGone_.clear();
+    loaded_ = false;
+    failure_ = 0;
+    saveAt_ = kGroupSize;
+    lastKey_ = lastRow_ = 0;
 }
 
 void IndexStore::Refresh()
 {
-    if (m_failure == codes::kCorrupt) {
-        throw SQLiteError(m_failure);
+    if (failure_ == codes::kCorrupt) {
+        throw SQLiteError(failure_);
     }
-    if (m_failure == 0) {
+    if (failure_ == 0) {
         SaveIfFree();
     }
-    if (m_loaded && m_file.DataVersion() == m_dataVersion) {
+    if (loaded_ && file_.DataVersion() == dataVersion_) {
         return;
     }
     try {
-        Transaction transaction(m_file.GetConnection(), Transaction::Kind::Read);
+        Transaction transaction(file_.GetConnection(), Transaction::Kind::Read);
         CatchUp();
         transaction.Commit();
     } catch (const SQLiteError& error) {
-        m_loaded = false;
-        m_failure = error.Code() == codes::kCorrupt ? codes::kCorrupt : m_failure;
+        loaded_ = false;
+        failure_ = error.Code() == codes::kCorrupt ? codes::kCorrupt : failure_;
         throw;
     }
 }
 
 void IndexStore::CatchUp()
 {
-    const std::int64_t version = m_file.DataVersion();
-    if (m_loaded && version == m_dataVersion) {
+    const std::int64_t version = file_.DataVersion();
+    if (loaded_ && version == dataVersion_) {
         return;
     }
-    const std::int64_t generation = m_file.Generation();
-    if (!m_loaded || generation != m_generation) {
+    const std::int64_t generation = file_.Generation();
+    if (!loaded_ || generation != generation_) {
         KeepPendingForReplay();
-        m_loaded = false;
+        loaded_ = false;
     }
     LoadKeys();
     LoadRows();
-    m_dataVersion = version;
-    m_generation = generation;
-    if (!m_loaded) {
-        m_loaded = true;
+    dataVersion_ = version;
+    generation_ = generation;
+    if (!loaded_) {
+        loaded_ = true;
         ReplayPending();
     }
 }
@@ -71,67 +71,67 @@ void IndexStore::CatchUp()
 // load succeeds.
 void IndexStore::KeepPendingForReplay()
 {
-    for (auto& [key, fileId] : m_goneKeys) {
-        m_replayGone.push_back(std::move(key));
+    for (auto& [key, fileId] : goneKeys_) {
+        replayGone_.push_back(std::move(key));
     }
-    for (const MemoryIndex::RowId id : m_newRows) {
-        const MemoryIndex::Row& row = m_memory[id];
+    for (const MemoryIndex::RowId id : newRows_) {
+        const MemoryIndex::Row& row = memory_[id];
         if (row.text != TextPool::kNone && !row.stored) {
-            m_replayRows.emplace_back(m_memory.KeyText(row.key), m_memory.Text(row.text));
+            replayRows_.emplace_back(memory_.KeyText(row.key), memory_.Text(row.text));
         }
     }
-    m_goneKeys.clear();
-    m_newRows.clear();
-    m_memory.Clear();
-    m_keyOfFileId.clear();
-    m_lastKey = m_lastRow = 0;
+    goneKeys_.clear();
+    newRows_.clear();
+    memory_.Clear();
+    keyOfFileId_.clear();
+    lastKey_ = lastRow_ = 0;
 }
 
 void IndexStore::ReplayPending()
 {
-    for (orvcore::UTF16String& key : m_replayGone) {
-        const std::int64_t fileId = m_memory.Delete(key);
+    for (orvcore::UTF16String& key : replayGone_) {
+        const std::int64_t fileId = memory_.Delete(key);
         if (fileId != 0) {
-            m_goneKeys.emplace_back(std::move(key), fileId);
+            goneKeys_.emplace_back(std::move(key), fileId);
         }
     }
-    for (const auto& [key, text] : m_replayRows) {
-        const MemoryIndex::Inserted inserted = m_memory.Insert(m_memory.AddKey(key), text);
+    for (const auto& [key, text] : replayRows_) {
+        const MemoryIndex::Inserted inserted = memory_.Insert(memory_.AddKey(key), text);
         if (inserted.isNew) {
-            m_newRows.push_back(inserted.row);
+            newRows_.push_back(inserted.row);
         }
     }
-    m_replayGone.clear();
-    m_replayRows.clear();
+    replayGone_.clear();
+    replayRows_.clear();
 }
 
 void IndexStore::LoadKeys()
 {
-    Statement& keys = m_file.KeysAfter(m_lastKey);
+    Statement& keys = file_.KeysAfter(lastKey_);
     while (keys.Step()) {
-        m_lastKey = keys.Integer(0);
-        const MemoryIndex::KeyId key = m_memory.AddKey(keys.Units(1));
-        m_memory.SetFileId(key, m_lastKey);
-        m_keyOfFileId.emplace_back(m_lastKey, key);
+        lastKey_ = keys.Integer(0);
+        const MemoryIndex::KeyId key = memory_.AddKey(keys.Units(1));
+        memory_.SetFileId(key, lastKey_);
+        keyOfFileId_.emplace_back(lastKey_, key);
     }
 }
 
 void IndexStore::LoadRows()
 {
-    Statement& rows = m_file.RowsAfter(m_lastRow);
-    auto known = m_keyOfFileId.cend();
+    Statement& rows = file_.RowsAfter(lastRow_);
+    auto known = keyOfFileId_.cend();
     while (rows.Step()) {
-        m_lastRow = rows.Integer(0);
+        lastRow_ = rows.Integer(0);
         const std::int64_t fileId = rows.Integer(1);
-        if (known == m_keyOfFileId.cend() || known->first != fileId) { // a key's rows mostly lie together
-            known = std::lower_bound(m_keyOfFileId.cbegin(), m_keyOfFileId.cend(), fileId,
+        if (known == keyOfFileId_.cend() || known->first != fileId) { // a key's rows mostly lie together
+            known = std::lower_bound(keyOfFileId_.cbegin(), keyOfFileId_.cend(), fileId,
                                      [](const auto& pair, std::int64_t id) { return pair.first < id; });
         }
         const orvcore::UTF16String text = orvcore::ToUTF16(rows.Text(2));
-        if (known == m_keyOfFileId.cend() || known->first != fileId || text.empty()) {
+        if (known == keyOfFileId_.cend() || known->first != fileId || text.empty()) {
             continue; // a row without key or text finds nothing
         }
-        m_memory[m_memory.Insert(known->second, text).row].stored = true;
+        memory_[memory_.Insert(known->second, text).row].stored = true;
     }
 }
 

@@ -20,57 +20,57 @@ constexpr std::size_t kSmallShare = 16;
 
 MemoryIndex::KeyId MemoryIndex::AddKey(std::u16string_view key)
 {
-    const KeyId id = m_keys.Add(key);
-    if (id == m_keyRecords.size()) {
-        m_keyRecords.emplace_back();
+    const KeyId id = keys_.Add(key);
+    if (id == keyRecords_.size()) {
+        keyRecords_.emplace_back();
     }
     return id;
 }
 
 MemoryIndex::Inserted MemoryIndex::Insert(KeyId key, std::u16string_view text)
 {
-    const TextPool::Id textId = m_texts.Add(text);
-    RowId& first = m_keyRecords[key].firstRow;
-    for (RowId row = first; row != kNoRow; row = m_rows[row].next) {
-        if (m_rows[row].text == textId) {
+    const TextPool::Id textId = texts_.Add(text);
+    RowId& first = keyRecords_[key].firstRow;
+    for (RowId row = first; row != kNoRow; row = rows_[row].next) {
+        if (rows_[row].text == textId) {
             return {row, false};
         }
     }
     const RowId row = NewRow();
-    m_rows[row] = {key, textId, first, false};
-    m_liveKeys += first == kNoRow ? 1 : 0;
+    rows_[row] = {key, textId, first, false};
+    liveKeys_ += first == kNoRow ? 1 : 0;
     first = row;
-    m_texts.AddUse(textId);
+    texts_.AddUse(textId);
     return {row, true};
 }
 
 MemoryIndex::RowId MemoryIndex::NewRow()
 {
-    if (m_freeRows.empty()) {
-        if (m_rows.size() == kNoRow) {
+    if (freeRows_.empty()) {
+        if (rows_.size() == kNoRow) {
             throw std::length_error("too many rows");
         }
-        m_rows.emplace_back();
-        return static_cast<RowId>(m_rows.size() - 1);
+        rows_.emplace_back();
+        return static_cast<RowId>(rows_.size() - 1);
     }
-    const RowId row = m_freeRows.back();
-    m_freeRows.pop_back();
+    const RowId row = freeRows_.back();
+    freeRows_.pop_back();
     return row;
 }
 
 std::int64_t MemoryIndex::Delete(std::u16string_view key)
 {
-    const auto keyId = m_keys.Find(key);
+    const auto keyId = keys_.Find(key);
     if (!keyId) {
         return 0;
     }
-    KeyRecord& record = m_keyRecords[*keyId];
+    KeyRecord& record = keyRecords_[*keyId];
     const std::int64_t fileId = record.fileId;
-    m_liveKeys -= record.firstRow != kNoRow ? 1 : 0;
-    for (RowId row = record.firstRow; row != kNoRow; row = m_rows[row].next) {
-        m_texts.DropUse(m_rows[row].text);
-        m_rows[row].text = TextPool::kNone;
-        m_freeRows.push_back(row);
+    liveKeys_ -= record.firstRow != kNoRow ? 1 : 0;
+    for (RowId row = record.firstRow; row != kNoRow; row = rows_[row].next) {
+        texts_.DropUse(rows_[row].text);
+        rows_[row].text = TextPool::kNone;
+        freeRows_.push_back(row);
     }
     record = KeyRecord();
     return fileId;
@@ -83,14 +83,14 @@ void MemoryIndex::Clear()
 
 bool MemoryIndex::IsWasteful() const noexcept
 {
-    return m_keys.Size() > kWasteWorthClearing && m_liveKeys < m_keys.Size() / 2;
+    return keys_.Size() > kWasteWorthClearing && liveKeys_ < keys_.Size() / 2;
 }
 
 std::vector<orvcore::UTF16String> MemoryIndex::Match(const std::vector<orvcore::UTF8String>& terms)
 {
-    std::vector<std::uint8_t> wanted(m_keys.Size(), 0);
+    std::vector<std::uint8_t> wanted(keys_.Size(), 0);
     for (std::size_t key = 0; key < wanted.size(); ++key) {
-        wanted[key] = m_keyRecords[key].firstRow != kNoRow ? 1 : 0;
+        wanted[key] = keyRecords_[key].firstRow != kNoRow ? 1 : 0;
     }
     const bool any = std::all_of(terms.begin(), terms.end(), [&](const auto& term) { return Narrow(term, wanted); });
     return any ? Collect(wanted) : std::vector<orvcore::UTF16String>();
@@ -101,12 +101,12 @@ bool MemoryIndex::Narrow(const orvcore::UTF8String& term, std::vector<std::uint8
     if (term.empty()) {
         return true;
     }
-    std::vector<std::uint8_t> texts(m_texts.Size(), 0);
-    if (!m_texts.FindContaining(term, texts)) {
+    std::vector<std::uint8_t> texts(texts_.Size(), 0);
+    if (!texts_.FindContaining(term, texts)) {
         return false;
     }
     std::vector<std::uint8_t> hits(wanted.size(), 0);
-    for (const Row& row : m_rows) {
+    for (const Row& row : rows_) {
         hits[row.key] = static_cast<std::uint8_t>(hits[row.key] | texts[row.text]);
     }
     std::uint8_t any = 0;
@@ -122,20 +122,20 @@ std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::ui
     std::vector<orvcore::UTF16String> keys;
     const auto count = static_cast<std::size_t>(std::count(wanted.begin(), wanted.end(), std::uint8_t{1}));
     keys.reserve(count);
-    const bool ordered = m_sortedKeys.size() == m_keys.Size();
+    const bool ordered = sortedKeys_.size() == keys_.Size();
     if (count < kSmallAnswer || (!ordered && count < wanted.size() / kSmallShare)) {
         for (std::size_t key = 0; key < wanted.size(); ++key) {
             if (wanted[key] != 0) {
-                keys.emplace_back(m_keys[static_cast<KeyId>(key)]);
+                keys.emplace_back(keys_[static_cast<KeyId>(key)]);
             }
         }
         std::sort(keys.begin(), keys.end(), IsBefore);
         return keys;
     }
     SortKeys();
-    for (const KeyId key : m_sortedKeys) {
+    for (const KeyId key : sortedKeys_) {
         if (wanted[key] != 0) {
-            keys.emplace_back(m_keys[key]);
+            keys.emplace_back(keys_[key]);
         }
     }
     return keys;
@@ -143,23 +143,23 @@ std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::ui
 
 void MemoryIndex::SortKeys()
 {
-    const std::size_t known = m_sortedKeys.size();
-    if (known == m_keys.Size()) {
+    const std::size_t known = sortedKeys_.size();
+    if (known == keys_.Size()) {
         return;
     }
-    m_sortedKeys.resize(m_keys.Size());
-    const auto added = m_sortedKeys.begin() + static_cast<std::ptrdiff_t>(known);
-    std::iota(added, m_sortedKeys.end(), static_cast<KeyId>(known));
-    const auto before = [this](KeyId a, KeyId b) { return IsBefore(m_keys[a], m_keys[b]); };
-    std::sort(added, m_sortedKeys.end(), before);
-    std::inplace_merge(m_sortedKeys.begin(), added, m_sortedKeys.end(), before);
+    sortedKeys_.resize(keys_.Size());
+    const auto added = sortedKeys_.begin() + static_cast<std::ptrdiff_t>(known);
+    std::iota(added, sortedKeys_.end(), static_cast<KeyId>(known));
+    const auto before = [this](KeyId a, KeyId b) { return IsBefore(keys_[a], keys_[b]); };
+    std::sort(added, sortedKeys_.end(), before);
+    std::inplace_merge(sortedKeys_.begin(), added, sortedKeys_.end(), before);
 }
 
 std::vector<orvcore::UTF16String> MemoryIndex::Similar(std::u8string_view start, std::size_t count) const
 {
     std::vector<orvcore::UTF16String> texts;
-    for (const TextPool::Id id : m_texts.FindSimilar(start, count)) {
-        texts.emplace_back(m_texts[id]);
+    for (const TextPool::Id id : texts_.FindSimilar(start, count)) {
+        texts.emplace_back(texts_[id]);
     }
     return texts;
 }

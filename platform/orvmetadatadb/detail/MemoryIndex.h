@@ -39,29 +39,29 @@ public:
 
     Row& operator[](RowId row) noexcept
     {
-        return m_rows[row];
+        return rows_[row];
     }
     std::size_t RowCount() const noexcept
     {
-        return m_rows.size() - m_freeRows.size();
+        return rows_.size() - freeRows_.size();
     }
     /// True when keys without rows hold much of the memory, so that building the index anew pays.
     bool IsWasteful() const noexcept;
     std::u16string_view KeyText(KeyId key) const noexcept
     {
-        return m_keys[key];
+        return keys_[key];
     }
     std::u16string_view Text(TextPool::Id text) const noexcept
     {
-        return m_texts[text];
+        return texts_[text];
     }
     std::int64_t FileId(KeyId key) const noexcept
     {
-        return m_keyRecords[key].fileId;
+        return keyRecords_[key].fileId;
     }
     void SetFileId(KeyId key, std::int64_t fileId) noexcept
     {
-        m_keyRecords[key].fileId = fileId;
+        keyRecords_[key].fileId = fileId;
     }
 
     /// The keys for which each folded term is contained in some text of theirs, in order of code units.
@@ -80,13 +80,13 @@ private:
     std::vector<orvcore::UTF16String> Collect(const std::vector<std::uint8_t>& wanted);
     void SortKeys();
 
-    StringTable m_keys;
-    std::vector<KeyRecord> m_keyRecords;
-    std::vector<Row> m_rows;
-    std::vector<RowId> m_freeRows;
-    TextPool m_texts;
-    std::vector<KeyId> m_sortedKeys; // all keys that were there at the last big answer
-    std::size_t m_liveKeys = 0;
+    StringTable keys_;
+    std::vector<KeyRecord> keyRecords_;
+    std::vector<Row> rows_;
+    std::vector<RowId> freeRows_;
+    TextPool texts_;
+    std::vector<KeyId> sortedKeys_; // all keys that were there at the last big answer
+    std::size_t liveKeys_ = 0;
 };
 
 } // namespace orvmetadatadb::detail

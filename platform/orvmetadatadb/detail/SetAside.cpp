@@ -1,5 +1,7 @@
 #include <orvmetadatadb/detail/SetAside.h>
 
+#include <orvcore/Files.h>
+#include <orvcore/Paths.h>
 #include <orvmetadatadb/detail/IndexFile.h>
 
 #include <algorithm>
@@ -16,6 +18,11 @@ constexpr std::string_view kMagic("SQLite format 3\0", 16);
 constexpr std::size_t kHeaderSize = 100;
 constexpr std::size_t kApplicationIdOffset = 68;
 
+std::filesystem::path SystemPath(const orvcore::UTF16String& path)
+{
+    return orvcore::ToSystemPath(orvcore::PathFromUTF16(path));
+}
+
 std::uint32_t BigEndian(const char* bytes) noexcept
 {
     std::uint32_t value = 0;
@@ -29,7 +36,7 @@ std::uint32_t BigEndian(const char* bytes) noexcept
 
 bool WasSearchIndex(const orvcore::UTF16String& path)
 {
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    std::ifstream file(SystemPath(path), std::ios::binary);
     std::array<char, kHeaderSize> header{};
     file.read(header.data(), header.size());
     const auto size = static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0));
@@ -48,9 +55,9 @@ bool SetAside(const orvcore::UTF16String& path)
 {
     for (const char16_t* suffix : {u"", u"-wal", u"-shm", u"-journal"}) {
         std::error_code error;
-        const std::filesystem::path from(path + suffix);
-        if (std::filesystem::exists(from, error)) {
-            std::filesystem::rename(from, std::filesystem::path(path + u".damaged" + suffix), error);
+        const std::filesystem::path from = SystemPath(path + suffix);
+        if (orvcore::Exists(from)) {
+            std::filesystem::rename(from, SystemPath(path + u".damaged" + suffix), error);
             if (error) {
                 return false;
             }

@@ -41,7 +41,7 @@ public:
     orvcore::UTF16String Units(int column) const;
 
 private:
-    sqlite3_stmt* m_statement = nullptr;
+    sqlite3_stmt* statement_ = nullptr;
 };
 
 } // namespace orvmetadatadb::detail

@@ -16,9 +16,9 @@ constexpr std::size_t kBlockUnits = 32 * 1024;
 
 std::size_t StringTable::SlotOf(std::u16string_view text) const noexcept
 {
-    const std::size_t mask = m_slots.size() - 1;
+    const std::size_t mask = slots_.size() - 1;
     std::size_t slot = std::hash<std::u16string_view>{}(text)&mask;
-    while (m_slots[slot] != kFreeSlot && m_strings[m_slots[slot]] != text) {
+    while (slots_[slot] != kFreeSlot && strings_[slots_[slot]] != text) {
         slot = (slot + 1) & mask;
     }
     return slot;
@@ -26,55 +26,55 @@ std::size_t StringTable::SlotOf(std::u16string_view text) const noexcept
 
 std::optional<StringTable::Id> StringTable::Find(std::u16string_view text) const noexcept
 {
-    if (m_slots.empty()) {
+    if (slots_.empty()) {
         return std::nullopt;
     }
-    const Id id = m_slots[SlotOf(text)];
+    const Id id = slots_[SlotOf(text)];
     return id == kFreeSlot ? std::nullopt : std::optional<Id>(id);
 }
 
 StringTable::Id StringTable::Add(std::u16string_view text)
 {
-    if (m_strings.size() * 3 >= m_slots.size() * 2) {
+    if (strings_.size() * 3 >= slots_.size() * 2) {
         Grow();
     }
-    Id& slot = m_slots[SlotOf(text)];
+    Id& slot = slots_[SlotOf(text)];
     if (slot == kFreeSlot) {
-        if (m_strings.size() == kFreeSlot) {
+        if (strings_.size() == kFreeSlot) {
             throw std::length_error("too many strings");
         }
-        m_strings.push_back(Store(text));
-        slot = static_cast<Id>(m_strings.size() - 1);
+        strings_.push_back(Store(text));
+        slot = static_cast<Id>(strings_.size() - 1);
     }
     return slot;
 }
 
 void StringTable::Grow()
 {
-    m_slots.assign(std::max(kFirstSlots, m_slots.size() * 2), kFreeSlot);
-    for (std::size_t id = 0; id < m_strings.size(); ++id) {
-        m_slots[SlotOf(m_strings[id])] = static_cast<Id>(id);
+    slots_.assign(std::max(kFirstSlots, slots_.size() * 2), kFreeSlot);
+    for (std::size_t id = 0; id < strings_.size(); ++id) {
+        slots_[SlotOf(strings_[id])] = static_cast<Id>(id);
     }
 }
 
 std::u16string_view StringTable::Store(std::u16string_view text)
 {
-    if (text.size() > m_freeSize) {
+    if (text.size() > freeSize_) {
         // A long string gets a block of its own, so that the rest of the current one is not lost.
         const bool isLong = text.size() > kBlockUnits / 4;
         const std::size_t size = isLong ? text.size() : kBlockUnits;
-        m_blocks.push_back(std::make_unique<char16_t[]>(size));
+        blocks_.push_back(std::make_unique<char16_t[]>(size));
         if (isLong) {
-            std::copy(text.begin(), text.end(), m_blocks.back().get());
-            return {m_blocks.back().get(), text.size()};
+            std::copy(text.begin(), text.end(), blocks_.back().get());
+            return {blocks_.back().get(), text.size()};
         }
-        m_free = m_blocks.back().get();
-        m_freeSize = size;
+        free_ = blocks_.back().get();
+        freeSize_ = size;
     }
-    char16_t* const at = m_free;
+    char16_t* const at = free_;
     std::copy(text.begin(), text.end(), at);
-    m_free += text.size();
-    m_freeSize -= text.size();
+    free_ += text.size();
+    freeSize_ -= text.size();
     return {at, text.size()};
 }
 

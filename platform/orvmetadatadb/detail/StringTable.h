@@ -22,11 +22,11 @@ public:
     /// Valid until `Clear`.
     std::u16string_view operator[](Id id) const noexcept
     {
-        return m_strings[id];
+        return strings_[id];
     }
     std::size_t Size() const noexcept
     {
-        return m_strings.size();
+        return strings_.size();
     }
     void Clear() noexcept;
 
@@ -36,11 +36,11 @@ private:
     void Grow();
     std::u16string_view Store(std::u16string_view text);
 
-    std::vector<std::u16string_view> m_strings;
-    std::vector<Id> m_slots; // open addressing; a power of two, at most two thirds full
-    std::vector<std::unique_ptr<char16_t[]>> m_blocks;
-    char16_t* m_free = nullptr;
-    std::size_t m_freeSize = 0;
+    std::vector<std::u16string_view> strings_;
+    std::vector<Id> slots_; // open addressing; a power of two, at most two thirds full
+    std::vector<std::unique_ptr<char16_t[]>> blocks_;
+    char16_t* free_ = nullptr;
+    std::size_t freeSize_ = 0;
 };
 
 } // namespace orvmetadatadb::detail

@@ -19,21 +19,21 @@ TextPool::TextPool()
 
 void TextPool::Clear()
 {
-    m_texts.Clear();
-    m_uses.clear();
-    m_folded.clear();
-    m_starts.assign(1, 0);
+    texts_.Clear();
+    uses_.clear();
+    folded_.clear();
+    starts_.assign(1, 0);
     Add({}); // becomes kNone
 }
 
 TextPool::Id TextPool::Add(std::u16string_view text)
 {
-    const Id id = m_texts.Add(text);
-    if (id == m_uses.size()) {
-        m_folded += orvcore::AsNarrow(orvcore::FoldText(text));
-        m_folded += kSeparator;
-        m_starts.push_back(m_folded.size());
-        m_uses.push_back(0);
+    const Id id = texts_.Add(text);
+    if (id == uses_.size()) {
+        folded_ += orvcore::AsNarrow(orvcore::FoldText(text));
+        folded_ += kSeparator;
+        starts_.push_back(folded_.size());
+        uses_.push_back(0);
     }
     return id;
 }
@@ -43,11 +43,11 @@ void TextPool::Scan(std::u8string_view term, Visit&& visit) const
 {
     const std::string_view needle = orvcore::AsNarrow(term);
     Id id = 0;
-    for (std::size_t at = m_folded.find(needle); at != std::string::npos; at = m_folded.find(needle, at)) {
+    for (std::size_t at = folded_.find(needle); at != std::string::npos; at = folded_.find(needle, at)) {
         while (End(id) <= at) {
             ++id;
         }
-        at = m_uses[id] == 0 || visit(id, at - m_starts[id]) ? End(id) : at + 1;
+        at = uses_[id] == 0 || visit(id, at - starts_[id]) ? End(id) : at + 1;
     }
 }
 
@@ -67,14 +67,14 @@ std::vector<TextPool::Candidate> TextPool::Candidates(std::u8string_view start) 
     std::vector<Candidate> candidates;
     if (start.empty()) {
         for (Id id = 0; id < Size(); ++id) {
-            if (m_uses[id] != 0) {
+            if (uses_[id] != 0) {
                 candidates.push_back({id, false});
             }
         }
         return candidates;
     }
     Scan(start, [&](Id id, std::size_t offset) {
-        const std::string_view text(m_folded.data() + m_starts[id], End(id) - m_starts[id] - 1);
+        const std::string_view text(folded_.data() + starts_[id], End(id) - starts_[id] - 1);
         if (!orvcore::IsWordStart(orvcore::AsUTF8(text), offset)) {
             return false;
         }
@@ -91,8 +91,8 @@ std::vector<TextPool::Id> TextPool::FindSimilar(std::u8string_view start, std::s
         if (a.startsInside != b.startsInside) {
             return b.startsInside;
         }
-        const std::u16string_view left = m_texts[a.id];
-        const std::u16string_view right = m_texts[b.id];
+        const std::u16string_view left = texts_[a.id];
+        const std::u16string_view right = texts_[b.id];
         return left.size() != right.size() ? left.size() < right.size() : left < right;
     };
     const std::size_t kept = std::min(count, candidates.size());

@@ -26,21 +26,21 @@ public:
     Id Add(std::u16string_view text);
     std::u16string_view operator[](Id id) const noexcept
     {
-        return m_texts[id];
+        return texts_[id];
     }
     std::size_t Size() const noexcept
     {
-        return m_texts.Size();
+        return texts_.Size();
     }
     void Clear();
 
     void AddUse(Id id) noexcept
     {
-        ++m_uses[id];
+        ++uses_[id];
     }
     void DropUse(Id id) noexcept
     {
-        --m_uses[id];
+        --uses_[id];
     }
 
     /// Sets `hits[id]` to 1 for every used text whose folded form contains `term` (folded, not empty). `hits` holds
@@ -59,17 +59,17 @@ private:
 
     std::size_t End(Id id) const noexcept
     {
-        return m_starts[id + 1];
+        return starts_[id + 1];
     }
     /// Calls `visit(id, offset in the text)` at each place of `term`; on true the search goes on with the next text.
     template <class Visit>
     void Scan(std::u8string_view term, Visit&& visit) const;
     std::vector<Candidate> Candidates(std::u8string_view start) const;
 
-    StringTable m_texts;
-    std::vector<std::uint32_t> m_uses;
-    std::string m_folded;              // each text followed by a byte that no folded text holds
-    std::vector<std::size_t> m_starts; // one more than there are texts
+    StringTable texts_;
+    std::vector<std::uint32_t> uses_;
+    std::string folded_;              // each text followed by a byte that no folded text holds
+    std::vector<std::size_t> starts_; // one more than there are texts
 };
 
 } // namespace orvmetadatadb::detail

@@ -5,22 +5,22 @@
 namespace orvmetadatadb::detail {
 
 Transaction::Transaction(Connection& connection, Kind kind)
-    : m_connection(connection)
+    : connection_(connection)
 {
     connection.Execute(kind == Kind::Write ? "BEGIN IMMEDIATE" : "BEGIN");
 }
 
 Transaction::~Transaction()
 {
-    if (m_open) {
-        sqlite3_exec(m_connection.Handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    if (open_) {
+        sqlite3_exec(connection_.Handle(), "ROLLBACK", nullptr, nullptr, nullptr);
     }
 }
 
 void Transaction::Commit()
 {
-    m_connection.Execute("COMMIT");
-    m_open = false;
+    connection_.Execute("COMMIT");
+    open_ = false;
 }
 
 } // namespace orvmetadatadb::detail

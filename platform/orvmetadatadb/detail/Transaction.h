@@ -20,8 +20,8 @@ public:
     void Commit();
 
 private:
-    Connection& m_connection;
-    bool m_open = true;
+    Connection& connection_;
+    bool open_ = true;
 };
 
 } // namespace orvmetadatadb::detail
