@@ -51,6 +51,7 @@ protected:
     orvmetadatadb::ResultCode Start(orvmetadatadb::RapidFindDB& index) const
     {
         const auto opened = index.Open(File());
+        index.SetSynchronousMode(false);
         return opened < 0 ? opened : index.UpdateTable(kTables);
     }
 

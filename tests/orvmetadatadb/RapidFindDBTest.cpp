@@ -177,7 +177,7 @@ TEST_F(RapidFindDBTest, AgreesWithANaiveSearch)
         }
         return text;
     };
-    std::map<std::u16string, std::set<std::u16string>> rows;
+    std::map<std::u16string, std::map<std::u16string, std::u8string>> rows; // folded texts by key and text
     for (int round = 0; round < 4000; ++round) {
         const std::u16string key = u"k" + orvcore::ToUTF16(std::to_string(random() % 300));
         const std::u16string text = randomText(8);
@@ -185,21 +185,22 @@ TEST_F(RapidFindDBTest, AgreesWithANaiveSearch)
             rows.erase(key);
             ASSERT_EQ(index.DeleteRow(key), 0);
         } else {
-            const bool isNew = rows[key].insert(text).second;
+            const bool isNew = rows[key].emplace(text, orvcore::FoldText(text)).second;
             ASSERT_EQ(index.InsertRow(key, {text}), isNew ? orvmetadatadb::kSuccess : orvmetadatadb::kRowExists);
         }
         if (round % 4 != 0) {
             continue;
         }
         const Texts terms = {randomText(2), randomText(1)};
+        const std::u8string first = orvcore::FoldText(terms[0]);
+        const std::u8string second = orvcore::FoldText(terms[1]);
         Texts expected;
         for (const auto& [name, texts] : rows) {
-            const bool all = std::all_of(terms.begin(), terms.end(), [&](const std::u16string& term) {
-                return std::any_of(texts.begin(), texts.end(), [&](const std::u16string& each) {
-                    return orvcore::FoldText(each).find(orvcore::FoldText(term)) != std::u8string::npos;
-                });
-            });
-            if (all) {
+            const auto holds = [&texts = texts](const std::u8string& term) {
+                return std::any_of(texts.begin(), texts.end(),
+                                   [&](const auto& text) { return text.second.find(term) != std::u8string::npos; });
+            };
+            if (holds(first) && holds(second)) {
                 expected.push_back(name);
             }
         }
