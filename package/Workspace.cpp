@@ -37,9 +37,9 @@ fs::path StockAssetFolder(const orvcore::UTF8String& assetId)
     if (stock.empty()) {
         return {};
     }
-    const fs::path folder = stock / detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetName())) /
-                            detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetClientVersion())) /
-                            detail::SafeFileName(assetId);
+    fs::path folder = stock / detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetName())) /
+                      detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetClientVersion())) /
+                      detail::SafeFileName(assetId);
     std::error_code ignored;
     fs::create_directories(orvcore::ToSystemPath(folder), ignored);
     return folder;
