@@ -24,43 +24,80 @@ std::size_t CountOf(const Container& container)
     return count < kCountLimit ? count : static_cast<std::size_t>(std::distance(container.begin(), container.end()));
 }
 
-// Node blocks that never move, so that nodes can point at each other.
-class NodeArena {
+// Blocks of elements that never move, so that nodes can point at other nodes and at texts.
+template <class T, std::size_t kFirstBlock>
+class Arena {
 public:
-    JSONNode* Allocate(std::size_t count)
+    T* Allocate(std::size_t count)
     {
         if (count > free_) {
             const std::size_t size = std::max(count, nextBlock_);
-            nextBlock_ = std::min<std::size_t>(nextBlock_ * 2, 1U << 16U);
-            blocks_.push_back(std::make_unique_for_overwrite<JSONNode[]>(size));
+            nextBlock_ = std::min<std::size_t>(nextBlock_ * 2, kFirstBlock * 256);
+            blocks_.push_back(std::make_unique_for_overwrite<T[]>(size));
             next_ = blocks_.back().get();
             free_ = size;
         }
-        JSONNode* result = next_;
+        T* result = next_;
         next_ += count;
         free_ -= count;
         return result;
     }
 
 private:
-    std::vector<std::unique_ptr<JSONNode[]>> blocks_;
-    JSONNode* next_ = nullptr;
+    std::vector<std::unique_ptr<T[]>> blocks_;
+    T* next_ = nullptr;
     std::size_t free_ = 0;
-    std::size_t nextBlock_ = 256;
+    std::size_t nextBlock_ = kFirstBlock;
+};
+
+using NodeArena = Arena<JSONNode, 256>;
+using TextArena = Arena<char, 4096>;
+
+// What a parse needs besides its result: about 16 bytes a byte of text, whose pages cost the system more to hand out
+// anew for each text than the parse takes. Every thread keeps one, unless a text was large.
+class ParseBuffers {
+public:
+    static constexpr std::size_t kKeptTextSize = 512U << 10U;
+
+    // The root lives until the next call on this thread.
+    simdjson::simdjson_result<simdjson::dom::element> Parse(std::string_view text)
+    {
+        if (parser_.capacity() < text.size()) {
+            // simdjson counts the document itself as one level.
+            if (const auto error = parser_.allocate(text.size(), kMaxJSONDepth + 1); error != simdjson::SUCCESS) {
+                return error;
+            }
+        }
+        padded_.reserve(text.size() + simdjson::SIMDJSON_PADDING);
+        padded_.assign(text);
+        padded_.append(simdjson::SIMDJSON_PADDING, '\0');
+        return parser_.parse(padded_.data(), text.size(), false);
+    }
+    void Shrink()
+    {
+        if (padded_.size() > kKeptTextSize) {
+            *this = ParseBuffers();
+        }
+    }
+
+private:
+    simdjson::dom::parser parser_{simdjson::SIMDJSON_MAXSIZE_BYTES};
+    std::string padded_;
 };
 
 } // namespace
 
 struct JSONDocument::Storage {
-    simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
-    NodeArena arena;
+    TextArena texts;
+    NodeArena nodes;
     JSONNode root;
 };
 
 class JSONDocumentBuilder {
 public:
-    explicit JSONDocumentBuilder(NodeArena& arena)
-        : arena_(arena)
+    JSONDocumentBuilder(NodeArena& nodes, TextArena& texts)
+        : nodes_(nodes)
+        , texts_(texts)
     {
     }
 
@@ -81,7 +118,7 @@ private:
     }
     JSONNode* SetContainer(JSONNode& node, JSONKind kind, std::size_t count)
     {
-        JSONNode* children = arena_.Allocate(count);
+        JSONNode* children = nodes_.Allocate(count);
         node.kind_ = kind;
         node.value_.children = children;
         node.size_ = static_cast<std::uint32_t>(count);
@@ -89,7 +126,15 @@ private:
     }
     bool FillScalar(JSONNode& node, const Variant& tree);
 
-    NodeArena& arena_;
+    std::string_view Keep(std::string_view text)
+    {
+        char* kept = texts_.Allocate(text.size());
+        std::copy(text.begin(), text.end(), kept);
+        return {kept, text.size()};
+    }
+
+    NodeArena& nodes_;
+    TextArena& texts_;
 };
 
 void JSONDocumentBuilder::Fill(JSONNode& node, const simdjson::dom::element& element)
@@ -100,7 +145,7 @@ void JSONDocumentBuilder::Fill(JSONNode& node, const simdjson::dom::element& ele
         const simdjson::dom::object object = element.get_object().value_unsafe();
         JSONNode* child = SetContainer(node, JSONKind::kObject, CountOf(object));
         for (const simdjson::dom::key_value_pair member : object) {
-            SetKey(*child, member.key);
+            SetKey(*child, Keep(member.key));
             Fill(*child++, member.value);
         }
         return;
@@ -114,7 +159,7 @@ void JSONDocumentBuilder::Fill(JSONNode& node, const simdjson::dom::element& ele
         return;
     }
     case element_type::STRING:
-        return SetText(node, element.get_string().value_unsafe());
+        return SetText(node, Keep(element.get_string().value_unsafe()));
     case element_type::INT64:
         node.kind_ = JSONKind::kInt64;
         node.value_.int64 = element.get_int64().value_unsafe();
@@ -309,25 +354,22 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(byteOrderMark.size());
     }
-    auto storage = std::make_unique<Storage>();
-    const simdjson::padded_string padded(AsNarrow(text));
-    // simdjson counts the document itself as one level.
-    simdjson::error_code error = storage->parser.allocate(text.size(), kMaxJSONDepth + 1);
+    thread_local ParseBuffers buffers;
     simdjson::dom::element root;
-    if (error == simdjson::SUCCESS) {
-        error = storage->parser.parse(padded).get(root);
-    }
-    if (error != simdjson::SUCCESS) {
+    if (const auto error = buffers.Parse(AsNarrow(text)).get(root); error != simdjson::SUCCESS) {
+        buffers.Shrink();
         throw json_parse_exception(simdjson::error_message(error));
     }
-    JSONDocumentBuilder(storage->arena).Fill(storage->root, root);
+    auto storage = std::make_unique<Storage>();
+    JSONDocumentBuilder(storage->nodes, storage->texts).Fill(storage->root, root);
+    buffers.Shrink();
     return JSONDocument(std::move(storage));
 }
 
 JSONDocument JSONDocument::FromTree(const Variant& tree)
 {
     auto storage = std::make_unique<Storage>();
-    JSONDocumentBuilder(storage->arena).Fill(storage->root, tree, 0);
+    JSONDocumentBuilder(storage->nodes, storage->texts).Fill(storage->root, tree, 0);
     return JSONDocument(std::move(storage));
 }
 

@@ -1,8 +1,10 @@
 #include <orvcore/JSONTextWriter.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 namespace orvcore::serialization {
 
@@ -24,6 +26,33 @@ constexpr std::array<char8_t, 256> kEscapes = [] {
     table['\\'] = u8'\\';
     return table;
 }();
+
+// True when a text stands in JSON as it is: printable ASCII without quotation mark and back-slash. Eight bytes at a
+// time: a byte's top bit is set in the sum where the byte is what the term looks for (or in some byte above such a
+// one).
+bool IsPlain(std::string_view text) noexcept
+{
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    constexpr std::uint64_t tops = ones << 7U;
+    const char* at = text.data();
+    std::size_t left = text.size();
+    for (; left >= 8; at += 8, left -= 8) {
+        std::uint64_t block = 0;
+        std::memcpy(&block, at, 8);
+        const std::uint64_t quotes = block ^ (ones * '"');
+        const std::uint64_t slashes = block ^ (ones * '\\');
+        if (((block | (block - ones * 0x20) | (quotes - ones) | (slashes - ones)) & tops) != 0) {
+            return false;
+        }
+    }
+    for (; left > 0; ++at, --left) {
+        const auto byte = static_cast<unsigned char>(*at);
+        if (byte >= 0x80 || kEscapes[byte] != 0) {
+            return false;
+        }
+    }
+    return true;
+}
 
 constexpr std::u8string_view kHexDigits = u8"0123456789abcdef";
 
@@ -122,12 +151,23 @@ void JSONTextWriter::EndArray()
 
 void JSONTextWriter::Key(std::string_view key)
 {
-    BeforeValue();
     lastKey_ = key;
-    Quote(key);
-    text_.push_back(u8':');
-    if (formatted_) {
-        text_.push_back(u8' ');
+    std::array<char, 64> piece; // the whole of a short plain key goes out at once
+    if (!formatted_ && key.size() <= piece.size() - 4 && IsPlain(key)) {
+        char* end = piece.data();
+        if (needComma_) {
+            *end++ = ',';
+        }
+        *end++ = '"';
+        end = std::copy(key.begin(), key.end(), end);
+        *end++ = '"';
+        *end++ = ':';
+        text_.append(reinterpret_cast<const char8_t*>(piece.data()), static_cast<std::size_t>(end - piece.data()));
+        needComma_ = true;
+    } else {
+        BeforeValue();
+        Quote(key);
+        text_.append(formatted_ ? u8": " : u8":");
     }
     afterKey_ = true;
 }
@@ -176,6 +216,12 @@ void JSONTextWriter::String(std::string_view text)
 
 void JSONTextWriter::Quote(std::string_view text)
 {
+    if (IsPlain(text)) {
+        text_.push_back(u8'"');
+        text_.append(AsUTF8(text));
+        text_.push_back(u8'"');
+        return;
+    }
     if (!IsWellFormedUTF8(text)) {
         const UTF8String mended = ToUTF8(ToUTF16(text));
         return Quote(AsNarrow(mended));
