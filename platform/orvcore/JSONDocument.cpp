@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <mutex>
 #include <vector>
 
 namespace orvcore::serialization {
@@ -24,80 +25,119 @@ std::size_t CountOf(const Container& container)
     return count < kCountLimit ? count : static_cast<std::size_t>(std::distance(container.begin(), container.end()));
 }
 
-// Blocks of elements that never move, so that nodes can point at other nodes and at texts.
-template <class T, std::size_t kFirstBlock>
-class Arena {
+// Node blocks that never move, so that nodes can point at each other.
+class NodeArena {
 public:
-    T* Allocate(std::size_t count)
+    JSONNode* Allocate(std::size_t count)
     {
-        if (count > free_) {
-            const std::size_t size = std::max(count, nextBlock_);
-            nextBlock_ = std::min<std::size_t>(nextBlock_ * 2, kFirstBlock * 256);
-            blocks_.push_back(std::make_unique_for_overwrite<T[]>(size));
-            next_ = blocks_.back().get();
-            free_ = size;
+        while (current_ < blocks_.size() && blocks_[current_].size - used_ < count) {
+            ++current_;
+            used_ = 0;
         }
-        T* result = next_;
-        next_ += count;
-        free_ -= count;
+        if (current_ == blocks_.size()) {
+            const std::size_t size = std::max(count, nextBlock_);
+            nextBlock_ = std::min<std::size_t>(nextBlock_ * 2, 1U << 16U);
+            blocks_.push_back({std::make_unique_for_overwrite<JSONNode[]>(size), size});
+        }
+        JSONNode* result = blocks_[current_].nodes.get() + used_;
+        used_ += count;
         return result;
     }
-
-private:
-    std::vector<std::unique_ptr<T[]>> blocks_;
-    T* next_ = nullptr;
-    std::size_t free_ = 0;
-    std::size_t nextBlock_ = kFirstBlock;
-};
-
-using NodeArena = Arena<JSONNode, 256>;
-using TextArena = Arena<char, 4096>;
-
-// What a parse needs besides its result: about 16 bytes a byte of text, whose pages cost the system more to hand out
-// anew for each text than the parse takes. Every thread keeps one, unless a text was large.
-class ParseBuffers {
-public:
-    static constexpr std::size_t kKeptTextSize = 512U << 10U;
-
-    // The root lives until the next call on this thread.
-    simdjson::simdjson_result<simdjson::dom::element> Parse(std::string_view text)
+    // Forgets all nodes and keeps their memory.
+    void Reset()
     {
-        if (parser_.capacity() < text.size()) {
-            // simdjson counts the document itself as one level.
-            if (const auto error = parser_.allocate(text.size(), kMaxJSONDepth + 1); error != simdjson::SUCCESS) {
-                return error;
-            }
-        }
-        padded_.reserve(text.size() + simdjson::SIMDJSON_PADDING);
-        padded_.assign(text);
-        padded_.append(simdjson::SIMDJSON_PADDING, '\0');
-        return parser_.parse(padded_.data(), text.size(), false);
-    }
-    void Shrink()
-    {
-        if (padded_.size() > kKeptTextSize) {
-            *this = ParseBuffers();
-        }
+        current_ = 0;
+        used_ = 0;
     }
 
 private:
-    simdjson::dom::parser parser_{simdjson::SIMDJSON_MAXSIZE_BYTES};
-    std::string padded_;
+    struct Block {
+        std::unique_ptr<JSONNode[]> nodes;
+        std::size_t size;
+    };
+    std::vector<Block> blocks_;
+    std::size_t current_ = 0;
+    std::size_t used_ = 0;
+    std::size_t nextBlock_ = 256;
 };
 
 } // namespace
 
 struct JSONDocument::Storage {
-    TextArena texts;
-    NodeArena nodes;
+    simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
+    NodeArena arena;
     JSONNode root;
+    std::size_t textSize = 0;
+    std::vector<char> padded;
+
+    // The parser reads a little past the end of its text.
+    const char* CopyPadded(std::string_view text)
+    {
+        padded.resize(std::max(padded.size(), text.size() + simdjson::SIMDJSON_PADDING));
+        std::copy(text.begin(), text.end(), padded.begin());
+        return padded.data();
+    }
+
+    static std::unique_ptr<Storage> Obtain(std::size_t textSize);
+    static void Recycle(std::unique_ptr<Storage> storage) noexcept;
+
+private:
+    struct Spares;
+    static Spares& TheSpares();
 };
+
+// A listing reads one definition after the other. A few used storages are kept for the next documents: giving their
+// large buffers back and taking them anew costs as much as the parsing.
+struct JSONDocument::Storage::Spares {
+    static constexpr std::size_t kMost = 4;
+    static constexpr std::size_t kLargestText = 1U << 20U;
+    std::mutex mutex;
+    std::vector<std::unique_ptr<Storage>> storages;
+};
+
+JSONDocument::Storage::Spares& JSONDocument::Storage::TheSpares()
+{
+    static Spares spares;
+    return spares;
+}
+
+std::unique_ptr<JSONDocument::Storage> JSONDocument::Storage::Obtain(std::size_t textSize)
+{
+    std::unique_ptr<Storage> storage;
+    {
+        Spares& spares = TheSpares();
+        const std::lock_guard lock(spares.mutex);
+        if (textSize <= Spares::kLargestText && !spares.storages.empty()) {
+            storage = std::move(spares.storages.back());
+            spares.storages.pop_back();
+        }
+    }
+    if (!storage) {
+        storage = std::make_unique<Storage>();
+    }
+    storage->textSize = textSize;
+    return storage;
+}
+
+void JSONDocument::Storage::Recycle(std::unique_ptr<Storage> storage) noexcept
+{
+    if (!storage || storage->textSize > Spares::kLargestText) {
+        return;
+    }
+    storage->arena.Reset();
+    storage->root = JSONNode();
+    Spares& spares = TheSpares();
+    const std::lock_guard lock(spares.mutex);
+    if (spares.storages.size() < Spares::kMost) {
+        spares.storages.reserve(Spares::kMost);
+        spares.storages.push_back(std::move(storage));
+    }
+}
 
 class JSONDocumentBuilder {
 public:
-    JSONDocumentBuilder(NodeArena& nodes, TextArena& texts)
-        : nodes_(nodes)
-        , texts_(texts)
+    explicit JSONDocumentBuilder(NodeArena& arena)
+        : arena_(arena)
     {
     }
 
@@ -118,7 +158,7 @@ private:
     }
     JSONNode* SetContainer(JSONNode& node, JSONKind kind, std::size_t count)
     {
-        JSONNode* children = nodes_.Allocate(count);
+        JSONNode* children = arena_.Allocate(count);
         node.kind_ = kind;
         node.value_.children = children;
         node.size_ = static_cast<std::uint32_t>(count);
@@ -126,15 +166,7 @@ private:
     }
     bool FillScalar(JSONNode& node, const Variant& tree);
 
-    std::string_view Keep(std::string_view text)
-    {
-        char* kept = texts_.Allocate(text.size());
-        std::copy(text.begin(), text.end(), kept);
-        return {kept, text.size()};
-    }
-
-    NodeArena& nodes_;
-    TextArena& texts_;
+    NodeArena& arena_;
 };
 
 void JSONDocumentBuilder::Fill(JSONNode& node, const simdjson::dom::element& element)
@@ -145,7 +177,7 @@ void JSONDocumentBuilder::Fill(JSONNode& node, const simdjson::dom::element& ele
         const simdjson::dom::object object = element.get_object().value_unsafe();
         JSONNode* child = SetContainer(node, JSONKind::kObject, CountOf(object));
         for (const simdjson::dom::key_value_pair member : object) {
-            SetKey(*child, Keep(member.key));
+            SetKey(*child, member.key);
             Fill(*child++, member.value);
         }
         return;
@@ -159,7 +191,7 @@ void JSONDocumentBuilder::Fill(JSONNode& node, const simdjson::dom::element& ele
         return;
     }
     case element_type::STRING:
-        return SetText(node, Keep(element.get_string().value_unsafe()));
+        return SetText(node, element.get_string().value_unsafe());
     case element_type::INT64:
         node.kind_ = JSONKind::kInt64;
         node.value_.int64 = element.get_int64().value_unsafe();
@@ -346,7 +378,10 @@ JSONDocument::JSONDocument(std::unique_ptr<Storage> storage) noexcept
 }
 JSONDocument::JSONDocument(JSONDocument&&) noexcept = default;
 JSONDocument& JSONDocument::operator=(JSONDocument&&) noexcept = default;
-JSONDocument::~JSONDocument() = default;
+JSONDocument::~JSONDocument()
+{
+    Storage::Recycle(std::move(storage_));
+}
 
 JSONDocument JSONDocument::Parse(std::u8string_view text)
 {
@@ -354,22 +389,25 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(byteOrderMark.size());
     }
-    thread_local ParseBuffers buffers;
+    auto storage = Storage::Obtain(text.size());
+    // simdjson counts the document itself as one level.
+    const bool fits = storage->parser.capacity() >= text.size() && storage->parser.max_depth() == kMaxJSONDepth + 1;
+    simdjson::error_code error = fits ? simdjson::SUCCESS : storage->parser.allocate(text.size(), kMaxJSONDepth + 1);
     simdjson::dom::element root;
-    if (const auto error = buffers.Parse(AsNarrow(text)).get(root); error != simdjson::SUCCESS) {
-        buffers.Shrink();
+    if (error == simdjson::SUCCESS) {
+        error = storage->parser.parse(storage->CopyPadded(AsNarrow(text)), text.size(), false).get(root);
+    }
+    if (error != simdjson::SUCCESS) {
         throw json_parse_exception(simdjson::error_message(error));
     }
-    auto storage = std::make_unique<Storage>();
-    JSONDocumentBuilder(storage->nodes, storage->texts).Fill(storage->root, root);
-    buffers.Shrink();
+    JSONDocumentBuilder(storage->arena).Fill(storage->root, root);
     return JSONDocument(std::move(storage));
 }
 
 JSONDocument JSONDocument::FromTree(const Variant& tree)
 {
-    auto storage = std::make_unique<Storage>();
-    JSONDocumentBuilder(storage->nodes, storage->texts).Fill(storage->root, tree, 0);
+    auto storage = Storage::Obtain(0);
+    JSONDocumentBuilder(storage->arena).Fill(storage->root, tree, 0);
     return JSONDocument(std::move(storage));
 }
 

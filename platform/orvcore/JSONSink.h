@@ -22,6 +22,12 @@ public:
     /// The key written last, for messages about values; empty where there was none.
     virtual std::string_view LastKey() const noexcept = 0;
 
+    /// The same for a key that is known to need no escape: printable ASCII without quotes and back-slashes.
+    virtual void PlainKey(std::string_view key)
+    {
+        Key(key);
+    }
+
     virtual void Null() = 0;
     virtual void Bool(bool value) = 0;
     virtual void Int(std::int64_t value) = 0;

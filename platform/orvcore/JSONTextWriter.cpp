@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 
 namespace orvcore::serialization {
 
@@ -27,52 +26,57 @@ constexpr std::array<char8_t, 256> kEscapes = [] {
     return table;
 }();
 
-// True when a text stands in JSON as it is: printable ASCII without quotation mark and back-slash. Eight bytes at a
-// time: a byte's top bit is set in the sum where the byte is what the term looks for (or in some byte above such a
-// one).
-bool IsPlain(std::string_view text) noexcept
-{
-    constexpr std::uint64_t ones = 0x0101010101010101U;
-    constexpr std::uint64_t tops = ones << 7U;
-    const char* at = text.data();
-    std::size_t left = text.size();
-    for (; left >= 8; at += 8, left -= 8) {
-        std::uint64_t block = 0;
-        std::memcpy(&block, at, 8);
-        const std::uint64_t quotes = block ^ (ones * '"');
-        const std::uint64_t slashes = block ^ (ones * '\\');
-        if (((block | (block - ones * 0x20) | (quotes - ones) | (slashes - ones)) & tops) != 0) {
-            return false;
-        }
-    }
-    for (; left > 0; ++at, --left) {
-        const auto byte = static_cast<unsigned char>(*at);
-        if (byte >= 0x80 || kEscapes[byte] != 0) {
-            return false;
-        }
-    }
-    return true;
-}
-
 constexpr std::u8string_view kHexDigits = u8"0123456789abcdef";
 
-void AppendEscape(UTF8String& out, unsigned char byte)
+// The most that one byte becomes when it is escaped.
+constexpr std::size_t kLongestEscape = 6;
+
+char8_t* PutEscape(unsigned char byte, char8_t* to)
 {
-    out.push_back(u8'\\');
-    out.push_back(kEscapes[byte]);
+    *to++ = u8'\\';
+    *to++ = kEscapes[byte];
     if (kEscapes[byte] == u8'u') {
-        out.append(u8"00");
-        out.push_back(kHexDigits[byte >> 4U]);
-        out.push_back(kHexDigits[byte & 0x0FU]);
+        *to++ = u8'0';
+        *to++ = u8'0';
+        *to++ = kHexDigits[byte >> 4U];
+        *to++ = kHexDigits[byte & 0x0FU];
     }
+    return to;
 }
 
-template <class Number>
-void AppendNumber(UTF8String& out, Number value)
+// Texts are escaped in slices, so that the room for the worst case stays small.
+constexpr std::size_t kSlice = 4096;
+
+// The length of a text's first slice, which does not part a surrogate pair.
+std::size_t SliceLength(std::u16string_view text)
 {
-    std::array<char, 32> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    out.append(AsUTF8({digits.data(), static_cast<std::size_t>(end - digits.data())}));
+    if (text.size() <= kSlice) {
+        return text.size();
+    }
+    const char16_t last = text[kSlice - 1];
+    return last >= 0xD800 && last <= 0xDBFF ? kSlice - 1 : kSlice;
+}
+
+char8_t* PutEscaped(std::u16string_view text, char8_t* to)
+{
+    for (std::size_t i = 0; i < text.size();) {
+        if (text[i] < 0x80) {
+            const auto byte = static_cast<unsigned char>(text[i++]);
+            if (kEscapes[byte] != 0) {
+                to = PutEscape(byte, to);
+            } else {
+                *to++ = byte;
+            }
+            continue;
+        }
+        std::size_t end = i;
+        while (end < text.size() && text[end] >= 0x80) {
+            ++end;
+        }
+        to = EncodeUTF8(text.substr(i, end - i), to);
+        i = end;
+    }
+    return to;
 }
 
 } // namespace
@@ -87,16 +91,33 @@ JSONTextWriter::~JSONTextWriter() = default;
 
 UTF8String JSONTextWriter::Take()
 {
-    UTF8String result = std::move(text_);
-    text_.clear();
+    UTF8String result(buffer_.get(), size_);
+    size_ = 0;
     needComma_ = false;
     return result;
 }
 
+void JSONTextWriter::Grow(std::size_t bytes)
+{
+    constexpr std::size_t kFirst = 4096;
+    const std::size_t capacity = std::max({kFirst, capacity_ * 2, size_ + bytes});
+    auto buffer = std::make_unique_for_overwrite<char8_t[]>(capacity);
+    std::copy_n(buffer_.get(), size_, buffer.get());
+    buffer_ = std::move(buffer);
+    capacity_ = capacity;
+}
+
+void JSONTextWriter::Put(std::string_view bytes)
+{
+    std::copy_n(bytes.data(), bytes.size(), Reserve(bytes.size()));
+    size_ += bytes.size();
+}
+
 void JSONTextWriter::NewLine()
 {
-    text_.push_back(u8'\n');
-    text_.append(depth_ * 2, u8' ');
+    Put(u8'\n');
+    std::fill_n(Reserve(depth_ * 2), depth_ * 2, u8' ');
+    size_ += depth_ * 2;
 }
 
 void JSONTextWriter::BeforeValue()
@@ -105,7 +126,7 @@ void JSONTextWriter::BeforeValue()
         afterKey_ = false;
     } else {
         if (needComma_) {
-            text_.push_back(u8',');
+            Put(u8',');
         }
         if (formatted_ && depth_ > 0) {
             NewLine();
@@ -117,7 +138,7 @@ void JSONTextWriter::BeforeValue()
 void JSONTextWriter::Begin(char8_t bracket)
 {
     BeforeValue();
-    text_.push_back(bracket);
+    Put(bracket);
     ++depth_;
     needComma_ = false;
 }
@@ -128,7 +149,7 @@ void JSONTextWriter::End(char8_t bracket)
     if (formatted_ && needComma_) {
         NewLine();
     }
-    text_.push_back(bracket);
+    Put(bracket);
     needComma_ = true;
 }
 
@@ -151,23 +172,28 @@ void JSONTextWriter::EndArray()
 
 void JSONTextWriter::Key(std::string_view key)
 {
+    BeforeValue();
+    Quote(key);
+    AfterKey(key);
+}
+
+void JSONTextWriter::PlainKey(std::string_view key)
+{
+    BeforeValue();
+    char8_t* to = Reserve(key.size() + 2);
+    *to++ = u8'"';
+    to = std::copy(key.begin(), key.end(), to);
+    *to = u8'"';
+    size_ += key.size() + 2;
+    AfterKey(key);
+}
+
+void JSONTextWriter::AfterKey(std::string_view key)
+{
     lastKey_ = key;
-    std::array<char, 64> piece; // the whole of a short plain key goes out at once
-    if (!formatted_ && key.size() <= piece.size() - 4 && IsPlain(key)) {
-        char* end = piece.data();
-        if (needComma_) {
-            *end++ = ',';
-        }
-        *end++ = '"';
-        end = std::copy(key.begin(), key.end(), end);
-        *end++ = '"';
-        *end++ = ':';
-        text_.append(reinterpret_cast<const char8_t*>(piece.data()), static_cast<std::size_t>(end - piece.data()));
-        needComma_ = true;
-    } else {
-        BeforeValue();
-        Quote(key);
-        text_.append(formatted_ ? u8": " : u8":");
+    Put(u8':');
+    if (formatted_) {
+        Put(u8' ');
     }
     afterKey_ = true;
 }
@@ -182,16 +208,24 @@ void JSONTextWriter::Bool(bool value)
     Raw(value ? "true" : "false");
 }
 
+template <class Number>
+void JSONTextWriter::PutNumber(Number value)
+{
+    constexpr std::size_t kLongestNumber = 32;
+    auto* to = reinterpret_cast<char*>(Reserve(kLongestNumber));
+    size_ += static_cast<std::size_t>(std::to_chars(to, to + kLongestNumber, value).ptr - to);
+}
+
 void JSONTextWriter::Int(std::int64_t value)
 {
     BeforeValue();
-    AppendNumber(text_, value);
+    PutNumber(value);
 }
 
 void JSONTextWriter::UInt(std::uint64_t value)
 {
     BeforeValue();
-    AppendNumber(text_, value);
+    PutNumber(value);
 }
 
 void JSONTextWriter::Double(double value)
@@ -201,10 +235,11 @@ void JSONTextWriter::Double(double value)
         throw json_write_exception("a number" + where + " is not finite and has no JSON form");
     }
     BeforeValue();
-    const std::size_t before = text_.size();
-    AppendNumber(text_, value);
-    if (text_.find_first_of(u8".e", before) == UTF8String::npos) {
-        text_.append(u8".0");
+    const std::size_t before = size_;
+    PutNumber(value);
+    const std::u8string_view digits(buffer_.get() + before, size_ - before);
+    if (digits.find_first_of(u8".e") == std::u8string_view::npos) {
+        Put(".0");
     }
 }
 
@@ -216,50 +251,44 @@ void JSONTextWriter::String(std::string_view text)
 
 void JSONTextWriter::Quote(std::string_view text)
 {
-    if (IsPlain(text)) {
-        text_.push_back(u8'"');
-        text_.append(AsUTF8(text));
-        text_.push_back(u8'"');
-        return;
-    }
     if (!IsWellFormedUTF8(text)) {
         const UTF8String mended = ToUTF8(ToUTF16(text));
         return Quote(AsNarrow(mended));
     }
-    text_.push_back(u8'"');
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if (kEscapes[byte] != 0) {
-            text_.append(AsUTF8(text.substr(start, i - start)));
-            AppendEscape(text_, byte);
-            start = i + 1;
+    Put(u8'"');
+    for (; !text.empty(); text.remove_prefix(std::min(text.size(), kSlice))) {
+        char8_t* const begin = Reserve(std::min(text.size(), kSlice) * kLongestEscape);
+        char8_t* to = begin;
+        for (const char c : text.substr(0, kSlice)) {
+            const auto byte = static_cast<unsigned char>(c);
+            if (kEscapes[byte] != 0) {
+                to = PutEscape(byte, to);
+            } else {
+                *to++ = byte;
+            }
         }
+        size_ += static_cast<std::size_t>(to - begin);
     }
-    text_.append(AsUTF8(text.substr(start)));
-    text_.push_back(u8'"');
+    Put(u8'"');
 }
 
 void JSONTextWriter::String(std::u16string_view text)
 {
     BeforeValue();
-    text_.push_back(u8'"');
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] < kEscapes.size() && kEscapes[text[i]] != 0) {
-            AppendUTF8(text.substr(start, i - start), text_);
-            AppendEscape(text_, static_cast<unsigned char>(text[i]));
-            start = i + 1;
-        }
+    Put(u8'"');
+    while (!text.empty()) {
+        const std::u16string_view slice = text.substr(0, SliceLength(text));
+        char8_t* const begin = Reserve(slice.size() * kLongestEscape);
+        size_ += static_cast<std::size_t>(PutEscaped(slice, begin) - begin);
+        text.remove_prefix(slice.size());
     }
-    AppendUTF8(text.substr(start), text_);
-    text_.push_back(u8'"');
+    Put(u8'"');
 }
 
 void JSONTextWriter::Raw(std::string_view json)
 {
     BeforeValue();
-    text_.append(AsUTF8(json));
+    Put(json);
 }
 
 void JSONTextWriter::RawElements(std::string_view jsonArray)

@@ -246,7 +246,7 @@ private:
                     sink.Key(next->first);
                     sink.Raw(next->second);
                 }
-                sink.Key(row.key);
+                sink.PlainKey(row.key);
                 row.write(sink, record);
             }
         }
