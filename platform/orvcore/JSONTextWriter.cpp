@@ -48,8 +48,9 @@ void AppendNumber(UTF8String& out, Number value)
 
 } // namespace
 
-JSONTextWriter::JSONTextWriter(bool formatted)
+JSONTextWriter::JSONTextWriter(bool formatted, std::string_view key)
     : formatted_(formatted)
+    , lastKey_(key)
 {
 }
 

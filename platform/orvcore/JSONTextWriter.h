@@ -9,7 +9,9 @@ namespace orvcore::serialization {
 /// A number that is not finite raises `json_write_exception`, which names the key.
 class ORVPLATFORM_API JSONTextWriter final : public JSONSink {
 public:
-    explicit JSONTextWriter(bool formatted = false);
+    /// `key` is the key whose value is written, for messages: a writer that makes a part of a document has it from the
+    /// writer of the whole. Its bytes must outlive this writer.
+    explicit JSONTextWriter(bool formatted = false, std::string_view key = {});
     ~JSONTextWriter() override;
 
     void BeginObject() override;
@@ -17,6 +19,10 @@ public:
     void BeginArray() override;
     void EndArray() override;
     void Key(std::string_view key) override;
+    std::string_view LastKey() const noexcept override
+    {
+        return lastKey_;
+    }
     void Null() override;
     void Bool(bool value) override;
     void Int(std::int64_t value) override;
