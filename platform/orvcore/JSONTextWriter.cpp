@@ -1,5 +1,8 @@
 #include <orvcore/JSONTextWriter.h>
 
+#include <orvcore/JSON.h>
+
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -38,6 +41,29 @@ void AppendEscape(UTF8String& out, unsigned char byte)
     }
 }
 
+// The most objects and arrays of a compact, well-formed JSON text that one of its values lies in.
+std::size_t DeepestValue(std::string_view json)
+{
+    std::size_t deepest = 0;
+    std::size_t depth = 0;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (c == ']' || c == '}') {
+            --depth;
+            continue;
+        }
+        deepest = std::max(deepest, depth);
+        if (c == '[' || c == '{') {
+            ++depth;
+        } else if (c == '"') {
+            for (++i; i < json.size() && json[i] != '"'; ++i) {
+                i += json[i] == '\\' ? 1U : 0U;
+            }
+        }
+    }
+    return deepest;
+}
+
 template <class Number>
 void AppendNumber(UTF8String& out, Number value)
 {
@@ -48,8 +74,14 @@ void AppendNumber(UTF8String& out, Number value)
 
 } // namespace
 
-JSONTextWriter::JSONTextWriter(bool formatted, std::string_view key)
+JSONTextWriter::JSONTextWriter(bool formatted)
     : formatted_(formatted)
+{
+}
+
+JSONTextWriter::JSONTextWriter(std::string_view key, std::size_t depth)
+    : depth_(depth)
+    , formatted_(false)
     , lastKey_(key)
 {
 }
@@ -134,12 +166,14 @@ void JSONTextWriter::Key(std::string_view key)
 
 void JSONTextWriter::Null()
 {
-    Raw("null");
+    BeforeValue();
+    text_.append(u8"null");
 }
 
 void JSONTextWriter::Bool(bool value)
 {
-    Raw(value ? "true" : "false");
+    BeforeValue();
+    text_.append(value ? u8"true" : u8"false");
 }
 
 void JSONTextWriter::Int(std::int64_t value)
@@ -157,8 +191,7 @@ void JSONTextWriter::UInt(std::uint64_t value)
 void JSONTextWriter::Double(double value)
 {
     if (!std::isfinite(value)) {
-        const std::string where = lastKey_.empty() ? "" : " under \"" + std::string(lastKey_) + "\"";
-        throw json_write_exception("a number" + where + " is not finite and has no JSON form");
+        throw json_write_exception("a number" + Where() + " is not finite and has no JSON form");
     }
     BeforeValue();
     const std::size_t before = text_.size();
@@ -212,6 +245,9 @@ void JSONTextWriter::String(std::u16string_view text)
 
 void JSONTextWriter::Raw(std::string_view json)
 {
+    if (depth_ + DeepestValue(json) > kMaxJSONDepth) {
+        throw json_write_exception("a value" + Where() + " is nested too deep");
+    }
     BeforeValue();
     text_.append(AsUTF8(json));
 }
@@ -219,8 +255,14 @@ void JSONTextWriter::Raw(std::string_view json)
 void JSONTextWriter::RawElements(std::string_view jsonArray)
 {
     if (jsonArray.size() > 2) {
-        Raw(jsonArray.substr(1, jsonArray.size() - 2));
+        BeforeValue();
+        text_.append(AsUTF8(jsonArray.substr(1, jsonArray.size() - 2)));
     }
+}
+
+std::string JSONTextWriter::Where() const
+{
+    return lastKey_.empty() ? "" : " under \"" + std::string(lastKey_) + "\"";
 }
 
 } // namespace orvcore::serialization
