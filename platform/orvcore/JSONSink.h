@@ -24,6 +24,12 @@ public:
     /// How many objects and arrays the next value lies in.
     virtual std::size_t Depth() const noexcept = 0;
 
+    /// The same for a key that is known to need no escape: printable ASCII without quotes and back-slashes.
+    virtual void PlainKey(std::string_view key)
+    {
+        Key(key);
+    }
+
     virtual void Null() = 0;
     virtual void Bool(bool value) = 0;
     virtual void Int(std::int64_t value) = 0;

@@ -3,6 +3,8 @@
 #include <orvcore/JSONErrors.h>
 #include <orvcore/JSONSink.h>
 
+#include <memory>
+
 namespace orvcore::serialization {
 
 /// Writes JSON text: compact by default, or indented by two spaces a level. Not thread-safe.
@@ -21,6 +23,7 @@ public:
     void BeginArray() override;
     void EndArray() override;
     void Key(std::string_view key) override;
+    void PlainKey(std::string_view key) override;
     std::string_view LastKey() const noexcept override
     {
         return lastKey_;
@@ -39,11 +42,6 @@ public:
     void Raw(std::string_view json) override;
     void RawElements(std::string_view jsonArray) override;
 
-    /// The text so far, UTF-8.
-    const UTF8String& Text() const noexcept
-    {
-        return text_;
-    }
     /// Hands the text over and leaves the writer empty.
     UTF8String Take();
 
@@ -52,10 +50,32 @@ private:
     void Begin(char8_t bracket);
     void End(char8_t bracket);
     void NewLine();
+    void AfterKey(std::string_view key);
     void Quote(std::string_view text);
     std::string Where() const;
+    template <class Number>
+    void PutNumber(Number value);
 
-    UTF8String text_;
+    // Room for `bytes` more at the end.
+    char8_t* Reserve(std::size_t bytes)
+    {
+        if (capacity_ - size_ < bytes) {
+            Grow(bytes);
+        }
+        return buffer_.get() + size_;
+    }
+    void Grow(std::size_t bytes);
+    void Put(char8_t byte)
+    {
+        *Reserve(1) = byte;
+        ++size_;
+    }
+    void Put(std::string_view bytes);
+
+    // A buffer of our own: a standard string would fill what it reserves before it is written.
+    std::unique_ptr<char8_t[]> buffer_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
     std::size_t depth_ = 0;
     bool formatted_;
     bool needComma_ = false;
