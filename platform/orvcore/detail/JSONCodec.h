@@ -185,7 +185,7 @@ void WriteElements(JSONSink& sink, std::size_t count, const WriteElement& write)
         std::vector<UTF8String> pieces((count + kParallelGrain - 1) / kParallelGrain);
         ParallelFor(pieces.size(), 1, [&](std::size_t begin, std::size_t end) {
             for (std::size_t piece = begin; piece < end; ++piece) {
-                JSONTextWriter writer;
+                JSONTextWriter writer(false, sink.LastKey());
                 writer.BeginArray();
                 const std::size_t last = std::min(count, (piece + 1) * kParallelGrain);
                 for (std::size_t i = piece * kParallelGrain; i < last; ++i) {
@@ -255,14 +255,15 @@ struct Codec<std::map<UTF16String, T>> {
         if (!node.IsObject()) {
             return false;
         }
-        out.clear();
+        std::map<UTF16String, T> members;
         for (const JSONNode& child : node.Children()) {
             T value{};
             if (!Codec<T>::Read(child, value)) {
                 return false;
             }
-            out.insert_or_assign(ToUTF16(child.Key()), std::move(value));
+            members.insert_or_assign(ToUTF16(child.Key()), std::move(value));
         }
+        out = std::move(members);
         return true;
     }
     static void Write(JSONSink& sink, const std::map<UTF16String, T>& value)
