@@ -42,7 +42,8 @@ public:
     /// @name Reading
     /// @{
     /// The entry's bytes, in memory; null when it is missing or refused. Names are exact, case counts. Where an archive
-    /// says that it was made on Windows, the back-slashes of its names are read as slashes.
+    /// says that it was made on Windows, the back-slashes of its names are read as slashes; a leading "./" of a name is
+    /// left out.
     ZipBuffer UnzipItem(std::u8string_view entryName) const;
     /// The same bytes as text, as they are: no decoding.
     std::optional<orvcore::UTF8String> UnzipText(std::u8string_view entryName) const;
