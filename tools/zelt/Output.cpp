@@ -2,6 +2,7 @@
 
 #include <orvcore/CommandLine.h>
 #include <orvcore/Console.h>
+#include <orvcore/JSONTextWriter.h>
 #include <orvcore/Paths.h>
 
 #include <cstdio>
@@ -47,6 +48,19 @@ std::string Printable(std::string_view text)
         }
     }
     return safe;
+}
+
+std::string OneMember(std::string_view key, std::string_view text, bool json)
+{
+    if (!json) {
+        return Printable(text);
+    }
+    orvcore::serialization::JSONTextWriter writer;
+    writer.BeginObject();
+    writer.Key(key);
+    writer.String(text);
+    writer.EndObject();
+    return orvcore::ToNarrow(writer.Take());
 }
 
 std::string Count(std::size_t number, const std::string& noun)

@@ -20,6 +20,9 @@ bool FlushOutput();
 /// fake a line, become "?".
 std::string Printable(std::string_view text);
 
+/// A text alone on a line: as it is, safe to show, or as a JSON object with the one key.
+std::string OneMember(std::string_view key, std::string_view text, bool json);
+
 /// "3 files", "1 file".
 std::string Count(std::size_t number, const std::string& noun);
 
