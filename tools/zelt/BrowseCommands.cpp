@@ -13,30 +13,36 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Throws what keeps a folder from being listed.
-void CheckFolder(const std::string& folder)
+// The full path of a folder that can be listed. @throws FileError
+std::string UsableFolder(const std::string& folder)
 {
     std::error_code failed;
     const fs::directory_iterator opened(orvcore::ToSystemPath(ToPath(folder)), failed);
     if (failed == std::errc::no_such_file_or_directory) {
-        throw FileError(folder, "no such folder");
+        throw FileError(folder, "there is no such folder");
+    }
+    if (failed == std::errc::not_a_directory) {
+        throw FileError(folder, "it is not a folder");
     }
     if (failed) {
         throw FileError(folder, failed.message());
     }
+    return ToText(ToFullPath(folder));
 }
 
 // Reports the folders that cannot be listed and leaves the others; the first keeps its place, even if it is not usable.
 std::vector<std::string> UsableFolders(const std::vector<std::string>& folders, ExitCode& exit)
 {
-    std::vector<std::string> usable;
+    std::vector<std::string> usable(1);
     for (std::size_t i = 0; i < folders.size(); ++i) {
-        const ExitCode one = OnFile(folders[i], [&] { CheckFolder(folders[i]); });
-        if (one == ExitCode::kDone) {
-            usable.push_back(folders[i]);
-        } else if (i == 0) {
-            usable.emplace_back();
-        }
+        const ExitCode one = OnFile(folders[i], [&] {
+            const std::string path = UsableFolder(folders[i]);
+            if (i == 0) {
+                usable.front() = path;
+            } else {
+                usable.push_back(path);
+            }
+        });
         exit = one == ExitCode::kDone ? exit : one;
     }
     return usable;

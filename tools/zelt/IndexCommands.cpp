@@ -26,7 +26,7 @@ struct Row {
 Row ReadRow(const std::string& file)
 {
     const Template read = NeedCapsule(file);
-    const std::filesystem::path path = std::filesystem::absolute(ToPath(file)).lexically_normal();
+    const std::filesystem::path path = ToFullPath(file);
     Row row{file, orvcore::PathToUTF8(path), {}};
     const orvcore::UTF8String name = orvcore::ToUTF8(read.definition.capsule->GetDisplayName());
     row.texts.push_back(name.empty() ? orvcore::PathToUTF8(path.stem()) : name);

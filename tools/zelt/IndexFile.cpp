@@ -52,7 +52,7 @@ std::optional<std::filesystem::file_time_type> TimeOf(const std::filesystem::pat
 void CheckIndexFile(const std::string& file, bool mustExist)
 {
     if (mustExist && !orvcore::Exists(ToPath(file))) {
-        throw FileError(file, "no such file");
+        throw FileError(file, "there is no such file");
     }
     const std::filesystem::path aside = ToPath(file + ".damaged");
     const auto before = TimeOf(aside);

@@ -5,6 +5,7 @@
 #include <orvcore/JSONTextWriter.h>
 #include <orvcore/Paths.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace zelt {
@@ -75,6 +76,13 @@ std::string Count(std::size_t number, const std::string& noun)
 std::filesystem::path ToPath(std::string_view argument)
 {
     return orvcore::PathFromUTF8(orvcore::AsUTF8(argument));
+}
+
+std::filesystem::path ToFullPath(std::string_view argument)
+{
+    const std::filesystem::path full = std::filesystem::absolute(ToPath(argument));
+    return std::find(full.begin(), full.end(), "..") == full.end() ? full.lexically_normal()
+                                                                   : std::filesystem::weakly_canonical(full);
 }
 
 std::string ToText(const std::filesystem::path& path)
