@@ -3,12 +3,14 @@
 
 usage: zelt_test.py ZELT SAMPLES [EMULATOR...]
 """
+import contextlib
 import io
 import json
 import os
 import pathlib
 import shutil
 import signal
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -581,6 +583,11 @@ class BrowseTest(ZeltTest):
         self.assertEqual(pathlib.Path("other").read_bytes(), pathlib.Path("root/countdown.zelt").read_bytes())
         self.assertFalse(os.path.exists("gone.db"))
         self.run_zelt("index", "build", "x.db", "root/untitled.zelt")
+        with contextlib.closing(sqlite3.connect("x.db", isolation_level=None)) as other:
+            other.execute("begin exclusive")
+            self.run_zelt("index", "build", "x.db", "root/untitled.zelt", code=1)
+            other.execute("rollback")
+        self.assertEqual(len(self.run_zelt("index", "search", "x.db", "")[0].splitlines()), 1)
         damaged = pathlib.Path("x.db").read_bytes()[:100] + b"?" * 5000
         pathlib.Path("x.db").write_bytes(damaged)
         self.assertIn("x.db.damaged", self.run_zelt("index", "search", "x.db", "untitled", code=1)[1])

@@ -4,11 +4,10 @@
 #include "Progress.h"
 #include "Template.h"
 
+#include <orvcore/Guid.h>
 #include <orvcore/JSONTextWriter.h>
 #include <orvcore/Paths.h>
 #include <sources/SearchIndex.h>
-
-#include <algorithm>
 
 namespace zelt {
 
@@ -74,7 +73,7 @@ void AddToIndex(const Row& row)
 }
 
 // Adds what can be read, reports the rest, and returns what was added.
-std::vector<Row> AddPackages(const IndexBuildOptions& options, ExitCode& exit)
+std::vector<Row> AddPackages(const IndexBuildOptions& options, const orvcore::UTF8String& mark, ExitCode& exit)
 {
     const OpenIndex index(options.database, false);
     std::vector<Row> rows;
@@ -92,17 +91,19 @@ std::vector<Row> AddPackages(const IndexBuildOptions& options, ExitCode& exit)
         exit = one == ExitCode::kDone ? exit : one;
         progress.Set(static_cast<double>(i + 1) / static_cast<double>(options.files.size()));
     }
+    orvcapsule::InsertRow(mark, mark);
     return rows;
 }
 
-// The functions that fill an index do not tell whether they could. What is in the file afterwards does.
-void CheckWritten(const std::string& database, const std::vector<Row>& rows)
+// The functions that fill an index do not tell whether they could. Rows are written in the order in which they come, so
+// a mark that came last and is found in the file says that all are there.
+void CheckWritten(const std::string& database, const orvcore::UTF8String& mark)
 {
     const OpenIndex index(database, true);
-    const auto paths = PathsFor({""});
-    if (std::any_of(rows.begin(), rows.end(),
-                    [&](const Row& row) { return paths.count(orvcore::ToUTF16(row.path)) == 0; })) {
-        throw FileError(database, "it could not be written");
+    const auto found = PathsFor({orvcore::ToNarrow(mark)});
+    orvcapsule::ClearRapidFindDB({mark});
+    if (found.empty()) {
+        throw FileError(database, "it could not be written; another program may have locked it");
     }
 }
 
@@ -112,8 +113,9 @@ ExitCode RunIndexBuild(const IndexBuildOptions& options)
 {
     ExitCode exit = ExitCode::kDone;
     const ExitCode ofIndex = OnFile(options.database, [&] {
-        const std::vector<Row> rows = AddPackages(options, exit);
-        CheckWritten(options.database, rows);
+        const orvcore::UTF8String mark = orvcore::ToUTF8(orvcore::Guid::Create().ToString());
+        const std::vector<Row> rows = AddPackages(options, mark, exit);
+        CheckWritten(options.database, mark);
         for (const Row& row : rows) {
             if (options.json) {
                 PrintLine(AsJSON(row));
