@@ -9,8 +9,9 @@ namespace zelt {
 /// How the program ends.
 enum class ExitCode : int {
     kDone = 0,
-    kBadFile = 1,  ///< a file could not be read or written, or is not what it should be
-    kBadUsage = 2, ///< the command line asks for something that cannot be done
+    kBadFile = 1,     ///< a file could not be read or written, or is not what it should be
+    kBadUsage = 2,    ///< the command line asks for something that cannot be done
+    kCancelled = 130, ///< the user interrupted; what shells answer for a program that ended so
 };
 
 /// What is wrong with one file; ends the work on it.
@@ -36,18 +37,24 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The user interrupted the work; ends the command.
+class Cancelled : public std::runtime_error {
+public:
+    Cancelled()
+        : std::runtime_error("cancelled")
+    {
+    }
+};
+
 /// Writes "zelt: FILE: WHAT" as one line on standard error.
 void ReportError(std::string_view file, std::string_view what);
 /// Writes "zelt: WHAT" as one line on standard error.
 void ReportError(std::string_view what);
 
-/// Runs the work on one file; what it throws is reported as an error of that file.
-template <class Work>
-ExitCode OnFile(const std::string& file, Work&& work);
-
 /// Reports the exception that is being handled, of the work on `file`.
 ExitCode ReportCurrentException(const std::string& file);
 
+/// Runs the work on one file; what it throws is reported as an error of that file.
 template <class Work>
 ExitCode OnFile(const std::string& file, Work&& work)
 {
