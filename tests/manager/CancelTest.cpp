@@ -1,7 +1,5 @@
 #include <tests/manager/ManagerFixture.h>
 
-#include <orvappsupport/Progress.h>
-
 #include <random>
 
 namespace {
@@ -124,7 +122,7 @@ TEST_F(CancelTest, ShutdownDuringAListingReturnsAtOnce)
 TEST_F(CancelTest, ACancelledFolderRelistingSaysSo)
 {
     std::map<std::uint64_t, orvappsupport::ProgressReport> last;
-    orvappsupport::SetProgressObserver([&](const auto& report) { last[report.itemID] = report; });
+    const ProgressObserver observer([&](const auto& report) { last[report.itemID] = report; });
     for (const bool withCallback : {true, false}) {
         last.clear();
         manager->SetLocalDirectoryRequestCallback(withCallback ? directory : nullptr);
@@ -136,12 +134,11 @@ TEST_F(CancelTest, ACancelledFolderRelistingSaysSo)
         gate->Open();
         manager->SetLocalDirectoryRequestCallback(directory);
         Flush();
-        orvcore::RunMainThreadCalls();
+        orvcore::RunMainThreadCalls(); // the text, which the dropped delivery queued
         ASSERT_EQ(last.size(), 3U);
         EXPECT_EQ(last.begin()->second.text, u8"Graphic Loading Canceled");
         EXPECT_EQ(std::next(last.begin())->second.text, u8"");
     }
-    orvappsupport::SetProgressObserver({});
     EXPECT_THAT(told, ElementsAre("found", kFolderA, "found"));
 }
 

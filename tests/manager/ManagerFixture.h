@@ -3,6 +3,7 @@
 #include <tests/support/TempFolder.h>
 
 #include <manager/GraphicSourceManager.h>
+#include <orvappsupport/Progress.h>
 #include <orvcore/MainThread.h>
 #include <orvcore/Paths.h>
 
@@ -159,6 +160,21 @@ void PumpUntil(Done done)
         orvcore::RunMainThreadCalls();
     }
 }
+
+/// Installs a progress observer for a scope.
+class ProgressObserver {
+public:
+    explicit ProgressObserver(orvappsupport::ProgressObserver observer)
+    {
+        orvappsupport::SetProgressObserver(std::move(observer));
+    }
+    ProgressObserver(const ProgressObserver&) = delete;
+    ProgressObserver& operator=(const ProgressObserver&) = delete;
+    ~ProgressObserver()
+    {
+        orvappsupport::SetProgressObserver({});
+    }
+};
 
 /// A host with a manager in index mode that writes down what it is told.
 class ManagerFixture : public testing::Test {

@@ -1,7 +1,5 @@
 #include <tests/manager/ManagerFixture.h>
 
-#include <orvappsupport/Progress.h>
-
 #include <algorithm>
 
 namespace {
@@ -189,15 +187,13 @@ TEST_F(ManagerTest, ADeliveryCopiesNoEntry)
 TEST_F(ManagerTest, ProgressRunsOverTheWeightsOfAllSources)
 {
     std::map<std::uint64_t, std::vector<orvappsupport::ProgressReport>> reports;
-    orvappsupport::SetProgressObserver([&](const auto& report) { reports[report.itemID].push_back(report); });
+    const ProgressObserver observer([&](const auto& report) { reports[report.itemID].push_back(report); });
     Add("one");
     manager->AddGraphicSource(std::make_shared<OtherSource>());
     Add("two")->onList = [](const auto&) { throw std::runtime_error("unreadable"); };
     manager->RequestDefaultGraphicSet({}, true);
     manager->LocalDirectoryChanged("one", u8"/folder", {u8"/a", u8"/b", u8"/c"});
     Flush();
-    orvcore::RunMainThreadCalls();
-    orvappsupport::SetProgressObserver({});
     ASSERT_EQ(reports.size(), 3U);
     const struct {
         orvcore::UTF8String title;
@@ -222,7 +218,7 @@ TEST_F(ManagerTest, ARequestOfAManagerThatNobodySharesIsRefused)
 {
     int begun = 0;
     int ended = 0;
-    orvappsupport::SetProgressObserver([&](const auto& report) {
+    const ProgressObserver observer([&](const auto& report) {
         begun += report.event == orvappsupport::ProgressEvent::Begin ? 1 : 0;
         ended += report.event == orvappsupport::ProgressEvent::End ? 1 : 0;
     });
@@ -234,7 +230,6 @@ TEST_F(ManagerTest, ARequestOfAManagerThatNobodySharesIsRefused)
     EXPECT_THROW(unshared.LocalDirectoryChanged({}, true), std::bad_weak_ptr);
     EXPECT_THROW(unshared.LocalDirectoryChanged("x", u8"/", {}), std::bad_weak_ptr);
     orvcore::RunMainThreadCalls();
-    orvappsupport::SetProgressObserver({});
     EXPECT_EQ(begun, 3);
     EXPECT_EQ(ended, 3);
 }
