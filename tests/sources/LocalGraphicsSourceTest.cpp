@@ -1,6 +1,8 @@
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
 
+#include <orvcore/DebugSettings.h>
+#include <orvcore/FileFacts.h>
 #include <orvcore/MainThread.h>
 #include <package/CapsuleZip.h>
 #include <package/Workspace.h>
@@ -13,6 +15,7 @@
 
 #include <latch>
 #include <map>
+#include <set>
 #include <thread>
 
 namespace {
@@ -55,7 +58,34 @@ std::string Package(const std::string& id, const std::string& png = "still", con
     test::ZipBytes zip;
     zip.Add({.name = "definition.json", .data = R"({"apiVersion":"2.2","capsuleID":")" + id + "\"}"});
     zip.Add({.name = "thumb.png", .data = png});
-    return zip.Add({.name = "thumb.mp4", .data = mp4}).Finish();
+    if (!mp4.empty()) {
+        zip.Add({.name = "thumb.mp4", .data = mp4});
+    }
+    return zip.Finish();
+}
+
+// Everything that an entry says.
+std::string Describe(const CapsuleEntry& e)
+{
+    std::string text = orvcore::ToNarrow(e.path + u8'|' + e.thumbnailPath + u8'|' + e.videoPreviewPath);
+    for (const std::string& key : e.sourcePath) {
+        text += '|' + key;
+    }
+    for (const UTF16String& wide :
+         {e.name, e.capsuleID, e.licenseID, e.mobileCompatibilityVersion, e.apiVersion, e.description, e.authorApp}) {
+        text += '|' + orvcore::ToNarrow(wide);
+    }
+    for (const auto& list : {e.usedFonts, e.tags}) {
+        for (const UTF16String& item : list) {
+            text += ',' + orvcore::ToNarrow(item);
+        }
+    }
+    for (const auto number : {e.fileSize, std::uint64_t{e.frameWidth}, std::uint64_t{e.frameHeight},
+                              std::uint64_t{e.durationMs}, static_cast<std::uint64_t>(e.entryKind)}) {
+        text += '|' + std::to_string(number);
+    }
+    text += e.needsTsUpgrade ? "|upgrade" : e.hasUnsupportedEffects ? "|effects" : "|";
+    return text + (e.modified.is_special() ? "?" : "");
 }
 
 // The working folder has a fixed place: one test at a time, each with an empty one.
@@ -381,6 +411,65 @@ TEST_F(LocalGraphicsSourceTest, KeepsAPreviewForOneStateOfOnePackage)
     EXPECT_EQ(Content(source.GetThumbnailPath(first, {})), "second");
     fs::remove(package);
     EXPECT_EQ(source.GetThumbnailPath(first, {}), first->thumbnailPath) << "still there";
+}
+
+TEST_F(LocalGraphicsSourceTest, ReadsAgainOnlyWhatChanged)
+{
+    orvcore::DebugSettings::SetInt("ORV.entrysettletime", 0);
+    fs::copy(ORV_SAMPLES_DIR, temp_ / "root", fs::copy_options::recursive);
+    const LocalGraphicsSource source = Source();
+    const auto list = [&](const std::string& language) {
+        const orvtest::Language chosen(language);
+        std::vector<std::string> texts;
+        for (const auto& entry : Search(source)) {
+            texts.push_back(Describe(*entry));
+        }
+        return texts;
+    };
+    const auto stores = [&] {
+        std::set<fs::path> found;
+        for (const fs::path& file : orvcore::ListDirectory(working_).files) {
+            if (file.extension() == ".entries") {
+                found.insert(file);
+            }
+        }
+        return found;
+    };
+    const auto english = list("en_US");
+    ASSERT_EQ(stores().size(), 1U);
+    const fs::path store = *stores().begin();
+    EXPECT_EQ(list("en_US"), english);
+    orvcore::RemoveTree(PathFromUTF8(Search(source).back()->thumbnailPath));
+    EXPECT_EQ(list("en_US"), english) << "a lost preview comes back";
+    EXPECT_FALSE(Content(Search(source).back()->thumbnailPath).starts_with("(missing)"));
+
+    const std::string content = orvcore::ReadWholeFile(store).value();
+    for (const std::size_t size : {std::size_t{0}, std::size_t{9}, std::size_t{16}, content.size() / 2}) {
+        ASSERT_GE(orvcore::WriteBufferToFile(store, content.data(), size), 0);
+        EXPECT_EQ(list("en_US"), english) << "cut to " << size;
+    }
+    std::string flipped = content;
+    flipped[content.size() / 3] ^= 1;
+    ASSERT_GE(orvcore::WriteBufferToFile(store, flipped.data(), flipped.size()), 0);
+    EXPECT_EQ(list("en_US"), english);
+
+    const auto german = list("de_DE");
+    ASSERT_EQ(stores().size(), 2U);
+    fs::copy_file(store == *stores().begin() ? *stores().rbegin() : *stores().begin(), store,
+                  fs::copy_options::overwrite_existing);
+    EXPECT_EQ(list("en_US"), german) << "the packages were read again";
+
+    const fs::path package = temp_ / "root/lower-third.zelt";
+    const auto before = orvcore::GetFileFacts(package).value();
+    const auto time = fs::last_write_time(package);
+    do { // until the system's clock has moved on
+        const std::string other = Package("other");
+        temp_.Write("root/lower-third.zelt", other + std::string(before.size - other.size(), ' '));
+        fs::last_write_time(package, time);
+    } while (orvcore::GetFileFacts(package) == before);
+    const Entries changed = Search(source);
+    orvcore::DebugSettings::Unset("ORV.entrysettletime");
+    EXPECT_TRUE(std::any_of(changed.begin(), changed.end(), [](const auto& e) { return e->capsuleID == u"other"; }));
 }
 
 TEST_F(LocalGraphicsSourceTest, GoesOnWithoutPreviewsThatCannotBeHad)
