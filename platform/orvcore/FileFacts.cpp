@@ -25,15 +25,20 @@ std::uint64_t Join(DWORD high, DWORD low)
     return std::uint64_t{high} << 32 | low;
 }
 
+FileTime ToFileTime(const FILETIME& time)
+{
+    const std::uint64_t ticks = Join(time.dwHighDateTime, time.dwLowDateTime);
+    return FileTime(microseconds(static_cast<std::int64_t>(ticks / 10) - kUnixEpochMicroseconds));
+}
+
 template <class Attributes>
 std::optional<FileFacts> FactsOf(const Attributes& found)
 {
     if ((found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) != 0) {
         return std::nullopt;
     }
-    const std::uint64_t ticks = Join(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime);
-    return FileFacts{Join(found.nFileSizeHigh, found.nFileSizeLow),
-                     FileTime(microseconds(static_cast<std::int64_t>(ticks / 10) - kUnixEpochMicroseconds))};
+    return FileFacts{Join(found.nFileSizeHigh, found.nFileSizeLow), ToFileTime(found.ftLastWriteTime),
+                     ToFileTime(found.ftCreationTime)};
 }
 
 std::optional<FileFacts> FactsBehindLink(const fs::path& systemPath)
@@ -80,16 +85,24 @@ bool IsLink(const fs::directory_entry& entry)
 
 #else
 
+namespace {
+
+FileTime ToFileTime(const timespec& time)
+{
+    constexpr std::int64_t kFarSeconds = 9'000'000'000'000; // some file systems take any number for a time
+    const std::int64_t seconds = std::clamp<std::int64_t>(time.tv_sec, -kFarSeconds, kFarSeconds);
+    return FileTime(microseconds(seconds * 1'000'000 + time.tv_nsec / 1000));
+}
+
+} // namespace
+
 std::optional<FileFacts> GetFileFacts(const fs::path& path)
 {
     struct stat found {};
     if (!IsUsablePath(path) || ::stat(path.c_str(), &found) != 0 || !S_ISREG(found.st_mode)) {
         return std::nullopt;
     }
-    constexpr std::int64_t kFarSeconds = 9'000'000'000'000; // some file systems take any number for a time
-    const std::int64_t seconds = std::clamp<std::int64_t>(found.st_mtim.tv_sec, -kFarSeconds, kFarSeconds);
-    return FileFacts{static_cast<std::uint64_t>(found.st_size),
-                     FileTime(microseconds(seconds * 1'000'000 + found.st_mtim.tv_nsec / 1000))};
+    return FileFacts{static_cast<std::uint64_t>(found.st_size), ToFileTime(found.st_mtim), ToFileTime(found.st_ctim)};
 }
 
 bool IsLink(const fs::directory_entry& entry)

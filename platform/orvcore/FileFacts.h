@@ -16,6 +16,9 @@ using FileTime = std::chrono::sys_time<std::chrono::microseconds>;
 struct FileFacts {
     std::uint64_t size = 0; ///< bytes
     FileTime modified{};    ///< last change of the content, rounded down
+    FileTime replaced{};    ///< when the system itself last saw a new state or a new file here: programs do not set it
+
+    bool operator==(const FileFacts&) const = default;
 };
 
 /// The facts of the regular file to which `path` leads, symbolic links followed. Empty when there is none or the system
