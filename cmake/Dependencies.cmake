@@ -9,7 +9,14 @@ function(orv_find_library target header)
   set_target_properties(${target} PROPERTIES
     IMPORTED_LOCATION "${${id}_LIBRARY}"
     INTERFACE_INCLUDE_DIRECTORIES "${${id}_INCLUDE_DIR}")
+  if(ORV_STATIC_DEPENDENCIES)
+    orv_complete_static_library(${target} ${id})
+  endif()
 endfunction()
+
+if(ORV_STATIC_DEPENDENCIES)
+  include(StaticDependencies)
+endif()
 
 find_package(Threads REQUIRED)
 find_package(Boost 1.81 REQUIRED)
