@@ -1,0 +1,339 @@
+#include <orvcore/JSONDocument.h>
+
+#include <simdjson.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace orvcore::serialization {
+
+namespace {
+
+// simdjson keeps an element count of 24 bits; a container at the limit has to be counted.
+constexpr std::size_t kCountLimit = 0xFFFFFF;
+
+// 2^63 and 2^64 as doubles: the first values past the integer types.
+constexpr double kInt64End = 9223372036854775808.0;
+constexpr double kUInt64End = 18446744073709551616.0;
+
+template <class Container>
+std::size_t CountOf(const Container& container)
+{
+    const std::size_t count = container.size();
+    return count < kCountLimit ? count : static_cast<std::size_t>(std::distance(container.begin(), container.end()));
+}
+
+// Node blocks that never move, so that nodes can point at each other.
+class NodeArena {
+public:
+    JSONNode* Allocate(std::size_t count)
+    {
+        if (count > free_) {
+            const std::size_t size = std::max(count, nextBlock_);
+            nextBlock_ = std::min<std::size_t>(nextBlock_ * 2, 1U << 16U);
+            blocks_.push_back(std::make_unique_for_overwrite<JSONNode[]>(size));
+            next_ = blocks_.back().get();
+            free_ = size;
+        }
+        JSONNode* result = next_;
+        next_ += count;
+        free_ -= count;
+        return result;
+    }
+
+private:
+    std::vector<std::unique_ptr<JSONNode[]>> blocks_;
+    JSONNode* next_ = nullptr;
+    std::size_t free_ = 0;
+    std::size_t nextBlock_ = 256;
+};
+
+} // namespace
+
+struct JSONDocument::Storage {
+    simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
+    NodeArena arena;
+    JSONNode root;
+};
+
+class JSONDocumentBuilder {
+public:
+    explicit JSONDocumentBuilder(NodeArena& arena)
+        : arena_(arena)
+    {
+    }
+
+    void Fill(JSONNode& node, const simdjson::dom::element& element);
+    void Fill(JSONNode& node, const Variant& tree, std::size_t depth);
+
+private:
+    static void SetText(JSONNode& node, std::string_view text)
+    {
+        node.kind_ = JSONKind::kString;
+        node.value_.text = text.data();
+        node.size_ = static_cast<std::uint32_t>(text.size());
+    }
+    static void SetKey(JSONNode& node, std::string_view key)
+    {
+        node.key_ = key.data();
+        node.keySize_ = static_cast<std::uint32_t>(key.size());
+    }
+    JSONNode* SetContainer(JSONNode& node, JSONKind kind, std::size_t count)
+    {
+        JSONNode* children = arena_.Allocate(count);
+        node.kind_ = kind;
+        node.value_.children = children;
+        node.size_ = static_cast<std::uint32_t>(count);
+        return children;
+    }
+    bool FillScalar(JSONNode& node, const Variant& tree);
+
+    NodeArena& arena_;
+};
+
+void JSONDocumentBuilder::Fill(JSONNode& node, const simdjson::dom::element& element)
+{
+    using simdjson::dom::element_type;
+    switch (element.type()) {
+    case element_type::OBJECT: {
+        const simdjson::dom::object object = element.get_object().value_unsafe();
+        JSONNode* child = SetContainer(node, JSONKind::kObject, CountOf(object));
+        for (const simdjson::dom::key_value_pair member : object) {
+            SetKey(*child, member.key);
+            Fill(*child++, member.value);
+        }
+        return;
+    }
+    case element_type::ARRAY: {
+        const simdjson::dom::array array = element.get_array().value_unsafe();
+        JSONNode* child = SetContainer(node, JSONKind::kArray, CountOf(array));
+        for (const simdjson::dom::element item : array) {
+            Fill(*child++, item);
+        }
+        return;
+    }
+    case element_type::STRING:
+        return SetText(node, element.get_string().value_unsafe());
+    case element_type::INT64:
+        node.kind_ = JSONKind::kInt64;
+        node.value_.int64 = element.get_int64().value_unsafe();
+        return;
+    case element_type::UINT64:
+        node.kind_ = JSONKind::kUInt64;
+        node.value_.uint64 = element.get_uint64().value_unsafe();
+        return;
+    case element_type::DOUBLE:
+        node.kind_ = JSONKind::kDouble;
+        node.value_.number = element.get_double().value_unsafe();
+        return;
+    case element_type::BOOL:
+        node.kind_ = JSONKind::kBool;
+        node.value_.boolean = element.get_bool().value_unsafe();
+        return;
+    case element_type::NULL_VALUE:
+        node.kind_ = JSONKind::kNull;
+        return;
+    }
+}
+
+bool JSONDocumentBuilder::FillScalar(JSONNode& node, const Variant& tree)
+{
+    if (!tree.has_value()) {
+        node.kind_ = JSONKind::kNull;
+    } else if (const auto* text = std::any_cast<UTF8String>(&tree)) {
+        SetText(node, AsNarrow(*text));
+    } else if (const auto* int64 = std::any_cast<std::int64_t>(&tree)) {
+        node.kind_ = JSONKind::kInt64;
+        node.value_.int64 = *int64;
+    } else if (const auto* uint64 = std::any_cast<std::uint64_t>(&tree)) {
+        node.kind_ = JSONKind::kUInt64;
+        node.value_.uint64 = *uint64;
+    } else if (const auto* number = std::any_cast<double>(&tree)) {
+        node.kind_ = JSONKind::kDouble;
+        node.value_.number = *number;
+    } else if (const auto* boolean = std::any_cast<bool>(&tree)) {
+        node.kind_ = JSONKind::kBool;
+        node.value_.boolean = *boolean;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+void JSONDocumentBuilder::Fill(JSONNode& node, const Variant& tree, std::size_t depth)
+{
+    if (depth > kMaxJSONDepth) {
+        throw json_write_exception("the value tree is nested too deep");
+    }
+    const Variant nothing;
+    if (const Object* object = AsObject(tree)) {
+        JSONNode* child = SetContainer(node, JSONKind::kObject, object->size());
+        for (const auto& [key, value] : *object) {
+            SetKey(*child, AsNarrow(key));
+            Fill(*child++, value ? *value : nothing, depth + 1);
+        }
+    } else if (const Array* array = AsArray(tree)) {
+        JSONNode* child = SetContainer(node, JSONKind::kArray, array->size());
+        for (const VariantPtr& value : *array) {
+            Fill(*child++, value ? *value : nothing, depth + 1);
+        }
+    } else if (!FillScalar(node, tree)) {
+        throw json_write_exception(std::string("a value tree holds a value of a foreign type: ") + tree.type().name());
+    }
+}
+
+const JSONNode* JSONNode::Find(std::string_view key) const noexcept
+{
+    if (kind_ != JSONKind::kObject) {
+        return nullptr;
+    }
+    for (const JSONNode* child = value_.children + size_; child != value_.children;) {
+        --child;
+        if (child->Key() == key) {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
+bool JSONNode::Get(std::int64_t& out) const noexcept
+{
+    if (kind_ == JSONKind::kInt64) {
+        out = value_.int64;
+        return true;
+    }
+    if (kind_ == JSONKind::kUInt64) {
+        if (value_.uint64 > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+            return false;
+        }
+        out = static_cast<std::int64_t>(value_.uint64);
+        return true;
+    }
+    if (kind_ == JSONKind::kDouble && value_.number >= -kInt64End && value_.number < kInt64End &&
+        std::trunc(value_.number) == value_.number) {
+        out = static_cast<std::int64_t>(value_.number);
+        return true;
+    }
+    return false;
+}
+
+bool JSONNode::Get(std::uint64_t& out) const noexcept
+{
+    if (kind_ == JSONKind::kUInt64) {
+        out = value_.uint64;
+        return true;
+    }
+    if (kind_ == JSONKind::kDouble && value_.number >= 0 && value_.number < kUInt64End &&
+        std::trunc(value_.number) == value_.number) {
+        out = static_cast<std::uint64_t>(value_.number);
+        return true;
+    }
+    if (kind_ == JSONKind::kInt64 && value_.int64 >= 0) {
+        out = static_cast<std::uint64_t>(value_.int64);
+        return true;
+    }
+    return false;
+}
+
+bool JSONNode::Get(double& out) const noexcept
+{
+    if (kind_ == JSONKind::kDouble) {
+        out = value_.number;
+        return true;
+    }
+    if (kind_ == JSONKind::kInt64) {
+        const auto converted = static_cast<double>(value_.int64);
+        if (converted >= kInt64End || static_cast<std::int64_t>(converted) != value_.int64) {
+            return false;
+        }
+        out = converted;
+        return true;
+    }
+    if (kind_ == JSONKind::kUInt64) {
+        const auto converted = static_cast<double>(value_.uint64);
+        if (converted >= kUInt64End || static_cast<std::uint64_t>(converted) != value_.uint64) {
+            return false;
+        }
+        out = converted;
+        return true;
+    }
+    return false;
+}
+
+Variant JSONNode::ToTree() const
+{
+    switch (kind_) {
+    case JSONKind::kNull:
+        return {};
+    case JSONKind::kBool:
+        return value_.boolean;
+    case JSONKind::kInt64:
+        return value_.int64;
+    case JSONKind::kUInt64:
+        return value_.uint64;
+    case JSONKind::kDouble:
+        return value_.number;
+    case JSONKind::kString:
+        return UTF8String(AsUTF8({value_.text, size_}));
+    case JSONKind::kArray: {
+        Array array;
+        array.reserve(size_);
+        for (const JSONNode& child : Children()) {
+            array.push_back(std::make_shared<Variant>(child.ToTree()));
+        }
+        return array;
+    }
+    case JSONKind::kObject: {
+        Object object;
+        for (const JSONNode& child : Children()) {
+            object.insert_or_assign(UTF8String(AsUTF8(child.Key())), std::make_shared<Variant>(child.ToTree()));
+        }
+        return object;
+    }
+    }
+    return {};
+}
+
+JSONDocument::JSONDocument(std::unique_ptr<Storage> storage) noexcept
+    : storage_(std::move(storage))
+{
+}
+JSONDocument::JSONDocument(JSONDocument&&) noexcept = default;
+JSONDocument& JSONDocument::operator=(JSONDocument&&) noexcept = default;
+JSONDocument::~JSONDocument() = default;
+
+JSONDocument JSONDocument::Parse(std::u8string_view text)
+{
+    constexpr std::u8string_view byteOrderMark = u8"\uFEFF";
+    if (text.starts_with(byteOrderMark)) {
+        text.remove_prefix(byteOrderMark.size());
+    }
+    auto storage = std::make_unique<Storage>();
+    const simdjson::padded_string padded(AsNarrow(text));
+    // simdjson counts the document itself as one level.
+    simdjson::error_code error = storage->parser.allocate(text.size(), kMaxJSONDepth + 1);
+    simdjson::dom::element root;
+    if (error == simdjson::SUCCESS) {
+        error = storage->parser.parse(padded).get(root);
+    }
+    if (error != simdjson::SUCCESS) {
+        throw json_parse_exception(simdjson::error_message(error));
+    }
+    JSONDocumentBuilder(storage->arena).Fill(storage->root, root);
+    return JSONDocument(std::move(storage));
+}
+
+JSONDocument JSONDocument::FromTree(const Variant& tree)
+{
+    auto storage = std::make_unique<Storage>();
+    JSONDocumentBuilder(storage->arena).Fill(storage->root, tree, 0);
+    return JSONDocument(std::move(storage));
+}
+
+const JSONNode& JSONDocument::Root() const noexcept
+{
+    return storage_->root;
+}
+
+} // namespace orvcore::serialization
