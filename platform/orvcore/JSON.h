@@ -6,6 +6,7 @@
 #include <any>
 #include <map>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -18,6 +19,10 @@ using VariantPtr = std::shared_ptr<Variant>;
 /// An object: keys in ascending byte order, whatever the order of insertion.
 using Object = std::map<UTF8String, VariantPtr>;
 using Array = std::vector<VariantPtr>;
+
+/// The keys that a record read and does not know, each with its value as compact, well-formed JSON text. A record that
+/// has a member of this type puts them out again when it is written.
+using UnknownKeys = std::map<std::string, std::string>;
 
 /// The deepest nesting of objects and arrays that is read or written; deeper documents are refused.
 inline constexpr std::size_t kMaxJSONDepth = 256;

@@ -255,14 +255,15 @@ struct Codec<std::map<UTF16String, T>> {
         if (!node.IsObject()) {
             return false;
         }
-        out.clear();
+        std::map<UTF16String, T> members;
         for (const JSONNode& child : node.Children()) {
             T value{};
             if (!Codec<T>::Read(child, value)) {
                 return false;
             }
-            out.insert_or_assign(ToUTF16(child.Key()), std::move(value));
+            members.insert_or_assign(ToUTF16(child.Key()), std::move(value));
         }
+        out = std::move(members);
         return true;
     }
     static void Write(JSONSink& sink, const std::map<UTF16String, T>& value)

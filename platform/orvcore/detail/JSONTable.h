@@ -4,6 +4,7 @@
 #include <orvcore/detail/JSONCodec.h>
 
 #include <array>
+#include <functional>
 #include <string>
 #include <tuple>
 
@@ -13,7 +14,8 @@
 namespace orvcore::serialization::detail {
 
 /// Specialised for each record: `static constexpr auto fields = Fields(Required(...), Optional(...), ...)` and, for
-/// records that keep what they do not know, `static constexpr auto unknown = &Record::unknownKeys`.
+/// records that keep what they do not know, `static constexpr auto unknown = &Record::unknownKeys` (or a callable that
+/// leads from the record to its `UnknownKeys`).
 template <class Record>
 struct JSONTable;
 
@@ -90,14 +92,40 @@ constexpr auto CustomField(std::string_view key, Presence presence, ReadFunction
     return Field<ReadFunction, WriteFunction>{key, presence, read, write, {}};
 }
 
+template <class Whole, class Access, class Read, class Write, class Condition>
+constexpr auto LiftRow(Access access, const Field<Read, Write, Condition>& row)
+{
+    const auto read = [access, inner = row.read](const JSONNode& node, Whole& whole) {
+        return inner(node, std::invoke(access, whole));
+    };
+    const auto condition = [access, inner = row.condition](const Whole& whole) {
+        return inner(std::invoke(access, whole));
+    };
+    if constexpr (std::is_same_v<Write, NotWritten>) {
+        return Field<decltype(read), NotWritten>{row.key, row.presence, read, {}, {}};
+    } else {
+        const auto write = [access, inner = row.write](JSONSink& sink, const Whole& whole) {
+            inner(sink, std::invoke(access, whole));
+        };
+        return Field<decltype(read), decltype(write), decltype(condition)>{row.key, row.presence, read, write,
+                                                                           condition};
+    }
+}
+
 template <class... F>
 constexpr auto Fields(F... fields)
 {
     return std::make_tuple(fields...);
 }
 
-/// Keys that a record read and does not know, each with its value as compact JSON text.
-using UnknownKeys = std::map<std::string, std::string>;
+/// The rows of a part as rows of the whole that holds it. `access` leads from the whole to the part: a member pointer,
+/// or a callable that takes the whole by reference, const or not, and returns the part the same way. The rows may then
+/// be joined with the whole's own by `std::tuple_cat`.
+template <class Whole, class Access, class... Rows>
+constexpr auto Lift(Access access, const std::tuple<Rows...>& rows)
+{
+    return std::apply([access](const auto&... row) { return std::make_tuple(LiftRow<Whole>(access, row)...); }, rows);
+}
 
 // The keys of a table in ascending byte order, each with its row's place in the table.
 template <std::size_t N>
@@ -236,7 +264,7 @@ concept KeepsUnknownKeys = requires
 
 /// A record with a table is an object; anything else under its key is unusable.
 template <TabledRecord T>
-struct Codec<T> {
+struct TableCodec {
     using Walker = TableWalker<T, JSONTable<T>::fields>;
     static bool Read(const JSONNode& node, T& out)
     {
@@ -244,7 +272,7 @@ struct Codec<T> {
             return false;
         }
         if constexpr (KeepsUnknownKeys<T>) {
-            Walker::Read(node, out, &(out.*JSONTable<T>::unknown));
+            Walker::Read(node, out, &std::invoke(JSONTable<T>::unknown, out));
         } else {
             Walker::Read(node, out, nullptr);
         }
@@ -253,11 +281,15 @@ struct Codec<T> {
     static void Write(JSONSink& sink, const T& value)
     {
         if constexpr (KeepsUnknownKeys<T>) {
-            Walker::Write(sink, value, &(value.*JSONTable<T>::unknown));
+            Walker::Write(sink, value, &std::invoke(JSONTable<T>::unknown, value));
         } else {
             Walker::Write(sink, value, nullptr);
         }
     }
+};
+
+template <TabledRecord T>
+struct Codec<T> : TableCodec<T> {
 };
 
 /// A value as a tree.

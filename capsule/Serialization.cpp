@@ -1,0 +1,122 @@
+#include <capsule/Serialization.h>
+
+#include <capsule/detail/CapsuleTable.h>
+#include <capsule/detail/ControlTables.h>
+#include <capsule/detail/VersionGate.h>
+
+namespace orvcapsule::serialization {
+
+namespace {
+
+namespace json = orvcore::serialization::detail;
+using orvcore::serialization::JSONDocument;
+using orvcore::serialization::Variant;
+
+// The document of a text, or an empty one where the text is not JSON.
+JSONDocument ParseOrNothing(const UTF8String& text)
+{
+    try {
+        return JSONDocument::Parse(text);
+    } catch (const orvcore::serialization::json_parse_exception&) {
+        return JSONDocument::FromTree(Variant());
+    }
+}
+
+template <class T>
+UTF16String ToWideText(const T& value)
+{
+    return orvcore::ToUTF16(json::ToText(value));
+}
+
+template <class T>
+T FromWideText(const UTF16String& text)
+{
+    T value{};
+    json::Codec<T>::Read(ParseOrNothing(orvcore::ToUTF8(text)).Root(), value);
+    return value;
+}
+
+} // namespace
+
+UTF8String CapsuleToJson(const std::shared_ptr<Capsule>& capsule)
+{
+    return capsule ? json::ToText(*capsule) : UTF8String();
+}
+
+std::shared_ptr<Capsule> CapsuleFromJson(const UTF8String& text)
+{
+    if (!detail::PassesVersionGate(text)) {
+        return nullptr;
+    }
+    auto capsule = std::make_shared<Capsule>();
+    json::Codec<Capsule>::Read(ParseOrNothing(text).Root(), *capsule);
+    return capsule;
+}
+
+Variant ClientControlToJson(const std::shared_ptr<ClientControl>& control)
+{
+    return json::ToTree(control);
+}
+
+std::shared_ptr<ClientControl> ClientControlFromJson(const Variant& value)
+{
+    std::shared_ptr<ClientControl> control;
+    json::FromTree(value, control);
+    return control;
+}
+
+Variant SourceInfoToJson(const kinlet::SourceInfo& sourceInfo)
+{
+    return json::ToTree(sourceInfo);
+}
+
+kinlet::SourceInfo SourceInfoFromJson(const Variant& value)
+{
+    kinlet::SourceInfo sourceInfo;
+    if (!json::FromTree(value, sourceInfo)) {
+        throw orvcore::serialization::missing_key_exception(CAPSULE_SOURCE_INFO_STR);
+    }
+    return sourceInfo;
+}
+
+UTF16String AlternateRectInfoToJson(const AlternateRectInfo& info)
+{
+    return ToWideText(info);
+}
+
+AlternateRectInfo AlternateRectInfoFromJson(const UTF16String& text)
+{
+    return FromWideText<AlternateRectInfo>(text);
+}
+
+UTF16String TextEditInfoToJson(const kinlet::TextEditInfo& info)
+{
+    return ToWideText(info);
+}
+
+kinlet::TextEditInfo TextEditInfoFromJson(const UTF16String& text)
+{
+    return FromWideText<kinlet::TextEditInfo>(text);
+}
+
+UTF16String SourceTextFontEditInfoToJson(const kinlet::SourceTextFontEditInfo& info)
+{
+    return ToWideText(info);
+}
+
+kinlet::SourceTextFontEditInfo SourceTextFontEditInfoFromJson(const UTF16String& text)
+{
+    return FromWideText<kinlet::SourceTextFontEditInfo>(text);
+}
+
+UTF16String SpreadsheetColInfoLocVecToJson(const std::vector<SpreadsheetColumnInfoLoc>& columns)
+{
+    return ToWideText(columns);
+}
+
+std::vector<SpreadsheetColumnInfoLoc> SpreadsheetColInfoLocVecFromJson(const UTF16String& text)
+{
+    return FromWideText<std::vector<SpreadsheetColumnInfoLoc>>(text);
+}
+
+} // namespace orvcapsule::serialization

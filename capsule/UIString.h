@@ -1,0 +1,56 @@
+#pragma once
+
+#include <capsule/Export.h>
+#include <orvcore/Strings.h>
+
+#include <map>
+#include <vector>
+
+namespace orvcapsule {
+
+using orvcore::UTF16String;
+using orvcore::UTF8String;
+
+/// One text of a `UIString`.
+struct LocStrPair {
+    UTF16String locale; ///< locale name such as "en_US", the map key
+    UTF16String text;   ///< the text for that locale
+};
+
+/// A localisable text: one text a locale, with a single rule for picking the one to show.
+///
+/// A plain value without locks: concurrent reads are safe, a writer needs exclusive access. The application language
+/// (`orvcore::Application::GetLanguage`) is fetched at each call that needs it. Any text is accepted as a locale,
+/// the empty one included. Locales are ordered by UTF-16 code units, a prefix before the longer name.
+class ORVCAPSULE_API UIString {
+public:
+    /// One empty text under the application language.
+    UIString();
+    /// `text` under the application language.
+    explicit UIString(const UTF16String& text);
+    /// One entry a pair, in list order: a later pair with the same locale replaces the earlier text. An empty list
+    /// gives the only `UIString` without any entry.
+    explicit UIString(const std::vector<LocStrPair>& pairs);
+
+    /// The text for the application language; else the one for "en_US"; else the one of the smallest locale; else
+    /// an empty text. An entry that holds an empty text counts as found.
+    UTF16String GetString() const;
+    /// Sets or replaces the text of the application language.
+    void SetString(const UTF16String& text);
+    /// Sets or replaces the text of `locale`. The text comes first.
+    void SetString(const UTF16String& text, const UTF16String& locale);
+
+    /// All texts by locale; valid as long as this object is.
+    const std::map<UTF16String, UTF16String>& GetLocaleStrings() const noexcept
+    {
+        return strings_;
+    }
+
+    /// Equal when both hold the same locales and texts, code unit for code unit.
+    bool operator==(const UIString& other) const = default;
+
+private:
+    std::map<UTF16String, UTF16String> strings_;
+};
+
+} // namespace orvcapsule

@@ -1,0 +1,189 @@
+#include <capsule/detail/ControlJSON.h>
+
+#include <capsule/detail/ControlTables.h>
+
+namespace orvcore::serialization::detail {
+
+bool Codec<orvcapsule::ColorRGBA>::Read(const JSONNode& node, orvcapsule::ColorRGBA& out)
+{
+    const auto parts = node.Children();
+    return node.IsArray() && parts.size() == 4 && parts[0].Get(out.red) && parts[1].Get(out.green) &&
+           parts[2].Get(out.blue) && parts[3].Get(out.alpha);
+}
+
+void Codec<orvcapsule::ColorRGBA>::Write(JSONSink& sink, const orvcapsule::ColorRGBA& value)
+{
+    sink.BeginArray();
+    for (const double part : {value.red, value.green, value.blue, value.alpha}) {
+        sink.Double(part);
+    }
+    sink.EndArray();
+}
+
+} // namespace orvcore::serialization::detail
+
+namespace orvcapsule::serialization::detail {
+
+namespace {
+
+using ControlPtr = std::shared_ptr<ClientControl>;
+
+// The tables have to be objects of static storage to serve as template arguments.
+constexpr auto kCommon = ControlTables::Common();
+constexpr auto kCheckbox = ControlTables::Kind(ControlTables::Value<bool>());
+constexpr auto kSlider = ControlTables::Slider();
+constexpr auto kAngle = ControlTables::Kind(ControlTables::Value<double>());
+constexpr auto kColor = ControlTables::Kind(ControlTables::Value<ColorRGBA>());
+constexpr auto kPoint2D = ControlTables::Kind(ControlTables::Value<Point2D>());
+constexpr auto kText = ControlTables::Text();
+constexpr auto kComment = ControlTables::Kind(ControlTables::Value<UIString>());
+constexpr auto kScale = ControlTables::Scale();
+constexpr auto kGroup = ControlTables::Group();
+constexpr auto kMenu = ControlTables::Menu();
+constexpr auto kMedia = ControlTables::Media();
+constexpr auto kSpreadsheet = ControlTables::Spreadsheet();
+
+// One control of a kind in each direction. The settings after the shared three are placeholders that the table's
+// required keys replace.
+template <class Control, const auto& Table>
+struct KindCodec {
+    template <class... Settings>
+    static ControlPtr Read(const JSONNode& node, Settings... settings)
+    {
+        auto control = std::make_shared<Control>(UTF16String(), UIString(), ControlProperties(), settings...);
+        json::TableWalker<Control, Table>::Read(node, *control, ControlTables::Unknown(*control));
+        return control;
+    }
+
+    // A control whose class is not that of its type has no form, like one whose value is not of its kind.
+    static void Write(JSONSink& sink, const ClientControl& control)
+    {
+        const auto& own = dynamic_cast<const Control&>(control);
+        json::TableWalker<Control, Table>::Write(sink, own, ControlTables::Unknown(own));
+    }
+};
+
+ControlPtr ReadControl(const JSONNode& node, ClientControlType type)
+{
+    switch (type) {
+    case ClientControlType::kCheckbox:
+        return KindCodec<CheckboxControl, kCheckbox>::Read(node, false);
+    case ClientControlType::kSlider:
+        return KindCodec<SliderControl, kSlider>::Read(node, 0.0, 0.0, 0.0);
+    case ClientControlType::kAngle:
+        return KindCodec<AngleControl, kAngle>::Read(node, 0.0);
+    case ClientControlType::kColor:
+        return KindCodec<ColorControl, kColor>::Read(node, ColorRGBA());
+    case ClientControlType::kPoint2D:
+        return KindCodec<Point2DControl, kPoint2D>::Read(node, Point2D());
+    case ClientControlType::kText:
+        return KindCodec<StringControl, kText>::Read(node, UIString(), kinlet::SourceTextFontEditInfo(),
+                                                     AlternateRectInfo(), kinlet::ESourceTextOverrideType());
+    case ClientControlType::kComment:
+        return KindCodec<CommentControl, kComment>::Read(node, UIString());
+    case ClientControlType::kScale:
+        return KindCodec<ScaleControl, kScale>::Read(node, false, 0, std::vector<double>());
+    case ClientControlType::kGroup:
+        return KindCodec<GroupControl, kGroup>::Read(node, std::vector<UTF16String>(), false);
+    case ClientControlType::kMenu:
+        return KindCodec<MenuControl, kMenu>::Read(node, 0, std::vector<UIString>());
+    case ClientControlType::kMedia:
+        return KindCodec<MediaControl, kMedia>::Read(node, false, kinlet::MediaReplacementProperties(), UTF16String());
+    case ClientControlType::kSpreadsheet:
+        return KindCodec<SpreadsheetControl, kSpreadsheet>::Read(node, 0U, 0U, std::vector<SpreadsheetColumnInfoLoc>(),
+                                                                 kinlet::SpreadsheetValue());
+    case ClientControlType::kGroupDropZone:
+        break;
+    }
+    return nullptr;
+}
+
+void WriteControl(JSONSink& sink, const ClientControl& control)
+{
+    switch (control.GetType()) {
+    case ClientControlType::kCheckbox:
+        return KindCodec<CheckboxControl, kCheckbox>::Write(sink, control);
+    case ClientControlType::kSlider:
+        return KindCodec<SliderControl, kSlider>::Write(sink, control);
+    case ClientControlType::kAngle:
+        return KindCodec<AngleControl, kAngle>::Write(sink, control);
+    case ClientControlType::kColor:
+        return KindCodec<ColorControl, kColor>::Write(sink, control);
+    case ClientControlType::kPoint2D:
+        return KindCodec<Point2DControl, kPoint2D>::Write(sink, control);
+    case ClientControlType::kText:
+        return KindCodec<StringControl, kText>::Write(sink, control);
+    case ClientControlType::kComment:
+        return KindCodec<CommentControl, kComment>::Write(sink, control);
+    case ClientControlType::kScale:
+        return KindCodec<ScaleControl, kScale>::Write(sink, control);
+    case ClientControlType::kGroup:
+        return KindCodec<GroupControl, kGroup>::Write(sink, control);
+    case ClientControlType::kMenu:
+        return KindCodec<MenuControl, kMenu>::Write(sink, control);
+    case ClientControlType::kMedia:
+        return KindCodec<MediaControl, kMedia>::Write(sink, control);
+    case ClientControlType::kSpreadsheet:
+        return KindCodec<SpreadsheetControl, kSpreadsheet>::Write(sink, control);
+    case ClientControlType::kGroupDropZone:
+        break;
+    }
+    json::TableWalker<ClientControl, kCommon>::Write(sink, control, nullptr);
+}
+
+} // namespace
+
+bool ControlListCodec::Read(const JSONNode& node, List& out)
+{
+    List read;
+    if (!json::Codec<List>::Read(node, read)) {
+        return false;
+    }
+    read.erase(std::remove(read.begin(), read.end(), nullptr), read.end());
+    out = std::move(read);
+    return true;
+}
+
+void ControlListCodec::Write(JSONSink& sink, const List& value)
+{
+    json::Codec<List>::Write(sink, value);
+}
+
+} // namespace orvcapsule::serialization::detail
+
+namespace orvcore::serialization::detail {
+
+namespace capsule = orvcapsule::serialization::detail;
+
+bool Codec<std::shared_ptr<orvcapsule::ClientControl>>::Read(const JSONNode& node,
+                                                             std::shared_ptr<orvcapsule::ClientControl>& out)
+{
+    out = nullptr;
+    if (!node.IsObject()) {
+        return true;
+    }
+    orvcapsule::ClientControlType type{};
+    const JSONNode* typeNode = node.Find(orvcapsule::CAPSULE_CONTROL_TYPE_STR);
+    if (typeNode != nullptr && !Codec<orvcapsule::ClientControlType>::Read(*typeNode, type)) {
+        return true;
+    }
+    out = capsule::ReadControl(node, type);
+    if (out == nullptr) {
+        // The keys that every control has are required of unknown kinds too.
+        orvcapsule::ClientControl scratch({}, {}, {}, {}, {});
+        TableWalker<orvcapsule::ClientControl, capsule::kCommon>::Read(node, scratch, nullptr);
+    }
+    return true;
+}
+
+void Codec<std::shared_ptr<orvcapsule::ClientControl>>::Write(JSONSink& sink,
+                                                              const std::shared_ptr<orvcapsule::ClientControl>& value)
+{
+    if (value == nullptr) {
+        sink.Null();
+    } else {
+        capsule::WriteControl(sink, *value);
+    }
+}
+
+} // namespace orvcore::serialization::detail

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <capsule/UIString.h>
+
+#include <orvcore/detail/JSONTable.h>
+
+namespace orvcore::serialization::detail {
+
+// A localised text: {"strDB": [{"str": text, "localeString": locale}, ...]}, locales in ascending order.
+template <>
+struct Codec<orvcapsule::UIString> {
+    static bool Read(const JSONNode& node, orvcapsule::UIString& out);
+    static void Write(JSONSink& sink, const orvcapsule::UIString& value);
+};
+
+} // namespace orvcore::serialization::detail

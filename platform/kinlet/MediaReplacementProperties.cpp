@@ -1,0 +1,46 @@
+#include <kinlet/MediaReplacementProperties.h>
+
+#include <kinlet/detail/MediaReplacementJSON.h>
+
+namespace kinlet {
+
+namespace serialization = orvcore::serialization;
+using serialization::detail::JSONTable;
+using serialization::detail::TableWalker;
+
+namespace {
+
+using Walker = TableWalker<MediaReplacementProperties, JSONTable<MediaReplacementProperties>::fields>;
+
+} // namespace
+
+void MediaReplacementProperties::ConvertToObject(serialization::Object& control) const
+{
+    serialization::JSONTreeBuilder builder;
+    Walker::Write(builder, *this, nullptr);
+    serialization::Variant tree = builder.Take();
+    for (const auto& [key, value] : *serialization::AsObject(tree)) {
+        control.insert_or_assign(key, value);
+    }
+    for (const auto& [key, text] : unknownKeys) {
+        orvcore::UTF8String name = orvcore::ToUTF8(std::string_view(key));
+        if (!control.contains(name)) {
+            control.emplace(std::move(name),
+                            std::make_shared<serialization::Variant>(serialization::JSONParse(orvcore::AsUTF8(text))));
+        }
+    }
+}
+
+MediaReplacementProperties MediaReplacementProperties::ExtractProperties(const serialization::Object& control,
+                                                                         std::span<const std::u8string_view> ownKeys)
+{
+    serialization::Object rest = control;
+    for (const std::u8string_view key : ownKeys) {
+        rest.erase(orvcore::UTF8String(key));
+    }
+    MediaReplacementProperties result;
+    serialization::detail::FromTree(serialization::Variant(std::move(rest)), result);
+    return result;
+}
+
+} // namespace kinlet

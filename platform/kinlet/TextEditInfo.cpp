@@ -1,0 +1,27 @@
+#include <kinlet/detail/RecordCodecs.h>
+#include <kinlet/detail/ReplaceRecord.h>
+#include <kinlet/detail/TextEditInfoJSON.h>
+
+namespace kinlet::detail {
+
+bool ReadRecord(const JSONNode& node, SourceTextFontEditInfo& out)
+{
+    return ReplaceRecord(node, out);
+}
+
+void WriteRecord(JSONSink& sink, const SourceTextFontEditInfo& value)
+{
+    PutRecord(sink, value);
+}
+
+bool ReadRecord(const JSONNode& node, TextEditInfo& out)
+{
+    return ReplaceRecord(node, out);
+}
+
+void WriteRecord(JSONSink& sink, const TextEditInfo& value)
+{
+    PutRecord(sink, value);
+}
+
+} // namespace kinlet::detail
