@@ -31,6 +31,11 @@ public:
     /// One entry a pair, in list order: a later pair with the same locale replaces the earlier text. An empty list
     /// gives the only `UIString` without any entry.
     explicit UIString(const std::vector<LocStrPair>& pairs);
+    /// The same from a map of locale to text, taken over as it is.
+    explicit UIString(std::map<UTF16String, UTF16String> strings)
+        : strings_(std::move(strings))
+    {
+    }
 
     /// The text for the application language; else the one for "en_US"; else the one of the smallest locale; else
     /// an empty text. An entry that holds an empty text counts as found.

@@ -22,3 +22,12 @@ find_package(Threads REQUIRED)
 find_package(Boost 1.81 REQUIRED)
 find_package(simdjson REQUIRED)
 orv_find_library(orv::libzip zip.h zip)
+orv_find_library(orv::sqlite3 sqlite3.h sqlite3)
+orv_find_library(orv::utf8proc utf8proc.h utf8proc)
+
+# Header-only.
+find_path(ORV_XXHASH_INCLUDE_DIR xxhash.h REQUIRED)
+mark_as_advanced(ORV_XXHASH_INCLUDE_DIR)
+add_library(orv_xxhash INTERFACE)
+add_library(orv::xxhash ALIAS orv_xxhash)
+target_include_directories(orv_xxhash SYSTEM INTERFACE "$<BUILD_INTERFACE:${ORV_XXHASH_INCLUDE_DIR}>")

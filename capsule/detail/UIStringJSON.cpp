@@ -29,24 +29,27 @@ bool Codec<orvcapsule::UIString>::Read(const JSONNode& node, orvcapsule::UIStrin
     if (list == nullptr || !list->IsArray()) {
         return false;
     }
-    std::vector<LocStrPair> pairs;
-    pairs.reserve(list->Children().size());
+    std::map<UTF16String, UTF16String> strings;
     for (const JSONNode& element : list->Children()) {
         if (!element.IsObject()) {
             return false;
         }
         // An entry without a locale is from the time when every text was American English.
-        LocStrPair& pair = pairs.emplace_back(LocStrPair{UTF16String(orvcapsule::detail::kFallbackLocale), {}});
+        LocStrPair pair{UTF16String(orvcapsule::detail::kFallbackLocale), {}};
         TableWalker<LocStrPair, kEntryFields>::Read(element, pair, nullptr);
+        // Writers put the locales in ascending order, so the end is the place as a rule.
+        const auto at =
+            strings.empty() || strings.rbegin()->first < pair.locale ? strings.end() : strings.lower_bound(pair.locale);
+        strings.insert_or_assign(at, std::move(pair.locale), std::move(pair.text));
     }
-    out = orvcapsule::UIString(pairs);
+    out = orvcapsule::UIString(std::move(strings));
     return true;
 }
 
 void Codec<orvcapsule::UIString>::Write(JSONSink& sink, const orvcapsule::UIString& value)
 {
     sink.BeginObject();
-    sink.Key(orvcapsule::CAPSULE_STRDB_STR);
+    sink.PlainKey(orvcapsule::CAPSULE_STRDB_STR);
     sink.BeginArray();
     for (const Entry& entry : value.GetLocaleStrings()) {
         TableWalker<Entry, kEntryFields>::Write(sink, entry, nullptr);

@@ -17,7 +17,7 @@ struct Values {
 
 Values& TheValues()
 {
-    static Values values;
+    static Values& values = *new Values; // never destroyed: workers may ask while the process exits
     return values;
 }
 

@@ -37,8 +37,8 @@ struct Executors {
     // Both refuse work before any task learns of the end, or the next one in the queue would start in its place.
     void BeginTermination()
     {
-        preTermination->Stop(std::chrono::milliseconds(0));
-        cpuBound->Stop(std::chrono::milliseconds(0));
+        preTermination->Refuse();
+        cpuBound->Refuse();
         terminating = true;
     }
 };
@@ -47,6 +47,7 @@ struct Executors {
 // On Windows the workers are gone before a library's static destructors run, perhaps with a lock in their hands:
 // there nothing may be waited for, nor locked.
 struct StopAtExit {
+    // What is queued is left alone: destroying it could run code whose own statics are gone.
     explicit StopAtExit(Executors& stopped)
         : executors(stopped)
     {
@@ -56,7 +57,7 @@ struct StopAtExit {
     ~StopAtExit()
     {
         executors.BeginTermination();
-        executors.cpuBound->Stop(std::chrono::seconds(2));
+        executors.cpuBound->WaitUntilIdle(std::chrono::seconds(2));
     }
     Executors& executors;
 };

@@ -24,7 +24,7 @@ using Array = std::vector<VariantPtr>;
 /// has a member of this type puts them out again when it is written.
 using UnknownKeys = std::map<std::string, std::string>;
 
-/// The deepest nesting of objects and arrays that is read or written; deeper documents are refused.
+/// The most objects and arrays that a value may lie in; documents that nest deeper are neither read nor written.
 inline constexpr std::size_t kMaxJSONDepth = 256;
 
 /// Reads a whole JSON text into a value tree.

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <mutex>
 #include <vector>
 
 namespace orvcore::serialization {
@@ -29,23 +30,34 @@ class NodeArena {
 public:
     JSONNode* Allocate(std::size_t count)
     {
-        if (count > free_) {
+        while (current_ < blocks_.size() && blocks_[current_].size - used_ < count) {
+            ++current_;
+            used_ = 0;
+        }
+        if (current_ == blocks_.size()) {
             const std::size_t size = std::max(count, nextBlock_);
             nextBlock_ = std::min<std::size_t>(nextBlock_ * 2, 1U << 16U);
-            blocks_.push_back(std::make_unique_for_overwrite<JSONNode[]>(size));
-            next_ = blocks_.back().get();
-            free_ = size;
+            blocks_.push_back({std::make_unique_for_overwrite<JSONNode[]>(size), size});
         }
-        JSONNode* result = next_;
-        next_ += count;
-        free_ -= count;
+        JSONNode* result = blocks_[current_].nodes.get() + used_;
+        used_ += count;
         return result;
+    }
+    // Forgets all nodes and keeps their memory.
+    void Reset()
+    {
+        current_ = 0;
+        used_ = 0;
     }
 
 private:
-    std::vector<std::unique_ptr<JSONNode[]>> blocks_;
-    JSONNode* next_ = nullptr;
-    std::size_t free_ = 0;
+    struct Block {
+        std::unique_ptr<JSONNode[]> nodes;
+        std::size_t size;
+    };
+    std::vector<Block> blocks_;
+    std::size_t current_ = 0;
+    std::size_t used_ = 0;
     std::size_t nextBlock_ = 256;
 };
 
@@ -55,7 +67,72 @@ struct JSONDocument::Storage {
     simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
     NodeArena arena;
     JSONNode root;
+    std::size_t textSize = 0;
+    std::vector<char> padded;
+
+    // The parser reads a little past the end of its text.
+    const char* CopyPadded(std::string_view text)
+    {
+        padded.resize(std::max(padded.size(), text.size() + simdjson::SIMDJSON_PADDING));
+        std::copy(text.begin(), text.end(), padded.begin());
+        return padded.data();
+    }
+
+    static std::unique_ptr<Storage> Obtain(std::size_t textSize);
+    static void Recycle(std::unique_ptr<Storage> storage) noexcept;
+
+private:
+    struct Spares;
+    static Spares& TheSpares();
 };
+
+// A listing reads one definition after the other. A few used storages are kept for the next documents: giving their
+// large buffers back and taking them anew costs as much as the parsing.
+struct JSONDocument::Storage::Spares {
+    static constexpr std::size_t kMost = 4;
+    static constexpr std::size_t kLargestText = 1U << 20U;
+    std::mutex mutex;
+    std::vector<std::unique_ptr<Storage>> storages;
+};
+
+JSONDocument::Storage::Spares& JSONDocument::Storage::TheSpares()
+{
+    static Spares spares;
+    return spares;
+}
+
+std::unique_ptr<JSONDocument::Storage> JSONDocument::Storage::Obtain(std::size_t textSize)
+{
+    std::unique_ptr<Storage> storage;
+    {
+        Spares& spares = TheSpares();
+        const std::lock_guard lock(spares.mutex);
+        if (textSize <= Spares::kLargestText && !spares.storages.empty()) {
+            storage = std::move(spares.storages.back());
+            spares.storages.pop_back();
+        }
+    }
+    if (!storage) {
+        storage = std::make_unique<Storage>();
+    }
+    storage->textSize = textSize;
+    return storage;
+}
+
+void JSONDocument::Storage::Recycle(std::unique_ptr<Storage> storage) noexcept
+{
+    if (!storage || storage->textSize > Spares::kLargestText) {
+        return;
+    }
+    storage->arena.Reset();
+    storage->root = JSONNode();
+    Spares& spares = TheSpares();
+    const std::lock_guard lock(spares.mutex);
+    if (spares.storages.size() < Spares::kMost) {
+        spares.storages.reserve(Spares::kMost);
+        spares.storages.push_back(std::move(storage));
+    }
+}
 
 class JSONDocumentBuilder {
 public:
@@ -301,7 +378,10 @@ JSONDocument::JSONDocument(std::unique_ptr<Storage> storage) noexcept
 }
 JSONDocument::JSONDocument(JSONDocument&&) noexcept = default;
 JSONDocument& JSONDocument::operator=(JSONDocument&&) noexcept = default;
-JSONDocument::~JSONDocument() = default;
+JSONDocument::~JSONDocument()
+{
+    Storage::Recycle(std::move(storage_));
+}
 
 JSONDocument JSONDocument::Parse(std::u8string_view text)
 {
@@ -309,13 +389,13 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(byteOrderMark.size());
     }
-    auto storage = std::make_unique<Storage>();
-    const simdjson::padded_string padded(AsNarrow(text));
+    auto storage = Storage::Obtain(text.size());
     // simdjson counts the document itself as one level.
-    simdjson::error_code error = storage->parser.allocate(text.size(), kMaxJSONDepth + 1);
+    const bool fits = storage->parser.capacity() >= text.size() && storage->parser.max_depth() == kMaxJSONDepth + 1;
+    simdjson::error_code error = fits ? simdjson::SUCCESS : storage->parser.allocate(text.size(), kMaxJSONDepth + 1);
     simdjson::dom::element root;
     if (error == simdjson::SUCCESS) {
-        error = storage->parser.parse(padded).get(root);
+        error = storage->parser.parse(storage->CopyPadded(AsNarrow(text)), text.size(), false).get(root);
     }
     if (error != simdjson::SUCCESS) {
         throw json_parse_exception(simdjson::error_message(error));
@@ -326,7 +406,7 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
 
 JSONDocument JSONDocument::FromTree(const Variant& tree)
 {
-    auto storage = std::make_unique<Storage>();
+    auto storage = Storage::Obtain(0);
     JSONDocumentBuilder(storage->arena).Fill(storage->root, tree, 0);
     return JSONDocument(std::move(storage));
 }

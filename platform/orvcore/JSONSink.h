@@ -19,6 +19,14 @@ public:
     virtual void EndArray() = 0;
     /// The key of the next value; its bytes must stay valid until that value is written.
     virtual void Key(std::string_view key) = 0;
+    /// The key written last, for messages about values; empty where there was none.
+    virtual std::string_view LastKey() const noexcept = 0;
+
+    /// The same for a key that is known to need no escape: printable ASCII without quotes and back-slashes.
+    virtual void PlainKey(std::string_view key)
+    {
+        Key(key);
+    }
 
     virtual void Null() = 0;
     virtual void Bool(bool value) = 0;

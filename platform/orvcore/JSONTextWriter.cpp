@@ -1,5 +1,6 @@
 #include <orvcore/JSONTextWriter.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -27,29 +28,62 @@ constexpr std::array<char8_t, 256> kEscapes = [] {
 
 constexpr std::u8string_view kHexDigits = u8"0123456789abcdef";
 
-void AppendEscape(UTF8String& out, unsigned char byte)
+// The most that one byte becomes when it is escaped.
+constexpr std::size_t kLongestEscape = 6;
+
+char8_t* PutEscape(unsigned char byte, char8_t* to)
 {
-    out.push_back(u8'\\');
-    out.push_back(kEscapes[byte]);
+    *to++ = u8'\\';
+    *to++ = kEscapes[byte];
     if (kEscapes[byte] == u8'u') {
-        out.append(u8"00");
-        out.push_back(kHexDigits[byte >> 4U]);
-        out.push_back(kHexDigits[byte & 0x0FU]);
+        *to++ = u8'0';
+        *to++ = u8'0';
+        *to++ = kHexDigits[byte >> 4U];
+        *to++ = kHexDigits[byte & 0x0FU];
     }
+    return to;
 }
 
-template <class Number>
-void AppendNumber(UTF8String& out, Number value)
+// Texts are escaped in slices, so that the room for the worst case stays small.
+constexpr std::size_t kSlice = 4096;
+
+// The length of a text's first slice, which does not part a surrogate pair.
+std::size_t SliceLength(std::u16string_view text)
 {
-    std::array<char, 32> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    out.append(AsUTF8({digits.data(), static_cast<std::size_t>(end - digits.data())}));
+    if (text.size() <= kSlice) {
+        return text.size();
+    }
+    const char16_t last = text[kSlice - 1];
+    return last >= 0xD800 && last <= 0xDBFF ? kSlice - 1 : kSlice;
+}
+
+char8_t* PutEscaped(std::u16string_view text, char8_t* to)
+{
+    for (std::size_t i = 0; i < text.size();) {
+        if (text[i] < 0x80) {
+            const auto byte = static_cast<unsigned char>(text[i++]);
+            if (kEscapes[byte] != 0) {
+                to = PutEscape(byte, to);
+            } else {
+                *to++ = byte;
+            }
+            continue;
+        }
+        std::size_t end = i;
+        while (end < text.size() && text[end] >= 0x80) {
+            ++end;
+        }
+        to = EncodeUTF8(text.substr(i, end - i), to);
+        i = end;
+    }
+    return to;
 }
 
 } // namespace
 
-JSONTextWriter::JSONTextWriter(bool formatted)
+JSONTextWriter::JSONTextWriter(bool formatted, std::string_view key)
     : formatted_(formatted)
+    , lastKey_(key)
 {
 }
 
@@ -57,16 +91,33 @@ JSONTextWriter::~JSONTextWriter() = default;
 
 UTF8String JSONTextWriter::Take()
 {
-    UTF8String result = std::move(text_);
-    text_.clear();
+    UTF8String result(buffer_.get(), size_);
+    size_ = 0;
     needComma_ = false;
     return result;
 }
 
+void JSONTextWriter::Grow(std::size_t bytes)
+{
+    constexpr std::size_t kFirst = 4096;
+    const std::size_t capacity = std::max({kFirst, capacity_ * 2, size_ + bytes});
+    auto buffer = std::make_unique_for_overwrite<char8_t[]>(capacity);
+    std::copy_n(buffer_.get(), size_, buffer.get());
+    buffer_ = std::move(buffer);
+    capacity_ = capacity;
+}
+
+void JSONTextWriter::Put(std::string_view bytes)
+{
+    std::copy_n(bytes.data(), bytes.size(), Reserve(bytes.size()));
+    size_ += bytes.size();
+}
+
 void JSONTextWriter::NewLine()
 {
-    text_.push_back(u8'\n');
-    text_.append(depth_ * 2, u8' ');
+    Put(u8'\n');
+    std::fill_n(Reserve(depth_ * 2), depth_ * 2, u8' ');
+    size_ += depth_ * 2;
 }
 
 void JSONTextWriter::BeforeValue()
@@ -75,7 +126,7 @@ void JSONTextWriter::BeforeValue()
         afterKey_ = false;
     } else {
         if (needComma_) {
-            text_.push_back(u8',');
+            Put(u8',');
         }
         if (formatted_ && depth_ > 0) {
             NewLine();
@@ -87,7 +138,7 @@ void JSONTextWriter::BeforeValue()
 void JSONTextWriter::Begin(char8_t bracket)
 {
     BeforeValue();
-    text_.push_back(bracket);
+    Put(bracket);
     ++depth_;
     needComma_ = false;
 }
@@ -98,7 +149,7 @@ void JSONTextWriter::End(char8_t bracket)
     if (formatted_ && needComma_) {
         NewLine();
     }
-    text_.push_back(bracket);
+    Put(bracket);
     needComma_ = true;
 }
 
@@ -122,11 +173,27 @@ void JSONTextWriter::EndArray()
 void JSONTextWriter::Key(std::string_view key)
 {
     BeforeValue();
-    lastKey_ = key;
     Quote(key);
-    text_.push_back(u8':');
+    AfterKey(key);
+}
+
+void JSONTextWriter::PlainKey(std::string_view key)
+{
+    BeforeValue();
+    char8_t* to = Reserve(key.size() + 2);
+    *to++ = u8'"';
+    to = std::copy(key.begin(), key.end(), to);
+    *to = u8'"';
+    size_ += key.size() + 2;
+    AfterKey(key);
+}
+
+void JSONTextWriter::AfterKey(std::string_view key)
+{
+    lastKey_ = key;
+    Put(u8':');
     if (formatted_) {
-        text_.push_back(u8' ');
+        Put(u8' ');
     }
     afterKey_ = true;
 }
@@ -141,16 +208,24 @@ void JSONTextWriter::Bool(bool value)
     Raw(value ? "true" : "false");
 }
 
+template <class Number>
+void JSONTextWriter::PutNumber(Number value)
+{
+    constexpr std::size_t kLongestNumber = 32;
+    auto* to = reinterpret_cast<char*>(Reserve(kLongestNumber));
+    size_ += static_cast<std::size_t>(std::to_chars(to, to + kLongestNumber, value).ptr - to);
+}
+
 void JSONTextWriter::Int(std::int64_t value)
 {
     BeforeValue();
-    AppendNumber(text_, value);
+    PutNumber(value);
 }
 
 void JSONTextWriter::UInt(std::uint64_t value)
 {
     BeforeValue();
-    AppendNumber(text_, value);
+    PutNumber(value);
 }
 
 void JSONTextWriter::Double(double value)
@@ -160,10 +235,11 @@ void JSONTextWriter::Double(double value)
         throw json_write_exception("a number" + where + " is not finite and has no JSON form");
     }
     BeforeValue();
-    const std::size_t before = text_.size();
-    AppendNumber(text_, value);
-    if (text_.find_first_of(u8".e", before) == UTF8String::npos) {
-        text_.append(u8".0");
+    const std::size_t before = size_;
+    PutNumber(value);
+    const std::u8string_view digits(buffer_.get() + before, size_ - before);
+    if (digits.find_first_of(u8".e") == std::u8string_view::npos) {
+        Put(".0");
     }
 }
 
@@ -179,40 +255,40 @@ void JSONTextWriter::Quote(std::string_view text)
         const UTF8String mended = ToUTF8(ToUTF16(text));
         return Quote(AsNarrow(mended));
     }
-    text_.push_back(u8'"');
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if (kEscapes[byte] != 0) {
-            text_.append(AsUTF8(text.substr(start, i - start)));
-            AppendEscape(text_, byte);
-            start = i + 1;
+    Put(u8'"');
+    for (; !text.empty(); text.remove_prefix(std::min(text.size(), kSlice))) {
+        char8_t* const begin = Reserve(std::min(text.size(), kSlice) * kLongestEscape);
+        char8_t* to = begin;
+        for (const char c : text.substr(0, kSlice)) {
+            const auto byte = static_cast<unsigned char>(c);
+            if (kEscapes[byte] != 0) {
+                to = PutEscape(byte, to);
+            } else {
+                *to++ = byte;
+            }
         }
+        size_ += static_cast<std::size_t>(to - begin);
     }
-    text_.append(AsUTF8(text.substr(start)));
-    text_.push_back(u8'"');
+    Put(u8'"');
 }
 
 void JSONTextWriter::String(std::u16string_view text)
 {
     BeforeValue();
-    text_.push_back(u8'"');
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] < kEscapes.size() && kEscapes[text[i]] != 0) {
-            AppendUTF8(text.substr(start, i - start), text_);
-            AppendEscape(text_, static_cast<unsigned char>(text[i]));
-            start = i + 1;
-        }
+    Put(u8'"');
+    while (!text.empty()) {
+        const std::u16string_view slice = text.substr(0, SliceLength(text));
+        char8_t* const begin = Reserve(slice.size() * kLongestEscape);
+        size_ += static_cast<std::size_t>(PutEscaped(slice, begin) - begin);
+        text.remove_prefix(slice.size());
     }
-    AppendUTF8(text.substr(start), text_);
-    text_.push_back(u8'"');
+    Put(u8'"');
 }
 
 void JSONTextWriter::Raw(std::string_view json)
 {
     BeforeValue();
-    text_.append(AsUTF8(json));
+    Put(json);
 }
 
 void JSONTextWriter::RawElements(std::string_view jsonArray)

@@ -3,13 +3,17 @@
 #include <orvcore/JSONErrors.h>
 #include <orvcore/JSONSink.h>
 
+#include <memory>
+
 namespace orvcore::serialization {
 
 /// Writes JSON text: compact by default, or indented by two spaces a level. Not thread-safe.
 /// A number that is not finite raises `json_write_exception`, which names the key.
 class ORVPLATFORM_API JSONTextWriter final : public JSONSink {
 public:
-    explicit JSONTextWriter(bool formatted = false);
+    /// `key` is the key whose value is written, for messages: a writer that makes a part of a document has it from the
+    /// writer of the whole. Its bytes must outlive this writer.
+    explicit JSONTextWriter(bool formatted = false, std::string_view key = {});
     ~JSONTextWriter() override;
 
     void BeginObject() override;
@@ -17,6 +21,11 @@ public:
     void BeginArray() override;
     void EndArray() override;
     void Key(std::string_view key) override;
+    void PlainKey(std::string_view key) override;
+    std::string_view LastKey() const noexcept override
+    {
+        return lastKey_;
+    }
     void Null() override;
     void Bool(bool value) override;
     void Int(std::int64_t value) override;
@@ -27,11 +36,6 @@ public:
     void Raw(std::string_view json) override;
     void RawElements(std::string_view jsonArray) override;
 
-    /// The text so far, UTF-8.
-    const UTF8String& Text() const noexcept
-    {
-        return text_;
-    }
     /// Hands the text over and leaves the writer empty.
     UTF8String Take();
 
@@ -40,9 +44,31 @@ private:
     void Begin(char8_t bracket);
     void End(char8_t bracket);
     void NewLine();
+    void AfterKey(std::string_view key);
     void Quote(std::string_view text);
+    template <class Number>
+    void PutNumber(Number value);
 
-    UTF8String text_;
+    // Room for `bytes` more at the end.
+    char8_t* Reserve(std::size_t bytes)
+    {
+        if (capacity_ - size_ < bytes) {
+            Grow(bytes);
+        }
+        return buffer_.get() + size_;
+    }
+    void Grow(std::size_t bytes);
+    void Put(char8_t byte)
+    {
+        *Reserve(1) = byte;
+        ++size_;
+    }
+    void Put(std::string_view bytes);
+
+    // A buffer of our own: a standard string would fill what it reserves before it is written.
+    std::unique_ptr<char8_t[]> buffer_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
     std::size_t depth_ = 0;
     bool formatted_;
     bool needComma_ = false;

@@ -18,6 +18,10 @@ public:
     void BeginArray() override;
     void EndArray() override;
     void Key(std::string_view key) override;
+    std::string_view LastKey() const noexcept override
+    {
+        return AsNarrow(key_);
+    }
     void Null() override;
     void Bool(bool value) override;
     void Int(std::int64_t value) override;

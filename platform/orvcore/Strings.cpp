@@ -1,5 +1,7 @@
 #include <orvcore/Strings.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -71,15 +73,32 @@ std::size_t AsciiPrefix(const unsigned char* at, std::size_t size) noexcept
     return i;
 }
 
-void AppendUTF16(char32_t codePoint, UTF16String& out)
+char16_t* PutUTF16(char32_t codePoint, char16_t* to) noexcept
 {
     if (codePoint < 0x10000) {
-        out.push_back(static_cast<char16_t>(codePoint));
-        return;
+        *to++ = static_cast<char16_t>(codePoint);
+        return to;
     }
     codePoint -= 0x10000;
-    out.push_back(static_cast<char16_t>(0xD800U + (codePoint >> 10U)));
-    out.push_back(static_cast<char16_t>(0xDC00U + (codePoint & 0x3FFU)));
+    *to++ = static_cast<char16_t>(0xD800U + (codePoint >> 10U));
+    *to++ = static_cast<char16_t>(0xDC00U + (codePoint & 0x3FFU));
+    return to;
+}
+
+// Decodes a whole text of which the first `ascii` bytes are ASCII; returns the end of what was put.
+char16_t* DecodeAll(const unsigned char* bytes, std::size_t size, std::size_t ascii, char16_t* to) noexcept
+{
+    to = std::copy(bytes, bytes + ascii, to);
+    for (std::size_t i = ascii; i < size;) {
+        if (bytes[i] < 0x80) {
+            *to++ = bytes[i++];
+            continue;
+        }
+        const Decoded decoded = DecodeUTF8(bytes + i, size - i);
+        to = PutUTF16(decoded.codePoint, to);
+        i += decoded.length;
+    }
+    return to;
 }
 
 char8_t Byte(char32_t value) noexcept
@@ -87,22 +106,25 @@ char8_t Byte(char32_t value) noexcept
     return static_cast<char8_t>(value);
 }
 
-void AppendCodePoint(char32_t c, UTF8String& out)
+// One code point as UTF-8; returns the end of what was put.
+char8_t* PutUTF8(char32_t c, char8_t* to) noexcept
 {
     if (c < 0x80) {
-        out.push_back(Byte(c));
+        *to++ = Byte(c);
     } else if (c < 0x800) {
-        const char8_t bytes[] = {Byte(0xC0U | (c >> 6U)), Byte(0x80U | (c & 0x3FU))};
-        out.append(bytes, 2);
+        *to++ = Byte(0xC0U | (c >> 6U));
+        *to++ = Byte(0x80U | (c & 0x3FU));
     } else if (c < 0x10000) {
-        const char8_t bytes[] = {Byte(0xE0U | (c >> 12U)), Byte(0x80U | ((c >> 6U) & 0x3FU)),
-                                 Byte(0x80U | (c & 0x3FU))};
-        out.append(bytes, 3);
+        *to++ = Byte(0xE0U | (c >> 12U));
+        *to++ = Byte(0x80U | ((c >> 6U) & 0x3FU));
+        *to++ = Byte(0x80U | (c & 0x3FU));
     } else {
-        const char8_t bytes[] = {Byte(0xF0U | (c >> 18U)), Byte(0x80U | ((c >> 12U) & 0x3FU)),
-                                 Byte(0x80U | ((c >> 6U) & 0x3FU)), Byte(0x80U | (c & 0x3FU))};
-        out.append(bytes, 4);
+        *to++ = Byte(0xF0U | (c >> 18U));
+        *to++ = Byte(0x80U | ((c >> 12U) & 0x3FU));
+        *to++ = Byte(0x80U | ((c >> 6U) & 0x3FU));
+        *to++ = Byte(0x80U | (c & 0x3FU));
     }
+    return to;
 }
 
 } // namespace
@@ -110,22 +132,19 @@ void AppendCodePoint(char32_t c, UTF8String& out)
 UTF16String ToUTF16(std::string_view narrow)
 {
     const auto* bytes = reinterpret_cast<const unsigned char*>(narrow.data());
-    UTF16String out;
-    std::size_t i = 0;
-    while (i < narrow.size()) {
-        const std::size_t ascii = AsciiPrefix(bytes + i, narrow.size() - i);
-        const std::size_t before = out.size();
-        out.resize(before + ascii);
-        for (std::size_t k = 0; k < ascii; ++k) {
-            out[before + k] = bytes[i + k];
-        }
-        i += ascii;
-        while (i < narrow.size() && bytes[i] >= 0x80) {
-            const Decoded decoded = DecodeUTF8(bytes + i, narrow.size() - i);
-            AppendUTF16(decoded.codePoint, out);
-            i += decoded.length;
-        }
+    const std::size_t ascii = AsciiPrefix(bytes, narrow.size());
+    if (ascii == narrow.size()) {
+        return UTF16String(bytes, bytes + ascii);
     }
+    // No byte gives more than one code unit. Most texts are short and are decoded in place of a second allocation.
+    constexpr std::size_t kShort = 512;
+    std::array<char16_t, kShort> shortUnits;
+    if (narrow.size() <= kShort) {
+        return UTF16String(shortUnits.data(), DecodeAll(bytes, narrow.size(), ascii, shortUnits.data()));
+    }
+    UTF16String out(narrow.size(), u'\0');
+    out.resize(static_cast<std::size_t>(DecodeAll(bytes, narrow.size(), ascii, out.data()) - out.data()));
+    out.shrink_to_fit();
     return out;
 }
 
@@ -134,37 +153,29 @@ UTF16String ToUTF16(std::u8string_view text)
     return ToUTF16(AsNarrow(text));
 }
 
-void AppendUTF8(std::u16string_view text, UTF8String& out)
+char8_t* EncodeUTF8(std::u16string_view text, char8_t* to) noexcept
 {
-    std::size_t i = 0;
-    while (i < text.size()) {
-        std::size_t run = i;
-        while (run < text.size() && text[run] < 0x80) {
-            ++run;
-        }
-        const std::size_t before = out.size();
-        out.resize(before + (run - i));
-        for (std::size_t k = i; k < run; ++k) {
-            out[before + (k - i)] = static_cast<char8_t>(text[k]);
-        }
-        i = run;
-        if (i == text.size()) {
-            return;
-        }
+    for (std::size_t i = 0; i < text.size();) {
         char32_t codePoint = text[i++];
         if (codePoint >= 0xD800 && codePoint <= 0xDFFF) {
             const bool pair = codePoint <= 0xDBFF && i < text.size() && text[i] >= 0xDC00 && text[i] <= 0xDFFF;
             codePoint = pair ? 0x10000 + ((codePoint - 0xD800) << 10U) + (text[i++] - 0xDC00U) : kReplacement;
         }
-        AppendCodePoint(codePoint, out);
+        to = PutUTF8(codePoint, to);
     }
+    return to;
 }
 
 UTF8String ToUTF8(std::u16string_view text)
 {
-    UTF8String out;
-    out.reserve(text.size());
-    AppendUTF8(text, out);
+    constexpr std::size_t kShort = 256;
+    if (text.size() <= kShort) {
+        std::array<char8_t, kShort * kMaxUTF8PerUTF16> bytes;
+        return UTF8String(bytes.data(), EncodeUTF8(text, bytes.data()));
+    }
+    UTF8String out(text.size() * kMaxUTF8PerUTF16, u8'\0');
+    out.resize(static_cast<std::size_t>(EncodeUTF8(text, out.data()) - out.data()));
+    out.shrink_to_fit();
     return out;
 }
 

@@ -20,8 +20,10 @@ ORVPLATFORM_API UTF16String ToUTF16(std::u8string_view text);
 ORVPLATFORM_API UTF16String ToUTF16(std::string_view narrow);
 ORVPLATFORM_API UTF8String ToUTF8(std::u16string_view text);
 ORVPLATFORM_API std::string ToNarrow(std::u16string_view text);
-/// Appends the UTF-8 form of `text` to `out` without a temporary.
-ORVPLATFORM_API void AppendUTF8(std::u16string_view text, UTF8String& out);
+/// Puts the UTF-8 form of `text` at `to`, which has room for `kMaxUTF8PerUTF16` bytes a code unit.
+/// @return the end of what was put.
+ORVPLATFORM_API char8_t* EncodeUTF8(std::u16string_view text, char8_t* to) noexcept;
+inline constexpr std::size_t kMaxUTF8PerUTF16 = 3;
 /// @}
 
 /// @name Views of the same bytes

@@ -1,19 +1,9 @@
 #include <orvcore/ThreadPoolExecutor.h>
 
-#include <boost/asio/post.hpp>
-#include <boost/asio/thread_pool.hpp>
-
 #include <algorithm>
+#include <system_error>
 
 namespace orvcore {
-
-struct ThreadPoolExecutor::Threads {
-    explicit Threads(std::size_t count)
-        : pool(count)
-    {
-    }
-    boost::asio::thread_pool pool;
-};
 
 namespace {
 
@@ -39,64 +29,83 @@ std::size_t ThreadPoolExecutor::GetConcurrency() const
 
 bool ThreadPoolExecutor::Post(OneTimeInvocation task)
 {
-    const std::lock_guard lock(mutex_);
-    if (stopped_) {
-        return false;
-    }
-    try {
-        if (!threads_) {
-            threads_ = std::make_unique<Threads>(workers_);
-        }
-        boost::asio::post(threads_->pool, [this, task = std::move(task)]() mutable { Run(task); });
-        return true;
-    } catch (const std::exception&) {
-        return false; // no memory or no thread left
-    }
-}
-
-void ThreadPoolExecutor::Run(OneTimeInvocation& task)
-{
     {
         const std::lock_guard lock(mutex_);
-        if (stopped_) {
-            return; // taken from the queue while the stop was under way
-        }
-        ++running_;
-    }
-    currentPool = this;
-    RunTask(task);
-    currentPool = nullptr;
-    const std::lock_guard lock(mutex_);
-    if (--running_ == 0) {
-        idle_.notify_all();
-    }
-}
-
-bool ThreadPoolExecutor::WaitUntilIdle(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds patience)
-{
-    const auto isIdle = [this] { return running_ == 0; };
-    if (patience == kForever) {
-        idle_.wait(lock, isIdle);
-        return true;
-    }
-    return idle_.wait_for(lock, patience, isIdle);
-}
-
-bool ThreadPoolExecutor::Stop(std::chrono::milliseconds patience)
-{
-    std::unique_ptr<Threads> ended;
-    {
-        std::unique_lock lock(mutex_);
-        stopped_ = true;
-        if (threads_) {
-            threads_->pool.stop();
-        }
-        if (currentPool == this || !WaitUntilIdle(lock, patience)) {
+        if (refusing_ || (threads_.empty() && !StartWorkers())) {
             return false;
         }
-        ended = std::move(threads_);
+        queue_.push_back(std::move(task));
     }
-    return true; // joins the idle workers and destroys the dropped tasks, outside the lock
+    work_.notify_one();
+    return true;
+}
+
+bool ThreadPoolExecutor::StartWorkers()
+{
+    threads_.reserve(workers_);
+    try {
+        while (threads_.size() < workers_) {
+            threads_.emplace_back([this] { Work(); });
+        }
+    } catch (const std::system_error&) {
+        return !threads_.empty(); // the system has no thread left: fewer will do
+    }
+    return true;
+}
+
+void ThreadPoolExecutor::Work()
+{
+    currentPool = this;
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        work_.wait(lock, [this] { return ending_ || (!refusing_ && !queue_.empty()); });
+        if (ending_) {
+            return;
+        }
+        OneTimeInvocation task = std::move(queue_.front());
+        queue_.pop_front();
+        ++running_;
+        lock.unlock();
+        RunTask(task);
+        lock.lock();
+        if (--running_ == 0) {
+            idle_.notify_all();
+        }
+    }
+}
+
+void ThreadPoolExecutor::Refuse()
+{
+    const std::lock_guard lock(mutex_);
+    refusing_ = true;
+}
+
+bool ThreadPoolExecutor::WaitUntilIdle(std::chrono::milliseconds patience)
+{
+    constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365); // clocks overflow far beyond it
+    std::unique_lock lock(mutex_);
+    return currentPool != this && idle_.wait_for(lock, std::min(patience, kLongest), [this] { return running_ == 0; });
+}
+
+bool ThreadPoolExecutor::Stop()
+{
+    std::deque<OneTimeInvocation> dropped; // destroyed outside the lock: what the tasks hold may post or stop in turn
+    std::vector<std::thread> threads;
+    {
+        const std::lock_guard lock(mutex_);
+        refusing_ = true;
+        dropped.swap(queue_);
+        if (currentPool == this) {
+            return false;
+        }
+        ending_ = true;
+        threads.swap(threads_);
+    }
+    work_.notify_all();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    return true;
 }
 
 } // namespace orvcore

@@ -4,7 +4,10 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <mutex>
+#include <thread>
+#include <vector>
 
 namespace orvcore {
 
@@ -12,9 +15,6 @@ namespace orvcore {
 /// Must not be destroyed by one of its own tasks: the destructor waits for the workers.
 class ORVPLATFORM_API ThreadPoolExecutor : public Executor {
 public:
-    /// A patience that never ends.
-    static constexpr std::chrono::milliseconds kForever = std::chrono::milliseconds::max();
-
     /// A pool of `workers` threads; 0 counts as 1.
     explicit ThreadPoolExecutor(std::size_t workers);
     ~ThreadPoolExecutor() override;
@@ -22,24 +22,31 @@ public:
     bool Post(OneTimeInvocation task) override;
     std::size_t GetConcurrency() const override;
 
-    /// Refuses work from now on, drops what is queued, and waits at most `patience` for the tasks that are running.
-    /// True when all of them have ended; the workers are then gone and the dropped tasks destroyed. False when a task
-    /// still runs, or when called from a task of this pool; no further task starts in that case either, and the
-    /// call may be repeated.
-    bool Stop(std::chrono::milliseconds patience = kForever);
+    /// Refuses work from now on; what is queued will not start. Tasks that run go on. Waits for nothing and destroys
+    /// nothing.
+    void Refuse();
+
+    /// Waits, at most for `patience`, until no task runs; true when that is so. Called from a task of this pool it
+    /// answers false at once.
+    bool WaitUntilIdle(std::chrono::milliseconds patience);
+
+    /// Ends the pool: refuses work, destroys what is queued, and returns when the tasks that were running, and the
+    /// workers, have ended. Called from a task of this pool it waits for neither and answers false. May be repeated.
+    bool Stop();
 
 private:
-    struct Threads;
-
-    void Run(OneTimeInvocation& task);
-    bool WaitUntilIdle(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds patience);
+    void Work();
+    bool StartWorkers();
 
     const std::size_t workers_;
     std::mutex mutex_;
+    std::condition_variable work_;
     std::condition_variable idle_;
+    std::deque<OneTimeInvocation> queue_;
+    std::vector<std::thread> threads_;
     std::size_t running_ = 0;
-    bool stopped_ = false;
-    std::unique_ptr<Threads> threads_;
+    bool refusing_ = false;
+    bool ending_ = false; // the workers have to leave; before that they only stop taking work
 };
 
 } // namespace orvcore

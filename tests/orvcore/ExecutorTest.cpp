@@ -29,7 +29,8 @@ TEST(ThreadPoolExecutor, StopDropsWhatIsQueuedAndRefusesTheRest)
     }));
     ASSERT_TRUE(pool.Post([&queuedRan, held] { queuedRan = true; }));
     running.wait();
-    EXPECT_FALSE(pool.Stop(std::chrono::milliseconds(0))) << "a task still runs";
+    pool.Refuse();
+    EXPECT_FALSE(pool.WaitUntilIdle(std::chrono::milliseconds(0))) << "a task still runs";
     EXPECT_FALSE(pool.Post([] {}));
     mayEnd.count_down();
     EXPECT_TRUE(pool.Stop());

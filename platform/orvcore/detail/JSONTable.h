@@ -235,7 +235,7 @@ private:
                     sink.Key(next->first);
                     sink.Raw(next->second);
                 }
-                sink.Key(row.key);
+                sink.PlainKey(row.key);
                 row.write(sink, record);
             }
         }

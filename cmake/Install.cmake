@@ -1,0 +1,33 @@
+# What a host gets: both shared libraries, the public headers under the include texts that the tree uses, a CMake
+# package and a pkg-config file. Private headers (detail/) stay here.
+include(CMakePackageConfigHelpers)
+
+set(ORV_INCLUDE_DIR "${CMAKE_INSTALL_INCLUDEDIR}/orvcapsule")
+install(TARGETS orvplatform orvcapsule EXPORT orvcapsuleTargets
+  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
+  INCLUDES DESTINATION "${ORV_INCLUDE_DIR}")
+
+foreach(folder IN ITEMS capsule package sources rewrite manager stock fontusage)
+  if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}")
+    install(DIRECTORY "${folder}" DESTINATION "${ORV_INCLUDE_DIR}" COMPONENT development
+      FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE)
+  endif()
+endforeach()
+install(DIRECTORY platform/ DESTINATION "${ORV_INCLUDE_DIR}" COMPONENT development
+  FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE)
+install(DIRECTORY "${PROJECT_BINARY_DIR}/generated/" DESTINATION "${ORV_INCLUDE_DIR}" COMPONENT development
+  FILES_MATCHING PATTERN "*.h")
+
+set(ORV_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/orvcapsule")
+install(EXPORT orvcapsuleTargets NAMESPACE orvcapsule:: DESTINATION "${ORV_CMAKE_DIR}" COMPONENT development)
+configure_package_config_file(cmake/orvcapsuleConfig.cmake.in "${PROJECT_BINARY_DIR}/orvcapsuleConfig.cmake"
+  INSTALL_DESTINATION "${ORV_CMAKE_DIR}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/orvcapsuleConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/orvcapsuleConfig.cmake" "${PROJECT_BINARY_DIR}/orvcapsuleConfigVersion.cmake"
+  DESTINATION "${ORV_CMAKE_DIR}" COMPONENT development)
+
+configure_file(cmake/orvcapsule.pc.in "${PROJECT_BINARY_DIR}/orvcapsule.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/orvcapsule.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+  COMPONENT development)

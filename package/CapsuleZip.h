@@ -1,0 +1,120 @@
+#pragma once
+
+#include <capsule/Export.h>
+#include <orvcore/Strings.h>
+#include <orvstorage/ZipFile.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvcapsule {
+
+namespace detail {
+class PrivateFolder;
+}
+
+/// A template package (".zelt") on disk: reads and writes its definition document, extracts its pictures and host
+/// projects, unpacks and packs it.
+///
+/// A package whose path is longer than 220 UTF-8 bytes is worked on through a private copy under the temporary folder;
+/// what is changed there is copied back. The copy is deleted with the last object that uses it.
+///
+/// A missing or damaged package is no error of construction: every read then returns false or nothing, and
+/// GetLastFailure tells why. The language of localised entries is the application's at the time of the call.
+/// Several reads open the package once. An object and its copies are used by one thread at a time; objects made apart
+/// may be used in parallel. Exceptions come from copying to or from a private folder alone
+/// (`std::filesystem::filesystem_error`), and from a caller's own callback.
+class ORVCAPSULE_API CapsuleZip {
+public:
+    /// @param packagePath the package's path; it need not exist
+    /// @param password the archive's password; empty: none
+    explicit CapsuleZip(const orvcore::UTF8String& packagePath, const std::string& password = {});
+    explicit CapsuleZip(const char8_t* packagePath, const std::string& password = {});
+    explicit CapsuleZip(const std::filesystem::path& package, const std::string& password = {});
+    /// Copies share the open archive and the private copy, if there is one.
+    CapsuleZip(const CapsuleZip& other);
+    CapsuleZip& operator=(const CapsuleZip& other);
+    ~CapsuleZip();
+
+    /// @name The definition document
+    /// @{
+    /// The text of "definition.json" as it is stored; empty when there is none.
+    orvcore::UTF8String GetZELTDescriptionJSON() const;
+    /// Stores the file "definition.json" of `directory` in the package, in the place of the old one. Every other entry
+    /// keeps its bytes; the old package is whole until the new one is complete.
+    bool SetZELTDescriptionJSON(const orvcore::UTF16String& directory);
+    /// @}
+
+    /// @name Pictures and videos
+    /// Each writes one file and returns whether it did. An empty entry counts as missing. The output's folder must
+    /// exist; a file that stands at the path is overwritten.
+    /// @{
+    /// The poster: "thumb_<language>.png", else "thumb.png".
+    bool GetZELTThumbnailPNG(const orvcore::UTF8String& outputPath) const;
+    /// The preview video: "thumb_<language>.mp4", else "thumb.mp4".
+    bool GetZELTThumbnailVideo(const orvcore::UTF8String& outputPath) const;
+    /// A medium's picture: "Thumbnails/" followed by exactly `name`.
+    bool GetZELTMediaThumbnailPNG(const orvcore::UTF8String& name, const orvcore::UTF8String& outputPath) const;
+    /// @}
+
+    /// Extracts the host project: a Corvid one when the package has it ("project_<language>.cvgraphic", else
+    /// "project.cvgraphic"), otherwise a Tessel one, by the same names with ".tsgraphic", together with
+    /// "ZeltOptimizations.bin" beside it when present.
+    /// @param baseDirectory, subDirectory joined, the project's folder; created when missing
+    /// @param projectName the project file's name without extension
+    /// @param outProjectPath receives the project file's path; left alone when the result is false
+    bool GetZELTProjectPackage(const orvcore::UTF16String& baseDirectory, const orvcore::UTF16String& subDirectory,
+                               const orvcore::UTF16String& projectName, orvcore::UTF16String& outProjectPath) const;
+
+    /// Unpacks the package into a folder; see orvstorage::ZipFile::UnZip for what is refused and what is left after a
+    /// failure. A folder with a long path is reached through a private one, for which this call waits.
+    /// @param overwrite whether files that stand in the folder are replaced
+    bool UnZip(const std::filesystem::path& directory, bool overwrite) const;
+
+    /// Makes the package anew from all files of a folder, which bear the entries' names; see orvstorage::ZipFile::Zip.
+    /// @param progress told the fraction done and `opaque`; its false cancels and leaves the old package as it was
+    bool Zip(const std::filesystem::path& directory, const std::function<bool(double, void*)>& progress,
+             void* opaque) const;
+
+    /// All files below `directory` with exactly this extension (case counts), a folder's sub-folders before its own
+    /// files, each in name order. Empty when there is none.
+    /// @param extension without dot
+    static std::optional<std::vector<orvcore::UTF16String>>
+    GetPathOfUnZippedProject(const char* extension, const orvcore::UTF16String& directory);
+
+    /// @name Looking closer
+    /// @{
+    /// The path that was given.
+    const orvcore::UTF8String& GetPackagePath() const noexcept;
+    /// The file that is really open: the package, or its private copy.
+    const orvcore::UTF8String& GetWorkingPath() const noexcept;
+    /// The archive itself: entries, limits, checks.
+    orvstorage::ZipFile& GetArchive() noexcept;
+    const orvstorage::ZipFile& GetArchive() const noexcept;
+    /// Why the last operation on the archive failed, naming the package as it was given. A read that found nothing
+    /// reports the last name it tried. An output file that could not be written is not the archive's failure.
+    orvstorage::ZipFailure GetLastFailure() const;
+    /// @}
+
+private:
+    void MoveToShortPath(const std::filesystem::path& package, const orvcore::UTF8String& fullPath,
+                         const std::string& password);
+    bool WriteEntry(std::u8string_view entry, const orvcore::UTF8String& outputPath, bool& found) const;
+    bool WriteLocalized(std::u8string_view stem, std::u8string_view extension,
+                        const orvcore::UTF8String& outputPath) const;
+    bool ExtractProject(const std::filesystem::path& directory, const orvcore::UTF16String& name,
+                        std::u8string_view extension, orvcore::UTF16String& outProjectPath) const;
+    bool CopyBack() const;
+
+    orvcore::UTF8String packagePath_;
+    orvcore::UTF8String workingPath_;
+    std::shared_ptr<const detail::PrivateFolder> privateCopy_; // outlives the archive that is open in it
+    orvstorage::ZipFile zip_;
+};
+
+} // namespace orvcapsule

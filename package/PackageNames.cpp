@@ -1,0 +1,12 @@
+#include <package/PackageNames.h>
+
+namespace orvcapsule {
+
+const orvcore::UTF8String kCapsuleExtn = u8".zelt";
+const orvcore::UTF8String kJSONFileName = u8"definition.json";
+const orvcore::UTF8String kThumbFileName = u8"thumb.png";
+const orvcore::UTF8String kVideoThumbFileName = u8"thumb.mp4";
+const orvcore::UTF8String kTsProjectFileName = u8"project.tsgraphic";
+const orvcore::UTF8String kCvProjectFileName = u8"project.cvgraphic";
+
+} // namespace orvcapsule

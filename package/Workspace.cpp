@@ -1,0 +1,175 @@
+#include <package/Workspace.h>
+
+#include <package/detail/FolderUse.h>
+#include <package/detail/SafeFileName.h>
+
+#include <orvcore/Application.h>
+#include <orvcore/Executor.h>
+#include <orvcore/Files.h>
+
+#include <atomic>
+#include <vector>
+
+namespace orvcapsule {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::uint64_t kSizeLimitBytes = 314572800;
+constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
+constexpr std::u8string_view kJSONFileName = u8"definition.json";
+constexpr std::u8string_view kThumbFileName = u8"thumb.png";
+constexpr std::u8string_view kVideoThumbFileName = u8"thumb.mp4";
+
+fs::path WorkingFolder(bool local)
+{
+    try {
+        return orvcore::TempDirectory() / (local ? "ProBrowser" : "ProStock");
+    } catch (const fs::filesystem_error&) {
+        return {};
+    }
+}
+
+fs::path StockAssetFolder(const orvcore::UTF8String& assetId)
+{
+    const fs::path stock = WorkingFolder(false);
+    if (stock.empty()) {
+        return {};
+    }
+    const fs::path folder = stock / detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetName())) /
+                            detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetClientVersion())) /
+                            detail::SafeFileName(assetId);
+    std::error_code ignored;
+    fs::create_directories(orvcore::ToSystemPath(folder), ignored);
+    return folder;
+}
+
+orvcore::UTF8String StockAssetFile(const orvcore::UTF8String& assetId, std::u8string_view name)
+{
+    const fs::path folder = StockAssetFolder(assetId);
+    return folder.empty() ? orvcore::UTF8String() : orvcore::PathToUTF8(folder / orvcore::PathFromUTF8(name));
+}
+
+// Deletes what can be deleted below `folder` except the file `kept`; true when nothing else is left.
+bool DeleteContents(const fs::path& folder, const fs::path& kept)
+{
+    std::error_code error;
+    std::vector<fs::directory_entry> entries;
+    for (fs::directory_iterator at(orvcore::ToSystemPath(folder), error); !error && at != fs::directory_iterator();
+         at.increment(error)) {
+        entries.push_back(*at);
+    }
+    bool whole = !error;
+    for (const fs::directory_entry& entry : entries) {
+        const fs::path path = folder / entry.path().filename();
+        if (path == kept) {
+            continue;
+        }
+        const bool isFolder = entry.symlink_status(error).type() == fs::file_type::directory;
+        whole = (!isFolder || DeleteContents(path, kept)) && fs::remove(orvcore::ToSystemPath(path), error) && whole;
+    }
+    return whole;
+}
+
+// The marker goes last: what another program keeps from being deleted is left to the next process that asks.
+void DeleteWorkingFolder(const fs::path& folder, const fs::path& marker)
+{
+    std::error_code error;
+    const bool isLink = fs::is_symlink(folder, error);
+    if (isLink || DeleteContents(folder, marker)) {
+        orvcore::RemoveTree(folder);
+    }
+}
+
+// Runs in the background beside programs that write into the folder; any surprise ends it.
+void MarkIfLarger(std::uint64_t limit, const fs::path& folder, const fs::path& marker) noexcept
+{
+    try {
+        std::uint64_t total = 0;
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(orvcore::ToSystemPath(folder))) {
+            if (orvcore::IsTerminating()) {
+                return;
+            }
+            if (!entry.is_regular_file() || entry.path().filename().native().front() == '.') {
+                continue;
+            }
+            total += entry.file_size();
+            if (total > limit) {
+                static_cast<void>(orvcore::WriteBufferToFile(marker, "", 0));
+                return;
+            }
+        }
+    } catch (...) {
+        return;
+    }
+}
+
+void Cleanup(std::uint64_t limit, const fs::path& folder)
+{
+    if (!orvcore::Exists(folder)) {
+        return;
+    }
+    const fs::path marker = folder / orvcore::PathFromUTF8(kMarkerName);
+    if (orvcore::Exists(marker)) {
+        detail::WithFolderToOneself(folder, [&] {
+            if (orvcore::Exists(marker)) { // another process may have been quicker
+                DeleteWorkingFolder(folder, marker);
+            }
+        });
+        return;
+    }
+    orvcore::KeepModuleLoaded(&kMarkerName);
+    static_cast<void>(
+        orvcore::GetPreTerminationExecutor()->Post([limit, folder, marker] { MarkIfLarger(limit, folder, marker); }));
+}
+
+} // namespace
+
+void InitTempDirectory(bool local)
+{
+    static std::atomic<bool> initialised[2] = {};
+    if (initialised[local ? 1 : 0].exchange(true)) {
+        return;
+    }
+    const fs::path folder = WorkingFolder(local);
+    if (folder.empty()) {
+        return;
+    }
+    detail::MakeFolderLock(folder);
+    Cleanup(kSizeLimitBytes, folder);
+    detail::HoldFolder(folder);
+    orvcore::EnsureDirectory(folder);
+}
+
+orvcore::UTF8String GetTempLocalDirectory()
+{
+    return orvcore::PathToUTF8(WorkingFolder(true));
+}
+
+orvcore::UTF8String GetTempStockDirectory(const orvcore::UTF8String& assetId)
+{
+    return orvcore::PathToUTF8(StockAssetFolder(assetId));
+}
+
+orvcore::UTF8String GetTempStockAssetJSONPath(const orvcore::UTF8String& assetId)
+{
+    return StockAssetFile(assetId, kJSONFileName);
+}
+
+orvcore::UTF8String GetTempStockAssetThumbPath(const orvcore::UTF8String& assetId)
+{
+    return StockAssetFile(assetId, kThumbFileName);
+}
+
+orvcore::UTF8String GetTempStockAssetVideoThumbPath(const orvcore::UTF8String& assetId)
+{
+    return StockAssetFile(assetId, kVideoThumbFileName);
+}
+
+void CleanupTempDirectory(std::uint64_t sizeLimitBytes, const orvcore::UTF16String& folder)
+{
+    Cleanup(sizeLimitBytes, orvcore::PathFromUTF16(folder));
+}
+
+} // namespace orvcapsule

@@ -1,0 +1,82 @@
+#include <package/detail/SafeFileName.h>
+
+#include <orvcore/HashMixer.h>
+#include <orvcore/Paths.h>
+
+#include <algorithm>
+#include <string>
+
+namespace orvcapsule::detail {
+
+namespace {
+
+// Longer names, in bytes, do not fit every file system once a program adds to them.
+constexpr std::size_t kLongestName = 120;
+
+bool IsForbidden(char c)
+{
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7F ||
+           std::string_view("%/\\:*?\"<>|").find(c) != std::string_view::npos;
+}
+
+void AppendEscaped(std::string& out, char c)
+{
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(c);
+    out += {'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
+}
+
+// True when Windows takes `name` for a device: one of its names, in either case, whatever follows a dot.
+bool IsDeviceName(std::string_view name)
+{
+    std::string stem(name.substr(0, name.find('.')));
+    stem.erase(stem.find_last_not_of(' ') + 1);
+    std::transform(stem.begin(), stem.end(), stem.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    for (const std::string_view device : {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"}) {
+        if (stem == device) {
+            return true;
+        }
+    }
+    if (!stem.starts_with("COM") && !stem.starts_with("LPT")) {
+        return false;
+    }
+    const std::string_view port = std::string_view(stem).substr(3);
+    return (port.size() == 1 && port[0] >= '0' && port[0] <= '9') || port == "\xC2\xB9" || port == "\xC2\xB2" ||
+           port == "\xC2\xB3"; // superscript one to three
+}
+
+std::string Escape(std::string_view text)
+{
+    const bool wellFormed = orvcore::IsWellFormedUTF8(text);
+    const bool onlyDots = text.find_first_not_of('.') == std::string_view::npos;
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        const bool first = i == 0 && (onlyDots || IsDeviceName(text));
+        const bool last = i + 1 == text.size() && (c == '.' || c == ' '); // Windows drops them
+        if (first || last || IsForbidden(c) || (!wellFormed && static_cast<unsigned char>(c) >= 0x80)) {
+            AppendEscaped(out, c);
+        } else {
+            out.push_back(c);
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+std::filesystem::path SafeFileName(std::u8string_view text)
+{
+    const std::string_view narrow = orvcore::AsNarrow(text);
+    std::string name = Escape(narrow);
+    // "%" is always followed by two digits above, so these two forms are free.
+    if (name.empty()) {
+        name = "%";
+    } else if (name.size() > kLongestName) {
+        name = "%~" + orvcore::HashMixer().AddBytes(narrow.data(), narrow.size()).GetResult().ToString();
+    }
+    return orvcore::PathFromUTF8(orvcore::AsUTF8(name));
+}
+
+} // namespace orvcapsule::detail

@@ -1,0 +1,161 @@
+#include <orvcore/Executor.h>
+#include <orvcore/MainThread.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+
+namespace orvcore {
+
+namespace {
+
+class MainThreadQueue {
+public:
+    bool Push(OneTimeInvocation call)
+    {
+        {
+            const std::lock_guard lock(mutex_);
+            if (!accepting_) {
+                return false;
+            }
+            calls_.push_back(std::move(call));
+            ++pushed_;
+        }
+        queued_.notify_all();
+        Dispatch();
+        return true;
+    }
+
+    std::size_t Run(std::chrono::milliseconds budget)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        std::size_t ran = 0;
+        for (const std::uint64_t end = BeginRun();;) {
+            OneTimeInvocation call = Pop(end);
+            if (!call) {
+                break;
+            }
+            RunTask(call);
+            ++ran;
+            const auto used = std::chrono::steady_clock::now() - start;
+            if (std::chrono::duration_cast<std::chrono::milliseconds>(used) >= budget) { // the other way overflows
+                break;
+            }
+        }
+        Dispatch(); // for what is left
+        return ran;
+    }
+
+    bool Wait(std::chrono::milliseconds timeout)
+    {
+        constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365); // clocks overflow far beyond it
+        std::unique_lock lock(mutex_);
+        return queued_.wait_for(lock, std::min(timeout, kLongest), [this] { return !calls_.empty(); });
+    }
+
+    void SetDispatcher(MainThreadDispatcher dispatcher)
+    {
+        auto shared = std::make_shared<const MainThreadDispatcher>(std::move(dispatcher));
+        {
+            const std::lock_guard lock(mutex_);
+            dispatcher_.swap(shared);
+            dispatched_ = false;
+        }
+        Dispatch();
+    }
+
+    void SetAccepting(bool accepting)
+    {
+        std::deque<OneTimeInvocation> dropped; // destroyed outside the lock
+        const std::lock_guard lock(mutex_);
+        accepting_ = accepting;
+        if (!accepting) {
+            dropped.swap(calls_);
+        }
+    }
+
+private:
+    // The number of the first call that this run leaves to the next.
+    std::uint64_t BeginRun()
+    {
+        const std::lock_guard lock(mutex_);
+        dispatched_ = false;
+        return pushed_;
+    }
+
+    OneTimeInvocation Pop(std::uint64_t end)
+    {
+        const std::lock_guard lock(mutex_);
+        if (calls_.empty() || pushed_ - calls_.size() >= end) {
+            return {};
+        }
+        OneTimeInvocation call = std::move(calls_.front());
+        calls_.pop_front();
+        return call;
+    }
+
+    void Dispatch()
+    {
+        std::shared_ptr<const MainThreadDispatcher> dispatcher;
+        {
+            const std::lock_guard lock(mutex_);
+            if (dispatched_ || calls_.empty() || !dispatcher_ || !*dispatcher_) {
+                return;
+            }
+            dispatched_ = true;
+            dispatcher = dispatcher_;
+        }
+        (*dispatcher)([] { RunMainThreadCalls(); });
+    }
+
+    std::mutex mutex_;
+    std::condition_variable queued_;
+    std::deque<OneTimeInvocation> calls_;
+    std::uint64_t pushed_ = 0; // calls ever queued; the front's number is this less the queue's length
+    std::shared_ptr<const MainThreadDispatcher> dispatcher_;
+    bool dispatched_ = false; // the event loop was asked and has not come yet
+    bool accepting_ = true;
+};
+
+// Never destroyed: workers may still queue while the process exits.
+MainThreadQueue& TheQueue()
+{
+    static MainThreadQueue& queue = *new MainThreadQueue;
+    return queue;
+}
+
+} // namespace
+
+bool AsyncCallFromMainThread(OneTimeInvocation call)
+{
+    return TheQueue().Push(std::move(call));
+}
+
+std::size_t RunMainThreadCalls(std::chrono::milliseconds budget)
+{
+    return TheQueue().Run(budget);
+}
+
+bool WaitForMainThreadCalls(std::chrono::milliseconds timeout)
+{
+    return TheQueue().Wait(timeout);
+}
+
+void SetMainThreadDispatcher(MainThreadDispatcher dispatcher)
+{
+    TheQueue().SetDispatcher(std::move(dispatcher));
+}
+
+void StopMainThreadCalls()
+{
+    TheQueue().SetAccepting(false);
+}
+
+void StartMainThreadCalls()
+{
+    TheQueue().SetAccepting(true);
+}
+
+} // namespace orvcore

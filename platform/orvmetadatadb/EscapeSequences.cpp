@@ -1,0 +1,10 @@
+#include <orvmetadatadb/EscapeSequences.h>
+
+namespace orvmetadatadb {
+
+orvcore::UTF16String FixEscapeSequences(orvcore::UTF16String path)
+{
+    return path;
+}
+
+} // namespace orvmetadatadb

@@ -1,0 +1,209 @@
+#include <orvmetadatadb/RapidFindDB.h>
+
+#include <orvcore/TextFold.h>
+#include <orvmetadatadb/detail/IndexStore.h>
+#include <orvstorage/SQLiteCodes.h>
+
+#include <algorithm>
+#include <mutex>
+#include <string_view>
+
+namespace orvmetadatadb {
+
+namespace {
+
+constexpr std::size_t kSearchedUnits = 4096;
+
+std::u16string_view Searched(std::u16string_view text) noexcept
+{
+    if (text.size() > kSearchedUnits) {
+        const char16_t last = text[kSearchedUnits - 1];
+        text = text.substr(0, last >= 0xD800 && last <= 0xDBFF ? kSearchedUnits - 1 : kSearchedUnits);
+    }
+    return text;
+}
+
+} // namespace
+
+class RapidFindDB::Impl {
+public:
+    /// Runs `operation` on the store under the lock, turning its refusal into a result code.
+    template <class Operation>
+    ResultCode Run(Operation&& operation)
+    {
+        const std::lock_guard lock(mutex_);
+        try {
+            return operation(store_);
+        } catch (const detail::SQLiteError& error) {
+            error_ = DBErrorCode::Storage;
+            sqliteError_ = error.Code();
+            return kStorageFailed;
+        }
+    }
+
+    /// The same for an operation that needs the file or the table, and whose arguments are `valid`.
+    template <class Operation>
+    ResultCode RunOpen(bool valid, Operation&& operation)
+    {
+        return Run([&](detail::IndexStore& store) { return valid && store.IsOpen() ? operation(store) : Refuse(); });
+    }
+    template <class Operation>
+    ResultCode RunOnTable(bool valid, Operation&& operation)
+    {
+        return Run([&](detail::IndexStore& store) { return valid && store.HasTable() ? operation(store) : Refuse(); });
+    }
+
+    bool IsTable(const std::vector<orvcore::UTF16String>& tables) const
+    {
+        const std::lock_guard lock(mutex_);
+        return tables.size() == 1 && tables[0] == table_;
+    }
+    void SetTable(const orvcore::UTF16String& table)
+    {
+        table_ = table;
+    }
+
+    void Interrupt() noexcept
+    {
+        store_.Interrupt();
+    }
+
+    DBErrorCode Error() const
+    {
+        const std::lock_guard lock(mutex_);
+        return error_;
+    }
+    int SQLiteErrorCode() const
+    {
+        const std::lock_guard lock(mutex_);
+        return sqliteError_;
+    }
+
+private:
+    ResultCode Refuse() noexcept
+    {
+        error_ = DBErrorCode::Call;
+        sqliteError_ = orvstorage::sqlite::kOk;
+        return kBadCall;
+    }
+
+    mutable std::mutex mutex_;
+    detail::IndexStore store_;
+    orvcore::UTF16String table_;
+    DBErrorCode error_ = DBErrorCode::None;
+    int sqliteError_ = orvstorage::sqlite::kOk;
+};
+
+RapidFindDB::RapidFindDB()
+    : impl_(std::make_unique<Impl>())
+{
+}
+
+RapidFindDB::~RapidFindDB() = default;
+
+ResultCode RapidFindDB::Open(const orvcore::UTF16String& path)
+{
+    return impl_->Run([&](detail::IndexStore& store) {
+        store.Open(path);
+        return kSuccess;
+    });
+}
+
+ResultCode RapidFindDB::SetSynchronousMode(bool synchronous)
+{
+    return impl_->RunOpen(true, [&](detail::IndexStore& store) {
+        store.SetSynchronous(synchronous);
+        return kSuccess;
+    });
+}
+
+ResultCode RapidFindDB::RegisterSQLiteProgressHandler(int interval, ProgressCallback callback, void* context)
+{
+    return impl_->RunOpen(true, [&](detail::IndexStore& store) {
+        store.SetProgressHandler(interval, callback, context);
+        return kSuccess;
+    });
+}
+
+ResultCode RapidFindDB::UpdateTable(const std::vector<orvcore::UTF16String>& tables)
+{
+    const bool valid = tables.size() == 1 && !tables[0].empty();
+    return impl_->RunOpen(valid, [&](detail::IndexStore& store) {
+        store.UseTable(tables[0]);
+        impl_->SetTable(tables[0]);
+        return kSuccess;
+    });
+}
+
+ResultCode RapidFindDB::InsertRow(const orvcore::UTF16String& key, const std::vector<orvcore::UTF16String>& values)
+{
+    const bool valid = !key.empty() && values.size() == 1 && !values[0].empty();
+    return impl_->RunOnTable(valid, [&](detail::IndexStore& store) {
+        return store.Insert(key, Searched(values[0])) ? kSuccess : kRowExists;
+    });
+}
+
+ResultCode RapidFindDB::DeleteRow(const orvcore::UTF16String& key)
+{
+    return impl_->RunOnTable(true, [&](detail::IndexStore& store) {
+        store.Delete(key);
+        return kSuccess;
+    });
+}
+
+ResultCode RapidFindDB::DeleteTable()
+{
+    return impl_->RunOpen(true, [&](detail::IndexStore& store) {
+        store.RemoveTable();
+        return kSuccess;
+    });
+}
+
+ResultCode RapidFindDB::Match(const std::vector<MatchCondition>& conditions, int matchOperator,
+                              std::vector<orvcore::UTF16String>& keys)
+{
+    keys.clear();
+    std::vector<orvcore::UTF8String> terms;
+    const bool valid =
+        matchOperator == kMatchAll && std::all_of(conditions.begin(), conditions.end(), [&](const auto& condition) {
+            terms.push_back(orvcore::FoldText(condition.term));
+            return condition.modes == std::vector<int>{MatchCondition::kContains} && impl_->IsTable(condition.tables);
+        });
+    return impl_->RunOnTable(valid, [&](detail::IndexStore& store) {
+        if (!terms.empty()) {
+            keys = store.Match(terms);
+        }
+        return kSuccess;
+    });
+}
+
+ResultCode RapidFindDB::GetSimilarList(const orvcore::UTF16String& text, int count,
+                                       const std::vector<orvcore::UTF16String>& tables, std::vector<SimilarItem>& items,
+                                       int mode)
+{
+    items.clear();
+    const bool valid = count >= 0 && mode == 0 && impl_->IsTable(tables);
+    return impl_->RunOnTable(valid, [&](detail::IndexStore& store) {
+        for (auto& similar : store.Similar(orvcore::FoldText(text), static_cast<std::size_t>(count))) {
+            items.push_back({std::move(similar)});
+        }
+        return kSuccess;
+    });
+}
+
+void RapidFindDB::Interrupt() noexcept
+{
+    impl_->Interrupt();
+}
+
+DBErrorCode RapidFindDB::GetDBErrorCode() const
+{
+    return impl_->Error();
+}
+
+int RapidFindDB::GetSQLiteErrorCode() const
+{
+    return impl_->SQLiteErrorCode();
+}
+
+} // namespace orvmetadatadb

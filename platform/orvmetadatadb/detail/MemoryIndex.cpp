@@ -1,0 +1,167 @@
+#include <orvmetadatadb/detail/MemoryIndex.h>
+
+#include <orvmetadatadb/detail/CodeUnitOrder.h>
+
+#include <algorithm>
+#include <numeric>
+#include <stdexcept>
+
+namespace orvmetadatadb::detail {
+
+namespace {
+
+constexpr std::size_t kWasteWorthClearing = 16 * 1024;
+// An answer this small is sorted by itself; others are picked from a lasting order of all keys. Where that is out of
+// date, a small share of the keys does not pay for it.
+constexpr std::size_t kSmallAnswer = 256;
+constexpr std::size_t kSmallShare = 16;
+
+} // namespace
+
+MemoryIndex::KeyId MemoryIndex::AddKey(std::u16string_view key)
+{
+    const KeyId id = keys_.Add(key);
+    if (id == keyRecords_.size()) {
+        keyRecords_.emplace_back();
+    }
+    return id;
+}
+
+MemoryIndex::Inserted MemoryIndex::Insert(KeyId key, std::u16string_view text)
+{
+    const TextPool::Id textId = texts_.Add(text);
+    RowId& first = keyRecords_[key].firstRow;
+    for (RowId row = first; row != kNoRow; row = rows_[row].next) {
+        if (rows_[row].text == textId) {
+            return {row, false};
+        }
+    }
+    const RowId row = NewRow();
+    rows_[row] = {key, textId, first, false};
+    liveKeys_ += first == kNoRow ? 1 : 0;
+    first = row;
+    texts_.AddUse(textId);
+    return {row, true};
+}
+
+MemoryIndex::RowId MemoryIndex::NewRow()
+{
+    if (freeRows_.empty()) {
+        if (rows_.size() == kNoRow) {
+            throw std::length_error("too many rows");
+        }
+        rows_.emplace_back();
+        return static_cast<RowId>(rows_.size() - 1);
+    }
+    const RowId row = freeRows_.back();
+    freeRows_.pop_back();
+    return row;
+}
+
+std::int64_t MemoryIndex::Delete(std::u16string_view key)
+{
+    const auto keyId = keys_.Find(key);
+    if (!keyId) {
+        return 0;
+    }
+    KeyRecord& record = keyRecords_[*keyId];
+    const std::int64_t fileId = record.fileId;
+    liveKeys_ -= record.firstRow != kNoRow ? 1 : 0;
+    for (RowId row = record.firstRow; row != kNoRow; row = rows_[row].next) {
+        texts_.DropUse(rows_[row].text);
+        rows_[row].text = TextPool::kNone;
+        freeRows_.push_back(row);
+    }
+    record = KeyRecord();
+    return fileId;
+}
+
+void MemoryIndex::Clear()
+{
+    *this = MemoryIndex();
+}
+
+bool MemoryIndex::IsWasteful() const noexcept
+{
+    return keys_.Size() > kWasteWorthClearing && liveKeys_ < keys_.Size() / 2;
+}
+
+std::vector<orvcore::UTF16String> MemoryIndex::Match(const std::vector<orvcore::UTF8String>& terms)
+{
+    std::vector<std::uint8_t> wanted(keys_.Size(), 0);
+    for (std::size_t key = 0; key < wanted.size(); ++key) {
+        wanted[key] = keyRecords_[key].firstRow != kNoRow ? 1 : 0;
+    }
+    const bool any = std::all_of(terms.begin(), terms.end(), [&](const auto& term) { return Narrow(term, wanted); });
+    return any ? Collect(wanted) : std::vector<orvcore::UTF16String>();
+}
+
+bool MemoryIndex::Narrow(const orvcore::UTF8String& term, std::vector<std::uint8_t>& wanted) const
+{
+    if (term.empty()) {
+        return true;
+    }
+    std::vector<std::uint8_t> texts(texts_.Size(), 0);
+    if (!texts_.FindContaining(term, texts)) {
+        return false;
+    }
+    std::vector<std::uint8_t> hits(wanted.size(), 0);
+    for (const Row& row : rows_) {
+        hits[row.key] = static_cast<std::uint8_t>(hits[row.key] | texts[row.text]);
+    }
+    std::uint8_t any = 0;
+    for (std::size_t key = 0; key < wanted.size(); ++key) {
+        wanted[key] = static_cast<std::uint8_t>(wanted[key] & hits[key]);
+        any = static_cast<std::uint8_t>(any | wanted[key]);
+    }
+    return any != 0;
+}
+
+std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::uint8_t>& wanted)
+{
+    std::vector<orvcore::UTF16String> keys;
+    const auto count = static_cast<std::size_t>(std::count(wanted.begin(), wanted.end(), std::uint8_t{1}));
+    keys.reserve(count);
+    const bool ordered = sortedKeys_.size() == keys_.Size();
+    if (count < kSmallAnswer || (!ordered && count < wanted.size() / kSmallShare)) {
+        for (std::size_t key = 0; key < wanted.size(); ++key) {
+            if (wanted[key] != 0) {
+                keys.emplace_back(keys_[static_cast<KeyId>(key)]);
+            }
+        }
+        std::sort(keys.begin(), keys.end(), IsBefore);
+        return keys;
+    }
+    SortKeys();
+    for (const KeyId key : sortedKeys_) {
+        if (wanted[key] != 0) {
+            keys.emplace_back(keys_[key]);
+        }
+    }
+    return keys;
+}
+
+void MemoryIndex::SortKeys()
+{
+    const std::size_t known = sortedKeys_.size();
+    if (known == keys_.Size()) {
+        return;
+    }
+    sortedKeys_.resize(keys_.Size());
+    const auto added = sortedKeys_.begin() + static_cast<std::ptrdiff_t>(known);
+    std::iota(added, sortedKeys_.end(), static_cast<KeyId>(known));
+    const auto before = [this](KeyId a, KeyId b) { return IsBefore(keys_[a], keys_[b]); };
+    std::sort(added, sortedKeys_.end(), before);
+    std::inplace_merge(sortedKeys_.begin(), added, sortedKeys_.end(), before);
+}
+
+std::vector<orvcore::UTF16String> MemoryIndex::Similar(std::u8string_view start, std::size_t count) const
+{
+    std::vector<orvcore::UTF16String> texts;
+    for (const TextPool::Id id : texts_.FindSimilar(start, count)) {
+        texts.emplace_back(texts_[id]);
+    }
+    return texts;
+}
+
+} // namespace orvmetadatadb::detail

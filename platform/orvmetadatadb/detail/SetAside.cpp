@@ -1,0 +1,69 @@
+#include <orvmetadatadb/detail/SetAside.h>
+
+#include <orvcore/Files.h>
+#include <orvcore/Paths.h>
+#include <orvmetadatadb/detail/IndexFile.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+namespace orvmetadatadb::detail {
+
+namespace {
+
+constexpr std::string_view kMagic("SQLite format 3\0", 16);
+constexpr std::size_t kHeaderSize = 100;
+constexpr std::size_t kApplicationIdOffset = 68;
+
+std::filesystem::path SystemPath(const orvcore::UTF16String& path)
+{
+    return orvcore::ToSystemPath(orvcore::PathFromUTF16(path));
+}
+
+std::uint32_t BigEndian(const char* bytes) noexcept
+{
+    std::uint32_t value = 0;
+    for (int i = 0; i < 4; ++i) {
+        value = (value << 8U) | static_cast<unsigned char>(bytes[i]);
+    }
+    return value;
+}
+
+} // namespace
+
+bool WasSearchIndex(const orvcore::UTF16String& path)
+{
+    std::ifstream file(SystemPath(path), std::ios::binary);
+    std::array<char, kHeaderSize> header{};
+    file.read(header.data(), header.size());
+    const auto size = static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0));
+    if (size == 0) {
+        return false;
+    }
+    if (size < kHeaderSize) {
+        const std::size_t compared = std::min(size, kMagic.size());
+        return std::string_view(header.data(), compared) == kMagic.substr(0, compared);
+    }
+    return BigEndian(header.data() + kApplicationIdOffset) == IndexFile::kApplicationId ||
+           std::all_of(header.begin(), header.end(), [](char c) { return c == 0; });
+}
+
+bool SetAside(const orvcore::UTF16String& path)
+{
+    for (const char16_t* suffix : {u"", u"-wal", u"-shm", u"-journal"}) {
+        std::error_code error;
+        const std::filesystem::path from = SystemPath(path + suffix);
+        if (orvcore::Exists(from)) {
+            std::filesystem::rename(from, SystemPath(path + u".damaged" + suffix), error);
+            if (error) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+} // namespace orvmetadatadb::detail

@@ -1,0 +1,26 @@
+#include <orvmetadatadb/detail/Transaction.h>
+
+#include <sqlite3.h>
+
+namespace orvmetadatadb::detail {
+
+Transaction::Transaction(Connection& connection, Kind kind)
+    : connection_(connection)
+{
+    connection.Execute(kind == Kind::Write ? "BEGIN IMMEDIATE" : "BEGIN");
+}
+
+Transaction::~Transaction()
+{
+    if (open_) {
+        sqlite3_exec(connection_.Handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+void Transaction::Commit()
+{
+    connection_.Execute("COMMIT");
+    open_ = false;
+}
+
+} // namespace orvmetadatadb::detail

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <orvcore/Strings.h>
+
+#include <cstdint>
+
+namespace orvstorage {
+
+/// One entry of an archive as its directory describes it.
+struct ZipEntry {
+    orvcore::UTF8String name;         ///< forward slashes; a folder's name ends with one
+    std::uint64_t size = 0;           ///< unpacked bytes
+    std::uint64_t compressedSize = 0; ///< bytes in the archive
+    bool isDirectory = false;
+    bool isEncrypted = false;
+};
+
+} // namespace orvstorage

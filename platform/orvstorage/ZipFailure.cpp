@@ -1,0 +1,165 @@
+#include <orvstorage/ZipFailure.h>
+
+#include <orvcore/Paths.h>
+
+#include <utility>
+
+namespace orvstorage {
+
+namespace {
+
+struct ErrorText {
+    std::string_view name;
+    std::string_view sentence;
+};
+
+// A new error without a text is a compiler warning here, hence no default.
+constexpr ErrorText TextOf(ZipError error) noexcept
+{
+    switch (error) {
+    case ZipError::None:
+        return {"None", ""};
+    case ZipError::FileMissing:
+        return {"FileMissing", "there is no such file"};
+    case ZipError::CannotOpen:
+        return {"CannotOpen", "the file cannot be opened"};
+    case ZipError::NotAZip:
+        return {"NotAZip", "it is not a zip archive"};
+    case ZipError::Truncated:
+        return {"Truncated", "it is cut short"};
+    case ZipError::Inconsistent:
+        return {"Inconsistent", "its directory is damaged"};
+    case ZipError::SeveralDisks:
+        return {"SeveralDisks", "it is one part of an archive split into several files"};
+    case ZipError::TooManyEntries:
+        return {"TooManyEntries", "it has more entries than allowed"};
+    case ZipError::DirectoryTooLarge:
+        return {"DirectoryTooLarge", "its directory is larger than allowed"};
+    case ZipError::EntryMissing:
+        return {"EntryMissing", "the archive has no such entry"};
+    case ZipError::EntryTooLarge:
+        return {"EntryTooLarge", "it is larger than allowed"};
+    case ZipError::TotalTooLarge:
+        return {"TotalTooLarge", "its entries together are larger than allowed"};
+    case ZipError::RatioTooHigh:
+        return {"RatioTooHigh", "it unpacks to more bytes for each packed byte than allowed"};
+    case ZipError::DataOutsideArchive:
+        return {"DataOutsideArchive", "its data would lie outside the archive"};
+    case ZipError::OverlappingEntries:
+        return {"OverlappingEntries", "its data overlaps another entry's"};
+    case ZipError::PasswordNeeded:
+        return {"PasswordNeeded", "it is encrypted and no password was given"};
+    case ZipError::WrongPassword:
+        return {"WrongPassword", "the password is wrong"};
+    case ZipError::EncryptionUnsupported:
+        return {"EncryptionUnsupported", "it is encrypted in a way that is not supported"};
+    case ZipError::CompressionUnsupported:
+        return {"CompressionUnsupported", "it is compressed in a way that is not supported"};
+    case ZipError::DataCorrupt:
+        return {"DataCorrupt", "its compressed data is damaged"};
+    case ZipError::ChecksumMismatch:
+        return {"ChecksumMismatch", "its content does not match its checksum"};
+    case ZipError::SizeMismatch:
+        return {"SizeMismatch", "its content does not have the size it declares"};
+    case ZipError::ReadFailed:
+        return {"ReadFailed", "it cannot be read"};
+    case ZipError::EmptyName:
+        return {"EmptyName", "its name is empty"};
+    case ZipError::BadEncoding:
+        return {"BadEncoding", "its name is not valid text"};
+    case ZipError::ControlCharacter:
+        return {"ControlCharacter", "its name holds a control character"};
+    case ZipError::AbsoluteName:
+        return {"AbsoluteName", "its name is an absolute path"};
+    case ZipError::DriveLetter:
+        return {"DriveLetter", "its name begins with a drive letter"};
+    case ZipError::ParentComponent:
+        return {"ParentComponent", "its name leads out of the folder through '..'"};
+    case ZipError::ReservedCharacter:
+        return {"ReservedCharacter", "its name holds a character that not every system allows"};
+    case ZipError::ReservedName:
+        return {"ReservedName", "its name is reserved for a device on Windows"};
+    case ZipError::TrailingDotOrSpace:
+        return {"TrailingDotOrSpace", "a part of its name ends with a dot or a space"};
+    case ZipError::NameTooLong:
+        return {"NameTooLong", "its name is too long"};
+    case ZipError::DuplicateName:
+        return {"DuplicateName", "the archive holds several entries of this name"};
+    case ZipError::NameClash:
+        return {"NameClash", "its name clashes with another entry's where case does not count"};
+    case ZipError::SymbolicLink:
+        return {"SymbolicLink", "it is a symbolic link"};
+    case ZipError::SpecialFile:
+        return {"SpecialFile", "it is neither a file nor a folder"};
+    case ZipError::OutsideTarget:
+        return {"OutsideTarget", "a link in the target folder would lead it elsewhere"};
+    case ZipError::EntryExists:
+        return {"EntryExists", "the archive has an entry of this name already"};
+    case ZipError::SourceMissing:
+        return {"SourceMissing", "the file to pack cannot be read"};
+    case ZipError::NothingToPack:
+        return {"NothingToPack", "the folder holds no file"};
+    case ZipError::WriteFailed:
+        return {"WriteFailed", "it cannot be written"};
+    case ZipError::DiskFull:
+        return {"DiskFull", "the disk is full"};
+    case ZipError::Cancelled:
+        return {"Cancelled", "it was cancelled"};
+    case ZipError::OutOfMemory:
+        return {"OutOfMemory", "memory ran out"};
+    }
+    return {"Unknown", "of an unknown reason"};
+}
+
+constexpr std::string_view VerbOf(ZipAction action) noexcept
+{
+    switch (action) {
+    case ZipAction::Open:
+        return "open";
+    case ZipAction::Read:
+        return "read";
+    case ZipAction::Unpack:
+        return "unpack";
+    case ZipAction::Add:
+        return "add";
+    case ZipAction::Pack:
+        return "pack";
+    }
+    return "use";
+}
+
+std::string Quoted(std::u8string_view text)
+{
+    std::string quoted = "\"";
+    for (const char c : orvcore::AsNarrow(text)) {
+        quoted += (c >= 0 && c < ' ') || c == '\x7f' ? '?' : c;
+    }
+    return quoted + '"';
+}
+
+} // namespace
+
+std::string_view NameOf(ZipError error) noexcept
+{
+    return TextOf(error).name;
+}
+
+std::string ZipFailure::Message() const
+{
+    if (error == ZipError::None) {
+        return {};
+    }
+    std::string message = "cannot ";
+    message += VerbOf(action);
+    if (!entry.empty()) {
+        message += ' ' + Quoted(entry) + (action == ZipAction::Add || action == ZipAction::Pack ? " into" : " of");
+    }
+    message += ' ' + Quoted(orvcore::PathToUTF8(archive)) + ": ";
+    message += TextOf(error).sentence;
+    if (!detail.empty()) {
+        message += " (" + detail + ')';
+    }
+    return message;
+}
+
+} // namespace orvstorage

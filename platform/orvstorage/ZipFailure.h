@@ -1,0 +1,88 @@
+#pragma once
+
+#include <orvcore/Strings.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace orvstorage {
+
+/// Why an operation on an archive failed, or an entry was refused. Each cause has a value of its own.
+enum class ZipError : std::uint8_t {
+    None,
+    // The archive
+    FileMissing,
+    CannotOpen,
+    NotAZip,
+    Truncated,
+    Inconsistent,
+    SeveralDisks,
+    TooManyEntries,
+    DirectoryTooLarge,
+    // An entry's content
+    EntryMissing,
+    EntryTooLarge,
+    TotalTooLarge,
+    RatioTooHigh,
+    DataOutsideArchive,
+    OverlappingEntries,
+    PasswordNeeded,
+    WrongPassword,
+    EncryptionUnsupported,
+    CompressionUnsupported,
+    DataCorrupt,
+    ChecksumMismatch,
+    SizeMismatch,
+    ReadFailed,
+    // An entry's name
+    EmptyName,
+    BadEncoding,
+    ControlCharacter,
+    AbsoluteName,
+    DriveLetter,
+    ParentComponent,
+    ReservedCharacter,
+    ReservedName,
+    TrailingDotOrSpace,
+    NameTooLong,
+    DuplicateName,
+    NameClash,
+    SymbolicLink,
+    SpecialFile,
+    OutsideTarget,
+    // Writing
+    EntryExists,
+    SourceMissing,
+    NothingToPack,
+    WriteFailed,
+    DiskFull,
+    Cancelled,
+    OutOfMemory,
+};
+
+/// What was being done when it failed.
+enum class ZipAction : std::uint8_t { Open, Read, Unpack, Add, Pack };
+
+/// The cause's name, the same as the enumerator's, for machines: "ChecksumMismatch".
+ORVPLATFORM_API std::string_view NameOf(ZipError error) noexcept;
+
+/// One failure, complete enough to tell a person. A plain value.
+struct ORVPLATFORM_API ZipFailure {
+    ZipError error = ZipError::None;
+    ZipAction action = ZipAction::Open;
+    std::filesystem::path archive;
+    orvcore::UTF8String entry; ///< the entry concerned; empty when it is the archive as a whole
+    std::string detail;        ///< the system's own words, when it has any
+
+    explicit operator bool() const noexcept
+    {
+        return error != ZipError::None;
+    }
+    /// One line of UTF-8 English: what was tried, on which archive and entry, and what was wrong. Control characters
+    /// of hostile names are shown as "?". Empty without a failure.
+    std::string Message() const;
+};
+
+} // namespace orvstorage

@@ -1,0 +1,133 @@
+#include <orvstorage/ZipFile.h>
+
+#include <orvstorage/detail/EntryReader.h>
+#include <orvstorage/detail/UnpackPlan.h>
+#include <orvstorage/detail/Unpacker.h>
+#include <orvstorage/detail/ZipState.h>
+
+#include <algorithm>
+
+namespace orvstorage {
+
+ZipFile::ZipFile(const std::filesystem::path& archive, const std::string& password)
+    : state_(std::make_shared<State>())
+{
+    state_->path = archive;
+    state_->password = password;
+}
+
+ZipBuffer ZipFile::UnzipItem(std::u8string_view entryName) const
+{
+    State& state = *state_;
+    auto content = std::make_shared<std::vector<std::uint8_t>>();
+    const bool read = state.Run(ZipAction::Read, entryName, [&](ZipFailure& failure) {
+        std::size_t index = 0;
+        if (!state.Find(entryName, index)) {
+            return false;
+        }
+        const detail::ArchiveEntry& entry = state.archive->Entries()[index];
+        if (entry.shown.size > state.limits.maxItemSize) {
+            failure.error = ZipError::EntryTooLarge;
+            return false;
+        }
+        detail::EntryReader reader(state.archive->Handle(), index, entry, failure);
+        return !failure && reader.ReadAll(*content, failure);
+    });
+    return read ? content : nullptr;
+}
+
+bool ZipFile::UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination) const
+{
+    State& state = *state_;
+    return state.Run(ZipAction::Unpack, entryName, [&](ZipFailure& failure) {
+        std::size_t index = 0;
+        return state.Find(entryName, index) && detail::UnpackToFile(*state.archive, index, destination, failure);
+    });
+}
+
+bool ZipFile::UnZip(const std::filesystem::path& directory, bool overwrite) const
+{
+    State& state = *state_;
+    return state.Run(ZipAction::Unpack, {}, [&](ZipFailure& failure) {
+        detail::UnpackPlan plan;
+        if (state.Open() == nullptr || !detail::MakeUnpackPlan(*state.archive, state.limits, plan, failure)) {
+            return false;
+        }
+        const auto existing = overwrite ? detail::Existing::Overwrite : detail::Existing::Keep;
+        if (!detail::Unpack(*state.archive, plan, directory, existing, failure)) {
+            return false;
+        }
+        if (!plan.refused.empty()) {
+            failure = plan.refused.front();
+        }
+        return !failure;
+    });
+}
+
+std::vector<ZipEntry> ZipFile::GetEntries() const
+{
+    State& state = *state_;
+    std::vector<ZipEntry> entries;
+    state.Run(ZipAction::Read, {}, [&](ZipFailure&) {
+        if (state.Open() == nullptr) {
+            return false;
+        }
+        for (const detail::ArchiveEntry& entry : state.archive->Entries()) {
+            entries.push_back(entry.shown);
+        }
+        return true;
+    });
+    return entries;
+}
+
+bool ZipFile::Contains(std::u8string_view entryName) const
+{
+    const ZipFailure before = state_->failure;
+    const std::vector<ZipEntry> entries = GetEntries();
+    state_->failure = before;
+    return std::any_of(entries.begin(), entries.end(), [&](const ZipEntry& entry) { return entry.name == entryName; });
+}
+
+std::vector<ZipFailure> ZipFile::Check(bool readContents) const
+{
+    State& state = *state_;
+    detail::UnpackPlan plan;
+    state.Run(ZipAction::Unpack, {}, [&](ZipFailure& failure) {
+        if (state.Open() == nullptr || !detail::MakeUnpackPlan(*state.archive, state.limits, plan, failure)) {
+            plan.refused.push_back(failure);
+            return false;
+        }
+        for (std::size_t i = 0; readContents && i < plan.files.size(); ++i) {
+            ZipFailure found = failure;
+            if (!detail::TestEntry(*state.archive, plan.files[i].index, found)) {
+                plan.refused.push_back(found);
+            }
+        }
+        failure = plan.refused.empty() ? failure : plan.refused.front();
+        return plan.refused.empty();
+    });
+    return std::move(plan.refused);
+}
+
+const std::filesystem::path& ZipFile::GetPath() const noexcept
+{
+    return state_->path;
+}
+
+void ZipFile::SetLimits(const ZipLimits& limits)
+{
+    state_->limits = limits;
+    state_->archive.reset();
+}
+
+ZipLimits ZipFile::GetLimits() const
+{
+    return state_->limits;
+}
+
+ZipFailure ZipFile::GetLastFailure() const
+{
+    return state_->failure;
+}
+
+} // namespace orvstorage

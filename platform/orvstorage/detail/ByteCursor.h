@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace orvstorage::detail {
+
+/// Reads little-endian numbers from bytes and never beyond them: a read past the end gives zero and sets Failed.
+class ByteCursor {
+public:
+    explicit ByteCursor(std::span<const unsigned char> bytes)
+        : bytes_(bytes)
+    {
+    }
+
+    std::uint64_t Take(std::size_t width)
+    {
+        const auto piece = TakeBytes(width);
+        std::uint64_t value = 0;
+        for (std::size_t i = piece.size(); i > 0; --i) {
+            value = value << 8 | piece[i - 1];
+        }
+        return value;
+    }
+    std::uint16_t Take16()
+    {
+        return static_cast<std::uint16_t>(Take(2));
+    }
+    std::uint32_t Take32()
+    {
+        return static_cast<std::uint32_t>(Take(4));
+    }
+    std::uint64_t Take64()
+    {
+        return Take(8);
+    }
+    std::span<const unsigned char> TakeBytes(std::size_t count)
+    {
+        failed_ = failed_ || count > bytes_.size();
+        const auto piece = bytes_.first(failed_ ? 0 : count);
+        bytes_ = bytes_.subspan(piece.size());
+        return piece;
+    }
+    void Skip(std::size_t count)
+    {
+        TakeBytes(count);
+    }
+    std::size_t Left() const
+    {
+        return bytes_.size();
+    }
+    bool Failed() const
+    {
+        return failed_;
+    }
+
+private:
+    std::span<const unsigned char> bytes_;
+    bool failed_ = false;
+};
+
+} // namespace orvstorage::detail

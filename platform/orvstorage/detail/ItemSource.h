@@ -1,0 +1,13 @@
+#pragma once
+
+#include <orvstorage/detail/FolderScan.h>
+#include <orvstorage/detail/Libzip.h>
+#include <orvstorage/detail/PackProgress.h>
+
+namespace orvstorage::detail {
+
+/// A source from which the zip library reads the file of `item`, opened no sooner than its turn comes. Null when
+/// memory runs out. `item` and `progress` must outlive the archive's closing.
+zip_source_t* MakeItemSource(const PackItem& item, PackProgress& progress);
+
+} // namespace orvstorage::detail

@@ -1,0 +1,170 @@
+#include <orvstorage/detail/Unpacker.h>
+
+#include <orvcore/AtomicFile.h>
+#include <orvcore/Files.h>
+#include <orvstorage/detail/EntryReader.h>
+#include <orvstorage/detail/TargetFolder.h>
+
+#include <atomic>
+#include <mutex>
+
+namespace orvstorage::detail {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kPiece = std::size_t{256} << 10;
+
+// Hands an entry's content to `write` piece by piece; its false means that `failure` is set.
+template <class Write>
+bool StreamEntry(zip_t* handle, const ArchiveEntry& entry, std::size_t index, std::vector<char>& piece,
+                 ZipFailure& failure, const Write& write)
+{
+    EntryReader reader(handle, index, entry, failure);
+    std::size_t got = 0;
+    do {
+        got = failure ? 0 : reader.Read(piece.data(), piece.size(), failure);
+        if (failure || !write(piece.data(), got)) {
+            return false;
+        }
+    } while (got == piece.size());
+    return true;
+}
+
+// Unpacks the plan's files into numbered files of a private folder, on several threads where there is enough to do.
+class Stage {
+public:
+    Stage(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& folder)
+        : archive_(archive)
+        , plan_(plan)
+        , folder_(folder)
+    {
+    }
+
+    fs::path PathOf(std::size_t number) const
+    {
+        return folder_ / std::to_string(number);
+    }
+
+    bool Run(ZipFailure& failure)
+    {
+        first_ = failure;
+        Work(archive_.Handle());
+        failure = first_;
+        return !failure;
+    }
+
+private:
+    void Work(zip_t* handle)
+    {
+        std::vector<char> piece(kPiece);
+        for (;;) {
+            const std::size_t number = next_.fetch_add(1);
+            if (number >= plan_.files.size() || stopped_) {
+                return;
+            }
+            ZipFailure failure = first_;
+            if (!UnpackOne(handle, number, piece, failure)) {
+                Report(number, failure);
+            }
+        }
+    }
+
+    bool UnpackOne(zip_t* handle, std::size_t number, std::vector<char>& piece, ZipFailure& failure) const
+    {
+        const std::size_t index = plan_.files[number].index;
+        const ArchiveEntry& entry = archive_.Entries()[index];
+        failure.entry = entry.shown.name;
+        using orvcore::detail::NativeFile;
+        std::error_code error;
+        NativeFile file = NativeFile::Open(PathOf(number), NativeFile::Mode::CreateNew, error);
+        std::uint64_t done = 0;
+        const auto write = [&](const char* data, std::size_t size) {
+            const bool written = !stopped_ && file.WriteAt(done, data, size, error);
+            done += size;
+            return written;
+        };
+        const bool whole = !error && StreamEntry(handle, entry, index, piece, failure, write) && file.Close(error);
+        if (error) {
+            TranslateWriteError(error, failure);
+        }
+        return whole && !failure;
+    }
+
+    void Report(std::size_t number, const ZipFailure& failure)
+    {
+        const std::lock_guard lock(mutex_);
+        if (failure && number < firstNumber_) {
+            first_ = failure;
+            firstNumber_ = number;
+        }
+        stopped_ = true;
+    }
+
+    const ZipArchive& archive_;
+    const UnpackPlan& plan_;
+    const fs::path& folder_;
+    std::atomic<std::size_t> next_ = 0;
+    std::atomic<bool> stopped_ = false;
+    std::mutex mutex_;
+    ZipFailure first_;
+    std::size_t firstNumber_ = static_cast<std::size_t>(-1);
+};
+
+} // namespace
+
+bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure)
+{
+    const ArchiveEntry& entry = archive.Entries()[index];
+    failure.entry = entry.shown.name;
+    std::vector<char> piece(kPiece);
+    return StreamEntry(archive.Handle(), entry, index, piece, failure, [](const char*, std::size_t) { return true; });
+}
+
+bool UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ZipFailure& failure)
+{
+    std::error_code error;
+    const fs::path folder = destination.parent_path();
+    if (!folder.empty()) {
+        fs::create_directories(orvcore::ToSystemPath(folder), error);
+    }
+    orvcore::AtomicFile file(destination);
+    std::vector<char> piece(kPiece);
+    const auto write = [&](const char* data, std::size_t size) { return file.Write(data, size, error); };
+    const bool whole = !error &&
+                       StreamEntry(archive.Handle(), archive.Entries()[index], index, piece, failure, write) &&
+                       file.Commit(orvcore::AtomicFile::Durability::Cached, error);
+    if (error) {
+        TranslateWriteError(error, failure);
+    }
+    return whole;
+}
+
+bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& target, Existing existing,
+            ZipFailure& failure)
+{
+    TargetFolder folder(target);
+    fs::path staging = folder.Open(failure);
+    Stage stage(archive, plan, staging);
+    if (failure || !stage.Run(failure)) {
+        return false;
+    }
+    for (const orvcore::UTF8String& directory : plan.directories) {
+        failure.entry = directory;
+        if (!folder.MakeDirectory(directory, failure)) {
+            return false;
+        }
+    }
+    for (std::size_t number = 0; number < plan.files.size(); ++number) {
+        failure.entry = archive.Entries()[plan.files[number].index].shown.name;
+        if (!folder.PutFile(stage.PathOf(number), plan.files[number].relative, existing, failure)) {
+            return false;
+        }
+    }
+    failure.entry.clear();
+    folder.Keep();
+    return true;
+}
+
+} // namespace orvstorage::detail

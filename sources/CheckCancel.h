@@ -1,0 +1,52 @@
+#pragma once
+
+#include <capsule/Export.h>
+#include <orvappsupport/Progress.h>
+#include <orvcore/Strings.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+namespace orvcapsule {
+
+/// A request's cancellation token, held by `boost::shared_ptr` by whoever made the request and by the work done for it.
+///
+/// `Abort` and `GetAbort` may be called from any thread at any time, several pollers included: once an `Abort` has
+/// returned, every `GetAbort` that begins afterwards answers true, whichever poller comes first. The other members are
+/// filled in before the token is shared and only read from then on.
+class ORVCAPSULE_API CheckCancel {
+public:
+    CheckCancel();
+    CheckCancel(const CheckCancel&) = delete;
+    CheckCancel& operator=(const CheckCancel&) = delete;
+    /// Takes the progress item out of its category if it is still there.
+    virtual ~CheckCancel();
+
+    /// Asks the work to stop, without waiting for it, and takes the progress item out of its category. A second call
+    /// changes nothing.
+    void Abort();
+
+    /// True when the work has to stop; stays true for good. The first poller to see a request consumes it.
+    virtual bool GetAbort();
+
+    /// @name What the request shows
+    /// Texts set by whoever made the request.
+    /// @{
+    orvcore::UTF8String text1;
+    orvcore::UTF8String text2;
+    /// @}
+
+    /// The line of the host's progress display, or empty; it ends with the token at the latest.
+    std::shared_ptr<orvappsupport::ProgressItem> progressItem;
+    /// The category that holds `progressItem`, or empty. Work may add items of its own to it.
+    std::shared_ptr<orvappsupport::ProgressCategory> progressCategory;
+
+private:
+    void RemoveProgressItem();
+
+    std::atomic<std::int32_t> abortRequested = 0; // 0 or 1
+    std::atomic<bool> aborted = false;            // set by the poller that consumed the request
+};
+
+} // namespace orvcapsule

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <sources/CapsuleEntry.h>
+#include <sources/CheckCancel.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orvcapsule {
+
+/// A place where templates are found. Sources are shared by pointer; unless said otherwise an operation may be called
+/// from any thread, several at once. The order of the virtual operations is part of the interface.
+class ORVCAPSULE_API IGraphicSource {
+public:
+    /// One source in the list of filters from which the user picks.
+    struct GraphicFilterID {
+        /// A folder or library inside the source.
+        struct SubFilter {
+            orvcore::UTF8String name; ///< display name
+            std::string id;           ///< folder path or library key
+            bool available = false;   ///< the folder exists, the library is present
+        };
+
+        orvcore::UTF8String name; ///< display name in the application language
+        std::string sourceID;     ///< the source's GetSourceID()
+        std::vector<SubFilter> subFilters;
+    };
+
+    virtual ~IGraphicSource();
+
+    /// Prepares the source, once, before its first use; called on the thread that adds it. Does nothing here.
+    virtual void Initialize();
+    /// Ends the source, once, after its last use. Does nothing here.
+    virtual void Terminate();
+    /// One of the source identifiers (SourceNames.h).
+    virtual std::string GetSourceID() const = 0;
+    /// Fills `filter` whole; what it held is replaced.
+    virtual void GetFilter(GraphicFilterID& filter) = 0;
+    /// Full paths of the folders that the source looks into. None here.
+    virtual std::set<orvcore::UTF8String> GetDirectories() const;
+    /// Path of the entry's still preview, made or fetched now when it is not there yet, so this may block. Empty when
+    /// there is none or `cancel` (which may be empty) was aborted.
+    virtual orvcore::UTF8String GetThumbnailPath(const boost::shared_ptr<CapsuleEntry>& entry,
+                                                 const boost::shared_ptr<CheckCancel>& cancel) const = 0;
+    /// Restricts what the source offers; only a stock source knows filter types. Does nothing here.
+    virtual void SetFilterType(const orvcore::UTF8String& filterType);
+    /// The source's share of a request's progress, relative to the other sources'. 1 here.
+    virtual float GetProgressWeight() const;
+};
+
+/// A source that lists trees of folders.
+class ORVCAPSULE_API ILocalGraphicSource : public IGraphicSource {
+public:
+    /// Receives the entries of one folder; `last` is true when no call of this listing follows.
+    using OnDirectory = std::function<void(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
+                                           const orvcore::UTF16String& directory, bool last)>;
+
+    ~ILocalGraphicSource() override;
+
+    /// Adds to `matches` the paths of the indexed templates that contain every one of `terms`.
+    virtual void SearchDB(const std::vector<orvcore::UTF16String>& terms, std::set<orvcore::UTF16String>& matches) = 0;
+    /// Appends what the source holds to `results` and puts their number into `total`. An aborted listing leaves nothing
+    /// in `results`. `first` and `count` are for sources that page.
+    virtual void Search(const std::vector<orvcore::UTF16String>& terms,
+                        std::vector<boost::shared_ptr<CapsuleEntry>>& results, int first, int count, int& total,
+                        boost::shared_ptr<CheckCancel> cancel) const = 0;
+    /// Lists folder after folder, each with a call of `onDirectory` on the calling thread.
+    virtual void SearchByDirectory(OnDirectory onDirectory, std::vector<orvcore::UTF16String>& directories,
+                                   boost::shared_ptr<CheckCancel> cancel) = 0;
+    /// Lists one folder.
+    virtual void SearchDirectory(OnDirectory onDirectory, const orvcore::UTF16String& directory,
+                                 boost::shared_ptr<CheckCancel> cancel) = 0;
+};
+
+} // namespace orvcapsule

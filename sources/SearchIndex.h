@@ -1,0 +1,49 @@
+#pragma once
+
+#include <capsule/Export.h>
+#include <orvcore/Strings.h>
+
+#include <set>
+#include <vector>
+
+namespace orvcapsule {
+
+/// @name Search index
+/// Term search and tag suggestions over the templates of local folders and cloud libraries. The index is one for the
+/// process: rows that map a template's package path to one of its texts (its display name, each of its tags), kept in a
+/// database file that other hosts may use at the same time.
+///
+/// Every function may be called from any thread, throws nothing and reports nothing: without an index, or with one that
+/// fails, a search finds nothing and an insert has no effect. The index is a cache of what a listing of the sources
+/// finds.
+/// @{
+
+/// Opens or creates the index at `path`, replacing the one in use. A file that is damaged beyond use is kept beside it
+/// with
+/// ".damaged" appended to its name and an empty one is made; a file that cannot be used (locked, not writable, not a
+/// search index) is left as it is, and the host goes on without search. Meant to run once, before the first search.
+ORVCAPSULE_API void InitializeRapidFindDB(const orvcore::UTF16String& path);
+
+/// Adds `text` to what finds the template at `path`; a row that is there already stays one. Nothing happens when either
+/// is empty.
+ORVCAPSULE_API void InsertRow(const orvcore::UTF8String& path, const orvcore::UTF8String& text);
+
+/// Adds to `matches` the path of every template that all `terms` find, each in any of its texts: a term finds a text
+/// that contains it, in any script, ignoring case, accents and width. An empty term finds every template; no terms find
+/// none.
+ORVCAPSULE_API void QueryRapidFindDB(const std::vector<orvcore::UTF16String>& terms,
+                                     std::set<orvcore::UTF16String>& matches);
+
+/// Adds to `tags` at most 100 texts, in lower case, that hold a word beginning with `prefix`, the closest first choice:
+/// texts that begin with it as a whole, then shorter ones. An empty prefix stands for any beginning.
+ORVCAPSULE_API void GetTags(const orvcore::UTF16String& prefix, std::set<orvcore::UTF16String>& tags);
+
+/// Removes the rows of the templates at `paths`, or all rows when `paths` is empty.
+ORVCAPSULE_API void ClearRapidFindDB(const std::vector<orvcore::UTF8String>& paths);
+
+/// Lets go of the index. A search that is running on another thread is interrupted; the file closes when the last call
+/// ends.
+ORVCAPSULE_API void TerminateRapidFindDB();
+/// @}
+
+} // namespace orvcapsule

@@ -1,0 +1,18 @@
+#include <sources/SourceNames.h>
+
+namespace orvcapsule {
+
+const std::string kLocalSourceID = "graphicsource.local";
+const std::string kDefaultLocalSourceID = "graphicsource.local.default";
+const std::string kLumoLibrariesSourceID = "graphicsource.LumoLibraries";
+const std::string kStockSourceID = "graphicsource.Stock";
+const std::string kAnySourceID = "graphicsource.any";
+const std::string kNoneSourceID = "graphicsource.none";
+
+const orvcore::UTF16String kAllLibraries = u"LumoLibraries.AllLibraries";
+
+const orvcore::UTF8String kStockFilterAll = u8"all";
+const orvcore::UTF8String kStockFilterPremium = u8"true";
+const orvcore::UTF8String kStockFilterFree = u8"false";
+
+} // namespace orvcapsule

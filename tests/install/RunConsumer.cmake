@@ -1,0 +1,37 @@
+file(REMOVE_RECURSE "${WORK_DIR}")
+set(prefix "${WORK_DIR}/prefix")
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${ARGN}: ${result}\n${output}")
+  endif()
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+function(expect_greeting)
+  if(NOT output STREQUAL "Größe canAnimate\n")
+    message(FATAL_ERROR "the consumer printed: ${output}")
+  endif()
+endfunction()
+
+run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
+file(GLOB_RECURSE private_headers "${prefix}/include/*/detail/*")
+if(private_headers)
+  message(FATAL_ERROR "private headers were installed: ${private_headers}")
+endif()
+
+run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}/cmake" -G Ninja "-DCMAKE_CXX_COMPILER=${CXX}"
+    "-DCMAKE_BUILD_TYPE=${CONFIG}" "-DCMAKE_PREFIX_PATH=${prefix}")
+run("${CMAKE_COMMAND}" --build "${WORK_DIR}/cmake")
+run("${WORK_DIR}/cmake/consumer")
+expect_greeting()
+
+if(PKG_CONFIG)
+  set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
+  run("${PKG_CONFIG}" --define-variable=prefix=${prefix} --cflags --libs orvcapsule)
+  separate_arguments(flags UNIX_COMMAND "${output}")
+  run("${CXX}" "${SOURCE_DIR}/consumer.cpp" -o "${WORK_DIR}/consumer" ${flags})
+  run("${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${prefix}/${LIBDIR}" "${WORK_DIR}/consumer")
+  expect_greeting()
+endif()

@@ -1,0 +1,115 @@
+#include <orvcore/AtomicFile.h>
+#include <orvcore/Files.h>
+
+#include <gtest/gtest.h>
+
+#include <tests/support/TempFolder.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using orvcore::AtomicFile;
+using test::TempFolder;
+
+TEST(Paths, KeepEveryScriptInBothForms)
+{
+    for (const std::u16string text : {u"plain", u"\u5b57\u5e55", u"\U0001F3AC clip", u"a b/c d"}) {
+        const fs::path path = orvcore::PathFromUTF16(text);
+        EXPECT_EQ(orvcore::PathToUTF16(path), text);
+        EXPECT_EQ(orvcore::PathFromUTF8(orvcore::PathToUTF8(path)), path);
+    }
+}
+
+TEST(Files, WritingABufferTellsWhyItFailed)
+{
+    TempFolder folder;
+    folder.Write("kept", "a long old content");
+    EXPECT_EQ(orvcore::WriteBufferToFile(folder / "kept", "new", 3), orvcore::kResultOK);
+    EXPECT_EQ(folder.Read("kept"), "new");
+    EXPECT_EQ(orvcore::WriteBufferToFile(folder / "no/folder", "x", 1), orvcore::kResultFileNotOpened);
+    EXPECT_EQ(orvcore::WriteBufferToFile(folder.Path(), "x", 1), orvcore::kResultFileNotOpened);
+    EXPECT_EQ(orvcore::WriteBufferToFile(folder / std::string("kept\0x", 6), "x", 1), orvcore::kResultFileNotOpened);
+    EXPECT_EQ(folder.Read("kept"), "new");
+    if (orvcore::Exists("/dev/full")) {
+        EXPECT_EQ(orvcore::WriteBufferToFile("/dev/full", "x", 1), orvcore::kResultFileNotWritten);
+        EXPECT_TRUE(orvcore::Exists("/dev/full"));
+    }
+}
+
+TEST(Files, ReadingRefusesWhatIsTooLarge)
+{
+    TempFolder folder;
+    folder.Write("five", "12345");
+    EXPECT_EQ(orvcore::ReadWholeFile(folder / "five", 5), "12345");
+    EXPECT_FALSE(orvcore::ReadWholeFile(folder / "five", 4));
+    EXPECT_FALSE(orvcore::ReadWholeFile(folder / "none"));
+    EXPECT_FALSE(orvcore::ReadWholeFile(folder.Path()));
+}
+
+TEST(Files, WalkGoesDepthFirstAndIntoNoLink)
+{
+    TempFolder folder;
+    for (const char* name : {"b", "a/2", "a/deep/1", "c/3"}) {
+        folder.Write(name, "");
+    }
+    std::error_code noLinks;
+    fs::create_directory_symlink(folder.Path(), folder / "a/loop", noLinks);
+    std::vector<fs::path> seen;
+    EXPECT_TRUE(orvcore::WalkFiles(folder.Path(), [&](const fs::path& file) {
+        seen.push_back(file.lexically_relative(folder.Path()));
+        return true;
+    }));
+    EXPECT_EQ(seen, (std::vector<fs::path>{"a/deep/1", "a/2", "c/3", "b"}));
+    int visits = 0;
+    EXPECT_FALSE(orvcore::WalkFiles(folder.Path(), [&](const fs::path&) { return ++visits < 2; }));
+    EXPECT_EQ(visits, 2);
+    EXPECT_TRUE(orvcore::WalkFiles(folder / "missing", [](const fs::path&) { return false; }));
+}
+
+TEST(AtomicFile, AppearsWholeOrNotAtAll)
+{
+    TempFolder folder;
+    folder.Write("target", "old");
+    std::error_code error;
+    {
+        AtomicFile given(folder / "target");
+        EXPECT_TRUE(given.Write("half", 4, error));
+        EXPECT_EQ(folder.Read("target"), "old");
+    }
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"target"}));
+    fs::permissions(folder / "target", fs::perms::owner_read | fs::perms::owner_write);
+    AtomicFile taken(folder / "target");
+    EXPECT_TRUE(taken.Write("whole", 5, error));
+    EXPECT_TRUE(taken.Commit(AtomicFile::Durability::OnDisk, error)) << error.message();
+    EXPECT_EQ(folder.Read("target"), "whole");
+    EXPECT_EQ(fs::status(folder / "target").permissions() & fs::perms::others_read, fs::perms::none);
+    AtomicFile nowhere(folder / "missing/target");
+    EXPECT_FALSE(nowhere.Commit(AtomicFile::Durability::Cached, error));
+    EXPECT_EQ(error, std::errc::no_such_file_or_directory);
+}
+
+TEST(AtomicFile, PatchesWhatWasWrittenBefore)
+{
+    // Around the size of the gathering buffer, a patch may hit bytes already on disk, bytes in the buffer, or both.
+    TempFolder folder;
+    for (const std::size_t size : {10U, 511U << 10, 513U << 10, 3000U << 10}) {
+        std::string expected(size, 'x');
+        AtomicFile file(folder / "patched");
+        std::error_code error;
+        for (std::size_t done = 0; done < size; done += 100000) {
+            ASSERT_TRUE(file.Write(expected.data(), std::min<std::size_t>(100000, size - done), error));
+        }
+        for (const std::size_t at : {std::size_t{0}, size / 2, size - 4}) {
+            file.Seek(at);
+            ASSERT_TRUE(file.Write("PACK", 4, error));
+            expected.replace(at, 4, "PACK");
+        }
+        file.Seek(size);
+        ASSERT_TRUE(file.Write("end", 3, error));
+        EXPECT_EQ(file.Size(), size + 3);
+        ASSERT_TRUE(file.Commit(AtomicFile::Durability::Cached, error));
+        EXPECT_TRUE(folder.Read("patched") == expected + "end") << size;
+    }
+}
+
+} // namespace

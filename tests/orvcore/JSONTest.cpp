@@ -1,0 +1,260 @@
+#include <orvcore/BinaryText.h>
+#include <orvcore/JSON.h>
+#include <orvcore/JSONDocument.h>
+#include <orvcore/JSONTextWriter.h>
+#include <orvcore/detail/JSONTable.h>
+
+#include <gmock/gmock.h>
+
+#include <bit>
+#include <chrono>
+#include <random>
+
+namespace {
+
+using namespace orvcore::serialization;
+using namespace std::string_view_literals;
+
+std::string Compact(const Variant& value)
+{
+    return orvcore::ToNarrow(GetJSONUTF8String(value, false));
+}
+
+TEST(JSONParse, TextsThatReadAndHowTheyAreWrittenAgain)
+{
+    struct Case {
+        std::u8string_view text;
+        std::string_view written;
+    };
+    const Case cases[] = {
+        {u8"null", "null"},
+        {u8" [ ] ", "[]"},
+        {u8"\uFEFF{}", "{}"}, // a byte-order mark
+        {u8R"({"b":1,"a":2})", R"({"a":2,"b":1})"},
+        {u8R"({"a":1,"a":[2]})", R"({"a":[2]})"}, // the last of equal keys
+        {u8R"({"":{"":""}})", R"({"":{"":""}})"},
+        {u8"[-9223372036854775808,9223372036854775807,9223372036854775808,18446744073709551615]",
+         "[-9223372036854775808,9223372036854775807,9223372036854775808,18446744073709551615]"},
+        {u8"[50.0,5e1,-0.0,1e-7,1.5e300]", "[50.0,50.0,-0.0,1e-07,1.5e+300]"},
+        {u8R"(["\u0041\ud83d\ude00\"\\\/\b\f\n\r\t\u0000\u001f"])", R"(["A😀\"\\/\b\f\n\r\t\u0000\u001f"])"},
+        {u8R"([true,false,null,"字"])", R"([true,false,null,"字"])"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(Compact(JSONParse(c.text)), c.written);
+        EXPECT_EQ(Compact(JSONDocument::Parse(c.text).Root().ToTree()), c.written);
+    }
+}
+
+TEST(JSONParse, TextsThatAreRefused)
+{
+    for (const std::string_view text : {""sv,
+                                        " "sv,
+                                        "{"sv,
+                                        "[1,]"sv,
+                                        "{\"a\":1,}"sv,
+                                        "{a:1}"sv,
+                                        "[1]x"sv,
+                                        "'a'"sv,
+                                        "nul"sv,
+                                        "[01]"sv,
+                                        "[1.]"sv,
+                                        "[+1]"sv,
+                                        "[NaN]"sv,
+                                        "[1e400]"sv,
+                                        "[18446744073709551616]"sv,
+                                        "[-9223372036854775809]"sv,
+                                        "\"\t\""sv,
+                                        "\"\\x\""sv,
+                                        "\"\\u12\""sv,
+                                        "\"\x80\""sv,
+                                        "\"\xED\xA0\x80\""sv,
+                                        "\"\xC0\x80\""sv,
+                                        "\"\xF4\x90\x80\x80\""sv,
+                                        "\"\\ud800\""sv,
+                                        "\"\\udc00\""sv,
+                                        "\"\\ud800\\u0041\""sv,
+                                        "\"\\ud800x\""sv,
+                                        "{\"\\udfff\":1}"sv,
+                                        "\xEF\xBB\xBF"sv,
+                                        "\xEF\xBB\xBF\xEF\xBB\xBF{}"sv,
+                                        "\0"sv,
+                                        "[1]\0"sv}) {
+        EXPECT_THROW(JSONParse(orvcore::AsUTF8(text)), json_parse_exception) << text;
+    }
+}
+
+TEST(JSONParse, NestingIsBoundedAndRefusedAtOnce)
+{
+    const auto nested = [](std::size_t depth) {
+        return std::u8string(depth, u8'[') + u8'0' + std::u8string(depth, u8']');
+    };
+    EXPECT_EQ(Compact(JSONParse(nested(kMaxJSONDepth))), orvcore::AsNarrow(nested(kMaxJSONDepth)));
+    EXPECT_THROW(JSONParse(nested(kMaxJSONDepth + 1)), json_parse_exception);
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_THROW(JSONParse(nested(1'000'000)), json_parse_exception);
+    EXPECT_THROW(JSONParse(std::u8string(1'000'000, u8'[')), json_parse_exception);
+    std::u8string objects;
+    for (int i = 0; i < 1'000'000; ++i) {
+        objects += u8"{\"a\":";
+    }
+    EXPECT_THROW(JSONParse(objects), json_parse_exception);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(2));
+
+    Variant tree;
+    for (std::size_t i = 0; i < kMaxJSONDepth + 2; ++i) {
+        tree = Variant(Array{std::make_shared<Variant>(std::move(tree))});
+    }
+    EXPECT_THROW(GetJSONUTF8String(tree, false), json_write_exception);
+}
+
+TEST(JSONWrite, DoublesComeBackBitForBit)
+{
+    std::mt19937_64 generator(1);
+    for (int i = 0; i < 20000; ++i) {
+        const auto value = std::bit_cast<double>(generator());
+        if (!std::isfinite(value)) {
+            continue;
+        }
+        const Variant back = JSONParse(GetJSONUTF8String(Variant(value), false));
+        ASSERT_EQ(back.type(), typeid(double)) << value;
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(std::any_cast<double>(back)), std::bit_cast<std::uint64_t>(value));
+    }
+}
+
+TEST(JSONWrite, NumbersThatAreNotFiniteAreRefusedByKey)
+{
+    for (const double value : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
+                               -std::numeric_limits<double>::infinity()}) {
+        Variant object;
+        AddToObject(object, u8"max", 1.0);
+        AddToObject(object, u8"min", Array{std::make_shared<Variant>(value)});
+        try {
+            GetJSONUTF8String(object, false);
+            ADD_FAILURE() << value;
+        } catch (const json_write_exception& error) {
+            EXPECT_THAT(error.what(), testing::HasSubstr("\"min\""));
+        }
+    }
+    EXPECT_THROW(GetJSONUTF8String(Variant(std::string("foreign")), false), json_write_exception);
+}
+
+TEST(JSONWrite, FormattedTextReadsTheSame)
+{
+    const Variant tree = JSONParse(u8R"({"a":[1,{"b":[]}],"c":{},"d":"x"})");
+    const auto text = GetJSONUTF8String(tree, true);
+    EXPECT_EQ(text, u8"{\n  \"a\": [\n    1,\n    {\n      \"b\": []\n    }\n  ],\n  \"c\": {},\n  \"d\": \"x\"\n}");
+    EXPECT_EQ(Compact(JSONParse(text)), Compact(tree));
+}
+
+TEST(JSONWrite, IllFormedTextIsMended)
+{
+    EXPECT_EQ(Compact(Variant(orvcore::ToUTF8("a\xFFz"sv))), "\"a\uFFFDz\"");
+    JSONTextWriter writer;
+    writer.String(u"\xD800\"x"sv);
+    EXPECT_EQ(writer.Take(), u8"\"\uFFFD\\\"x\"");
+}
+
+TEST(JSONTree, ObjectsAnswerAndChange)
+{
+    Variant object;
+    EXPECT_FALSE(ObjectHasProperty(object, u8"k"));
+    EXPECT_TRUE(AddToObject(object, u8"k", true));
+    EXPECT_FALSE(AddToObject(object, u8"k", false));
+    EXPECT_EQ(Compact(GetVariantInObject(object, u8"k")), "true");
+    UpdateInObject(object, u8"k", std::uint64_t{7});
+    EXPECT_EQ(Compact(object), R"({"k":7})");
+    try {
+        GetVariantInObject(object, u8"größe");
+        ADD_FAILURE();
+    } catch (const missing_key_exception& error) {
+        EXPECT_EQ(error.GetKey(), "größe");
+    }
+    EXPECT_THROW(GetVariantInObject(JSONParse(u8"[]"), u8"k"), missing_key_exception);
+}
+
+TEST(JSONNode, NumbersConvertWhereNoDigitIsLost)
+{
+    struct Case {
+        std::u8string_view text;
+        std::optional<std::int64_t> asInt;
+        std::optional<std::uint64_t> asUInt;
+        std::optional<double> asDouble;
+    };
+    constexpr std::int64_t low = std::numeric_limits<std::int64_t>::min();
+    const Case cases[] = {
+        {u8"5", 5, 5, 5.0},
+        {u8"5.0", 5, 5, 5.0},
+        {u8"-5e0", -5, {}, -5.0},
+        {u8"5.5", {}, {}, 5.5},
+        {u8"9007199254740993", 9007199254740993, 9007199254740993, {}},
+        {u8"9223372036854775807", 9223372036854775807, 9223372036854775807, {}},
+        {u8"9223372036854775808", {}, 9223372036854775808U, 0x1p63},
+        {u8"18446744073709551615", {}, ~0ULL, {}},
+        {u8"-9223372036854775808", low, {}, -0x1p63},
+        {u8"-9223372036854775808.0", low, {}, -0x1p63},
+        {u8"9223372036854775808.0", {}, 9223372036854775808U, 0x1p63},
+        {u8"18446744073709551616.0", {}, {}, 0x1p64},
+        {u8"\"5\"", {}, {}, {}},
+        {u8"true", {}, {}, {}},
+    };
+    for (const Case& c : cases) {
+        const JSONDocument document = JSONDocument::Parse(c.text);
+        const JSONNode& node = document.Root();
+        const auto as = [&node](auto number) { return node.Get(number) ? std::optional(number) : std::nullopt; };
+        EXPECT_EQ(as(std::int64_t{}), c.asInt) << orvcore::AsNarrow(c.text);
+        EXPECT_EQ(as(std::uint64_t{}), c.asUInt) << orvcore::AsNarrow(c.text);
+        EXPECT_EQ(as(double{}), c.asDouble) << orvcore::AsNarrow(c.text);
+    }
+}
+
+TEST(JSONLists, LongListsKeepTheirOrderAndCarryErrors)
+{
+    using orvcore::serialization::detail::Codec;
+    using Texts = std::vector<std::string>;
+    for (const std::size_t count : {0U, 1U, 512U, 513U, 640U, 10007U}) {
+        Texts list;
+        for (std::size_t i = 0; i < count; ++i) {
+            list.push_back(std::to_string(i));
+        }
+        EXPECT_EQ(Compact(orvcore::serialization::detail::ToTree(list)),
+                  orvcore::AsNarrow(orvcore::serialization::detail::ToText(list)));
+        Texts back;
+        const auto text = orvcore::serialization::detail::ToText(list);
+        ASSERT_TRUE(Codec<Texts>::Read(JSONDocument::Parse(text).Root(), back));
+        EXPECT_EQ(back, list);
+    }
+    std::vector<double> numbers(3000, 0.5);
+    numbers[2999] = std::numeric_limits<double>::quiet_NaN();
+    JSONTextWriter writer;
+    writer.BeginObject();
+    writer.Key("samples");
+    try {
+        Codec<std::vector<double>>::Write(writer, numbers);
+        ADD_FAILURE();
+    } catch (const json_write_exception& error) {
+        EXPECT_THAT(error.what(), testing::HasSubstr("\"samples\""));
+    }
+}
+
+TEST(BinaryText, IsPaddedBase64)
+{
+    struct Case {
+        std::vector<std::uint8_t> bytes;
+        std::u8string_view text;
+    };
+    const Case cases[] = {{{}, u8""},
+                          {{'f'}, u8"Zg=="},
+                          {{'f', 'o'}, u8"Zm8="},
+                          {{'f', 'o', 'o'}, u8"Zm9v"},
+                          {{0xFB, 0xFF, 0x00, 0x10}, u8"+/8AEA=="}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(orvcore::EncodeBinaryDataToUTF8String(c.bytes), c.text);
+        EXPECT_EQ(orvcore::DecodeBinaryDataFromUTF8String(c.text), c.bytes);
+    }
+    for (const std::u8string_view bad : {u8"Z", u8"Zg", u8"Zg=", u8"Zh==", u8"Zm9=", u8"Z===", u8"====", u8"Zm9v\n",
+                                         u8"Zm-_", u8"Zg==Zg==", u8"=g==", u8"Zé=="}) {
+        EXPECT_FALSE(orvcore::DecodeBinaryDataFromUTF8String(bad)) << orvcore::AsNarrow(bad);
+    }
+}
+
+} // namespace

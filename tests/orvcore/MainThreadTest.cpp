@@ -1,0 +1,130 @@
+#include <orvcore/Executor.h>
+#include <orvcore/MainThread.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace std::chrono_literals;
+using orvcore::AsyncCallFromMainThread;
+using orvcore::RunMainThreadCalls;
+
+TEST(MainThread, CallsOfEachThreadKeepTheirOrder)
+{
+    constexpr int kCalls = 500;
+    std::vector<int> seen[2];
+    const auto queueAll = [&seen](std::size_t which) {
+        for (int i = 0; i < kCalls; ++i) {
+            ASSERT_TRUE(AsyncCallFromMainThread([&seen, which, i] { seen[which].push_back(i); }));
+        }
+    };
+    std::thread first(queueAll, 0);
+    std::thread second(queueAll, 1);
+    std::size_t ran = 0;
+    while (ran < 2 * kCalls) {
+        ASSERT_TRUE(orvcore::WaitForMainThreadCalls(10s));
+        ran += RunMainThreadCalls();
+    }
+    first.join();
+    second.join();
+    for (const auto& numbers : seen) {
+        ASSERT_EQ(numbers.size(), std::size_t{kCalls});
+        EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
+    }
+}
+
+TEST(MainThread, WhatACallQueuesWaitsForTheNextRun)
+{
+    std::vector<int> order;
+    static_cast<void>(AsyncCallFromMainThread([&] {
+        static_cast<void>(AsyncCallFromMainThread([&] { order.push_back(3); }));
+        order.push_back(1);
+    }));
+    static_cast<void>(AsyncCallFromMainThread([&] { order.push_back(2); }));
+    EXPECT_EQ(RunMainThreadCalls(), 2U);
+    EXPECT_EQ(order, (std::vector{1, 2}));
+    EXPECT_EQ(RunMainThreadCalls(), 1U);
+    EXPECT_EQ(order, (std::vector{1, 2, 3}));
+    EXPECT_EQ(RunMainThreadCalls(), 0U);
+}
+
+TEST(MainThread, PumpingFromACallGoesOnInOrder)
+{
+    std::vector<int> order;
+    static_cast<void>(AsyncCallFromMainThread([&] {
+        order.push_back(1);
+        RunMainThreadCalls();
+        order.push_back(3);
+    }));
+    static_cast<void>(AsyncCallFromMainThread([&] { order.push_back(2); }));
+    EXPECT_EQ(RunMainThreadCalls(), 1U);
+    EXPECT_EQ(order, (std::vector{1, 2, 3}));
+}
+
+TEST(MainThread, AnUsedUpBudgetLeavesTheRestQueued)
+{
+    int ran = 0;
+    for (int i = 0; i < 3; ++i) {
+        static_cast<void>(AsyncCallFromMainThread([&] { ++ran; }));
+    }
+    EXPECT_EQ(RunMainThreadCalls(0ms), 1U);
+    EXPECT_EQ(RunMainThreadCalls(), 2U);
+    EXPECT_EQ(ran, 3);
+}
+
+TEST(MainThread, ACallThatThrowsDoesNotTakeTheNextWithIt)
+{
+    int told = 0;
+    orvcore::SetTaskExceptionHandler([&told](const std::exception_ptr&) { ++told; });
+    bool ran = false;
+    static_cast<void>(AsyncCallFromMainThread([] { throw std::runtime_error("host callback"); }));
+    static_cast<void>(AsyncCallFromMainThread([&] { ran = true; }));
+    EXPECT_EQ(RunMainThreadCalls(), 2U);
+    orvcore::SetTaskExceptionHandler(nullptr);
+    EXPECT_TRUE(ran);
+    EXPECT_EQ(told, 1);
+}
+
+TEST(MainThread, StoppedItDropsWhatIsQueuedAndRefusesMore)
+{
+    const auto held = std::make_shared<int>(0);
+    bool ran = false;
+    ASSERT_TRUE(AsyncCallFromMainThread([&ran, held] { ran = true; }));
+    orvcore::StopMainThreadCalls();
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_FALSE(AsyncCallFromMainThread([&ran, held] { ran = true; }));
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(RunMainThreadCalls(), 0U);
+    orvcore::StartMainThreadCalls();
+    EXPECT_TRUE(AsyncCallFromMainThread([&ran] { ran = true; }));
+    EXPECT_EQ(RunMainThreadCalls(), 1U);
+    EXPECT_TRUE(ran);
+}
+
+TEST(MainThread, DispatcherIsAskedOnceForABurstAndAgainForTheRest)
+{
+    std::vector<std::function<void()>> eventLoop;
+    int ran = 0;
+    static_cast<void>(AsyncCallFromMainThread([&] { ++ran; })); // before there is a dispatcher
+    orvcore::SetMainThreadDispatcher([&](std::function<void()> run) { eventLoop.push_back(std::move(run)); });
+    static_cast<void>(AsyncCallFromMainThread([&] {
+        ++ran;
+        static_cast<void>(AsyncCallFromMainThread([&] { ++ran; }));
+    }));
+    ASSERT_EQ(eventLoop.size(), 1U);
+    eventLoop[0]();
+    EXPECT_EQ(ran, 2);
+    ASSERT_EQ(eventLoop.size(), 2U);
+    eventLoop[1]();
+    EXPECT_EQ(ran, 3);
+    orvcore::SetMainThreadDispatcher(nullptr);
+    EXPECT_EQ(eventLoop.size(), 2U);
+}
+
+} // namespace

@@ -1,0 +1,260 @@
+#include <tests/orvmetadatadb/IndexFixture.h>
+
+#include <orvstorage/SQLiteCodes.h>
+
+#include <sqlite3.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <future>
+#include <thread>
+
+namespace {
+
+using orvmetadatadb::DBErrorCode;
+using orvmetadatadb::RapidFindDB;
+using test::Find;
+using test::Texts;
+namespace codes = orvstorage::sqlite;
+
+class RapidFindDBFileTest : public test::IndexTest {
+protected:
+    void Fill(RapidFindDB& index, int rows) const
+    {
+        for (int i = 0; i < rows; ++i) {
+            const auto number = orvcore::ToUTF16(std::to_string(i));
+            ASSERT_EQ(index.InsertRow(u"key" + number, {u"text " + number}), 0);
+        }
+    }
+    /// Makes a file with `rows` rows, closed.
+    void MakeFile(int rows) const
+    {
+        RapidFindDB index;
+        ASSERT_EQ(Start(index), 0);
+        Fill(index, rows);
+    }
+    void Sql(const char* sql) const
+    {
+        sqlite3* database = nullptr;
+        ASSERT_EQ(sqlite3_open((folder / "index.db").string().c_str(), &database), SQLITE_OK);
+        ASSERT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+        sqlite3_close(database);
+    }
+    std::string FileBytes() const
+    {
+        return folder.Read("index.db");
+    }
+    void WriteBytes(const std::string& bytes) const
+    {
+        folder.Write("index.db", bytes);
+    }
+    bool IsSetAside() const
+    {
+        return std::filesystem::exists(folder / "index.db.damaged");
+    }
+};
+
+TEST_F(RapidFindDBFileTest, RowsOutliveTheObject)
+{
+    MakeFile(150);
+    RapidFindDB index;
+    ASSERT_EQ(Start(index), 0);
+    EXPECT_EQ(Find(index, {u"text 149"}), Texts{u"key149"});
+    EXPECT_EQ(index.InsertRow(u"key149", {u"text 149"}), orvmetadatadb::kRowExists);
+    ASSERT_EQ(index.DeleteTable(), 0);
+    ASSERT_EQ(index.UpdateTable(test::kTables), 0);
+    EXPECT_EQ(Find(index, {u"text"}), Texts{});
+}
+
+TEST_F(RapidFindDBFileTest, TwoObjectsSeeEachOthersGroups)
+{
+    RapidFindDB one;
+    RapidFindDB two;
+    ASSERT_EQ(Start(one), 0);
+    ASSERT_EQ(Start(two), 0);
+    Fill(one, 64); // a whole group
+    EXPECT_EQ(Find(two, {u"text"}).size(), 64U);
+    ASSERT_EQ(two.InsertRow(u"other", {u"text of two"}), 0);
+    Find(two, {u"x"});
+    EXPECT_EQ(Find(one, {u"of two"}), Texts{u"other"});
+    ASSERT_EQ(one.InsertRow(u"pending", {u"text pending"}), 0); // not yet written when the other deletes
+    ASSERT_EQ(two.DeleteRow(u"key7"), 0);
+    Find(two, {u"x"});
+    EXPECT_EQ(Find(one, {u"text 7"}), Texts{});
+    EXPECT_EQ(Find(one, {u"pending"}), Texts{u"pending"});
+    EXPECT_EQ(Find(two, {u"pending"}), Texts{u"pending"});
+    ASSERT_EQ(one.InsertRow(u"late", {u"text late"}), 0);
+    ASSERT_EQ(two.DeleteTable(), 0);
+    EXPECT_EQ(Find(one, {u"text"}), Texts{u"late"});
+}
+
+TEST_F(RapidFindDBFileTest, TwoProcessesWriteOneFile)
+{
+    RapidFindDB index;
+    ASSERT_EQ(Start(index), 0);
+    const std::string path = orvcore::ToNarrow(File());
+    auto other = std::async(std::launch::async, [&] {
+        return std::system(("\"" ORV_INDEX_WRITER "\" \"" + path + "\" other 3000").c_str());
+    });
+    Fill(index, 3000);
+    EXPECT_EQ(other.get(), 0);
+    EXPECT_EQ(Find(index, {u"text"}).size(), 3000U);
+    EXPECT_EQ(Find(index, {u"other"}).size(), 3000U);
+    RapidFindDB reader;
+    ASSERT_EQ(Start(reader), 0);
+    EXPECT_EQ(Find(reader, {u""}).size(), 6000U);
+}
+
+TEST_F(RapidFindDBFileTest, AnIndexDamagedAtItsHeadIsSetAsideOnOpening)
+{
+    MakeFile(500);
+    const std::string whole = FileBytes();
+    ASSERT_GT(whole.size(), 12288U);
+    std::string noMagic = whole;
+    noMagic.replace(0, 16, "0123456789abcdef");
+    std::string brokenSchema = whole;
+    brokenSchema.replace(100, 3900, 3900, '\xA5');
+    std::string otherVersion = whole;
+    otherVersion[63] = 9; // the number of the format
+    const std::string contents[] = {noMagic, brokenSchema, otherVersion, whole.substr(0, 60), std::string(8192, '\0')};
+    for (const std::string& content : contents) {
+        std::filesystem::remove(folder / "index.db.damaged");
+        WriteBytes(content);
+        RapidFindDB index;
+        ASSERT_EQ(Start(index), 0) << content.size();
+        EXPECT_EQ(folder.Read("index.db.damaged"), content);
+        EXPECT_EQ(Find(index, {u""}), Texts{});
+        Fill(index, 70);
+        EXPECT_EQ(Find(index, {u"text 69"}), Texts{u"key69"});
+    }
+}
+
+TEST_F(RapidFindDBFileTest, AnIndexDamagedInsideFailsUntilTheTableIsDeleted)
+{
+    MakeFile(5000);
+    std::string bytes = FileBytes();
+    for (std::size_t page = 6; page * 4096 < bytes.size(); ++page) {
+        bytes.replace(page * 4096, 64, 64, '\xA5');
+    }
+    WriteBytes(bytes);
+    RapidFindDB index;
+    ASSERT_EQ(Start(index), 0);
+    EXPECT_EQ(Find(index, {u"text"}), Texts{u"(failed)"});
+    EXPECT_EQ(index.GetDBErrorCode(), DBErrorCode::Storage);
+    EXPECT_EQ(index.GetSQLiteErrorCode(), codes::kCorrupt);
+    EXPECT_EQ(index.InsertRow(u"k", {u"t"}), orvmetadatadb::kStorageFailed);
+    EXPECT_EQ(FileBytes(), bytes); // nothing is rebuilt behind the caller's back
+    ASSERT_EQ(index.DeleteTable(), 0);
+    ASSERT_EQ(index.UpdateTable(test::kTables), 0);
+    EXPECT_TRUE(IsSetAside());
+    Fill(index, 70);
+    EXPECT_EQ(Find(index, {u"text 69"}), Texts{u"key69"});
+}
+
+TEST_F(RapidFindDBFileTest, AnyBrokenByteIsSurvived)
+{
+    MakeFile(300);
+    const std::string whole = FileBytes();
+    for (std::size_t at = 0; at < whole.size(); at += 211) {
+        std::filesystem::remove(folder / "index.db-wal");
+        std::string bytes = whole;
+        bytes[at] = static_cast<char>(bytes[at] ^ 0x5A);
+        WriteBytes(bytes);
+        RapidFindDB index;
+        if (Start(index) >= 0) {
+            Find(index, {u"text"});
+            index.InsertRow(u"k", {u"new"});
+            index.DeleteRow(u"key5");
+            Find(index, {u"new"});
+            ASSERT_EQ(index.DeleteTable(), 0) << at;
+            ASSERT_EQ(index.UpdateTable(test::kTables), 0) << at;
+            ASSERT_EQ(index.InsertRow(u"k", {u"new"}), 0) << at;
+            ASSERT_EQ(Find(index, {u"new"}), Texts{u"k"}) << at;
+        }
+    }
+}
+
+TEST_F(RapidFindDBFileTest, FilesOfOthersAreLeftAlone)
+{
+    const std::string project = "<project>" + std::string(4000, ' ') + "</project>";
+    WriteBytes(project);
+    RapidFindDB index;
+    EXPECT_EQ(index.Open(File()), orvmetadatadb::kStorageFailed);
+    EXPECT_EQ(index.GetSQLiteErrorCode(), codes::kNotADatabase);
+    EXPECT_EQ(FileBytes(), project);
+
+    std::filesystem::remove(folder / "index.db");
+    Sql("CREATE TABLE notes(text); INSERT INTO notes VALUES('mine')");
+    const std::string notes = FileBytes();
+    EXPECT_EQ(index.Open(File()), orvmetadatadb::kStorageFailed);
+    EXPECT_EQ(index.UpdateTable(test::kTables), orvmetadatadb::kBadCall);
+    EXPECT_EQ(FileBytes(), notes);
+
+    EXPECT_EQ(index.Open(orvcore::PathToUTF16(folder.Path())), orvmetadatadb::kStorageFailed); // a folder
+    EXPECT_EQ(index.Open(orvcore::PathToUTF16(folder / "none" / "index.db")), orvmetadatadb::kStorageFailed);
+    EXPECT_EQ(index.GetSQLiteErrorCode(), codes::kCannotOpen);
+    EXPECT_EQ(index.Open(u""), orvmetadatadb::kStorageFailed);
+    EXPECT_FALSE(IsSetAside());
+}
+
+TEST_F(RapidFindDBFileTest, AFileLockedElsewhereKeepsRowsInMemory)
+{
+    RapidFindDB index;
+    ASSERT_EQ(Start(index), 0);
+    Fill(index, 64);
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open((folder / "index.db").string().c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    for (int i = 0; i < 200; ++i) {
+        ASSERT_EQ(index.InsertRow(u"more" + orvcore::ToUTF16(std::to_string(i)), {u"waiting"}), 0);
+    }
+    EXPECT_EQ(Find(index, {u"waiting"}).size(), 200U);
+    RapidFindDB second;
+    EXPECT_EQ(Start(second), 0); // reading goes on beside a writer
+    EXPECT_EQ(Find(second, {u"text"}).size(), 64U);
+    ASSERT_EQ(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(other);
+    Find(index, {u"x"});
+    EXPECT_EQ(Find(second, {u"waiting"}).size(), 200U);
+}
+
+TEST_F(RapidFindDBFileTest, AFullFileRefusesRowsAndSearchesOn)
+{
+    RapidFindDB index;
+    ASSERT_EQ(Start(index), 0);
+    Fill(index, 64);
+    // The nearest to a full disk that needs no disk: a trigger that fails every write.
+    Sql("CREATE TRIGGER full BEFORE INSERT ON nametable BEGIN SELECT RAISE(ABORT,'full'); END");
+    int failures = 0;
+    for (int i = 0; i < 100; ++i) {
+        failures += index.InsertRow(u"more" + orvcore::ToUTF16(std::to_string(i)), {u"waiting"}) < 0 ? 1 : 0;
+    }
+    EXPECT_EQ(failures, 37); // the 64th, which completes the group, and all after it
+    EXPECT_EQ(index.GetDBErrorCode(), DBErrorCode::Storage);
+    EXPECT_EQ(Find(index, {u"text"}).size(), 64U);
+    Sql("DROP TRIGGER full");
+    ASSERT_EQ(index.DeleteTable(), 0);
+    ASSERT_EQ(index.UpdateTable(test::kTables), 0);
+    Fill(index, 64);
+    EXPECT_EQ(Find(index, {u"text"}).size(), 64U);
+}
+
+TEST_F(RapidFindDBFileTest, TheProgressHandlerEndsALongLoad)
+{
+    MakeFile(3000);
+    RapidFindDB index;
+    ASSERT_EQ(Start(index), 0);
+    int asked = 0;
+    const auto stopAtThird = [](void* context) { return ++*static_cast<int*>(context) == 3 ? 1 : 0; };
+    index.RegisterSQLiteProgressHandler(100, stopAtThird, &asked);
+    EXPECT_EQ(Find(index, {u"text"}), Texts{u"(failed)"});
+    EXPECT_EQ(index.GetSQLiteErrorCode(), codes::kInterrupted);
+    EXPECT_EQ(Find(index, {u"text"}).size(), 3000U); // the next one starts over
+    RapidFindDB second;
+    ASSERT_EQ(Start(second), 0);
+    second.RegisterSQLiteProgressHandler(100, nullptr, nullptr);
+    second.Interrupt();
+    EXPECT_EQ(Find(second, {u"text"}), Texts{u"(failed)"});
+}
+
+} // namespace

@@ -1,0 +1,249 @@
+#include <orvstorage/ZipFile.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <tests/support/TempFolder.h>
+#include <tests/support/ZipBytes.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using orvstorage::ZipError;
+using orvstorage::ZipFile;
+using orvstorage::ZipLimits;
+using test::TempFolder;
+using test::ZipBytes;
+using test::ZipItem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+std::string Text(const orvstorage::ZipBuffer& buffer)
+{
+    return buffer ? std::string(buffer->begin(), buffer->end()) : "(null)";
+}
+
+TEST(ZipRead, EveryRefusedEntryHasItsReasonAndLeavesTheOthersAlone)
+{
+    const std::uint32_t link = 0120777U << 16;
+    const std::uint32_t device = 0020666U << 16;
+    const struct {
+        ZipItem bad;
+        ZipError error;
+    } cases[] = {
+        {{.name = "../out", .data = "x"}, ZipError::ParentComponent},
+        {{.name = "/abs", .data = "x"}, ZipError::AbsoluteName},
+        {{.name = "C:\\x", .data = "x", .system = 0}, ZipError::DriveLetter},
+        {{.name = "..\\out", .data = "x", .system = 10}, ZipError::ParentComponent},
+        {{.name = "a\\b", .data = "x"}, ZipError::ReservedCharacter},
+        {{.name = std::string("good\0bad", 8), .data = "x"}, ZipError::ControlCharacter},
+        {{.name = "con.png", .data = "x"}, ZipError::ReservedName},
+        {{.name = "GOOD/ONE", .data = "x"}, ZipError::NameClash},
+        {{.name = "good/one/deeper", .data = "x"}, ZipError::NameClash},
+        {{.name = "link", .data = "/etc/passwd", .attributes = link}, ZipError::SymbolicLink},
+        {{.name = "link", .data = "/etc/passwd", .system = 10, .attributes = 0x400}, ZipError::SymbolicLink},
+        {{.name = "device", .data = "x", .attributes = device}, ZipError::SpecialFile},
+        {{.name = "beyond", .data = "x", .declaredPacked = 1 << 20}, ZipError::DataOutsideArchive},
+        {{.name = "shared", .data = "xyz", .offset = 2}, ZipError::OverlappingEntries},
+    };
+    for (const auto& c : cases) {
+        TempFolder folder;
+        folder.Write("a.zip", ZipBytes()
+                                  .Add({.name = "first", .data = std::string(100, '1')})
+                                  .Add({.name = "good/one", .data = "1"})
+                                  .Add(c.bad)
+                                  .Add({.name = "good/two", .data = "2"})
+                                  .Finish());
+        const ZipFile zip(folder / "a.zip");
+        EXPECT_FALSE(zip.UnZip(folder / "in/out", true));
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error)) << zip.GetLastFailure().Message();
+        if (c.error != ZipError::OverlappingEntries) {
+            EXPECT_THAT(folder.Names(), ElementsAre("a.zip", "in/out/first", "in/out/good/one", "in/out/good/two"))
+                << NameOf(c.error);
+            EXPECT_EQ(zip.Check(true).size(), 1U);
+        }
+        EXPECT_EQ(Text(zip.UnzipItem(u8"good/one")), "1");
+    }
+}
+
+TEST(ZipRead, ArchivesThatAreNoneSayWhy)
+{
+    const std::string good = ZipBytes().Add({.name = "a", .data = "some data"}).Finish();
+    std::string lying = good;
+    lying.replace(lying.size() - 14, 2, ZipBytes::Number(900, 2)).replace(lying.size() - 12, 2, "\x84\3");
+    std::string farDirectory = good;
+    farDirectory.replace(farDirectory.size() - 6, 4, ZipBytes::Number(1U << 30, 4));
+    std::string split = good;
+    split.replace(split.size() - 18, 2, "\1\0", 2);
+    const struct {
+        std::string bytes;
+        ZipError error;
+    } cases[] = {
+        {"", ZipError::NotAZip},
+        {"this is a text and no archive at all", ZipError::NotAZip},
+        {good.substr(0, good.size() - 30), ZipError::Truncated},
+        {good.substr(10), ZipError::Truncated},
+        {farDirectory, ZipError::Truncated},
+        {lying, ZipError::Inconsistent},
+        {split, ZipError::SeveralDisks},
+        {ZipBytes().Add({.name = "bad\xff", .data = "x"}).Finish(), ZipError::BadEncoding},
+    };
+    TempFolder folder;
+    for (const auto& c : cases) {
+        folder.Write("a.zip", c.bytes);
+        const ZipFile zip(folder / "a.zip");
+        EXPECT_EQ(zip.UnzipItem(u8"a"), nullptr);
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error));
+        EXPECT_FALSE(zip.UnZip(folder / "out", true));
+        EXPECT_FALSE(orvcore::Exists(folder / "out"));
+        EXPECT_EQ(zip.Check(true).size(), 1U);
+    }
+    const ZipFile missing(folder / "none.zip");
+    EXPECT_EQ(missing.UnzipItem(u8"a"), nullptr);
+    EXPECT_THAT(missing.GetLastFailure().Message(), HasSubstr("none.zip\": there is no such file"));
+}
+
+TEST(ZipRead, DamagedContentFailsTheWholeCallAndLeavesNothing)
+{
+    const struct {
+        ZipItem bad;
+        ZipError error;
+    } cases[] = {
+        {{.name = "bad", .data = "x", .crc = 1}, ZipError::ChecksumMismatch},
+        {{.name = "bad", .data = "\x07", .method = 8, .declaredSize = 3}, ZipError::DataCorrupt},
+        {{.name = "bad", .data = "\x4b\x04\x00", .method = 8, .crc = 0xe8b7be43, .declaredSize = 9},
+         ZipError::SizeMismatch},
+        {{.name = "bad", .data = "x", .method = 97}, ZipError::CompressionUnsupported},
+        {{.name = "bad", .data = "x", .flags = 0x0801}, ZipError::PasswordNeeded},
+    };
+    for (const auto& c : cases) {
+        TempFolder folder;
+        folder.Write("kept/good", "older");
+        folder.Write("a.zip",
+                     ZipBytes().Add({.name = "good", .data = "1"}).Add({.name = "new/good"}).Add(c.bad).Finish());
+        const ZipFile zip(folder / "a.zip");
+        EXPECT_FALSE(zip.UnZip(folder / "kept", true));
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error)) << zip.GetLastFailure().Message();
+        EXPECT_FALSE(zip.UnZip(folder / "fresh/deep", true));
+        EXPECT_FALSE(zip.UnzipItems(u8"bad", folder / "single"));
+        EXPECT_EQ(zip.UnzipItem(u8"bad"), nullptr);
+        EXPECT_THAT(folder.Names(), ElementsAre("a.zip", "kept/good"));
+        EXPECT_EQ(folder.Read("kept/good"), "older");
+        EXPECT_EQ(Text(zip.UnzipItem(u8"good")), "1");
+        EXPECT_EQ(zip.Check(false).size(), 0U);
+        EXPECT_EQ(zip.Check(true).size(), 1U);
+    }
+}
+
+TEST(ZipRead, LimitsAreHeldBeforeAnythingIsWritten)
+{
+    const struct {
+        ZipLimits limits;
+        ZipError error;
+    } cases[] = {
+        {{.maxEntries = 2}, ZipError::TooManyEntries},
+        {{.maxDirectorySize = 100}, ZipError::DirectoryTooLarge},
+        {{.maxEntrySize = 999}, ZipError::EntryTooLarge},
+        {{.maxTotalSize = 1001}, ZipError::TotalTooLarge},
+        {{.maxRatio = 30, .ratioFloor = 1000}, ZipError::RatioTooHigh},
+    };
+    for (const auto& c : cases) {
+        TempFolder folder;
+        // 1000 zeros, deflated by hand: a stored zero, a match of length 258 three times, of 225 once.
+        const std::string zeros("\x63\x60\x18\x05\xa3\x60\x14\x0c\x77\x00\x00", 11);
+        folder.Write("a.zip", ZipBytes()
+                                  .Add({.name = "1", .data = "1"})
+                                  .Add({.name = "zeros", .data = zeros, .method = 8, .declaredSize = 1000})
+                                  .Add({.name = "2", .data = "2"})
+                                  .Finish());
+        ZipFile zip(folder / "a.zip");
+        zip.SetLimits(c.limits);
+        EXPECT_FALSE(zip.UnZip(folder / "out", true));
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error));
+        EXPECT_THAT(folder.Names(), ElementsAre("a.zip"));
+    }
+}
+
+TEST(ZipRead, HeadersAreNotBelievedForMemory)
+{
+    TempFolder folder;
+    ZipItem liar{.name = "huge", .data = "few bytes"};
+    liar.declaredSize = 200LL << 20;
+    liar.zip64 = true;
+    folder.Write("a.zip", ZipBytes().Add(liar).Finish());
+    ZipFile zip(folder / "a.zip");
+    EXPECT_EQ(zip.UnzipItem(u8"huge"), nullptr);
+    EXPECT_NE(zip.GetLastFailure().error, ZipError::EntryTooLarge);
+    zip.SetLimits({.maxItemSize = 1 << 20});
+    EXPECT_EQ(zip.UnzipItem(u8"huge"), nullptr);
+    EXPECT_EQ(zip.GetLastFailure().error, ZipError::EntryTooLarge);
+}
+
+TEST(ZipRead, NamesAreExactAndRepeatedOnesTrustedForNothing)
+{
+    TempFolder folder;
+    folder.Write("a.zip", ZipBytes()
+                              .Add({.name = "Win\\dows\\file", .data = "w", .system = 0})
+                              .Add({.name = "twice", .data = "1"})
+                              .Add({.name = "twice", .data = "2"})
+                              .Add({.name = "empty"})
+                              .Finish());
+    const ZipFile zip(folder / "a.zip");
+    EXPECT_EQ(Text(zip.UnzipItem(u8"Win/dows/file")), "w");
+    EXPECT_EQ(Text(zip.UnzipItem(u8"win/dows/file")), "(null)");
+    EXPECT_EQ(Text(zip.UnzipItem(std::u8string_view(u8"empty\0x", 7))), "(null)");
+    EXPECT_EQ(Text(zip.UnzipItem(u8"empty")), "");
+    EXPECT_EQ(Text(zip.UnzipItem(u8"twice")), "(null)");
+    EXPECT_EQ(zip.GetLastFailure().error, ZipError::DuplicateName);
+    EXPECT_FALSE(zip.UnZip(folder / "out", true));
+    EXPECT_THAT(folder.Names(), ElementsAre("a.zip", "out/Win/dows/file", "out/empty"));
+}
+
+TEST(ZipRead, ExistingFilesAreKeptOrReplacedAsAsked)
+{
+    TempFolder folder;
+    folder.Write("a.zip", ZipBytes().Add({.name = "file", .data = "new"}).Add({.name = "more", .data = "m"}).Finish());
+    folder.Write("out/file", "old");
+    const ZipFile zip(folder / "a.zip");
+    EXPECT_TRUE(zip.UnZip(folder / "out", false));
+    EXPECT_EQ(folder.Read("out/file") + folder.Read("out/more"), "oldm");
+    EXPECT_TRUE(zip.UnZip(folder / "out/", true));
+    EXPECT_EQ(folder.Read("out/file"), "new");
+    fs::remove(folder / "out/file");
+    fs::create_directory(folder / "out/file");
+    folder.Write("out/file/inside", "kept");
+    fs::remove(folder / "out/more");
+    EXPECT_FALSE(zip.UnZip(folder / "out", true));
+    EXPECT_EQ(zip.GetLastFailure().error, ZipError::WriteFailed);
+    EXPECT_THAT(folder.Names(), ElementsAre("a.zip", "out/file/inside"));
+}
+
+TEST(ZipRead, NoEntryFollowsALinkOutOfTheTarget)
+{
+    TempFolder folder;
+    std::error_code error;
+    orvcore::EnsureDirectory(folder / "out");
+    orvcore::EnsureDirectory(folder / "elsewhere");
+    fs::create_directory_symlink("../elsewhere", folder / "out/sub", error);
+    if (error) {
+        GTEST_SKIP() << "no symbolic links here";
+    }
+    folder.Write("a.zip", ZipBytes().Add({.name = "ok", .data = "1"}).Add({.name = "sub/x", .data = "2"}).Finish());
+    const ZipFile zip(folder / "a.zip");
+    EXPECT_FALSE(zip.UnZip(folder / "out", true));
+    EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(ZipError::OutsideTarget));
+    EXPECT_TRUE(fs::is_empty(folder / "elsewhere"));
+}
+
+TEST(ZipRead, CopiesShareOneOpenArchiveThatOutlivesTheFile)
+{
+    TempFolder folder;
+    folder.Write("a.zip", ZipBytes().Add({.name = "a", .data = "1"}).Add({.name = "b", .data = "2"}).Finish());
+    const ZipFile zip(folder / "a.zip");
+    EXPECT_EQ(Text(zip.UnzipItem(u8"a")), "1");
+    fs::remove(folder / "a.zip");
+    const ZipFile copy = zip; // NOLINT(performance-unnecessary-copy-initialization): the copy is what is tested
+    EXPECT_EQ(Text(copy.UnzipItem(u8"b")), "2");
+}
+
+} // namespace

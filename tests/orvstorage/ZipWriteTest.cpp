@@ -1,0 +1,209 @@
+#include <orvstorage/ZipFile.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <tests/support/TempFolder.h>
+#include <tests/support/ZipBytes.h>
+
+#include <random>
+
+namespace {
+
+namespace fs = std::filesystem;
+using orvstorage::ZipError;
+using orvstorage::ZipFile;
+using test::TempFolder;
+using test::ZipBytes;
+using testing::ElementsAre;
+
+std::string Noise(std::size_t size)
+{
+    std::mt19937 random(1);
+    std::string bytes(size, '\0');
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+    return bytes;
+}
+
+void WritePackageFolder(const TempFolder& folder)
+{
+    folder.Write("in/definition.json", std::string(5000, 'j'));
+    folder.Write("in/thumb.PNG", std::string(5000, 'p'));
+    folder.Write("in/project.tsgraphic", std::string(500000, 'x') + Noise(800000));
+    folder.Write("in/Thumbnails/\u5b57.mp4", "film");
+    folder.Write("in/empty", "");
+}
+
+TEST(ZipWrite, OneFolderGivesOneArchiveInNameOrder)
+{
+    const TempFolder folder;
+    WritePackageFolder(folder);
+    fs::create_directory(folder / "in/no files here");
+    for (const auto& file : fs::recursive_directory_iterator(folder / "in")) {
+        fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    }
+    const ZipFile zip(folder / "in/self.zelt"); // lies in the folder it is made of, which must not grow
+    ASSERT_TRUE(zip.Zip(folder / "in", {}, nullptr)) << zip.GetLastFailure().Message();
+    const std::string first = folder.Read("in/self.zelt");
+    ASSERT_TRUE(zip.Zip(folder / "in/", {}, nullptr));
+    EXPECT_TRUE(first == folder.Read("in/self.zelt"));
+    std::vector<std::string> names;
+    for (const auto& entry : zip.GetEntries()) {
+        names.push_back(orvcore::ToNarrow(entry.name));
+        const bool packed = entry.name == u8"definition.json" || entry.name == u8"project.tsgraphic";
+        EXPECT_EQ(entry.compressedSize < entry.size, packed) << names.back();
+    }
+    EXPECT_THAT(names,
+                ElementsAre("Thumbnails/\u5b57.mp4", "definition.json", "empty", "project.tsgraphic", "thumb.PNG"));
+    ASSERT_TRUE(zip.UnZip(folder / "out", true));
+    for (const std::string& name : names) {
+        EXPECT_TRUE(folder.Read("in/" + name) == folder.Read("out/" + name)) << name;
+    }
+}
+
+TEST(ZipWrite, CancelledAtAnyPointTheOldArchiveIsWhole)
+{
+    const TempFolder folder;
+    WritePackageFolder(folder);
+    folder.Write("a.zelt", "old");
+    const ZipFile zip(folder / "a.zelt");
+    int calls = 0;
+    double last = 0;
+    int mine = 0;
+    int cancelAt = 1;
+    const auto progress = [&](double fraction, void* opaque) {
+        EXPECT_EQ(opaque, &mine);
+        EXPECT_GE(fraction, last);
+        EXPECT_LE(fraction, 1.0);
+        last = fraction;
+        return ++calls != cancelAt;
+    };
+    for (;; ++cancelAt) {
+        calls = 0;
+        last = 0;
+        if (zip.Zip(folder / "in", progress, &mine)) {
+            break;
+        }
+        ASSERT_EQ(zip.GetLastFailure().error, ZipError::Cancelled);
+        ASSERT_EQ(calls, cancelAt) << "asked on after the answer was no";
+        ASSERT_EQ(folder.Read("a.zelt"), "old");
+        ASSERT_EQ(orvcore::ListDirectory(folder.Path()).files.size(), 1U);
+    }
+    EXPECT_EQ(last, 1.0);
+    EXPECT_GT(cancelAt, 6);
+    EXPECT_THROW(zip.Zip(
+                     folder / "in", [](double, void*) -> bool { throw std::runtime_error("host"); }, nullptr),
+                 std::runtime_error);
+    EXPECT_EQ(zip.Check(true).size(), 0U);
+}
+
+TEST(ZipWrite, FoldersThatCannotBecomeAPackageAreRefused)
+{
+    const TempFolder folder;
+    const auto fails = [&](const fs::path& source, ZipError expected) {
+        folder.Write("a.zelt", "old");
+        const ZipFile zip(folder / "a.zelt");
+        EXPECT_FALSE(zip.Zip(source, {}, nullptr));
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(expected));
+        EXPECT_EQ(folder.Read("a.zelt"), "old");
+    };
+    fails(folder / "missing", ZipError::SourceMissing);
+    fails({}, ZipError::SourceMissing);
+    fs::create_directory(folder / "empty");
+    fails(folder / "empty", ZipError::NothingToPack);
+    std::error_code error;
+    folder.Write("linked/file", "x");
+    fs::create_symlink("file", folder / "linked/link", error);
+    if (!error) {
+        fails(folder / "linked", ZipError::SymbolicLink);
+    }
+    folder.Write("case/a", "x");
+    folder.Write("case/A", "x");
+    if (orvcore::ListDirectory(folder / "case").files.size() == 2) { // a system where case counts
+        fails(folder / "case", ZipError::NameClash);
+        folder.Write("reserved/aux.png", "x");
+        fails(folder / "reserved", ZipError::ReservedName);
+    }
+}
+
+TEST(ZipWrite, AddingReplacesOneEntryAndCopiesTheOthersAsTheyArePacked)
+{
+    const TempFolder folder;
+    folder.Write("in/b", "new b");
+    folder.Write("in/sub/c", "new c");
+    // "a" is packed in a way that a new packing would not give; its checksum is wrong, which a new packing would
+    // notice.
+    const std::string stored = std::string("\x01\x05\x00\xfa\xff", 5) + "raw a";
+    folder.Write("z.zip", ZipBytes()
+                              .Add({.name = "a", .data = stored, .method = 8, .crc = 77, .declaredSize = 5})
+                              .Add({.name = "b", .data = "old b"})
+                              .Add({.name = "c", .data = "old c"})
+                              .Finish("a comment"));
+    const ZipFile zip(folder / "z.zip");
+    EXPECT_FALSE(zip.AddItem(u8"b", folder / "in", false));
+    EXPECT_EQ(zip.GetLastFailure().error, ZipError::EntryExists);
+    ASSERT_TRUE(zip.AddItem(u8"b", folder / "in", true)) << zip.GetLastFailure().Message();
+    ASSERT_TRUE(zip.AddItem(u8"sub/c", folder / "in", false));
+    const std::string bytes = folder.Read("z.zip");
+    EXPECT_NE(bytes.find(stored), std::string::npos);
+    EXPECT_NE(bytes.find("a comment"), std::string::npos);
+    std::vector<std::string> names;
+    for (const auto& entry : zip.GetEntries()) {
+        names.push_back(orvcore::ToNarrow(entry.name));
+    }
+    EXPECT_THAT(names, ElementsAre("a", "b", "c", "sub/c"));
+    EXPECT_EQ(zip.UnzipItem(u8"a"), nullptr);
+    ASSERT_TRUE(zip.UnzipItems(u8"b", folder / "b.out"));
+    EXPECT_EQ(folder.Read("b.out"), "new b");
+}
+
+TEST(ZipWrite, AnAddThatCannotBeDoneChangesNothing)
+{
+    const TempFolder folder;
+    folder.Write("in/definition.json", "{}");
+    folder.Write("in/A", "x");
+    folder.Write("outside", "x");
+    const std::string archive = ZipBytes().Add({.name = "a", .data = "1"}).Finish();
+    const struct {
+        std::u8string_view entry;
+        std::string archive;
+        ZipError error;
+    } cases[] = {
+        {u8"missing", archive, ZipError::SourceMissing},
+        {u8"../outside", archive, ZipError::ParentComponent},
+        {u8"", archive, ZipError::EmptyName},
+        {u8"A", archive, ZipError::NameClash},
+        {u8"definition.json", "no archive", ZipError::NotAZip},
+        {u8"definition.json", archive.substr(0, archive.size() - 4), ZipError::Truncated},
+    };
+    for (const auto& c : cases) {
+        folder.Write("z.zip", c.archive);
+        const ZipFile zip(folder / "z.zip");
+        EXPECT_FALSE(zip.AddItem(c.entry, folder / "in", true));
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error)) << zip.GetLastFailure().Message();
+        EXPECT_TRUE(folder.Read("z.zip") == c.archive);
+    }
+    const ZipFile fresh(folder / "fresh.zip");
+    EXPECT_TRUE(fresh.AddItem(u8"definition.json", folder / "in", false));
+    EXPECT_EQ(fresh.UnzipItem(u8"definition.json")->size(), 2U);
+}
+
+TEST(ZipWrite, PasswordsOpenWhatTheyEncrypt)
+{
+    const TempFolder folder;
+    WritePackageFolder(folder);
+    ASSERT_TRUE(ZipFile(folder / "a.zelt", "secret").Zip(folder / "in", {}, nullptr));
+    const struct {
+        const char* password;
+        ZipError error;
+    } cases[] = {{"", ZipError::PasswordNeeded}, {"wrong", ZipError::WrongPassword}, {"secret", ZipError::None}};
+    for (const auto& c : cases) {
+        const ZipFile zip(folder / "a.zelt", c.password);
+        EXPECT_EQ(zip.UnzipItem(u8"definition.json") != nullptr, c.error == ZipError::None);
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error));
+        EXPECT_EQ(zip.UnZip(folder / "out", true), c.error == ZipError::None);
+    }
+    EXPECT_EQ(folder.Read("out/definition.json"), std::string(5000, 'j'));
+}
+
+} // namespace

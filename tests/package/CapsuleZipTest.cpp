@@ -1,0 +1,238 @@
+#include <package/CapsuleZip.h>
+#include <package/PackageNames.h>
+
+#include <orvcore/Application.h>
+#include <orvcore/Guid.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <tests/support/TempFolder.h>
+#include <tests/support/ZipBytes.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using orvcapsule::CapsuleZip;
+using orvcore::PathToUTF16;
+using orvcore::PathToUTF8;
+using orvcore::UTF16String;
+using test::TempFolder;
+using test::ZipBytes;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Package paths of exactly `length` bytes below `folder`.
+fs::path PathOfLength(const TempFolder& folder, std::size_t length, const std::string& name)
+{
+    const std::size_t room = length - PathToUTF8(folder.Path()).size() - name.size() - 2;
+    fs::path parent = folder.Path() / std::string(room, 'd');
+    orvcore::EnsureDirectory(parent);
+    return parent / name;
+}
+
+class CapsuleZipTest : public testing::Test {
+protected:
+    void TearDown() override
+    {
+        orvcore::Application::SetLanguage("en_US");
+        EXPECT_EQ(PrivateFiles(), 0) << "a private folder was left behind";
+    }
+
+    // This test's files in private folders; other tests run at the same time.
+    int PrivateFiles() const
+    {
+        int count = 0;
+        orvcore::WalkFiles(orvcore::TempDirectory() / "Capsule", [&](const fs::path& file) {
+            count += orvcore::PathToUTF8(file.filename()).starts_with(orvcore::AsUTF8(unique_)) ? 1 : 0;
+            return true;
+        });
+        return count;
+    }
+
+    fs::path Package(const std::string& name, const ZipBytes& bytes) const
+    {
+        folder_.Write(name, bytes.Finish());
+        return folder_ / name;
+    }
+
+    const std::string unique_ = orvcore::Guid::Create().ToString();
+    const TempFolder folder_;
+};
+
+TEST_F(CapsuleZipTest, PathsOf220BytesAreOpenedInPlaceAndLongerOnesThroughACopy)
+{
+    for (const std::size_t length : {220U, 221U}) {
+        const fs::path path = PathOfLength(folder_, length, unique_ + ".zelt");
+        orvcore::CopyOneFile(Package("p.zelt", ZipBytes().Add({.name = "definition.json", .data = "{}"})), path);
+        CapsuleZip byText(PathToUTF8(path));
+        const auto byFile = std::make_unique<CapsuleZip>(path);
+        const CapsuleZip copy = *byFile;
+        byText = *byFile;
+        EXPECT_EQ(copy.GetPackagePath(), PathToUTF8(path));
+        EXPECT_EQ(copy.GetWorkingPath() == copy.GetPackagePath(), length == 220U);
+        EXPECT_EQ(copy.GetZELTDescriptionJSON(), u8"{}");
+        EXPECT_EQ(PrivateFiles(), length == 220U ? 0 : 1);
+    }
+    EXPECT_EQ(CapsuleZip(PathOfLength(folder_, 230, "none.zelt")).GetZELTDescriptionJSON(), u8"");
+}
+
+TEST_F(CapsuleZipTest, ChangesOfALongPackageReachThePackage)
+{
+    const fs::path path = PathOfLength(folder_, 240, unique_ + ".zelt");
+    orvcore::CopyOneFile(Package("p.zelt", ZipBytes().Add({.name = "definition.json", .data = "old"})), path);
+    folder_.Write("new/definition.json", "new");
+    CapsuleZip zip(path);
+    EXPECT_TRUE(zip.SetZELTDescriptionJSON(PathToUTF16(folder_ / "new")));
+    EXPECT_EQ(zip.GetZELTDescriptionJSON(), u8"new");
+    EXPECT_EQ(CapsuleZip(path).GetZELTDescriptionJSON(), u8"new");
+    folder_.Write("new/thumb.png", "png");
+    EXPECT_TRUE(zip.Zip(folder_ / "new", {}, nullptr));
+    EXPECT_TRUE(CapsuleZip(path).GetArchive().Contains(u8"thumb.png"));
+}
+
+TEST_F(CapsuleZipTest, PostersAndVideosFallBackToTheDefault)
+{
+    const CapsuleZip zip(Package("p.zelt", ZipBytes()
+                                               .Add({.name = "thumb_de_DE.png", .data = "german"})
+                                               .Add({.name = "thumb_fr_FR.png"})
+                                               .Add({.name = "thumb.png", .data = "default"})
+                                               .Add({.name = "thumb_de_DE.mp4", .data = "film"})
+                                               .Add({.name = "Thumbnails/logo.png", .data = "logo"})));
+    const auto out = PathToUTF8(folder_ / "out");
+    for (const auto& [language, expected] :
+         {std::pair{"de_DE", "german"}, {"fr_FR", "default"}, {"ja_JP", "default"}}) {
+        orvcore::Application::SetLanguage(language);
+        EXPECT_TRUE(zip.GetZELTThumbnailPNG(out));
+        EXPECT_EQ(folder_.Read("out"), expected);
+    }
+    EXPECT_FALSE(zip.GetZELTThumbnailVideo(out));
+    EXPECT_EQ(folder_.Read("out"), "default");
+    EXPECT_FALSE(zip.GetZELTThumbnailPNG(PathToUTF8(folder_ / "missing/out")));
+    EXPECT_TRUE(zip.GetZELTMediaThumbnailPNG(u8"logo.png", out));
+    EXPECT_EQ(folder_.Read("out"), "logo");
+    for (const std::u8string_view name : {u8"", u8"../thumb.png", u8"Logo.png", u8"/", u8".."}) {
+        EXPECT_FALSE(zip.GetZELTMediaThumbnailPNG(orvcore::UTF8String(name), out));
+    }
+    EXPECT_FALSE(zip.GetZELTMediaThumbnailPNG(orvcore::UTF8String(u8"logo.png\0x", 10), out));
+}
+
+TEST_F(CapsuleZipTest, ProjectsComeCorvidFirstAndLocalizedFirst)
+{
+    orvcore::Application::SetLanguage("de_DE");
+    const struct {
+        std::vector<std::string> entries;
+        std::string extension; // of the project that is written, empty: none
+        std::string content;
+        bool side = false;
+    } cases[] = {
+        {{"project.cvgraphic", "project.tsgraphic", "ZeltOptimizations.bin"}, ".cvgraphic", "project.cvgraphic"},
+        {{"project_de_DE.cvgraphic", "project.cvgraphic"}, ".cvgraphic", "project_de_DE.cvgraphic"},
+        {{"project_fr_FR.cvgraphic", "project.tsgraphic"}, ".tsgraphic", "project.tsgraphic"},
+        {{"project_de_DE.tsgraphic", "ZeltOptimizations.bin"}, ".tsgraphic", "project_de_DE.tsgraphic", true},
+        {{"definition.json", "ZeltOptimizations.bin"}, "", ""},
+    };
+    for (const auto& c : cases) {
+        ZipBytes bytes;
+        for (const std::string& entry : c.entries) {
+            bytes.Add({.name = entry, .data = entry});
+        }
+        const CapsuleZip zip(Package("p.zelt", bytes));
+        for (const std::string& sub : {std::string("short"), std::string(230, 's')}) {
+            UTF16String out = u"untouched";
+            const bool done = zip.GetZELTProjectPackage(PathToUTF16(folder_ / "base"), orvcore::ToUTF16(sub),
+                                                        orvcore::ToUTF16(unique_), out);
+            const fs::path directory = folder_ / "base" / sub;
+            const fs::path file = directory / (unique_ + c.extension);
+            EXPECT_EQ(done, !c.extension.empty());
+            EXPECT_EQ(out, done ? PathToUTF16(file) : u"untouched");
+            EXPECT_EQ(folder_.Read(file), done ? c.content : "(missing)");
+            EXPECT_EQ(orvcore::Exists(directory / "ZeltOptimizations.bin"), c.side);
+            orvcore::RemoveTree(folder_ / "base");
+        }
+    }
+}
+
+TEST_F(CapsuleZipTest, UnZipReachesLongFoldersByTheSameRules)
+{
+    const CapsuleZip good(Package(
+        "good.zelt",
+        ZipBytes().Add({.name = "definition.json", .data = "{}"}).Add({.name = "Thumbnails/" + unique_, .data = "a"})));
+    const CapsuleZip mixed(Package("mixed.zelt", ZipBytes().Add({.name = "a", .data = "1"}).Add({.name = "../b"})));
+    const CapsuleZip bad(Package("bad.zelt", ZipBytes().Add({.name = "a", .data = "1", .crc = 5})));
+    for (const std::string& sub : {std::string("short"), std::string(230, 'l')}) {
+        const fs::path target = folder_ / sub / "deeper";
+        EXPECT_TRUE(good.UnZip(target, false));
+        EXPECT_EQ(folder_.Read(target / "Thumbnails" / unique_), "a");
+        folder_.Write(target / "definition.json", "mine");
+        EXPECT_TRUE(good.UnZip(target, false));
+        EXPECT_EQ(folder_.Read(target / "definition.json"), "mine");
+        EXPECT_TRUE(good.UnZip(target, true));
+        EXPECT_EQ(folder_.Read(target / "definition.json"), "{}");
+        EXPECT_FALSE(mixed.UnZip(target, false));
+        EXPECT_EQ(folder_.Read(target / "a"), "1");
+        EXPECT_FALSE(bad.UnZip(folder_ / sub / "none", true));
+        EXPECT_FALSE(orvcore::Exists(folder_ / sub / "none"));
+    }
+}
+
+TEST_F(CapsuleZipTest, FindsUnpackedProjectsByExactExtension)
+{
+    for (const char* name : {"z.cvgraphic", "a/x.cvgraphic", "a/deep/b.cvgraphic", "a/x.CVGRAPHIC", "cvgraphic"}) {
+        folder_.Write(fs::path("tree") / name, "");
+    }
+    const fs::path tree = folder_ / "tree";
+    const auto found = CapsuleZip::GetPathOfUnZippedProject("cvgraphic", PathToUTF16(tree));
+    ASSERT_TRUE(found);
+    EXPECT_THAT(*found, ElementsAre(PathToUTF16(tree / "a/deep/b.cvgraphic"), PathToUTF16(tree / "a/x.cvgraphic"),
+                                    PathToUTF16(tree / "z.cvgraphic")));
+    EXPECT_FALSE(CapsuleZip::GetPathOfUnZippedProject("tsgraphic", PathToUTF16(tree)));
+    EXPECT_FALSE(CapsuleZip::GetPathOfUnZippedProject("cvgraphic", PathToUTF16(folder_ / "missing")));
+    EXPECT_FALSE(CapsuleZip::GetPathOfUnZippedProject(nullptr, PathToUTF16(tree)));
+}
+
+TEST_F(CapsuleZipTest, SamplesUnpackPackAndUnpackToTheSameBytes)
+{
+    int samples = 0;
+    for (const fs::path& sample : orvcore::ListDirectory(ORV_SAMPLES_DIR).files) {
+        if (PathToUTF8(sample.extension()) != orvcapsule::kCapsuleExtn) {
+            continue;
+        }
+        ++samples;
+        const TempFolder folder;
+        const CapsuleZip original(sample);
+        EXPECT_FALSE(original.GetZELTDescriptionJSON().empty());
+        EXPECT_THAT(original.GetArchive().Check(true), IsEmpty());
+        ASSERT_TRUE(original.UnZip(folder / "1", true)) << original.GetLastFailure().Message();
+        const CapsuleZip packed(folder / "packed.zelt");
+        ASSERT_TRUE(packed.Zip(folder / "1", {}, nullptr)) << packed.GetLastFailure().Message();
+        ASSERT_TRUE(packed.UnZip(folder / "2", true)) << packed.GetLastFailure().Message();
+        orvcore::WalkFiles(folder / "1", [&](const fs::path& file) {
+            const auto other = folder / "2" / file.lexically_relative(folder / "1");
+            EXPECT_EQ(orvcore::ReadWholeFile(file), orvcore::ReadWholeFile(other)) << file;
+            return true;
+        });
+    }
+    EXPECT_GE(samples, 5);
+}
+
+TEST_F(CapsuleZipTest, DamagedSamplesSayWhatIsWrong)
+{
+    using orvstorage::ZipError;
+    const struct {
+        const char* name;
+        ZipError error;
+        bool hasText;
+    } cases[] = {
+        {"broken-json.zelt", ZipError::None, true},       {"empty.zelt", ZipError::NotAZip, false},
+        {"missing-framerate.zelt", ZipError::None, true}, {"no-definition.zelt", ZipError::EntryMissing, false},
+        {"not-a-zip.zelt", ZipError::NotAZip, false},     {"truncated.zelt", ZipError::Truncated, false},
+    };
+    for (const auto& c : cases) {
+        const CapsuleZip zip(fs::path(ORV_SAMPLES_DIR) / "damaged" / c.name);
+        EXPECT_EQ(!zip.GetZELTDescriptionJSON().empty(), c.hasText) << c.name;
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error)) << c.name;
+    }
+}
+
+} // namespace

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <orvcore/Files.h>
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace test {
+
+/// A folder of the test's own, gone at the end of its scope.
+class TempFolder {
+public:
+    TempFolder()
+        : path_(orvcore::CreatePrivateDirectory(u8"orvcapsule-tests"))
+    {
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+    ~TempFolder()
+    {
+        orvcore::RemoveTree(path_);
+    }
+
+    const std::filesystem::path& Path() const
+    {
+        return path_;
+    }
+    std::filesystem::path operator/(const std::filesystem::path& name) const
+    {
+        return path_ / name;
+    }
+    /// Writes a file, making its folders.
+    void Write(const std::filesystem::path& name, const std::string& content) const
+    {
+        orvcore::EnsureDirectory((path_ / name).parent_path());
+        std::ofstream(orvcore::ToSystemPath(path_ / name), std::ios::binary) << content;
+    }
+    /// A file's content; "(missing)" when there is none.
+    std::string Read(const std::filesystem::path& name) const
+    {
+        return orvcore::ReadWholeFile(path_ / name).value_or("(missing)");
+    }
+    /// The relative names of all files and empty folders below, slash separated, in order.
+    std::vector<std::string> Names() const
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(path_)) {
+            if (!entry.is_directory() || std::filesystem::is_empty(entry.path())) {
+                const auto name = entry.path().lexically_relative(path_).generic_u8string();
+                names.push_back(orvcore::ToNarrow(name) + (entry.is_directory() ? "/" : ""));
+            }
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
+} // namespace test
