@@ -221,8 +221,8 @@ TEST(ExecutorDeathTest, ExitNeitherCrashesNorHangs)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto leaveBusy = [] {
-        static orvtest::Latch running(2);
-        static orvtest::Latch never(1);
+        static auto& running = *new orvtest::Latch(2); // never destroyed: a thread still waits
+        static auto& never = *new orvtest::Latch(1);
         static_cast<void>(orvcore::GetPreTerminationExecutor()->Post([] {
             running.count_down();
             never.wait();
