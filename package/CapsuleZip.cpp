@@ -67,22 +67,19 @@ CapsuleZip::~CapsuleZip() = default;
 
 void CapsuleZip::MoveToShortPath(const fs::path& package, const UTF8String& fullPath, const std::string& password)
 {
-    if (!orvcore::Exists(package)) {
+    if (!detail::IsLongPath(fullPath) || !orvcore::Exists(package)) {
         return;
     }
     privateCopy_ = detail::FolderForLongPath(fullPath);
-    if (privateCopy_) {
-        const fs::path copy = privateCopy_->Path() / package.filename();
-        orvcore::CopyOneFile(package, copy);
-        workingPath_ = orvcore::PathToUTF8(copy);
-        zip_ = orvstorage::ZipFile(copy, password);
-    }
+    const fs::path copy = privateCopy_->Path() / package.filename();
+    orvcore::CopyOneFile(package, copy);
+    workingPath_ = orvcore::PathToUTF8(copy);
+    zip_ = orvstorage::ZipFile(copy, password);
 }
 
 UTF8String CapsuleZip::GetZELTDescriptionJSON() const
 {
-    const orvstorage::ZipBuffer text = zip_.UnzipItem(kJSONFileName);
-    return text ? UTF8String(text->begin(), text->end()) : UTF8String();
+    return zip_.UnzipText(kJSONFileName).value_or(UTF8String());
 }
 
 bool CapsuleZip::SetZELTDescriptionJSON(const UTF16String& directory)

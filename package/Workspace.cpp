@@ -1,5 +1,6 @@
 #include <package/Workspace.h>
 
+#include <package/PackageNames.h>
 #include <package/detail/FolderUse.h>
 #include <package/detail/SafeFileName.h>
 
@@ -19,9 +20,6 @@ namespace {
 
 constexpr std::uint64_t kSizeLimitBytes = 314572800;
 constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
-constexpr std::u8string_view kJSONFileName = u8"definition.json";
-constexpr std::u8string_view kThumbFileName = u8"thumb.png";
-constexpr std::u8string_view kVideoThumbFileName = u8"thumb.mp4";
 
 fs::path WorkingFolder(bool local)
 {
@@ -38,9 +36,9 @@ fs::path StockAssetFolder(const orvcore::UTF8String& assetId)
     if (stock.empty()) {
         return {};
     }
-    const fs::path folder = stock / detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetName())) /
-                            detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetClientVersion())) /
-                            detail::SafeFileName(assetId);
+    fs::path folder = stock / detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetName())) /
+                      detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetClientVersion())) /
+                      detail::SafeFileName(assetId);
     std::error_code ignored;
     orvcore::MakeDirectories(folder, ignored);
     return folder;

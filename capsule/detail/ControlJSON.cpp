@@ -146,7 +146,12 @@ bool ControlListCodec::Read(const JSONNode& node, List& out)
 
 void ControlListCodec::Write(JSONSink& sink, const List& value)
 {
-    json::Codec<List>::Write(sink, value);
+    if (std::find(value.begin(), value.end(), nullptr) == value.end()) {
+        return json::Codec<List>::Write(sink, value);
+    }
+    List controls = value;
+    controls.erase(std::remove(controls.begin(), controls.end(), nullptr), controls.end());
+    json::Codec<List>::Write(sink, controls);
 }
 
 } // namespace orvcapsule::serialization::detail

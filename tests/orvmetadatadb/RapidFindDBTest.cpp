@@ -198,7 +198,7 @@ TEST_F(RapidFindDBTest, AgreesWithANaiveSearch)
         for (const auto& [name, texts] : rows) {
             const auto holds = [&texts = texts](const std::u8string& term) {
                 return std::any_of(texts.begin(), texts.end(),
-                                   [&](const auto& text) { return text.second.find(term) != std::u8string::npos; });
+                                   [&](const auto& row) { return row.second.find(term) != std::u8string::npos; });
             };
             if (holds(first) && holds(second)) {
                 expected.push_back(name);

@@ -65,6 +65,16 @@ public:
                Number(directory_.size(), 4) + Number(bytes_.size(), 4) + Number(comment.size(), 2) + comment;
     }
 
+    /// The same with zip64 end records, as for archives beyond 4 GiB or 65,535 entries.
+    std::string Finish64() const
+    {
+        const std::string count = Number(count_, 8);
+        const std::uint64_t end = bytes_.size() + directory_.size();
+        return bytes_ + directory_ + "PK\6\6" + Number(44, 8) + Number(45, 2) + Number(45, 2) + Number(0, 8) + count +
+               count + Number(directory_.size(), 8) + Number(bytes_.size(), 8) + "PK\6\7" + Number(0, 4) +
+               Number(end, 8) + Number(1, 4) + "PK\5\6" + Number(0, 4) + std::string(12, '\xff') + Number(0, 2);
+    }
+
     static std::string Number(std::uint64_t value, int width)
     {
         std::string bytes;

@@ -1,0 +1,129 @@
+#include <manager/GraphicSourceManager.h>
+
+#include <manager/detail/Delivery.h>
+#include <manager/detail/IndexEntries.h>
+#include <manager/detail/RequestProgress.h>
+#include <sources/LocalGraphicsSource.h>
+#include <sources/SearchIndex.h>
+#include <sources/SourceNames.h>
+
+#include <algorithm>
+
+namespace orvcapsule {
+
+void GraphicSourceManager::UpdateCustomDirectoryList(
+    const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories)
+{
+    Post(nullptr, [directories](GraphicSourceManager& manager) { manager.ReplaceCustomDirectories(directories); });
+}
+
+// A local source never changes; a new one takes the old one's place in the list, and whoever still uses the old one
+// holds it.
+void GraphicSourceManager::ReplaceCustomDirectories(
+    const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories)
+{
+    const SourcePtr old = FindGraphicSource(kLocalSourceID);
+    const auto* local = dynamic_cast<const LocalGraphicsSource*>(old.get());
+    if (local == nullptr) {
+        return;
+    }
+    const auto changed = std::make_shared<LocalGraphicsSource>(local->GetRootFolder(), directories);
+    changed->Initialize();
+    const std::lock_guard lock(lock_);
+    std::replace(sources_.begin(), sources_.end(), old, SourcePtr(changed));
+}
+
+void GraphicSourceManager::LocalDirectoryChanged(const std::vector<GraphicSourceState>& states, bool showProgress)
+{
+    if (!HasIndex()) {
+        return;
+    }
+    for (const auto& [directory, token] : directoryTokens_) {
+        AbortToken(token);
+    }
+    Renew(directoryChangeToken_);
+    PostListing(states, showProgress, directoryChangeToken_);
+}
+
+void GraphicSourceManager::LocalDirectoryChanged(const std::string& sourceID, const orvcore::UTF8String& directory,
+                                                 const std::vector<orvcore::UTF8String>& files)
+{
+    if (!HasIndex()) {
+        return;
+    }
+    TokenPtr& token = directoryTokens_[directory];
+    Renew(token);
+    detail::OpenProgress(*token, static_cast<double>(files.size()), detail::kProgressItemTitle);
+    Post(token,
+         [sourceID, directory, files, token, callback = CopyCallbacks().localDirectory](GraphicSourceManager& manager) {
+             manager.GetLocalGraphicsFromDirectory(sourceID, directory, files, token, callback);
+         });
+}
+
+void GraphicSourceManager::GetLocalGraphicsFromDirectory(const std::string& sourceID,
+                                                         const orvcore::UTF8String& directory,
+                                                         const std::vector<orvcore::UTF8String>& files,
+                                                         const TokenPtr& token,
+                                                         const std::shared_ptr<DirectoryCallback>& callback) const
+{
+    EntryList entries;
+    bool last = true;
+    const SourcePtr source = FindGraphicSource(sourceID);
+    if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
+        try {
+            local->SearchDirectory(
+                [&](const EntryList& found, const orvcore::UTF16String&, bool isLast) {
+                    entries.insert(entries.end(), found.begin(), found.end());
+                    last = isLast;
+                },
+                orvcore::ToUTF16(directory), token);
+        } catch (...) {
+            entries.clear(); // a source that fails contributes nothing
+        }
+    }
+    if (!token->GetAbort()) {
+        // What the index knew of changed and of listed files gives way to what was found.
+        std::vector<orvcore::UTF8String> paths = files;
+        for (const EntryPtr& entry : entries) {
+            paths.push_back(entry->path);
+        }
+        if (!paths.empty()) {
+            ClearRapidFindDB(paths);
+        }
+        detail::IndexEntries(entries, *token);
+        detail::CloseProgress(*token);
+    }
+    detail::Deliver(
+        token, callback,
+        [entries = std::move(entries), directory, last](DirectoryCallback& call) { call(entries, directory, last); },
+        [token] { detail::TellCanceled(*token); });
+}
+
+std::set<orvcore::UTF8String> GraphicSourceManager::GetLocalDirectories() const
+{
+    std::set<orvcore::UTF8String> directories;
+    if (!HasIndex()) {
+        return directories;
+    }
+    for (const SourcePtr& source : CopySources()) {
+        if (dynamic_cast<const ILocalGraphicSource*>(source.get()) != nullptr) {
+            directories.merge(source->GetDirectories());
+        }
+    }
+    return directories;
+}
+
+orvcore::UTF8String GraphicSourceManager::GetThumbnailPath(const EntryPtr& entry, const TokenPtr& token) const
+{
+    for (const SourcePtr& source : CopySources()) {
+        if (token && token->GetAbort()) {
+            break;
+        }
+        if (source->GetSourceID() == entry->GetSourceID()) {
+            return source->GetThumbnailPath(entry, token);
+        }
+    }
+    return {};
+}
+
+} // namespace orvcapsule

@@ -1,0 +1,103 @@
+#include <orvcore/FileFacts.h>
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <sys/stat.h>
+
+#include <algorithm>
+#endif
+
+namespace orvcore {
+
+namespace fs = std::filesystem;
+using std::chrono::microseconds;
+
+#if defined(_WIN32)
+
+namespace {
+
+// File times count 100 ns from 1601-01-01.
+constexpr std::int64_t kUnixEpochMicroseconds = 11644473600000000;
+
+std::uint64_t Join(DWORD high, DWORD low)
+{
+    return std::uint64_t{high} << 32 | low;
+}
+
+template <class Attributes>
+std::optional<FileFacts> FactsOf(const Attributes& found)
+{
+    if ((found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) != 0) {
+        return std::nullopt;
+    }
+    const std::uint64_t ticks = Join(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime);
+    return FileFacts{Join(found.nFileSizeHigh, found.nFileSizeLow),
+                     FileTime(microseconds(static_cast<std::int64_t>(ticks / 10) - kUnixEpochMicroseconds))};
+}
+
+std::optional<FileFacts> FactsBehindLink(const fs::path& systemPath)
+{
+    const HANDLE file =
+        ::CreateFileW(systemPath.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return std::nullopt;
+    }
+    BY_HANDLE_FILE_INFORMATION found{};
+    const bool isKnown = ::GetFileInformationByHandle(file, &found) != 0;
+    ::CloseHandle(file);
+    return isKnown ? FactsOf(found) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<FileFacts> GetFileFacts(const fs::path& path)
+{
+    if (!IsUsablePath(path)) {
+        return std::nullopt;
+    }
+    const fs::path systemPath = ToSystemPath(path);
+    WIN32_FILE_ATTRIBUTE_DATA found{};
+    if (!::GetFileAttributesExW(systemPath.c_str(), GetFileExInfoStandard, &found)) {
+        return std::nullopt;
+    }
+    const bool leadsOn = (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    return leadsOn ? FactsBehindLink(systemPath) : FactsOf(found);
+}
+
+// Files kept in the cloud are reparse points as well, and no links; the tag tells them apart.
+bool IsLink(const fs::directory_entry& entry)
+{
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = ::FindFirstFileW(ToSystemPath(entry.path()).c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    ::FindClose(search);
+    return (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(found.dwReserved0);
+}
+
+#else
+
+std::optional<FileFacts> GetFileFacts(const fs::path& path)
+{
+    struct stat found {};
+    if (!IsUsablePath(path) || ::stat(path.c_str(), &found) != 0 || !S_ISREG(found.st_mode)) {
+        return std::nullopt;
+    }
+    constexpr std::int64_t kFarSeconds = 9'000'000'000'000; // some file systems take any number for a time
+    const std::int64_t seconds = std::clamp<std::int64_t>(found.st_mtim.tv_sec, -kFarSeconds, kFarSeconds);
+    return FileFacts{static_cast<std::uint64_t>(found.st_size),
+                     FileTime(microseconds(seconds * 1'000'000 + found.st_mtim.tv_nsec / 1000))};
+}
+
+bool IsLink(const fs::directory_entry& entry)
+{
+    std::error_code ignored;
+    return entry.is_symlink(ignored);
+}
+
+#endif
+
+} // namespace orvcore

@@ -1,0 +1,217 @@
+#include <sources/LocalGraphicsSource.h>
+
+#include <orvcore/Files.h>
+#include <orvcore/Localiser.h>
+#include <package/Workspace.h>
+#include <sources/SearchIndex.h>
+#include <sources/SourceNames.h>
+#include <sources/detail/FolderListing.h>
+
+#include <algorithm>
+#include <tuple>
+
+namespace orvcapsule {
+
+namespace fs = std::filesystem;
+using detail::Depth;
+using detail::FolderListing;
+using orvcore::UTF16String;
+using orvcore::UTF8String;
+
+// One folder to list, and how.
+struct LocalGraphicsSource::Target {
+    fs::path folder; ///< full path; empty: there is nothing to list
+    Depth depth = Depth::OneFolder;
+    std::string key;       ///< its entries' directory key
+    UTF16String directory; ///< what it is called before the caller
+};
+
+LocalGraphicsSource::LocalGraphicsSource(const UTF16String& rootFolder,
+                                         const std::vector<std::pair<UTF8String, UTF8String>>& customDirectories)
+    : rootFolder_(rootFolder)
+    , customDirectories_(customDirectories)
+    , root_(detail::FullFolderPath(orvcore::PathFromUTF16(rootFolder)))
+{
+}
+
+LocalGraphicsSource::~LocalGraphicsSource() = default;
+
+const UTF16String& LocalGraphicsSource::GetRootFolder() const noexcept
+{
+    return rootFolder_;
+}
+
+const std::vector<std::pair<UTF8String, UTF8String>>& LocalGraphicsSource::GetCustomDirectories() const noexcept
+{
+    return customDirectories_;
+}
+
+void LocalGraphicsSource::Initialize()
+{
+    try {
+        InitTempDirectory(true);
+    } catch (const fs::filesystem_error&) { // templates can be browsed without previews
+    }
+}
+
+std::string LocalGraphicsSource::GetSourceID() const
+{
+    return kLocalSourceID;
+}
+
+void LocalGraphicsSource::GetFilter(GraphicFilterID& filter)
+{
+    using SubFilter = GraphicFilterID::SubFilter;
+    filter.name = orvcore::Localiser::Resolve("$$$/GraphicSource/local/TemplatesFolder=Local Templates Folder");
+    filter.sourceID = GetSourceID();
+    filter.subFilters.clear();
+    for (const auto& [name, path] : customDirectories_) {
+        if (!path.empty()) {
+            const bool exists = orvcore::IsDirectory(orvcore::PathFromUTF8(path));
+            filter.subFilters.push_back({name, orvcore::ToNarrow(path), exists});
+        }
+    }
+    std::sort(filter.subFilters.begin(), filter.subFilters.end(), [](const SubFilter& one, const SubFilter& other) {
+        return std::tie(one.name, one.id) < std::tie(other.name, other.id);
+    });
+    filter.subFilters.insert(filter.subFilters.begin(), {filter.name, kDefaultLocalSourceID, true});
+}
+
+std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
+{
+    std::set<UTF8String> directories;
+    if (!root_.empty()) {
+        directories.insert(orvcore::PathToUTF8(root_));
+    }
+    try {
+        for (const auto& found : detail::FindPackages(root_, Depth::AllBelow, [] { return false; }).folders) {
+            directories.insert(orvcore::PathToUTF8(found.folder));
+        }
+    } catch (const fs::filesystem_error&) { // a root that cannot be listed is still one
+    }
+    for (const auto& [name, path] : customDirectories_) {
+        if (orvcore::IsDirectory(orvcore::PathFromUTF8(path))) {
+            directories.insert(path);
+        }
+    }
+    return directories;
+}
+
+UTF8String LocalGraphicsSource::GetThumbnailPath(const boost::shared_ptr<CapsuleEntry>& entry,
+                                                 const boost::shared_ptr<CheckCancel>& cancel) const
+{
+    const detail::PackageEntries maker(GetSourceID(), [&] { return cancel && cancel->GetAbort(); });
+    return entry ? maker.GetThumbnailPath(*entry) : UTF8String();
+}
+
+float LocalGraphicsSource::GetProgressWeight() const
+{
+    return 0.9F;
+}
+
+void LocalGraphicsSource::SearchDB(const std::vector<UTF16String>& terms, std::set<UTF16String>& matches)
+{
+    QueryRapidFindDB(terms, matches);
+}
+
+std::vector<LocalGraphicsSource::Target> LocalGraphicsSource::ExistingTargets() const
+{
+    std::vector<Target> targets = {{root_, Depth::AllBelow, kDefaultLocalSourceID, rootFolder_}};
+    for (const auto& [name, path] : customDirectories_) {
+        const fs::path folder = detail::FullFolderPath(orvcore::PathFromUTF8(path));
+        if (orvcore::IsDirectory(folder)) {
+            targets.push_back({folder, Depth::OneFolder, orvcore::ToNarrow(path), orvcore::ToUTF16(path)});
+        }
+    }
+    return targets;
+}
+
+// A name that is spelt like a folder of ours goes before one that only leads to it, through a link or in another case.
+LocalGraphicsSource::Target LocalGraphicsSource::FindTarget(const UTF16String& directory) const
+{
+    const fs::path wanted = orvcore::PathFromUTF16(directory);
+    Target found{{}, Depth::OneFolder, {}, directory};
+    if (wanted.empty()) {
+        return found;
+    }
+    const std::vector<Target> targets = ExistingTargets();
+    const bool isRoot = directory == orvcore::ToUTF16(kDefaultLocalSourceID);
+    auto target = std::find_if(targets.begin(), targets.end(), [&](const Target& one) {
+        return isRoot || detail::IsSamePath(one.folder, wanted) ||
+               detail::IsSamePath(orvcore::PathFromUTF16(one.directory), wanted);
+    });
+    if (target == targets.end()) {
+        target = std::find_if(targets.begin(), targets.end(),
+                              [&](const Target& one) { return detail::LeadToSameFolder(one.folder, wanted); });
+    }
+    if (target != targets.end()) {
+        found = *target;
+        found.directory = directory;
+    } else if (detail::IsBelow(wanted, root_)) {
+        found.folder = detail::FullFolderPath(wanted);
+        found.key = kDefaultLocalSourceID;
+    }
+    return found;
+}
+
+void LocalGraphicsSource::Search(const std::vector<UTF16String>& terms,
+                                 std::vector<boost::shared_ptr<CapsuleEntry>>& results, int /*first*/, int /*count*/,
+                                 int& total, boost::shared_ptr<CheckCancel> cancel) const
+{
+    const std::size_t before = results.size();
+    try {
+        if (terms.empty()) {
+            FolderListing listing(GetSourceID(), std::move(cancel));
+            const std::vector<Target> targets = ExistingTargets();
+            const double step = double{GetProgressWeight()} / static_cast<double>(targets.size());
+            for (const Target& target : targets) {
+                listing.List(target.folder, target.depth, target.key, step, results);
+            }
+            if (listing.IsCancelled()) {
+                results.clear();
+            }
+        }
+        total = static_cast<int>(results.size());
+    } catch (...) {
+        results.resize(before);
+        throw;
+    }
+}
+
+void LocalGraphicsSource::SearchByDirectory(OnDirectory onDirectory, std::vector<UTF16String>& directories,
+                                            boost::shared_ptr<CheckCancel> cancel)
+{
+    FolderListing listing(GetSourceID(), std::move(cancel));
+    const std::vector<Target> targets = ExistingTargets();
+    const double weight = double{GetProgressWeight()};
+    const double step = weight / static_cast<double>(customDirectories_.size() + 1);
+    directories.clear();
+    listing.BeginProgress(orvcore::PathToUTF8(root_), weight);
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        const Target& target = targets[i];
+        FolderListing::Entries entries;
+        listing.ShowDirectory(orvcore::PathToUTF8(target.folder));
+        listing.List(target.folder, target.depth, target.key, step, entries);
+        if (listing.IsCancelled()) {
+            return;
+        }
+        directories.push_back(target.directory);
+        onDirectory(entries, target.directory, i + 1 == targets.size());
+    }
+}
+
+void LocalGraphicsSource::SearchDirectory(OnDirectory onDirectory, const UTF16String& directory,
+                                          boost::shared_ptr<CheckCancel> cancel)
+{
+    FolderListing listing(GetSourceID(), std::move(cancel));
+    const Target target = FindTarget(directory);
+    FolderListing::Entries entries;
+    listing.BeginProgress(target.folder.empty() ? orvcore::ToUTF8(directory) : orvcore::PathToUTF8(target.folder),
+                          double{GetProgressWeight()});
+    listing.List(target.folder, target.depth, target.key, double{GetProgressWeight()}, entries);
+    if (!listing.IsCancelled()) {
+        onDirectory(entries, directory, true);
+    }
+}
+
+} // namespace orvcapsule

@@ -1,0 +1,150 @@
+#include <sources/detail/FolderWalk.h>
+
+#include <orvcore/FileFacts.h>
+#include <package/PackageNames.h>
+
+#include <algorithm>
+
+namespace orvcapsule::detail {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using FileName = FolderOfPackages::FileName;
+
+bool IsNothingThere(const std::error_code& error)
+{
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
+// What befalls the process and not one folder.
+bool ConcernsWholeWalk(const std::error_code& error)
+{
+    return error == std::errc::too_many_files_open || error == std::errc::too_many_files_open_in_system ||
+           error == std::errc::not_enough_memory;
+}
+
+class Walk {
+public:
+    Walk(Depth depth, const std::function<bool()>& stop)
+        : depth_(depth)
+        , stop_(stop)
+        , extension_(orvcore::PathFromUTF8(kCapsuleExtn).native())
+    {
+    }
+
+    void Visit(const fs::path& folder, bool isTop)
+    {
+        std::vector<FileName> subFolders;
+        std::vector<FileName> packages;
+        std::error_code error;
+        List(folder, subFolders, packages, error);
+        if (error && (ConcernsWholeWalk(error) || (isTop && !IsNothingThere(error)))) {
+            throw fs::filesystem_error("cannot list the templates of folder", folder, error);
+        }
+        std::sort(subFolders.begin(), subFolders.end());
+        std::sort(packages.begin(), packages.end());
+        for (auto at = subFolders.begin(); at != subFolders.end() && !stopped_; ++at) {
+            Visit(folder / *at, false);
+        }
+        if (!packages.empty()) {
+            found_.packages += packages.size();
+            found_.folders.push_back({folder, std::move(packages)});
+        }
+    }
+
+    FoundPackages TakeResult()
+    {
+        return std::move(found_);
+    }
+
+private:
+    void List(const fs::path& folder, std::vector<FileName>& subFolders, std::vector<FileName>& packages,
+              std::error_code& error)
+    {
+        fs::directory_iterator at(orvcore::ToSystemPath(folder), error);
+        for (; !error && at != fs::directory_iterator() && !IsStopped(); at.increment(error)) {
+            std::error_code ignored; // gone by now, or a link that leads nowhere: neither folder nor file
+            if (at->is_directory(ignored)) {
+                if (depth_ == Depth::AllBelow && !orvcore::IsLink(*at)) {
+                    subFolders.push_back(at->path().filename().native());
+                }
+                continue;
+            }
+            ++found_.files;
+            FileName name = at->path().filename().native();
+            if (IsPackageName(name) && at->is_regular_file(ignored)) {
+                packages.push_back(std::move(name));
+            }
+        }
+    }
+
+    bool IsPackageName(const FileName& name) const
+    {
+        return name.size() > extension_.size() && name.ends_with(extension_);
+    }
+
+    bool IsStopped()
+    {
+        stopped_ = stopped_ || stop_();
+        return stopped_;
+    }
+
+    const Depth depth_;
+    const std::function<bool()>& stop_;
+    const FileName extension_;
+    FoundPackages found_;
+    bool stopped_ = false;
+};
+
+fs::path WithoutClosingSeparators(fs::path folder)
+{
+    while (!folder.has_filename() && folder.has_relative_path()) {
+        folder = folder.parent_path();
+    }
+    return folder;
+}
+
+fs::path PlainPath(const fs::path& folder)
+{
+    return WithoutClosingSeparators(FullFolderPath(folder).lexically_normal());
+}
+
+} // namespace
+
+FoundPackages FindPackages(const fs::path& top, Depth depth, const std::function<bool()>& stop)
+{
+    Walk walk(depth, stop);
+    if (orvcore::IsUsablePath(top)) {
+        walk.Visit(top, true);
+    }
+    return walk.TakeResult();
+}
+
+fs::path FullFolderPath(const fs::path& folder)
+{
+    std::error_code error;
+    fs::path full = folder.empty() ? folder : fs::absolute(folder, error);
+    return WithoutClosingSeparators(error ? folder : std::move(full));
+}
+
+bool IsSamePath(const fs::path& one, const fs::path& other)
+{
+    return PlainPath(one) == PlainPath(other);
+}
+
+bool LeadToSameFolder(const fs::path& one, const fs::path& other)
+{
+    std::error_code error;
+    return orvcore::IsUsablePath(one) && orvcore::IsUsablePath(other) &&
+           fs::equivalent(orvcore::ToSystemPath(one), orvcore::ToSystemPath(other), error) && !error;
+}
+
+bool IsBelow(const fs::path& inner, const fs::path& outer)
+{
+    const fs::path relative = PlainPath(inner).lexically_relative(PlainPath(outer));
+    return !relative.empty() && relative != fs::path(".") && *relative.begin() != fs::path("..");
+}
+
+} // namespace orvcapsule::detail

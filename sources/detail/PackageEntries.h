@@ -1,0 +1,36 @@
+#pragma once
+
+#include <sources/CapsuleEntry.h>
+#include <sources/detail/PreviewCache.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <functional>
+
+namespace orvcapsule::detail {
+
+/// Makes the entries of packages in local folders. May be used by several threads at once.
+class PackageEntries {
+public:
+    /// @param stop asked between extractions; true leaves out the rest of an entry, which is then of no use
+    PackageEntries(const std::string& sourceID, std::function<bool()> stop);
+
+    /// The entry of the package at the full path `package`, found under `directoryKey`; empty when there is no such
+    /// file any more. A package that cannot be read, whatever is wrong with it, still gives an entry: of what the file
+    /// system tells, and its video if there is one. The package is opened once.
+    boost::shared_ptr<CapsuleEntry> Make(const std::filesystem::path& package, const std::string& directoryKey) const;
+
+    /// The path of the entry's still preview, extracted now if it was not before; empty when there is none.
+    orvcore::UTF8String GetThumbnailPath(const CapsuleEntry& entry) const;
+
+private:
+    bool ReadDefinition(CapsuleEntry& entry, const CapsuleZip& zip) const;
+    orvcore::UTF8String Preview(PreviewKind kind, const CapsuleEntry& entry, const std::filesystem::path& package,
+                                orvcore::FileTime modified, const CapsuleZip& zip) const;
+
+    std::string sourceID_;
+    PreviewCache previews_;
+    std::function<bool()> stop_;
+};
+
+} // namespace orvcapsule::detail
