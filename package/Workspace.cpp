@@ -55,9 +55,9 @@ bool DeleteContents(const fs::path& folder, const fs::path& kept)
 {
     std::error_code error;
     std::vector<std::pair<fs::path, bool>> found;
-    const auto collect = [&](const fs::path& path, const orvcore::FileInfo& info) {
+    const auto collect = [&](const fs::path& path, orvcore::FileKind kind) {
         if (path != kept) {
-            found.emplace_back(path, info.kind == orvcore::FileKind::Directory);
+            found.emplace_back(path, kind == orvcore::FileKind::Directory);
         }
         return true;
     };
@@ -82,15 +82,15 @@ void DeleteWorkingFolder(const fs::path& folder, const fs::path& marker)
 // Adds up the sizes of the files below `folder`; ends early when `total` passes the limit or the process ends.
 void AddSizes(const fs::path& folder, std::uint64_t limit, std::uint64_t& total)
 {
-    const auto add = [&](const fs::path& path, const orvcore::FileInfo& info) {
-        if (info.kind == orvcore::FileKind::Directory) {
+    std::error_code ignored;
+    const auto add = [&](const fs::path& path, orvcore::FileKind kind) {
+        if (kind == orvcore::FileKind::Directory) {
             AddSizes(path, limit, total);
-        } else if (info.kind == orvcore::FileKind::File && path.filename().native().front() != '.') {
-            total += info.size;
+        } else if (kind == orvcore::FileKind::File && path.filename().native().front() != '.') {
+            total += orvcore::InspectPath(path, ignored).size;
         }
         return total <= limit && !orvcore::IsTerminating();
     };
-    std::error_code ignored;
     orvcore::ReadDirectory(folder, add, ignored);
 }
 

@@ -10,6 +10,9 @@
 
 namespace orvcore {
 
+/// A moment of the system clock (UTC) as a file system stores it; every system's file times fit.
+using FileTime = std::chrono::sys_time<std::chrono::microseconds>;
+
 /// What lies at a path.
 enum class FileKind {
     Nothing,
@@ -22,8 +25,8 @@ enum class FileKind {
 /// What the system tells of a path in one question.
 struct FileInfo {
     FileKind kind = FileKind::Nothing;
-    std::uint64_t size = 0;                                   ///< bytes; of files only
-    std::chrono::sys_time<std::chrono::microseconds> written; ///< when the content was changed last
+    std::uint64_t size = 0; ///< bytes; of files only
+    FileTime modified{};    ///< last change of the content, rounded down
 };
 
 /// @name The system's file operations
@@ -54,12 +57,11 @@ ORVPLATFORM_API std::filesystem::path RealPath(const std::filesystem::path& path
 /// True when both paths lead to the same file or folder; false too when either leads nowhere.
 ORVPLATFORM_API bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) noexcept;
 
-/// Tells of each thing in a folder, in no certain order, as InspectPath would; the path is the folder's with the name
-/// appended. The visitor's false ends the reading, which is no error.
-ORVPLATFORM_API void
-ReadDirectory(const std::filesystem::path& directory,
-              const std::function<bool(const std::filesystem::path& path, const FileInfo& info)>& visit,
-              std::error_code& error);
+/// Tells of each thing in a folder, in no certain order: its path, which is the folder's with the name appended, and
+/// its kind as InspectPath would find it. The visitor's false ends the reading, which is no error.
+ORVPLATFORM_API void ReadDirectory(const std::filesystem::path& directory,
+                                   const std::function<bool(const std::filesystem::path& path, FileKind kind)>& visit,
+                                   std::error_code& error);
 
 /// Copies a file's content and access rights to a path where nothing is.
 ORVPLATFORM_API void CopyToNewFile(const std::filesystem::path& from, const std::filesystem::path& to,

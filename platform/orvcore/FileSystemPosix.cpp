@@ -2,6 +2,7 @@
 
 #include <orvcore/FileSystem.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <sys/stat.h>
 
@@ -19,6 +20,16 @@ FileKind KindOf(mode_t mode)
                            : FileKind::Other;
 }
 
+// As the folder's listing told, mostly without another question to the system.
+FileKind KindOf(const fs::directory_entry& entry)
+{
+    std::error_code ignored;
+    return entry.is_symlink(ignored)        ? FileKind::Link
+           : entry.is_directory(ignored)    ? FileKind::Directory
+           : entry.is_regular_file(ignored) ? FileKind::File
+                                            : FileKind::Other;
+}
+
 FileInfo Inspect(int (*ask)(const char*, struct stat*), const fs::path& path, std::error_code& error)
 {
     error.clear();
@@ -32,12 +43,12 @@ FileInfo Inspect(int (*ask)(const char*, struct stat*), const fs::path& path, st
         }
         return {};
     }
-    using namespace std::chrono;
     FileInfo info;
     info.kind = KindOf(status.st_mode);
     info.size = info.kind == FileKind::File ? static_cast<std::uint64_t>(status.st_size) : 0;
-    info.written = sys_time<microseconds>(seconds(status.st_mtim.tv_sec) +
-                                          duration_cast<microseconds>(nanoseconds(status.st_mtim.tv_nsec)));
+    constexpr std::int64_t kFarSeconds = 9'000'000'000'000; // some file systems take any number for a time
+    const std::int64_t seconds = std::clamp<std::int64_t>(status.st_mtim.tv_sec, -kFarSeconds, kFarSeconds);
+    info.modified = FileTime(std::chrono::microseconds(seconds * 1'000'000 + status.st_mtim.tv_nsec / 1000));
     return info;
 }
 
@@ -84,14 +95,12 @@ bool IsSameFile(const fs::path& a, const fs::path& b) noexcept
     return fs::equivalent(a, b, ignored);
 }
 
-void ReadDirectory(const fs::path& directory, const std::function<bool(const fs::path&, const FileInfo&)>& visit,
+void ReadDirectory(const fs::path& directory, const std::function<bool(const fs::path&, FileKind)>& visit,
                    std::error_code& error)
 {
     fs::directory_iterator at(directory, error);
     for (; !error && at != fs::directory_iterator(); at.increment(error)) {
-        std::error_code ignored;
-        const FileInfo info = InspectPath(at->path(), ignored);
-        if (info.kind != FileKind::Nothing && !visit(at->path(), info)) {
+        if (!visit(at->path(), KindOf(*at))) {
             return;
         }
     }

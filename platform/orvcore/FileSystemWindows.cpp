@@ -34,13 +34,13 @@ FileHandle OpenToAsk(const fs::path& path)
     return FileHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
 
-std::chrono::sys_time<std::chrono::microseconds> TimeOf(const FILETIME& time)
+FileTime TimeOf(const FILETIME& time)
 {
     using namespace std::chrono;
     using Ticks = duration<std::int64_t, std::ratio<1, 10'000'000>>;
     constexpr Ticks kUnixEpoch(116'444'736'000'000'000); // counted from 1601
     const auto ticks = static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
-    return sys_time<microseconds>(duration_cast<microseconds>(Ticks(ticks) - kUnixEpoch));
+    return FileTime(duration_cast<microseconds>(Ticks(ticks) - kUnixEpoch));
 }
 
 // `Data` is any of the system's structures that describe a file; they name their members alike.
@@ -49,19 +49,22 @@ FileInfo InfoFrom(const Data& data, bool isLink)
 {
     const bool isDirectory = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     FileInfo info;
-    info.kind = isLink ? FileKind::Link : isDirectory ? FileKind::Directory : FileKind::File;
+    const bool isDevice = (data.dwFileAttributes & FILE_ATTRIBUTE_DEVICE) != 0;
+    info.kind = isLink        ? FileKind::Link
+                : isDirectory ? FileKind::Directory
+                : isDevice    ? FileKind::Other
+                              : FileKind::File;
     if (info.kind == FileKind::File) {
         info.size = static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
     }
-    info.written = TimeOf(data.ftLastWriteTime);
+    info.modified = TimeOf(data.ftLastWriteTime);
     return info;
 }
 
 // Other reparse points (files kept in a cloud, deduplicated ones) behave as the files that they stand for.
 bool IsLink(const WIN32_FIND_DATAW& data)
 {
-    return (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
-           (data.dwReserved0 == IO_REPARSE_TAG_SYMLINK || data.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+    return (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(data.dwReserved0);
 }
 
 FileInfo NothingUnlessFailed(std::error_code& error)
@@ -196,7 +199,7 @@ void RemoveAll(const fs::path& path, std::error_code& error)
 {
     std::vector<fs::path> children;
     if (InspectPath(path, error).kind == FileKind::Directory) {
-        const auto collect = [&children](const fs::path& child, const FileInfo&) {
+        const auto collect = [&children](const fs::path& child, FileKind) {
             children.push_back(child);
             return true;
         };
@@ -252,7 +255,7 @@ bool IsSameFile(const fs::path& a, const fs::path& b) noexcept
     }
 }
 
-void ReadDirectory(const fs::path& directory, const std::function<bool(const fs::path&, const FileInfo&)>& visit,
+void ReadDirectory(const fs::path& directory, const std::function<bool(const fs::path&, FileKind)>& visit,
                    std::error_code& error)
 {
     error.clear();
@@ -272,7 +275,7 @@ void ReadDirectory(const fs::path& directory, const std::function<bool(const fs:
     const std::unique_ptr<std::remove_pointer_t<HANDLE>, decltype(close)> search(handle, close);
     do {
         const std::wstring_view name(data.cFileName);
-        if (!IsDotOrDotDot(name) && !visit(directory / name, InfoFrom(data, IsLink(data)))) {
+        if (!IsDotOrDotDot(name) && !visit(directory / name, InfoFrom(data, IsLink(data)).kind)) {
             return;
         }
     } while (::FindNextFileW(handle, &data));

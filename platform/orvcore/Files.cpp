@@ -121,10 +121,9 @@ DirectoryListing ListDirectory(const fs::path& directory)
         return listing;
     }
     std::error_code error;
-    const auto sort = [&listing](const fs::path& path, const FileInfo& info) {
-        const bool isFolder = info.kind == FileKind::Directory;
-        if (info.kind != FileKind::Link || !IsDirectory(path)) {
-            (isFolder ? listing.directories : listing.files).push_back(path);
+    const auto sort = [&listing](const fs::path& path, FileKind kind) {
+        if (kind != FileKind::Link || !IsDirectory(path)) {
+            (kind == FileKind::Directory ? listing.directories : listing.files).push_back(path);
         }
         return true;
     };

@@ -32,8 +32,9 @@ PackageEntries::PackageEntries(const std::string& sourceID, std::function<bool()
 
 boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, const std::string& directoryKey) const
 {
-    const auto facts = orvcore::GetFileFacts(package);
-    if (!facts) {
+    std::error_code ignored;
+    const orvcore::FileInfo facts = orvcore::InspectTarget(package, ignored);
+    if (facts.kind != orvcore::FileKind::File) {
         return nullptr;
     }
     auto entry = boost::make_shared<CapsuleEntry>();
@@ -43,16 +44,16 @@ boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, co
         entry->sourcePath.push_back(directoryKey);
     }
     entry->path = orvcore::PathToUTF8(package);
-    entry->fileSize = facts->size;
+    entry->fileSize = facts.size;
     entry->name = orvcore::PathToUTF16(package.stem());
-    entry->modified = ToPosixTime(facts->modified);
+    entry->modified = ToPosixTime(facts.modified);
     try {
         CapsuleZip zip(package);
         LimitMemory(zip);
         if (ReadDefinition(*entry, zip)) {
-            entry->thumbnailPath = Preview(PreviewKind::Still, *entry, package, facts->modified, zip);
+            entry->thumbnailPath = Preview(PreviewKind::Still, *entry, package, facts.modified, zip);
         }
-        entry->videoPreviewPath = Preview(PreviewKind::Video, *entry, package, facts->modified, zip);
+        entry->videoPreviewPath = Preview(PreviewKind::Video, *entry, package, facts.modified, zip);
     } catch (const fs::filesystem_error&) { // no room for the private copy of a package with a long path
     }
     return entry;
@@ -86,9 +87,11 @@ orvcore::UTF8String PackageEntries::Preview(PreviewKind kind, const CapsuleEntry
 orvcore::UTF8String PackageEntries::GetThumbnailPath(const CapsuleEntry& entry) const
 {
     const fs::path package = orvcore::PathFromUTF8(entry.path);
-    const auto facts = orvcore::GetFileFacts(package);
+    std::error_code ignored;
+    const orvcore::FileInfo facts = orvcore::InspectTarget(package, ignored);
     // A package that is gone may still have its preview; one that was replaced needs a new one.
-    const orvcore::FileTime modified = facts ? facts->modified : ToFileTime(entry.modified);
+    const orvcore::FileTime modified =
+        facts.kind == orvcore::FileKind::File ? facts.modified : ToFileTime(entry.modified);
     const fs::path target = previews_.PathOf(PreviewKind::Still, entry, package, modified);
     if (orvcore::IsFile(target)) {
         return stop_() ? orvcore::UTF8String() : orvcore::PathToUTF8(target);

@@ -3,7 +3,7 @@
 #include <package/CapsuleZip.h>
 #include <sources/CapsuleEntry.h>
 
-#include <orvcore/FileFacts.h>
+#include <orvcore/FileSystem.h>
 
 #include <filesystem>
 #include <string>

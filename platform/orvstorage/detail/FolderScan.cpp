@@ -16,7 +16,7 @@ using orvcore::FileKind;
 namespace {
 
 // A zip's time has no zone: UTC is the one choice that makes the same folder the same archive everywhere.
-void SetDosTime(std::chrono::sys_time<std::chrono::microseconds> time, PackItem& item)
+void SetDosTime(orvcore::FileTime time, PackItem& item)
 {
     using namespace std::chrono;
     const auto seconds = floor<std::chrono::seconds>(time);
@@ -43,15 +43,20 @@ bool CannotRead(const std::error_code& error, ZipFailure& failure)
     return false;
 }
 
-bool Describe(const fs::path& path, const FileInfo& info, PackItem& item, ZipFailure& failure)
+bool Describe(const fs::path& path, PackItem& item, ZipFailure& failure)
 {
+    std::error_code error;
+    const FileInfo info = orvcore::InspectPath(path, error);
+    if (error || info.kind == FileKind::Nothing) {
+        return CannotRead(error ? error : std::make_error_code(std::errc::no_such_file_or_directory), failure);
+    }
     if (info.kind != FileKind::File) {
         failure.error = info.kind == FileKind::Link ? ZipError::SymbolicLink : ZipError::SpecialFile;
         return false;
     }
     item.path = path;
     item.size = info.size;
-    SetDosTime(info.written, item);
+    SetDosTime(info.modified, item);
     return true;
 }
 
@@ -67,10 +72,9 @@ public:
     {
         std::error_code error;
         bool taken = true;
-        const auto take = [&](const fs::path& path, const FileInfo& info) {
+        const auto take = [&](const fs::path& path, FileKind kind) {
             const orvcore::UTF8String name = prefix + orvcore::PathToUTF8(path.filename());
-            const bool isFolder = info.kind == FileKind::Directory;
-            taken = isFolder ? Scan(path, name + u8'/', failure) : Take(path, info, name, failure);
+            taken = kind == FileKind::Directory ? Scan(path, name + u8'/', failure) : Take(path, name, failure);
             return taken;
         };
         orvcore::ReadDirectory(folder, take, error);
@@ -85,7 +89,7 @@ public:
     }
 
 private:
-    bool Take(const fs::path& path, const FileInfo& info, const orvcore::UTF8String& name, ZipFailure& failure)
+    bool Take(const fs::path& path, const orvcore::UTF8String& name, ZipFailure& failure)
     {
         if (orvcore::IsPrivateName(path.filename()) || orvcore::IsSameFile(path, exclude_)) {
             return true;
@@ -93,7 +97,7 @@ private:
         failure.entry = name;
         PackItem item;
         item.name = name;
-        if (!Describe(path, info, item, failure)) {
+        if (!Describe(path, item, failure)) {
             return false;
         }
         items_.push_back(std::move(item));
@@ -130,8 +134,7 @@ bool DescribeItem(const fs::path& path, orvcore::UTF8String name, PackItem& item
     if (error || real.empty()) {
         return CannotRead(error ? error : std::make_error_code(std::errc::invalid_argument), failure);
     }
-    const FileInfo info = orvcore::InspectPath(real, error);
-    return error ? CannotRead(error, failure) : Describe(real, info, item, failure);
+    return Describe(real, item, failure);
 }
 
 bool ScanFolder(const fs::path& folder, const fs::path& exclude, std::vector<PackItem>& items, ZipFailure& failure)
