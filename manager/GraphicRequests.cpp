@@ -69,19 +69,17 @@ void GraphicSourceManager::SearchIndex(const std::vector<orvcore::UTF16String>& 
     if (token->GetAbort()) {
         return;
     }
-    std::set<orvcore::UTF16String> matches;
-    for (const SourcePtr& source : CopySources()) {
-        if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
-            try {
-                local->SearchDB(terms, matches);
-            } catch (...) {
-                continue; // a source that fails contributes nothing
-            }
-        }
-    }
     std::set<orvcore::UTF8String> names;
-    for (const orvcore::UTF16String& match : matches) {
-        names.insert(orvcore::ToUTF8(match));
+    for (const auto& source : CopyLocalSources()) {
+        std::set<orvcore::UTF16String> matches;
+        try {
+            source->SearchDB(terms, matches);
+        } catch (...) {
+            continue; // a source that fails contributes nothing
+        }
+        for (const orvcore::UTF16String& match : matches) {
+            names.insert(names.end(), orvcore::ToUTF8(match));
+        }
     }
     detail::Deliver(token, callback,
                     [names = std::move(names)](TextSetCallback& call) mutable { call(std::move(names)); });
@@ -119,26 +117,27 @@ void GraphicSourceManager::GetLocalGraphicsReturningPartialResults(const std::ve
 void GraphicSourceManager::ListSources(const TokenPtr& token, const Callbacks& callbacks,
                                        const std::function<void(ILocalGraphicSource&, EntryList&)>& list) const
 {
-    const std::vector<SourcePtr> sources = CopySources();
+    const auto sources = CopyLocalSources();
     if (token->GetAbort()) {
         return; // an older listing must not empty what a newer one is about to fill
     }
+    const detail::ProgressEnd end(*token);
     ClearRapidFindDB({});
     EntryList all;
-    for (const SourcePtr& source : sources) {
-        auto* local = dynamic_cast<ILocalGraphicSource*>(source.get());
-        if (local == nullptr) {
-            continue;
-        }
+    double progress = 0;
+    for (const auto& source : sources) {
         EntryList entries;
         try {
-            list(*local, entries);
+            progress += static_cast<double>(source->GetProgressWeight());
+            list(*source, entries);
         } catch (...) {
             entries.clear(); // a source that fails contributes nothing
         }
         if (token->GetAbort()) {
             return;
         }
+        detail::MoveProgress(*token, progress);
+        std::erase(entries, nullptr);
         detail::IndexEntries(entries, *token);
         all.insert(all.end(), entries.begin(), entries.end());
         const int expected = source == sources.back() ? static_cast<int>(all.size()) : -1;
@@ -148,20 +147,34 @@ void GraphicSourceManager::ListSources(const TokenPtr& token, const Callbacks& c
              id = source->GetSourceID()](PartialCompletionCallback& call) { call(entries, delivered, expected, id); });
     }
     DeliverAll(std::move(all), token, callbacks.localRequest);
-    detail::CloseProgress(*token);
 }
 
-void GraphicSourceManager::DeliverAll(EntryList all, const TokenPtr& token,
-                                      const std::shared_ptr<RequestCallback>& callback) const
+void GraphicSourceManager::Sort(EntryList& entries) const
 {
     std::shared_ptr<SortFunction> sort;
     {
         const std::lock_guard lock(lock_);
         sort = sort_;
     }
-    if (sort && *sort) {
-        std::stable_sort(all.begin(), all.end(), *sort);
+    if (!sort || !*sort) {
+        return;
     }
+    EntryList sorted = entries;
+    try {
+        std::stable_sort(sorted.begin(), sorted.end(), *sort);
+    } catch (...) {
+        return; // the host's function failed; the entries are still worth having
+    }
+    entries.swap(sorted);
+}
+
+void GraphicSourceManager::DeliverAll(EntryList all, const TokenPtr& token,
+                                      const std::shared_ptr<RequestCallback>& callback) const
+{
+    if (!callback) {
+        return;
+    }
+    Sort(all);
     // The map is built here: on the main thread a large one would cost a frame.
     ResultMap results;
     for (EntryPtr& entry : all) {

@@ -11,6 +11,8 @@ namespace orvcapsule {
 
 namespace {
 
+const char kAddressInside = 0; // of this library, whose code the executor's tasks are
+
 bool NameIsLess(const GraphicSourceManager::EntryPtr& left, const GraphicSourceManager::EntryPtr& right)
 {
     return *left < *right;
@@ -21,7 +23,9 @@ bool NameIsLess(const GraphicSourceManager::EntryPtr& left, const GraphicSourceM
 GraphicSourceManager::GraphicSourceManager(const orvcore::UTF16String& databasePath)
     : executor_(orvcore::CreateSubExecutor(orvcore::GetCPUBoundExecutor(), 1))
     , databasePath_(databasePath)
+    , hasIndex_(!databasePath.empty())
 {
+    orvcore::KeepModuleLoaded(&kAddressInside);
     if (!databasePath_.empty()) {
         InitializeRapidFindDB(databasePath_);
     }
@@ -33,14 +37,11 @@ GraphicSourceManager::~GraphicSourceManager() = default;
 void GraphicSourceManager::Shutdown()
 {
     SetCapsuleSortFxn(nullptr);
-    {
-        // The partial-completion and folder callbacks stay: hosts rely on finding them after a shutdown.
-        const std::lock_guard lock(callbackLock_);
-        callbacks_.localRequest = nullptr;
-        callbacks_.stockRequest = nullptr;
-        callbacks_.databaseRequest = nullptr;
-        callbacks_.databaseTagRequest = nullptr;
-    }
+    // The partial-completion and folder callbacks stay: hosts rely on finding them after a shutdown.
+    SetLocalRequestCallback(nullptr);
+    SetStockRequestCallback(nullptr);
+    SetCallback(&Callbacks::databaseRequest, {});
+    SetCallback(&Callbacks::databaseTagRequest, {});
     Abort();
     executor_->Stop();
     executor_->Release();
@@ -52,12 +53,16 @@ void GraphicSourceManager::Shutdown()
     if (!databasePath_.empty()) {
         TerminateRapidFindDB();
         databasePath_.clear();
+        hasIndex_ = false;
     }
     sources_.clear();
 }
 
 void GraphicSourceManager::AddGraphicSource(SourcePtr source)
 {
+    if (!source) {
+        return;
+    }
     {
         const std::lock_guard lock(lock_);
         sources_.push_back(source);
@@ -78,7 +83,9 @@ GraphicSourceManager::SourcePtr GraphicSourceManager::FindGraphicSource(const st
 void GraphicSourceManager::GetFilterList(std::vector<IGraphicSource::GraphicFilterID>& out) const
 {
     for (const SourcePtr& source : CopySources()) {
-        source->GetFilter(out.emplace_back());
+        IGraphicSource::GraphicFilterID filter;
+        source->GetFilter(filter);
+        out.push_back(std::move(filter));
     }
 }
 
@@ -92,14 +99,15 @@ void GraphicSourceManager::SetSearchFilterType(const orvcore::UTF8String& filter
 void GraphicSourceManager::SetCapsuleSortFxn(std::shared_ptr<SortFunction> sort)
 {
     const std::lock_guard lock(lock_);
-    sort_ = std::move(sort);
+    sort_.swap(sort); // the old one goes with the argument, after the lock
 }
 
 template <class T>
 void GraphicSourceManager::SetCallback(std::shared_ptr<T> Callbacks::*field, const std::shared_ptr<T>& callback)
 {
+    std::shared_ptr<T> exchanged = callback;
     const std::lock_guard lock(callbackLock_);
-    callbacks_.*field = callback;
+    (callbacks_.*field).swap(exchanged); // the old one goes after the lock: what it holds may call the manager
 }
 
 void GraphicSourceManager::SetLocalRequestCallback(const std::shared_ptr<RequestCallback>& callback)
@@ -163,10 +171,20 @@ std::vector<GraphicSourceManager::SourcePtr> GraphicSourceManager::CopySources()
     return sources_;
 }
 
+std::vector<std::shared_ptr<ILocalGraphicSource>> GraphicSourceManager::CopyLocalSources() const
+{
+    std::vector<std::shared_ptr<ILocalGraphicSource>> locals;
+    for (const SourcePtr& source : CopySources()) {
+        if (auto local = std::dynamic_pointer_cast<ILocalGraphicSource>(source)) {
+            locals.push_back(std::move(local));
+        }
+    }
+    return locals;
+}
+
 bool GraphicSourceManager::HasIndex() const
 {
-    const std::lock_guard lock(lock_);
-    return !databasePath_.empty();
+    return hasIndex_;
 }
 
 GraphicSourceManager::Callbacks GraphicSourceManager::CopyCallbacks() const
@@ -177,7 +195,13 @@ GraphicSourceManager::Callbacks GraphicSourceManager::CopyCallbacks() const
 
 void GraphicSourceManager::Post(const TokenPtr& token, std::function<void(GraphicSourceManager&)> task)
 {
-    const bool posted = executor_->Post([self = shared_from_this(), task = std::move(task)] { task(*self); });
+    bool posted = false;
+    try {
+        posted = executor_->Post([self = shared_from_this(), task = std::move(task)] { task(*self); });
+    } catch (...) {
+        AbortToken(token); // nothing will ever end its progress
+        throw;
+    }
     if (!posted) {
         AbortToken(token);
     }

@@ -4,6 +4,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
@@ -44,7 +45,7 @@ public:
     using TokenPtr = boost::shared_ptr<CheckCancel>;
     using SourcePtr = std::shared_ptr<IGraphicSource>;
 
-    /// A strict less-than over entries.
+    /// A strict less-than over entries; called on a worker thread. One that throws leaves the order as found.
     using SortFunction = std::function<bool(const EntryPtr&, const EntryPtr&)>;
     /// The results, the position of the first one, and the number of all results of the request. The callback may take
     /// the map's contents.
@@ -72,7 +73,8 @@ public:
 
     /// @name Sources and filters
     /// @{
-    /// Adds a source and initialises it on this thread. Duplicates are not detected.
+    /// Adds a source and initialises it on this thread; for local sources that prepares the working folder of their
+    /// previews (Workspace.h). Duplicates are not detected. An empty pointer is ignored. What the source throws passes.
     void AddGraphicSource(SourcePtr source);
     /// The first source with this identifier, or an empty pointer. Any thread.
     SourcePtr FindGraphicSource(const std::string& sourceID) const;
@@ -124,14 +126,17 @@ public:
     void UpdateCustomDirectoryList(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories);
     /// Lists everything again, as `RequestDefaultGraphicSet` does but independently of it. Cancels folder relistings.
     void LocalDirectoryChanged(const std::vector<GraphicSourceState>& states, bool showProgress);
-    /// Lists one folder again; the directory callback receives its entries. `files` are the paths that changed: what
-    /// the index holds of them is replaced. Several folders may be in flight.
+    /// Lists one folder again; the directory callback receives its entries, none when no source is called `sourceID`.
+    /// `files` are the paths that changed, vanished ones included: what the index holds of them and of the entries is
+    /// replaced. Several folders may be in flight; a newer relisting of the same folder cancels the older one. The
+    /// host's progress display shows it, and why when it was cancelled.
     void LocalDirectoryChanged(const std::string& sourceID, const orvcore::UTF8String& directory,
                                const std::vector<orvcore::UTF8String>& files);
     /// The folders that the local sources look into. Walks them on this thread.
     std::set<orvcore::UTF8String> GetLocalDirectories() const;
     /// The path of an entry's still preview, made now by the entry's source if need be; may block. Empty when there is
-    /// none, no source made the entry, or `token` (which may be empty) was aborted. Any thread.
+    /// none, no source made the entry, or `token` (which may be empty) was aborted. Any thread. What the source throws
+    /// passes.
     orvcore::UTF8String GetThumbnailPath(const EntryPtr& entry, const TokenPtr& token) const;
     /// @}
 
@@ -146,6 +151,7 @@ private:
     };
 
     std::vector<SourcePtr> CopySources() const;
+    std::vector<std::shared_ptr<ILocalGraphicSource>> CopyLocalSources() const;
     bool HasIndex() const;
     Callbacks CopyCallbacks() const;
     template <class T>
@@ -170,16 +176,18 @@ private:
                                        const std::shared_ptr<DirectoryCallback>& callback) const;
     void GetSimilarTags(const orvcore::UTF16String& text, const TokenPtr& token) const;
     void ReplaceCustomDirectories(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories);
+    void Sort(EntryList& entries) const;
     void DeliverAll(EntryList all, const TokenPtr& token, const std::shared_ptr<RequestCallback>& callback) const;
     void ListSources(const TokenPtr& token, const Callbacks& callbacks,
                      const std::function<void(ILocalGraphicSource&, EntryList&)>& list) const;
 
-    mutable std::recursive_mutex lock_; // guards the sources, the sort function and the database path
+    mutable std::recursive_mutex lock_; // guards the sources and the sort function
     std::vector<SourcePtr> sources_;
     std::shared_ptr<orvcore::AsyncThreadedSubExecutor> executor_;
     mutable std::mutex callbackLock_;
     Callbacks callbacks_;
-    orvcore::UTF16String databasePath_;
+    orvcore::UTF16String databasePath_; // the main thread's; the tasks look at hasIndex_
+    std::atomic<bool> hasIndex_;
     TokenPtr graphicsToken_;
     TokenPtr defaultSetToken_;
     TokenPtr indexSearchToken_;

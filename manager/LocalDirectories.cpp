@@ -7,9 +7,36 @@
 #include <sources/SearchIndex.h>
 #include <sources/SourceNames.h>
 
+#include <orvcore/Files.h>
+
 #include <algorithm>
+#include <iterator>
 
 namespace orvcapsule {
+
+namespace {
+
+// What the index knew of changed and of listed files gives way to what was found. Of a cancelled relisting only the
+// files that are gone leave the index: whatever replaced it may not name them again.
+void ReplaceIndexed(const std::vector<orvcore::UTF8String>& files, const GraphicSourceManager::EntryList& entries,
+                    CheckCancel& token)
+{
+    const bool cancelled = token.GetAbort();
+    std::vector<orvcore::UTF8String> paths;
+    std::copy_if(files.begin(), files.end(), std::back_inserter(paths), [cancelled](const orvcore::UTF8String& file) {
+        return !cancelled || !orvcore::Exists(orvcore::PathFromUTF8(file));
+    });
+    if (!cancelled) {
+        std::transform(entries.begin(), entries.end(), std::back_inserter(paths),
+                       [](const GraphicSourceManager::EntryPtr& entry) { return entry->path; });
+    }
+    if (!paths.empty()) { // no paths would mean all
+        ClearRapidFindDB(paths);
+    }
+    detail::IndexEntries(entries, token);
+}
+
+} // namespace
 
 void GraphicSourceManager::UpdateCustomDirectoryList(
     const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories)
@@ -18,7 +45,7 @@ void GraphicSourceManager::UpdateCustomDirectoryList(
 }
 
 // A local source never changes; a new one takes the old one's place in the list, and whoever still uses the old one
-// holds it.
+// holds it. The working folder is one for all of them and was prepared with the first.
 void GraphicSourceManager::ReplaceCustomDirectories(
     const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories)
 {
@@ -28,7 +55,6 @@ void GraphicSourceManager::ReplaceCustomDirectories(
         return;
     }
     const auto changed = std::make_shared<LocalGraphicsSource>(local->GetRootFolder(), directories);
-    changed->Initialize();
     const std::lock_guard lock(lock_);
     std::replace(sources_.begin(), sources_.end(), old, SourcePtr(changed));
 }
@@ -53,7 +79,9 @@ void GraphicSourceManager::LocalDirectoryChanged(const std::string& sourceID, co
     }
     TokenPtr& token = directoryTokens_[directory];
     Renew(token);
-    detail::OpenProgress(*token, static_cast<double>(files.size()), detail::kProgressItemTitle);
+    const SourcePtr source = FindGraphicSource(sourceID);
+    const double weight = source ? static_cast<double>(source->GetProgressWeight()) : 1.0;
+    detail::OpenProgress(*token, weight, detail::kProgressItemTitle);
     Post(token,
          [sourceID, directory, files, token, callback = CopyCallbacks().localDirectory](GraphicSourceManager& manager) {
              manager.GetLocalGraphicsFromDirectory(sourceID, directory, files, token, callback);
@@ -66,6 +94,7 @@ void GraphicSourceManager::GetLocalGraphicsFromDirectory(const std::string& sour
                                                          const TokenPtr& token,
                                                          const std::shared_ptr<DirectoryCallback>& callback) const
 {
+    const detail::ProgressEnd end(*token);
     EntryList entries;
     bool last = true;
     const SourcePtr source = FindGraphicSource(sourceID);
@@ -79,24 +108,18 @@ void GraphicSourceManager::GetLocalGraphicsFromDirectory(const std::string& sour
                 orvcore::ToUTF16(directory), token);
         } catch (...) {
             entries.clear(); // a source that fails contributes nothing
+            last = true;
         }
     }
-    if (!token->GetAbort()) {
-        // What the index knew of changed and of listed files gives way to what was found.
-        std::vector<orvcore::UTF8String> paths = files;
-        for (const EntryPtr& entry : entries) {
-            paths.push_back(entry->path);
+    std::erase(entries, nullptr);
+    ReplaceIndexed(files, entries, *token);
+    orvcore::AsyncCallFromMainThread([entries = std::move(entries), directory, last, token, callback] {
+        if (token->GetAbort()) {
+            detail::TellCanceled(*token);
+        } else if (callback && *callback) {
+            (*callback)(entries, directory, last);
         }
-        if (!paths.empty()) {
-            ClearRapidFindDB(paths);
-        }
-        detail::IndexEntries(entries, *token);
-        detail::CloseProgress(*token);
-    }
-    detail::Deliver(
-        token, callback,
-        [entries = std::move(entries), directory, last](DirectoryCallback& call) { call(entries, directory, last); },
-        [token] { detail::TellCanceled(*token); });
+    });
 }
 
 std::set<orvcore::UTF8String> GraphicSourceManager::GetLocalDirectories() const
@@ -105,10 +128,8 @@ std::set<orvcore::UTF8String> GraphicSourceManager::GetLocalDirectories() const
     if (!HasIndex()) {
         return directories;
     }
-    for (const SourcePtr& source : CopySources()) {
-        if (dynamic_cast<const ILocalGraphicSource*>(source.get()) != nullptr) {
-            directories.merge(source->GetDirectories());
-        }
+    for (const auto& source : CopyLocalSources()) {
+        directories.merge(source->GetDirectories());
     }
     return directories;
 }
@@ -116,7 +137,7 @@ std::set<orvcore::UTF8String> GraphicSourceManager::GetLocalDirectories() const
 orvcore::UTF8String GraphicSourceManager::GetThumbnailPath(const EntryPtr& entry, const TokenPtr& token) const
 {
     for (const SourcePtr& source : CopySources()) {
-        if (token && token->GetAbort()) {
+        if (!entry || (token && token->GetAbort())) {
             break;
         }
         if (source->GetSourceID() == entry->GetSourceID()) {

@@ -12,10 +12,22 @@ void OpenProgress(CheckCancel& token, double upper, std::string_view itemTitle)
     token.progressItem = token.progressCategory->AddItem(token.text2, 0.0, upper);
 }
 
-void CloseProgress(const CheckCancel& token)
+ProgressEnd::ProgressEnd(const CheckCancel& token)
+    : token_(token)
 {
-    if (token.progressCategory) {
-        token.progressCategory->RemoveItem(token.progressItem);
+}
+
+ProgressEnd::~ProgressEnd()
+{
+    if (token_.progressCategory) {
+        token_.progressCategory->RemoveItem(token_.progressItem);
+    }
+}
+
+void MoveProgress(const CheckCancel& token, double position)
+{
+    if (token.progressItem) {
+        token.progressItem->SetPosition(position);
     }
 }
 

@@ -78,10 +78,35 @@ TEST(ZipWrite, OneFolderGivesOneArchiveInNameOrder)
     }
 }
 
+TEST(ZipWrite, BlocksJoinAtEveryBoundary)
+{
+    const TempFolder folder;
+    std::string text = Noise(40000); // looks back as far as deflate can, over the ends of blocks
+    while (text.size() < (9U << 20)) {
+        text += text.substr(text.size() / 3, 30000) + std::to_string(text.size());
+    }
+    std::vector<std::string> names;
+    for (const std::size_t blocks : {1U, 2U, 4U, 32U}) {
+        for (const int offset : {-1, 0, 1}) {
+            names.push_back(std::to_string(blocks) + "and" + std::to_string(offset));
+            folder.Write("in/" + names.back(), text.substr(0, (blocks << 18) + static_cast<std::size_t>(offset)));
+        }
+    }
+    const ZipFile zip(folder / "a.zelt");
+    ASSERT_TRUE(zip.Zip(folder / "in", {}, nullptr)) << zip.GetLastFailure().Message();
+    ASSERT_TRUE(zip.UnZip(folder / "out", true)) << zip.GetLastFailure().Message();
+    for (const std::string& name : names) {
+        EXPECT_TRUE(folder.Read("in/" + name) == folder.Read("out/" + name)) << name;
+    }
+}
+
 TEST(ZipWrite, CancelledAtAnyPointTheOldArchiveIsWhole)
 {
     const TempFolder folder;
     WritePackageFolder(folder);
+    for (const char* name : {"1", "2", "3", "4", "5"}) {
+        folder.Write(fs::path("in") / name, Noise(300000));
+    }
     folder.Write("a.zelt", "old");
     const ZipFile zip(folder / "a.zelt");
     int calls = 0;

@@ -53,8 +53,8 @@ public:
                                    Number(item.zip64 ? 0xffffffff : size, 4) + Number(item.name.size(), 2) +
                                    Number(extra.size(), 2);
         bytes_ += "PK\3\4" + Number(45, 2) + common + item.name + extra + item.data;
-        directory_ += "PK\1\2" + Number(item.system << 8 | 45, 2) + Number(45, 2) + common + Number(0, 2) +
-                      Number(0, 4) + Number(item.attributes, 4) + Number(offset, 4) + item.name + extra;
+        directory_ += "PK\1\2" + Number(std::uint64_t{item.system} << 8 | 45U, 2) + Number(45, 2) + common +
+                      Number(0, 2) + Number(0, 4) + Number(item.attributes, 4) + Number(offset, 4) + item.name + extra;
         ++count_;
         return *this;
     }

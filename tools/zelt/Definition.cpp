@@ -62,9 +62,9 @@ void CollectCompositionKeys(const json::Variant& root, Problems& problems)
     if (localized == nullptr || json::AsObject(*localized) == nullptr) {
         return;
     }
-    for (const auto& [locale, value] : *json::AsObject(*localized)) {
-        CollectMissingKey(problems, "composition for \"" + orvcore::ToNarrow(locale) + '"',
-                          [&] { orvcapsule::serialization::SourceInfoFromJson(*value); });
+    for (const auto& entry : *json::AsObject(*localized)) {
+        CollectMissingKey(problems, "composition for \"" + orvcore::ToNarrow(entry.first) + '"',
+                          [&] { orvcapsule::serialization::SourceInfoFromJson(*entry.second); });
     }
 }
 

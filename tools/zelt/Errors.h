@@ -41,13 +41,10 @@ void ReportError(std::string_view file, std::string_view what);
 /// Writes "zelt: WHAT" as one line on standard error.
 void ReportError(std::string_view what);
 
-/// Runs the work on one file; what it throws is reported as an error of that file.
-template <class Work>
-ExitCode OnFile(const std::string& file, Work&& work);
-
 /// Reports the exception that is being handled, of the work on `file`.
 ExitCode ReportCurrentException(const std::string& file);
 
+/// Runs the work on one file; what it throws is reported as an error of that file.
 template <class Work>
 ExitCode OnFile(const std::string& file, Work&& work)
 {

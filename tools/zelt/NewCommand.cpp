@@ -144,6 +144,20 @@ bool WriteDefinition(const NewOptions& options, const fs::path& stage)
     return true;
 }
 
+// Packs the stage and checks the result, before it takes its place. Errors are those of `output`.
+void MakeGood(const fs::path& stage, const fs::path& draft, const std::string& output)
+{
+    try {
+        PackFolder(stage, ToText(draft));
+    } catch (const FileError& error) {
+        throw FileError(output, error.what());
+    }
+    const Problems problems = CheckTemplate(ToText(draft));
+    if (!problems.empty()) {
+        throw FileError(output, problems.front().text);
+    }
+}
+
 } // namespace
 
 ExitCode RunNew(const NewOptions& options)
@@ -158,12 +172,8 @@ ExitCode RunNew(const NewOptions& options)
         if (!understood) {
             return;
         }
-        // The package is made in full and checked before it takes its place.
         const fs::path draft = folder.Path() / u8"package.zelt";
-        PackFolder(stage, ToText(draft));
-        for (const Problem& problem : CheckTemplate(ToText(draft))) {
-            throw FileError(options.output, problem.text);
-        }
+        MakeGood(stage, draft, options.output);
         orvcore::CopyOneFile(draft, ToPath(options.output));
         PrintLine(Printable(options.output) + ": made");
     });

@@ -6,6 +6,7 @@
 #include <package/PackageNames.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <initializer_list>
 
 namespace zelt {
@@ -38,6 +39,18 @@ bool HasPart(const std::vector<ZipEntry>& entries, std::u8string_view stem,
     });
 }
 
+// A package with a long path is copied when it is opened, which may fail.
+Template Open(const std::string& file)
+{
+    try {
+        return {file, orvcapsule::CapsuleZip(ToPath(file)), false, {}, {}, {}};
+    } catch (const std::filesystem::filesystem_error& error) {
+        Definition none;
+        none.refusals.push_back({"CannotOpen", error.code().message()});
+        return {file, orvcapsule::CapsuleZip(u8""), false, {}, {}, std::move(none)};
+    }
+}
+
 // Passes on what was opened, when it is good enough.
 Template Need(Template opened, bool isGood)
 {
@@ -51,13 +64,17 @@ Template Need(Template opened, bool isGood)
 
 Template ReadTemplate(const std::string& file)
 {
-    Template read{file, orvcapsule::CapsuleZip(ToPath(file)), {}, {}, {}};
+    Template read = Open(file);
     Problems& refusals = read.definition.refusals;
+    if (!refusals.empty()) {
+        return read;
+    }
     read.entries = read.package.GetArchive().GetEntries();
     if (const ZipFailure failure = read.package.GetLastFailure()) {
         refusals.push_back(FromFailure(failure));
         return read;
     }
+    read.isArchive = true;
     read.text = read.package.GetZELTDescriptionJSON();
     if (const ZipFailure failure = read.package.GetLastFailure()) {
         refusals.push_back(FromFailure(failure));
@@ -84,12 +101,12 @@ Template NeedCapsule(const std::string& file)
 Problems CheckTemplate(const std::string& file)
 {
     const Template read = ReadTemplate(file);
+    if (!read.isArchive) {
+        return read.definition.refusals;
+    }
     Problems problems;
     for (const ZipFailure& failure : read.package.GetArchive().Check(true)) {
         problems.push_back(FromFailure(failure));
-    }
-    if (read.entries.empty() && !problems.empty()) {
-        return problems; // no archive at all
     }
     const Problems ofText = read.text.empty() ? read.definition.refusals : CheckDefinition(read.text);
     for (const Problem& problem : ofText) {

@@ -13,9 +13,10 @@ namespace zelt {
 struct Template {
     std::string file; ///< as the command line names it
     orvcapsule::CapsuleZip package;
-    std::vector<orvstorage::ZipEntry> entries; ///< empty when the archive cannot be read
-    orvcapsule::UTF8String text;               ///< "definition.json" as stored; empty when it cannot be had
-    Definition definition;                     ///< its refusals tell why there is no capsule, the archive's included
+    bool isArchive = false; ///< whether the archive as such can be read
+    std::vector<orvstorage::ZipEntry> entries;
+    orvcapsule::UTF8String text; ///< "definition.json" as stored; empty when it cannot be had
+    Definition definition;       ///< its refusals tell why there is no capsule, the archive's included
 
     bool IsGood() const noexcept
     {

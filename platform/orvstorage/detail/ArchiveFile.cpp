@@ -1,7 +1,6 @@
 #include <orvstorage/detail/ArchiveFile.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace orvstorage::detail {
 
@@ -47,7 +46,7 @@ std::size_t ArchiveFile::Read(std::uint64_t offset, void* data, std::size_t size
     }
     const std::size_t at = offset - TailOffset();
     const std::size_t count = std::min(size, tailSize_ - at);
-    std::memcpy(data, tail_.get() + at, count);
+    std::copy_n(tail_.get() + at, count, static_cast<unsigned char*>(data));
     return count;
 }
 
