@@ -21,8 +21,8 @@ public:
         : std::filesystem::path(orvcore::PathFromUTF8(orvcore::AsUTF8(text)))
     {
     }
-    Name(const std::filesystem::path& path)
-        : std::filesystem::path(path)
+    Name(const std::filesystem::path& other)
+        : std::filesystem::path(other)
     {
     }
 };
