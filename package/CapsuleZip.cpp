@@ -2,6 +2,7 @@
 
 #include <orvcore/Application.h>
 #include <orvcore/CopyDirectory.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <package/PackageNames.h>
 #include <package/detail/ShortPath.h>
@@ -179,7 +180,7 @@ bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite) const
     const bool copied = orvcore::WaitForResultCode(copy, kLongestWait) >= 0;
     if (isNew && !(unzipped && copied)) {
         std::error_code ignored; // it goes only when nothing has come into it
-        fs::remove(orvcore::ToSystemPath(directory), ignored);
+        orvcore::RemoveOne(directory, ignored);
     }
     return unzipped && copied;
 }

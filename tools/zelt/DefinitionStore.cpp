@@ -6,6 +6,7 @@
 #include "TempFolder.h"
 
 #include <orvcore/AtomicFile.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
@@ -72,8 +73,7 @@ void StoreDefinition(const std::string& from, const std::string& to, std::string
 {
     const fs::path source = ToPath(from);
     const fs::path target = ToPath(to);
-    std::error_code ignored;
-    if (from == to || fs::equivalent(source, target, ignored)) {
+    if (from == to || orvcore::IsSameFile(source, target)) {
         return StoreIn(target, definition);
     }
     try {

@@ -9,6 +9,7 @@
 #include <capsule/Guid.h>
 #include <capsule/Serialization.h>
 #include <capsule/Versions.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <package/PackageNames.h>
 
@@ -79,8 +80,7 @@ void Stage(const NewOptions& options, const fs::path& output, const fs::path& st
         throw FileError(options.directory, "there is no such folder");
     }
     orvcore::WalkFiles(directory, [&](const fs::path& file) {
-        std::error_code ignored;
-        if (!fs::equivalent(file, output, ignored)) { // an earlier package in the folder is no part of itself
+        if (!orvcore::IsSameFile(file, output)) { // an earlier package in the folder is no part of itself
             const fs::path staged = stage / file.lexically_relative(directory);
             orvcore::EnsureDirectory(staged.parent_path());
             CopyPart(file, staged);

@@ -1,6 +1,7 @@
 #include <orvstorage/detail/Unpacker.h>
 
 #include <orvcore/AtomicFile.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <orvcore/ParallelFor.h>
 #include <orvstorage/detail/EntryReader.h>
@@ -168,7 +169,7 @@ bool UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& 
     std::error_code error;
     const fs::path folder = destination.parent_path();
     if (!folder.empty()) {
-        fs::create_directories(orvcore::ToSystemPath(folder), error);
+        orvcore::MakeDirectories(folder, error);
     }
     orvcore::AtomicFile file(destination);
     std::vector<char> piece(kPiece);
