@@ -65,16 +65,17 @@ void LocalGraphicsSource::GetFilter(GraphicFilterID& filter)
     filter.name = orvcore::Localiser::Resolve("$$$/GraphicSource/local/TemplatesFolder=Local Templates Folder");
     filter.sourceID = GetSourceID();
     filter.subFilters.clear();
+    filter.subFilters.push_back({filter.name, kDefaultLocalSourceID, true});
     for (const auto& [name, path] : customDirectories_) {
         if (!path.empty()) {
             const bool exists = orvcore::IsDirectory(orvcore::PathFromUTF8(path));
             filter.subFilters.push_back({name, orvcore::ToNarrow(path), exists});
         }
     }
-    std::sort(filter.subFilters.begin(), filter.subFilters.end(), [](const SubFilter& one, const SubFilter& other) {
+    const auto byName = [](const SubFilter& one, const SubFilter& other) {
         return std::tie(one.name, one.id) < std::tie(other.name, other.id);
-    });
-    filter.subFilters.insert(filter.subFilters.begin(), {filter.name, kDefaultLocalSourceID, true});
+    };
+    std::sort(filter.subFilters.begin() + 1, filter.subFilters.end(), byName);
 }
 
 std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
