@@ -26,7 +26,8 @@ inline constexpr std::uint64_t kMaxPreviewBytes = std::uint64_t{64} << 20;
 /// (`std::filesystem::filesystem_error`) is told at each operation.
 ///
 /// Previews are extracted into the local working folder (Workspace.h) when an entry is made, and found there the next
-/// time. Where one cannot be written, the disk being full for instance, the entry goes without.
+/// time. Where one cannot be written, the disk being full for instance, the entry goes without. What a package's
+/// definition said is noted there too: a package that has not changed since the last listing is not opened again.
 ///
 /// An object never changes, so any operations may run at the same time. Listings use all workers of the CPU-bound
 /// executor; they poll the token before every package, on several threads. Each advances the token's progress item by
