@@ -6,8 +6,29 @@
 #include <sources/SearchIndex.h>
 
 #include <algorithm>
+#include <optional>
 
 namespace orvcapsule {
+
+namespace {
+
+// A source that fails contributes nothing. `progress` grows by the source's weight.
+GraphicSourceManager::EntryList
+ListSource(ILocalGraphicSource& source,
+           const std::function<void(ILocalGraphicSource&, GraphicSourceManager::EntryList&)>& list, double& progress)
+{
+    GraphicSourceManager::EntryList entries;
+    try {
+        progress += static_cast<double>(source.GetProgressWeight());
+        list(source, entries);
+    } catch (...) {
+        return {};
+    }
+    std::erase(entries, nullptr);
+    return entries;
+}
+
+} // namespace
 
 void GraphicSourceManager::RequestGraphics(const std::vector<orvcore::UTF16String>& terms)
 {
@@ -121,31 +142,25 @@ void GraphicSourceManager::ListSources(const TokenPtr& token, const Callbacks& c
     if (token->GetAbort()) {
         return; // an older listing must not empty what a newer one is about to fill
     }
-    const detail::ProgressEnd end(*token);
+    std::optional<detail::ProgressEnd> end(std::in_place, *token);
     ClearRapidFindDB({});
     EntryList all;
     double progress = 0;
     for (const auto& source : sources) {
-        EntryList entries;
-        try {
-            progress += static_cast<double>(source->GetProgressWeight());
-            list(*source, entries);
-        } catch (...) {
-            entries.clear(); // a source that fails contributes nothing
-        }
+        EntryList entries = ListSource(*source, list, progress);
         if (token->GetAbort()) {
             return;
         }
         detail::MoveProgress(*token, progress);
-        std::erase(entries, nullptr);
         detail::IndexEntries(entries, *token);
         all.insert(all.end(), entries.begin(), entries.end());
-        const int expected = source == sources.back() ? static_cast<int>(all.size()) : -1;
-        detail::Deliver(
-            token, callbacks.partialCompletion,
-            [entries = std::move(entries), delivered = static_cast<int>(all.size()), expected,
-             id = source->GetSourceID()](PartialCompletionCallback& call) { call(entries, delivered, expected, id); });
+        const int delivered = static_cast<int>(all.size());
+        const int expected = source == sources.back() ? delivered : -1;
+        detail::Deliver(token, callbacks.partialCompletion,
+                        [entries = std::move(entries), delivered, expected, id = source->GetSourceID()](
+                            PartialCompletionCallback& call) { call(entries, delivered, expected, id); });
     }
+    end.reset(); // before the last delivery: a host that has everything has no progress any more
     DeliverAll(std::move(all), token, callbacks.localRequest);
 }
 

@@ -36,6 +36,26 @@ void ReplaceIndexed(const std::vector<orvcore::UTF8String>& files, const Graphic
     detail::IndexEntries(entries, token);
 }
 
+// What the source tells last of whether more follows. A source that fails contributes nothing.
+bool ListFolder(ILocalGraphicSource& source, const orvcore::UTF16String& directory,
+                const GraphicSourceManager::TokenPtr& token, GraphicSourceManager::EntryList& entries)
+{
+    bool last = true;
+    try {
+        source.SearchDirectory(
+            [&](const GraphicSourceManager::EntryList& found, const orvcore::UTF16String&, bool isLast) {
+                entries.insert(entries.end(), found.begin(), found.end());
+                last = isLast;
+            },
+            directory, token);
+    } catch (...) {
+        entries.clear();
+        return true;
+    }
+    std::erase(entries, nullptr);
+    return last;
+}
+
 } // namespace
 
 void GraphicSourceManager::UpdateCustomDirectoryList(
@@ -94,25 +114,16 @@ void GraphicSourceManager::GetLocalGraphicsFromDirectory(const std::string& sour
                                                          const TokenPtr& token,
                                                          const std::shared_ptr<DirectoryCallback>& callback) const
 {
-    const detail::ProgressEnd end(*token);
     EntryList entries;
     bool last = true;
-    const SourcePtr source = FindGraphicSource(sourceID);
-    if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
-        try {
-            local->SearchDirectory(
-                [&](const EntryList& found, const orvcore::UTF16String&, bool isLast) {
-                    entries.insert(entries.end(), found.begin(), found.end());
-                    last = isLast;
-                },
-                orvcore::ToUTF16(directory), token);
-        } catch (...) {
-            entries.clear(); // a source that fails contributes nothing
-            last = true;
+    {
+        const detail::ProgressEnd end(*token);
+        const SourcePtr source = FindGraphicSource(sourceID);
+        if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
+            last = ListFolder(*local, orvcore::ToUTF16(directory), token, entries);
         }
+        ReplaceIndexed(files, entries, *token);
     }
-    std::erase(entries, nullptr);
-    ReplaceIndexed(files, entries, *token);
     orvcore::AsyncCallFromMainThread([entries = std::move(entries), directory, last, token, callback] {
         if (token->GetAbort()) {
             detail::TellCanceled(*token);

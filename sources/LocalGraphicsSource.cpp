@@ -154,6 +154,15 @@ LocalGraphicsSource::Target LocalGraphicsSource::FindTarget(const UTF16String& d
     return found;
 }
 
+// Every custom directory counts for progress, one that is not there as done from the start.
+double LocalGraphicsSource::BeginListing(FolderListing& listing, std::size_t targets) const
+{
+    const std::size_t all = customDirectories_.size() + 1;
+    const double step = double{GetProgressWeight()} / static_cast<double>(all);
+    listing.Advance(step * static_cast<double>(all - targets));
+    return step;
+}
+
 void LocalGraphicsSource::Search(const std::vector<UTF16String>& terms,
                                  std::vector<boost::shared_ptr<CapsuleEntry>>& results, int /*first*/, int /*count*/,
                                  int& total, boost::shared_ptr<CheckCancel> cancel) const
@@ -163,7 +172,7 @@ void LocalGraphicsSource::Search(const std::vector<UTF16String>& terms,
         if (terms.empty()) {
             FolderListing listing(GetSourceID(), std::move(cancel));
             const std::vector<Target> targets = ExistingTargets();
-            const double step = double{GetProgressWeight()} / static_cast<double>(targets.size());
+            const double step = BeginListing(listing, targets.size());
             for (const Target& target : targets) {
                 listing.List(target.folder, target.depth, target.key, step, results);
             }
@@ -183,10 +192,9 @@ void LocalGraphicsSource::SearchByDirectory(OnDirectory onDirectory, std::vector
 {
     FolderListing listing(GetSourceID(), std::move(cancel));
     const std::vector<Target> targets = ExistingTargets();
-    const double weight = double{GetProgressWeight()};
-    const double step = weight / static_cast<double>(customDirectories_.size() + 1);
+    listing.BeginProgress(orvcore::PathToUTF8(root_), double{GetProgressWeight()});
+    const double step = BeginListing(listing, targets.size());
     directories.clear();
-    listing.BeginProgress(orvcore::PathToUTF8(root_), weight);
     for (std::size_t i = 0; i < targets.size(); ++i) {
         const Target& target = targets[i];
         FolderListing::Entries entries;
@@ -205,10 +213,11 @@ void LocalGraphicsSource::SearchDirectory(OnDirectory onDirectory, const UTF16St
 {
     FolderListing listing(GetSourceID(), std::move(cancel));
     const Target target = FindTarget(directory);
+    const double weight = double{GetProgressWeight()};
     FolderListing::Entries entries;
     listing.BeginProgress(target.folder.empty() ? orvcore::ToUTF8(directory) : orvcore::PathToUTF8(target.folder),
-                          double{GetProgressWeight()});
-    listing.List(target.folder, target.depth, target.key, double{GetProgressWeight()}, entries);
+                          weight);
+    listing.List(target.folder, target.depth, target.key, weight, entries);
     if (!listing.IsCancelled()) {
         onDirectory(entries, directory, true);
     }

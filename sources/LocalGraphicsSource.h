@@ -8,6 +8,10 @@
 
 namespace orvcapsule {
 
+namespace detail {
+class FolderListing;
+}
+
 /// A preview that is larger than this many bytes unpacked is left out of an entry, and a definition that is larger
 /// counts as unreadable: what a listing takes of memory does not depend on what stands in a package.
 inline constexpr std::uint64_t kMaxPreviewBytes = std::uint64_t{64} << 20;
@@ -82,6 +86,7 @@ private:
     struct Target;
     std::vector<Target> ExistingTargets() const;
     Target FindTarget(const orvcore::UTF16String& directory) const;
+    double BeginListing(detail::FolderListing& listing, std::size_t targets) const;
 
     const orvcore::UTF16String rootFolder_;
     const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>> customDirectories_;

@@ -38,7 +38,8 @@ std::vector<PackageName> InOrder(const FoundPackages& found)
 } // namespace
 
 FolderListing::FolderListing(const std::string& sourceID, boost::shared_ptr<CheckCancel> cancel)
-    : cancel_(std::move(cancel))
+    : sourceID_(sourceID)
+    , cancel_(std::move(cancel))
     , maker_(sourceID, [this] { return IsCancelled(); })
 {
 }
@@ -89,8 +90,11 @@ void FolderListing::List(const std::filesystem::path& folder, Depth depth, const
     const std::size_t counted = depth == Depth::OneFolder ? found.files : found.packages;
     const double step = counted == 0 ? 0.0 : weight / static_cast<double>(counted);
     Advance(weight - step * static_cast<double>(found.packages)); // all that takes no time
-    Entries entries = MakeEntries(found, directoryKey, step);
+    const EntryStore known(sourceID_, folder);
+    std::vector<PackageState> states(found.packages);
+    Entries entries = MakeEntries(found, directoryKey, step, known, states);
     if (!cancelled_) {
+        known.Save(entries, states);
         results.reserve(results.size() + entries.size());
         std::copy_if(std::make_move_iterator(entries.begin()), std::make_move_iterator(entries.end()),
                      std::back_inserter(results), [](const auto& entry) { return entry != nullptr; });
@@ -98,14 +102,16 @@ void FolderListing::List(const std::filesystem::path& folder, Depth depth, const
 }
 
 FolderListing::Entries FolderListing::MakeEntries(const FoundPackages& found, const std::string& directoryKey,
-                                                  double step)
+                                                  double step, const EntryStore& known,
+                                                  std::vector<PackageState>& states)
 {
     const std::vector<PackageName> names = InOrder(found);
     Entries entries(names.size());
     orvcore::ParallelFor(names.size(), kPackagesAPiece, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end && !IsCancelled(); ++i) {
             const FolderOfPackages& folder = *names[i].folder;
-            entries[i] = maker_.Make(folder.folder / folder.packages[names[i].number], directoryKey);
+            const std::filesystem::path package = folder.folder / folder.packages[names[i].number];
+            entries[i] = maker_.Make(package, directoryKey, known, states[i]);
             Advance(step);
         }
     });

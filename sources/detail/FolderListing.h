@@ -37,8 +37,10 @@ public:
               Entries& results);
 
 private:
-    Entries MakeEntries(const FoundPackages& found, const std::string& directoryKey, double step);
+    Entries MakeEntries(const FoundPackages& found, const std::string& directoryKey, double step,
+                        const EntryStore& known, std::vector<PackageState>& states);
 
+    const std::string sourceID_;
     boost::shared_ptr<CheckCancel> cancel_;
     std::shared_ptr<orvappsupport::ProgressItem> item_;
     PackageEntries maker_;

@@ -2,7 +2,6 @@
 
 #include <capsule/Serialization.h>
 #include <orvcore/Files.h>
-#include <sources/LocalGraphicsSource.h>
 #include <sources/detail/EntryFields.h>
 
 #include <boost/smart_ptr/make_shared.hpp>
@@ -13,12 +12,22 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Nothing of a package that a listing looks at is large; what is must not take the memory of every worker.
-void LimitMemory(CapsuleZip& zip)
+// False, with the entry as it was, when there is no definition that can be read.
+bool ReadDefinition(CapsuleEntry& entry, const CapsuleZip& content)
 {
-    orvstorage::ZipLimits limits;
-    limits.maxItemSize = kMaxPreviewBytes;
-    zip.GetArchive().SetLimits(limits);
+    const orvcore::UTF8String text = content.GetZELTDescriptionJSON();
+    if (text.empty()) {
+        return false;
+    }
+    try {
+        const std::shared_ptr<Capsule> capsule = serialization::CapsuleFromJson(text);
+        if (capsule) {
+            FillFromCapsule(entry, *capsule);
+        }
+        return capsule != nullptr;
+    } catch (const std::exception&) { // what its reader gives up
+        return false;
+    }
 }
 
 } // namespace
@@ -30,13 +39,14 @@ PackageEntries::PackageEntries(const std::string& sourceID, std::function<bool()
 {
 }
 
-boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, const std::string& directoryKey) const
+boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, const std::string& directoryKey,
+                                                     const EntryStore& known, PackageState& state) const
 {
-    std::error_code ignored;
-    const orvcore::FileInfo facts = orvcore::InspectTarget(package, ignored);
-    if (facts.kind != orvcore::FileKind::File) {
+    const auto facts = orvcore::GetFileFacts(package);
+    if (!facts) {
         return nullptr;
     }
+    state.facts = *facts;
     auto entry = boost::make_shared<CapsuleEntry>();
     entry->sourcePath.reserve(2);
     entry->sourcePath.push_back(sourceID_);
@@ -44,62 +54,57 @@ boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, co
         entry->sourcePath.push_back(directoryKey);
     }
     entry->path = orvcore::PathToUTF8(package);
-    entry->fileSize = facts.size;
+    entry->fileSize = facts->size;
     entry->name = orvcore::PathToUTF16(package.stem());
-    entry->modified = ToPosixTime(facts.modified);
+    entry->modified = ToPosixTime(facts->modified);
     try {
-        CapsuleZip zip(package);
-        LimitMemory(zip);
-        if (ReadDefinition(*entry, zip)) {
-            entry->thumbnailPath = Preview(PreviewKind::Still, *entry, package, facts.modified, zip);
-        }
-        entry->videoPreviewPath = Preview(PreviewKind::Video, *entry, package, facts.modified, zip);
+        OnePackage one(package);
+        FillFromContent(*entry, one, known, state);
     } catch (const fs::filesystem_error&) { // no room for the private copy of a package with a long path
+        state.isKnown = false;
     }
     return entry;
 }
 
-bool PackageEntries::ReadDefinition(CapsuleEntry& entry, const CapsuleZip& zip) const
+void PackageEntries::FillFromContent(CapsuleEntry& entry, OnePackage& package, const EntryStore& known,
+                                     PackageState& state) const
 {
-    const orvcore::UTF8String text = zip.GetZELTDescriptionJSON();
-    if (text.empty()) {
-        return false;
+    bool hasDefinition = known.Recall(entry, state);
+    if (!hasDefinition) {
+        hasDefinition = ReadDefinition(entry, package.Content());
+        state.hasStill = hasDefinition;
+        state.hasVideo = true; // until it is looked for
+        state.isKnown = hasDefinition;
     }
-    try {
-        const std::shared_ptr<Capsule> capsule = serialization::CapsuleFromJson(text);
-        if (capsule) {
-            FillFromCapsule(entry, *capsule);
-        }
-        return capsule != nullptr;
-    } catch (const std::exception&) { // a definition that its reader gives up is an unreadable one
-        return false;
-    }
+    entry.thumbnailPath = Preview(PreviewKind::Still, entry, package, state);
+    entry.videoPreviewPath = Preview(PreviewKind::Video, entry, package, state);
 }
 
-orvcore::UTF8String PackageEntries::Preview(PreviewKind kind, const CapsuleEntry& entry, const fs::path& package,
-                                            orvcore::FileTime modified, const CapsuleZip& zip) const
+orvcore::UTF8String PackageEntries::Preview(PreviewKind kind, const CapsuleEntry& entry, OnePackage& package,
+                                            PackageState& state) const
 {
-    const fs::path target = previews_.PathOf(kind, entry, package, modified);
-    const bool isThere = !stop_() && previews_.Provide(kind, zip, target) && !stop_();
-    return isThere ? orvcore::PathToUTF8(target) : orvcore::UTF8String();
+    using Outcome = PreviewCache::Outcome;
+    bool& has = kind == PreviewKind::Still ? state.hasStill : state.hasVideo;
+    if (!has || stop_()) {
+        return {};
+    }
+    const fs::path target = previews_.PathOf(kind, entry.capsuleID, package, state.facts.modified);
+    const Outcome outcome = orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, target);
+    has = outcome != Outcome::None;
+    state.isKnown = state.isKnown && outcome != Outcome::Failed;
+    return outcome == Outcome::There && !stop_() ? orvcore::PathToUTF8(target) : orvcore::UTF8String();
 }
 
 orvcore::UTF8String PackageEntries::GetThumbnailPath(const CapsuleEntry& entry) const
 {
-    const fs::path package = orvcore::PathFromUTF8(entry.path);
-    std::error_code ignored;
-    const orvcore::FileInfo facts = orvcore::InspectTarget(package, ignored);
+    OnePackage package(orvcore::PathFromUTF8(entry.path));
+    PackageState state;
+    state.hasStill = true; // until it is looked for
     // A package that is gone may still have its preview; one that was replaced needs a new one.
-    const orvcore::FileTime modified =
-        facts.kind == orvcore::FileKind::File ? facts.modified : ToFileTime(entry.modified);
-    const fs::path target = previews_.PathOf(PreviewKind::Still, entry, package, modified);
-    if (orvcore::IsFile(target)) {
-        return stop_() ? orvcore::UTF8String() : orvcore::PathToUTF8(target);
-    }
+    const auto facts = orvcore::GetFileFacts(package.Path());
+    state.facts.modified = facts ? facts->modified : ToFileTime(entry.modified);
     try {
-        CapsuleZip zip(package);
-        LimitMemory(zip);
-        return Preview(PreviewKind::Still, entry, package, modified, zip);
+        return Preview(PreviewKind::Still, entry, package, state);
     } catch (const fs::filesystem_error&) {
         return {};
     }

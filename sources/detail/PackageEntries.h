@@ -1,9 +1,7 @@
 #pragma once
 
-#include <sources/CapsuleEntry.h>
+#include <sources/detail/EntryStore.h>
 #include <sources/detail/PreviewCache.h>
-
-#include <boost/shared_ptr.hpp>
 
 #include <functional>
 
@@ -17,16 +15,18 @@ public:
 
     /// The entry of the package at the full path `package`, found under `directoryKey`; empty when there is no such
     /// file any more. A package that cannot be read, whatever is wrong with it, still gives an entry: of what the file
-    /// system tells, and its video if there is one. The package is opened once.
-    boost::shared_ptr<CapsuleEntry> Make(const std::filesystem::path& package, const std::string& directoryKey) const;
+    /// system tells, and its video if there is one. The package is opened once, or not at all when `known` holds it as
+    /// it is and its previews are there.
+    boost::shared_ptr<CapsuleEntry> Make(const std::filesystem::path& package, const std::string& directoryKey,
+                                         const EntryStore& known, PackageState& state) const;
 
     /// The path of the entry's still preview, extracted now if it was not before; empty when there is none.
     orvcore::UTF8String GetThumbnailPath(const CapsuleEntry& entry) const;
 
 private:
-    bool ReadDefinition(CapsuleEntry& entry, const CapsuleZip& zip) const;
-    orvcore::UTF8String Preview(PreviewKind kind, const CapsuleEntry& entry, const std::filesystem::path& package,
-                                orvcore::FileTime modified, const CapsuleZip& zip) const;
+    void FillFromContent(CapsuleEntry& entry, OnePackage& package, const EntryStore& known, PackageState& state) const;
+    orvcore::UTF8String Preview(PreviewKind kind, const CapsuleEntry& entry, OnePackage& package,
+                                PackageState& state) const;
 
     std::string sourceID_;
     PreviewCache previews_;

@@ -4,6 +4,7 @@
 #include <orvcore/Files.h>
 #include <orvcore/HashMixer.h>
 #include <package/Workspace.h>
+#include <sources/LocalGraphicsSource.h>
 
 namespace orvcapsule::detail {
 
@@ -18,6 +19,24 @@ std::u8string_view ExtensionOf(PreviewKind kind)
 
 } // namespace
 
+OnePackage::OnePackage(const fs::path& path)
+    : path_(path)
+    , fileName_(orvcore::PathToUTF16(path.filename()))
+    , folder_(orvcore::PathToUTF8(path.parent_path()))
+{
+}
+
+const CapsuleZip& OnePackage::Content()
+{
+    if (!zip_) {
+        // Nothing of a package that a listing looks at is large; what is must not take the memory of every worker.
+        orvstorage::ZipLimits limits;
+        limits.maxItemSize = kMaxPreviewBytes;
+        zip_.emplace(path_).GetArchive().SetLimits(limits);
+    }
+    return *zip_;
+}
+
 PreviewCache::PreviewCache(std::string sourceID)
     : sourceID_(std::move(sourceID))
     , folder_(orvcore::PathFromUTF8(GetTempLocalDirectory()))
@@ -26,7 +45,7 @@ PreviewCache::PreviewCache(std::string sourceID)
     orvcore::MakeDirectories(folder_, ignored);
 }
 
-fs::path PreviewCache::PathOf(PreviewKind kind, const CapsuleEntry& entry, const fs::path& package,
+fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& capsuleID, const OnePackage& package,
                               orvcore::FileTime modified) const
 {
     const std::u8string_view extension = ExtensionOf(kind);
@@ -34,33 +53,31 @@ fs::path PreviewCache::PathOf(PreviewKind kind, const CapsuleEntry& entry, const
     mixer.AddBytes("tmpzlt", 6)
         .Add(extension)
         .Add(sourceID_)
-        .Add(entry.capsuleID)
-        .Add(orvcore::PathToUTF16(package.filename()))
+        .Add(capsuleID)
+        .Add(package.FileName())
         .Add(static_cast<std::uint64_t>(modified.time_since_epoch().count()))
         // Copies keep their time, and a copy that was worked on may keep its identifier: the folder tells them apart.
-        .Add(orvcore::PathToUTF8(package.parent_path()));
-    orvcore::UTF8String name = orvcore::ToUTF8(mixer.GetResult().ToString());
-    name += extension;
-    return folder_ / orvcore::PathFromUTF8(name);
+        .Add(package.Folder());
+    return folder_ / mixer.GetResult().ToString().append(orvcore::AsNarrow(extension));
 }
 
-bool PreviewCache::Provide(PreviewKind kind, const CapsuleZip& package, const fs::path& target) const
+PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, OnePackage& package, const fs::path& target) const
 {
-    if (orvcore::IsFile(target)) {
-        return true;
-    }
+    const CapsuleZip& zip = package.Content();
     const fs::path half = orvcore::PrivateSibling(target);
     const orvcore::UTF8String halfName = orvcore::PathToUTF8(half);
-    if (!(kind == PreviewKind::Still ? package.GetZELTThumbnailPNG(halfName)
-                                     : package.GetZELTThumbnailVideo(halfName))) {
-        return false;
+    if (!(kind == PreviewKind::Still ? zip.GetZELTThumbnailPNG(halfName) : zip.GetZELTThumbnailVideo(halfName))) {
+        const orvstorage::ZipError error = zip.GetLastFailure().error;
+        const bool hasNone =
+            error == orvstorage::ZipError::EntryMissing || error == orvstorage::ZipError::EntryTooLarge;
+        return hasNone ? Outcome::None : Outcome::Failed;
     }
     std::error_code error;
     if (orvcore::RenameOver(half, target, error)) {
-        return true;
+        return Outcome::There;
     }
     orvcore::RemoveTree(half);
-    return orvcore::IsFile(target); // another program was quicker and holds it
+    return orvcore::IsFile(target) ? Outcome::There : Outcome::Failed; // another program may be quicker and hold it
 }
 
 } // namespace orvcapsule::detail

@@ -1,33 +1,65 @@
 #pragma once
 
 #include <package/CapsuleZip.h>
-#include <sources/CapsuleEntry.h>
 
 #include <orvcore/FileSystem.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace orvcapsule::detail {
 
 enum class PreviewKind { Still, Video };
 
+/// One package file while its entry is made: opened when its content is first needed, and then only once.
+class OnePackage {
+public:
+    explicit OnePackage(const std::filesystem::path& path);
+
+    const std::filesystem::path& Path() const noexcept
+    {
+        return path_;
+    }
+    const orvcore::UTF16String& FileName() const noexcept
+    {
+        return fileName_;
+    }
+    const orvcore::UTF8String& Folder() const noexcept
+    {
+        return folder_;
+    }
+    /// Entries larger than kMaxPreviewBytes are not read. Throws `std::filesystem::filesystem_error` when there is no
+    /// room for the private copy of a package with a long path.
+    const CapsuleZip& Content();
+
+private:
+    std::filesystem::path path_;
+    orvcore::UTF16String fileName_;
+    orvcore::UTF8String folder_;
+    std::optional<CapsuleZip> zip_;
+};
+
 /// The pictures and videos extracted from packages, as files of the local working folder that outlive the process.
 /// Several threads and processes may look and extract at the same time: a file is made under a private name and then
-/// renamed, so that one that can be seen is whole. Nothing here throws for the file system's sake.
+/// renamed, so that one that can be seen is whole.
 class PreviewCache {
 public:
     /// Creates the working folder when it is missing.
     explicit PreviewCache(std::string sourceID);
 
-    /// Where the preview of the template in `package` belongs. The name is a hash of what tells one state of one
-    /// package from every other, so a package that is replaced gets a new file; it says nothing about whether there is
-    /// one.
-    std::filesystem::path PathOf(PreviewKind kind, const CapsuleEntry& entry, const std::filesystem::path& package,
+    /// Where the preview of a template belongs. The name is a hash of what tells one state of one package from every
+    /// other, so a package that is replaced gets a new file; it says nothing about whether there is one.
+    std::filesystem::path PathOf(PreviewKind kind, const orvcore::UTF16String& capsuleID, const OnePackage& package,
                                  orvcore::FileTime modified) const;
 
-    /// True when the preview is at `target` afterwards, extracted now or before.
-    bool Provide(PreviewKind kind, const CapsuleZip& package, const std::filesystem::path& target) const;
+    enum class Outcome {
+        There,  ///< the preview is at its path
+        None,   ///< the package has none, or too large a one
+        Failed, ///< it could not be read or written this time
+    };
+    /// Extracts a preview to `target`. Throws as OnePackage::Content does.
+    Outcome Extract(PreviewKind kind, OnePackage& package, const std::filesystem::path& target) const;
 
 private:
     std::string sourceID_;

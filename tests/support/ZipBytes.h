@@ -33,6 +33,7 @@ struct ZipItem {
     std::int64_t declaredPacked = -1;
     std::int64_t offset = -1;
     bool zip64 = false;
+    std::string extra = {};
 };
 
 /// Writes archives byte by byte, honest or not.
@@ -44,9 +45,9 @@ public:
         const std::uint64_t size = Told(item.declaredSize, item.data.size());
         const std::uint64_t packed = Told(item.declaredPacked, item.data.size());
         const auto crc = static_cast<std::uint32_t>(item.crc >= 0 ? item.crc : Crc32(item.data));
-        std::string extra;
+        std::string extra = item.extra;
         if (item.zip64) {
-            extra = Number(1, 2) + Number(16, 2) + Number(size, 8) + Number(packed, 8);
+            extra += Number(1, 2) + Number(16, 2) + Number(size, 8) + Number(packed, 8);
         }
         const std::string common = Number(item.flags, 2) + Number(item.method, 2) + Number(0x21, 4) + Number(crc, 4) +
                                    Number(item.zip64 ? 0xffffffff : packed, 4) +

@@ -3,15 +3,20 @@
 
 usage: zelt_test.py ZELT SAMPLES [EMULATOR...]
 """
+import contextlib
 import io
 import json
 import os
 import pathlib
 import shutil
+import signal
+import sqlite3
 import subprocess
 import sys
 import tempfile
+import unicodedata
 import unittest
+import unittest.mock
 import zipfile
 
 ZELT = SAMPLES = EMULATOR = None
@@ -427,6 +432,196 @@ class ZeltTest(unittest.TestCase):
         self.assertIn("a?[2J??zelt: ok\n", self.run_zelt("info", "tricky.zelt")[0])
 
 
+def expected_entry(file, language):
+    """What `list --json` should say, but for the places of files, worked out here from the package."""
+    unread = {"readable": False, "name": file.stem, "fileSize": file.stat().st_size, "durationMs": 0, "frameWidth": 0,
+              "frameHeight": 0, "authorApp": "", "capsuleID": "", "apiVersion": "", "needsNewerHost": False,
+              "description": "", "fonts": [], "tags": []}
+    if file.stem in [name.split("/")[-1] for name in REFUSED]:
+        return unread
+    info = expected_info(str(file), language)
+    return {key: info.get(key, value) for key, value in unread.items()} | {
+        "readable": True, "name": info["name"] or file.stem,
+        "needsNewerHost": info["authorApp"] == "tsfx" and not info["canUseTSLib"]}
+
+
+def columns(text):
+    """The columns that a text takes on a terminal."""
+    return sum(0 if unicodedata.category(c) == "Mn" else 1 + (unicodedata.east_asian_width(c) in "WF") for c in text)
+
+
+class BrowseTest(ZeltTest):
+    """Listing and searching folders: all samples lie below "root", one more package in "mine" and one below that."""
+
+    def setUp(self):
+        super().setUp()
+        self.temp = self.folder / "temporary"
+        for folder in ("root", "mine/below", "temporary"):
+            (self.folder / folder).mkdir(parents=True)
+        for name in [f"{name}.zelt" for name in GOOD] + ["from-the-future.zelt", "damaged"]:
+            os.rename(name, f"root/{name}")
+        shutil.copy("root/countdown.zelt", "mine/copy.zelt")
+        shutil.copy("root/countdown.zelt", "mine/below/hidden.zelt")
+        pathlib.Path("root/CAPITAL.ZELT").write_bytes(b"not for us")
+        patch = unittest.mock.patch.dict(os.environ, {"TMPDIR": str(self.temp)})
+        patch.start()
+        self.addCleanup(patch.stop)
+
+    def objects(self, *arguments, **keywords):
+        return [json.loads(line) for line in self.run_zelt(*arguments, "--json", **keywords)[0].splitlines()]
+
+    def found(self, language, *terms):
+        out, _ = self.run_zelt("search", "--json", "root", "mine", "--language", language, "--", *terms)
+        return [pathlib.PurePath(json.loads(line)["path"].replace("\\", "/")).stem for line in out.splitlines()]
+
+    def test_list_agrees_with_python(self):
+        listed = [*pathlib.Path("root").rglob("*.zelt"), pathlib.Path("mine/copy.zelt")]
+        for language in ("en_US", "de_DE", "ja_JP"):
+            # Previews are kept from one run to the next without regard to the language.
+            shutil.rmtree(self.temp / "ProBrowser", ignore_errors=True)
+            said = self.objects("list", "root", "mine", "--language", language)
+            self.assertEqual([s["name"] for s in said],
+                             sorted((s["name"] for s in said), key=lambda name: name.encode("utf-16-be")))
+            ours = {s["path"].replace("\\", "/").rpartition("/zelt-test-")[2].partition("/")[2]: s for s in said}
+            self.assertEqual(sorted(ours), sorted(file.as_posix() for file in listed))
+            self.assertEqual(len(said), len(listed))
+            for file in listed:
+                entry, expected = ours[file.as_posix()], expected_entry(file, language)
+                self.assertEqual({key: entry[key] for key in expected}, expected, (file, language))
+                if entry["readable"] and not EMULATOR:
+                    parts = contents_of(file)
+                    poster = parts.get(f"thumb_{language}.png") or parts["thumb.png"]
+                    self.assertEqual(pathlib.Path(entry["thumbnail"]).read_bytes(), poster, (file, language))
+                    self.assertEqual(entry["video"] is None, "thumb.mp4" not in parts, file)
+        keys = [s["sourcePath"][1].replace("\\", "/").split("/")[-1] for s in said if s["name"] == "Countdown 10s"]
+        self.assertEqual(keys, ["graphicsource.local.default", "mine"])
+        if not EMULATOR:
+            self.assertEqual(os.listdir(self.temp / "zelt"), [])  # the index of each run is gone
+
+    def test_folders_that_cannot_be_listed(self):
+        pathlib.Path("file").write_bytes(b"")
+        for folders, left in [(["gone", "mine"], 1), (["mine", "gone", "file"], 2), (["gone", "file"], 0), ([""], 0)]:
+            out, err = self.run_zelt("list", *folders, "--json", code=1)
+            self.assertEqual(len(out.splitlines()), left, folders)
+            bad = [folder for folder in folders if folder != "mine"]
+            self.assertEqual([line.split(": ")[1] for line in err.splitlines()], bad)
+
+    def test_table_stands_in_columns(self):
+        name = "e\u0301" * 9 + "ＷＩＤＥ 한글 ก็ 🎬"
+        self.write_package("root/odd.zelt", json.dumps(json.loads(definition_of("root/classic-title.zelt")) |
+                                                       {"capsuleName": name}))
+        lines = self.run_zelt("list", "root")[0].splitlines()
+        self.assertEqual(len(lines), 1 + len(GOOD) + len(REFUSED) + 1)
+        self.assertTrue(any(name in line for line in lines))
+        size = columns(lines[0][:lines[0].index("SIZE")])
+        for line in lines[1:]:
+            before = [line[:i] for i in range(len(line)) if columns(line[:i]) == size]
+            self.assertTrue(any(text.endswith("  ") and line[len(text)].isdigit() for text in before), line)
+        self.assertIn("needs newer host", next(line for line in lines if line.startswith("Bar Chart")))
+        self.assertIn("cannot be read", next(line for line in lines if line.startswith("truncated")))
+        long = self.run_zelt("list", "root", "--long")[0]
+        self.assertEqual(long.count("\n\n"), len(lines) - 2)
+
+    def test_search(self):
+        for language, terms, names in [
+            ("en_US", ["BAR"], ["bar-chart"]),
+            ("zh_CN", ["柱状"], ["bar-chart"]),
+            ("en_US", ["柱状"], []),
+            ("de_DE", ["bauchbinde", "ｎｅｗｓ"], ["lower-third"]),
+            ("fr_FR", ["epure"], ["lower-third"]),
+            ("ko_KR", ["자막"], ["lower-third"]),
+            ("ru_RU", ["ЧИСТЫЙ"], ["lower-third"]),
+            ("de_DE", ["幕"], ["字幕タイトル"]),
+            ("en_US", ["title", "clas"], ["classic-title"]),
+            ("en_US", ["countdown"], ["countdown", "copy"]),
+            ("en_US", ["truncat"], ["truncated"]),  # a package that cannot be read has its file's name
+            ("en_US", ["--json"], []),
+            ("en_US", ["untitled", "--", "x"], []),
+        ]:
+            self.assertEqual(self.found(language, *terms), names, (language, terms))
+        self.assertEqual(len(self.found("en_US", "")), len(GOOD) + len(REFUSED) + 1)
+        self.assertEqual(self.run_zelt("search", "root", "--", "no such")[0], "")
+
+    def test_tags(self):
+        for language, prefix, tags in [
+            ("en_US", "cl", ["classic", "classic title", "clean", "lower third – clean"]),
+            ("de_DE", "CL", ["classic", "classic title", "clean"]),
+            ("de_DE", "schl", ["bauchbinde – schlicht"]),
+            ("ja_JP", "タイ", ["タイトル", "字幕タイトル"]),
+            ("en_US", "--json", []),
+        ]:
+            out, _ = self.run_zelt("tags", "--language", language, "root", "--", prefix)
+            self.assertEqual(out.splitlines(), tags, (language, prefix))
+        out, _ = self.run_zelt("tags", "--json", "mine", "--", "")
+        self.assertEqual([json.loads(line) for line in out.splitlines()],
+                         [{"tag": tag} for tag in ("countdown", "countdown 10s", "leader", "timer")])
+
+    def test_index(self):
+        files = [*(f"root/{name}.zelt" for name in GOOD), "gone.zelt", *(f"root/{name}.zelt" for name in REFUSED)]
+        said, err = self.run_zelt("index", "build", "字.db", "--json", *files, code=1)
+        self.assertEqual([json.loads(line)["file"] for line in said.splitlines()], files[:len(GOOD)])
+        self.assertEqual([line.split(": ")[1] for line in err.splitlines()], files[len(GOOD):])
+        paths = {json.loads(line)["file"]: json.loads(line)["path"] for line in said.splitlines()}
+        search = lambda *terms: self.run_zelt("index", "search", "字.db", *terms)[0].splitlines()
+        tags = lambda prefix: [o["tag"] for o in self.objects("index", "tags", "字.db", prefix)]
+        self.assertEqual(search("lower", "clean"), [paths["root/lower-third.zelt"]])
+        self.assertEqual(search("--", "-"), [])
+        self.assertEqual(self.objects("index", "search", "字.db", "タイ"), [{"path": paths["root/字幕タイトル.zelt"]}])
+        self.assertEqual(tags("le"), ["leader"])
+        # A package that is added again is found by what it says now.
+        self.run_zelt("set", "root/countdown.zelt", "--tag", "Ådal", "--name", "Final")
+        self.run_zelt("index", "build", "字.db", "root/countdown.zelt")
+        self.assertEqual((search("leader"), search("adal", "final")), ([], [paths["root/countdown.zelt"]]))
+        self.assertEqual(len(search("")), len(GOOD))
+
+    def test_files_that_are_no_index(self):
+        shutil.copy("root/countdown.zelt", "other")
+        for arguments, words in [(["search", "gone.db", "x"], "no such file"), (["tags", "other", "x"], "not a search"),
+                                 (["build", "other", "root/untitled.zelt"], "not a search"),
+                                 (["build", "gone/x.db", "root/untitled.zelt"], "cannot be opened")]:
+            self.assertIn(words, self.run_zelt("index", *arguments, code=1)[1])
+        self.assertEqual(pathlib.Path("other").read_bytes(), pathlib.Path("root/countdown.zelt").read_bytes())
+        self.assertFalse(os.path.exists("gone.db"))
+        self.run_zelt("index", "build", "x.db", "root/untitled.zelt")
+        with contextlib.closing(sqlite3.connect("x.db", isolation_level=None)) as other:
+            other.execute("begin exclusive")
+            self.run_zelt("index", "build", "x.db", "root/untitled.zelt", code=1)
+            other.execute("rollback")
+        self.assertEqual(len(self.run_zelt("index", "search", "x.db", "")[0].splitlines()), 1)
+        damaged = pathlib.Path("x.db").read_bytes()[:100] + b"?" * 5000
+        pathlib.Path("x.db").write_bytes(damaged)
+        self.assertIn("x.db.damaged", self.run_zelt("index", "search", "x.db", "untitled", code=1)[1])
+        self.assertEqual(pathlib.Path("x.db.damaged").read_bytes(), damaged)
+        self.run_zelt("index", "build", "x.db", "root/untitled.zelt")
+
+    @unittest.skipIf(os.name == "nt", "signals are sent as on POSIX")
+    def test_interrupted(self):
+        if EMULATOR:
+            self.skipTest("signals are sent as on POSIX")
+        big = pathlib.Path("big")
+        big.mkdir()
+        for count in (500, 4000, 32000):  # until the program is slower than the signal
+            for i in range(count):
+                if not (big / f"{i}.zelt").exists():
+                    os.link("root/classic-title.zelt", big / f"{i}.zelt")
+            with subprocess.Popen([ZELT, "list", "--progress", "big"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                  preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL)) as process:
+                self.assertEqual(process.stderr.readline(), b"zelt: listing: 0 %\n")
+                process.send_signal(signal.SIGINT)
+                out, err = process.communicate(timeout=120)
+            if process.returncode != 0:
+                break
+        self.assertEqual((process.returncode, out, err.splitlines()[-1]), (130, b"", b"zelt: cancelled"))
+        self.assertEqual(os.listdir(self.temp / "zelt"), [])
+
+    def test_command_line_of_browsing(self):
+        for arguments in (["list"], ["search"], ["search", "root"], ["search", "root", "--"], ["search", "--", "x"],
+                          ["tags", "root"], ["tags", "root", "--", "a", "b"], ["index"], ["index", "frobnicate"],
+                          ["index", "build", "x.db"], ["index", "search", "x.db"], ["index", "tags", "x.db"]):
+            self.run_zelt(*arguments, code=2)
+        self.assertFalse(os.path.exists("x.db"))
+
+
 class OtherProgramsTest(ZeltTest):
     """Archives that others write are read, and ours pass their tests."""
 
@@ -478,8 +673,8 @@ class OtherProgramsTest(ZeltTest):
 
 def load_tests(loader, _tests, _pattern):
     suite = unittest.TestSuite(loader.loadTestsFromTestCase(ZeltTest))
-    own = [name for name in loader.getTestCaseNames(OtherProgramsTest) if name in vars(OtherProgramsTest)]
-    suite.addTests(OtherProgramsTest(name) for name in own)
+    for case in (BrowseTest, OtherProgramsTest):
+        suite.addTests(case(name) for name in loader.getTestCaseNames(case) if name in vars(case))
     return suite
 
 

@@ -140,17 +140,102 @@ void AddNew(CLI::App& app, Action& action)
     AddText(command, "--project", options->project, "FILE", "The project, .tsgraphic or .cvgraphic");
 }
 
+void AddIndex(CLI::App& app, Action& action)
+{
+    CLI::App* index = app.add_subcommand("index", "Fill and ask a search index kept in a file");
+    index->require_subcommand(1);
+
+    const auto build = AddCommand(*index, action, "build", "Add packages to an index", &RunIndexBuild);
+    AddArgument(build.first, "DB", build.second->database, "Index file; created when missing");
+    AddFiles(build.first, build.second->files);
+    build.first->add_flag("--json", build.second->json, "One JSON object for each package, on one line");
+
+    const auto search =
+        AddCommand(*index, action, "search", "Print the paths of the packages that all terms find", &RunIndexSearch);
+    AddArgument(search.first, "DB", search.second->database, "Index file");
+    search.first->add_option("TERM", search.second->terms, "Text contained in a name or a tag")
+        ->required()
+        ->type_name("");
+    search.first->add_flag("--json", search.second->json, "One JSON object for each path, on one line");
+
+    const auto tags =
+        AddCommand(*index, action, "tags", "Print the names and tags with a word that begins so", &RunIndexTags);
+    AddArgument(tags.first, "DB", tags.second->database, "Index file");
+    AddArgument(tags.first, "PREFIX", tags.second->prefix, "Beginning of a word; may be empty");
+    tags.first->add_flag("--json", tags.second->json, "One JSON object for each text, on one line");
+}
+
+void AddFolders(CLI::App* command, std::vector<std::string>& folders)
+{
+    command
+        ->add_option("FOLDER", folders,
+                     "Folders of packages: the first with all below it, the others without their sub-folders")
+        ->required()
+        ->type_name("");
+}
+
+// `terms` is what the arguments hold behind "--".
+void AddBrowsing(CLI::App& app, Action& action, const std::vector<std::string>& terms)
+{
+    const auto list = AddCommand(app, action, "list", "List the templates in folders", &RunList);
+    AddFolders(list.first, list.second->folders);
+    list.first->add_flag("--json", list.second->json, "One JSON object for each template, on one line");
+    list.first->add_flag("--long", list.second->isLong, "Everything that is known of each template");
+    list.first->add_flag("--progress", list.second->progress, "Tell how far it is even when no terminal is there");
+
+    const auto search = AddCommand(
+        app, action, "search", "List the templates in folders that all terms find: FOLDER... -- TERM...", &RunSearch);
+    search.second->terms = terms;
+    AddFolders(search.first, search.second->folders);
+    search.first->add_flag("--json", search.second->json, "One JSON object for each template, on one line");
+    search.first->add_flag("--long", search.second->isLong, "Everything that is known of each template");
+
+    const auto tags =
+        AddCommand(app, action, "tags",
+                   "Print the names and tags in folders with a word that begins so: FOLDER... -- PREFIX", &RunTags);
+    tags.second->terms = terms;
+    AddFolders(tags.first, tags.second->folders);
+    tags.first->add_flag("--json", tags.second->json, "One JSON object for each text, on one line");
+}
+
+// The command's name: the first argument that is neither an option nor an option's value.
+std::string CommandOf(const std::vector<std::string>& arguments)
+{
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (arguments[i] == "--language") {
+            ++i;
+        } else if (!arguments[i].starts_with('-')) {
+            return arguments[i];
+        }
+    }
+    return "";
+}
+
+// Takes what is behind the first "--" out of the arguments of a command that gives it a meaning of its own; the parser
+// would add it to the folders.
+std::vector<std::string> TakeTerms(std::vector<std::string>& arguments)
+{
+    const std::string command = CommandOf(arguments);
+    const auto separator = std::find(arguments.begin(), arguments.end(), "--");
+    if ((command != "search" && command != "tags") || separator == arguments.end()) {
+        return {};
+    }
+    std::vector<std::string> terms(separator + 1, arguments.end());
+    arguments.erase(separator, arguments.end());
+    return terms;
+}
+
 } // namespace
 
 ExitCode RunCommandLine(std::vector<std::string> arguments)
 {
-    CLI::App app("Reads, edits and makes motion-graphics template packages (.zelt).", "zelt");
+    CLI::App app("Reads, edits, makes and finds motion-graphics template packages (.zelt).", "zelt");
     app.set_version_flag("--version",
                          "zelt " ZELT_VERSION ", definition format " + orvcapsule::Capsule::GetCurrentAPIVersion());
     app.require_subcommand(1);
     app.fallthrough();
     app.get_formatter()->column_width(28);
-    app.footer("Exit codes: 0 done, 1 a file was bad, 2 the command line was. "
+    app.footer("Exit codes: 0 done, 1 a file was bad, 2 the command line was, 130 interrupted. "
                "\"zelt COMMAND --help\" tells a command's options.");
     std::string language;
     app.add_option("--language", language, "Language of localised texts and parts (default: en_US)")
@@ -160,6 +245,8 @@ ExitCode RunCommandLine(std::vector<std::string> arguments)
     AddPacking(app, action);
     AddSet(app, action);
     AddNew(app, action);
+    AddBrowsing(app, action, TakeTerms(arguments));
+    AddIndex(app, action);
     try {
         std::reverse(arguments.begin(), arguments.end()); // as this parser takes them
         app.parse(std::move(arguments));

@@ -82,4 +82,49 @@ struct NewOptions {
 };
 ExitCode RunNew(const NewOptions& options);
 
+/// The first folder is listed with all below it, the others without sub-folders.
+struct ListOptions {
+    std::vector<std::string> folders;
+    bool json = false;
+    bool isLong = false;
+    bool progress = false; ///< told even where no terminal shows a bar
+};
+ExitCode RunList(const ListOptions& options);
+
+struct SearchOptions {
+    std::vector<std::string> folders;
+    std::vector<std::string> terms;
+    bool json = false;
+    bool isLong = false;
+};
+ExitCode RunSearch(const SearchOptions& options);
+
+struct TagsOptions {
+    std::vector<std::string> folders;
+    std::vector<std::string> terms; ///< one: what a tag begins with
+    bool json = false;
+};
+ExitCode RunTags(const TagsOptions& options);
+
+struct IndexBuildOptions {
+    std::string database;
+    std::vector<std::string> files;
+    bool json = false;
+};
+ExitCode RunIndexBuild(const IndexBuildOptions& options);
+
+struct IndexSearchOptions {
+    std::string database;
+    std::vector<std::string> terms;
+    bool json = false;
+};
+ExitCode RunIndexSearch(const IndexSearchOptions& options);
+
+struct IndexTagsOptions {
+    std::string database;
+    std::string prefix;
+    bool json = false;
+};
+ExitCode RunIndexTags(const IndexTagsOptions& options);
+
 } // namespace zelt

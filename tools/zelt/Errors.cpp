@@ -28,6 +28,9 @@ ExitCode ReportCurrentException(const std::string& file)
     } catch (const UsageError& error) {
         ReportError(file, error.what());
         return ExitCode::kBadUsage;
+    } catch (const Cancelled& cancelled) {
+        ReportError(cancelled.what());
+        return ExitCode::kCancelled;
     } catch (const FileError& error) {
         ReportError(error.GetFile(), error.what());
     } catch (const std::filesystem::filesystem_error& error) {

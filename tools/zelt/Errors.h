@@ -9,8 +9,9 @@ namespace zelt {
 /// How the program ends.
 enum class ExitCode : int {
     kDone = 0,
-    kBadFile = 1,  ///< a file could not be read or written, or is not what it should be
-    kBadUsage = 2, ///< the command line asks for something that cannot be done
+    kBadFile = 1,     ///< a file could not be read or written, or is not what it should be
+    kBadUsage = 2,    ///< the command line asks for something that cannot be done
+    kCancelled = 130, ///< the user interrupted; what shells answer for a program that ended so
 };
 
 /// What is wrong with one file; ends the work on it.
@@ -34,6 +35,15 @@ private:
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+};
+
+/// The user interrupted the work; ends the command.
+class Cancelled : public std::runtime_error {
+public:
+    Cancelled()
+        : std::runtime_error("cancelled")
+    {
+    }
 };
 
 /// Writes "zelt: FILE: WHAT" as one line on standard error.

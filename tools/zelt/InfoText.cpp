@@ -1,39 +1,13 @@
 #include "ControlText.h"
 #include "InfoOutput.h"
 #include "Output.h"
-
-#include <algorithm>
-#include <cstdio>
+#include "TextLayout.h"
 
 namespace zelt {
 
 namespace {
 
 using namespace orvcapsule;
-
-std::string Joined(const std::vector<std::string>& list)
-{
-    std::string joined;
-    for (const std::string& element : list) {
-        joined += (joined.empty() ? "" : ", ") + element;
-    }
-    return joined;
-}
-
-// One line of the summary; nothing when there is nothing to say.
-std::string Line(const std::string& label, const std::string& value)
-{
-    constexpr std::size_t kLabelWidth = 14;
-    return value.empty() ? std::string()
-                         : "  " + label + std::string(kLabelWidth - label.size(), ' ') + Printable(value) + '\n';
-}
-
-std::string Fixed(double number, int decimals)
-{
-    char text[64];
-    const int size = std::snprintf(text, sizeof text, "%.*f", decimals, number);
-    return {text, static_cast<std::size_t>(std::clamp(size, 0, 63))};
-}
 
 std::string Composition(const Capsule& capsule)
 {
@@ -73,31 +47,6 @@ std::string TSLib(const Capsule& capsule)
            (usable ? ", usable through the template library" : ", not usable through the template library");
 }
 
-// Rows in columns as wide as their widest cell, counted in characters.
-std::string Table(const std::vector<std::vector<std::string>>& rows)
-{
-    const auto width = [](const std::string& text) {
-        return static_cast<std::size_t>(std::count_if(
-            text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
-    };
-    std::vector<std::size_t> widths;
-    for (const auto& row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], width(row[i]));
-        }
-    }
-    std::string table;
-    for (const auto& row : rows) {
-        std::string line = "   ";
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            line += ' ' + row[i] + std::string(widths[i] - width(row[i]) + 1, ' ');
-        }
-        table += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
-    }
-    return table;
-}
-
 std::string Controls(const Capsule& capsule)
 {
     std::vector<std::vector<std::string>> rows;
@@ -105,7 +54,7 @@ std::string Controls(const Capsule& capsule)
         rows.push_back({KindName(control->GetType()), Printable(orvcore::ToNarrow(control->GetID())),
                         Printable(orvcore::ToNarrow(control->GetName())), Printable(ValueText(*control))});
     }
-    return rows.empty() ? "" : "  Controls\n" + Table(rows);
+    return rows.empty() ? "" : "  Controls\n" + Table(rows, "    ");
 }
 
 std::string Entries(const std::vector<orvstorage::ZipEntry>& entries)
@@ -115,7 +64,7 @@ std::string Entries(const std::vector<orvstorage::ZipEntry>& entries)
         rows.push_back({Printable(orvcore::AsNarrow(entry.name)), std::to_string(entry.size) + " bytes",
                         std::to_string(entry.compressedSize) + " packed"});
     }
-    return "  Entries\n" + Table(rows);
+    return "  Entries\n" + Table(rows, "    ");
 }
 
 } // namespace
@@ -123,18 +72,21 @@ std::string Entries(const std::vector<orvstorage::ZipEntry>& entries)
 std::string InfoAsText(const Template& read)
 {
     const Capsule& capsule = *read.definition.capsule;
-    return Printable(read.file) + '\n' + Line("Name", orvcore::ToNarrow(capsule.GetDisplayName())) +
-           Line("Description", orvcore::ToNarrow(capsule.GetCapsuleDesc())) +
-           Line("Identity", orvcore::ToNarrow(capsule.GetCapsuleID())) +
-           Line("Author", orvcore::ToNarrow(capsule.GetAuthorApp()) +
-                              (capsule.GetAuthorID().empty() ? "" : " " + orvcore::ToNarrow(capsule.GetAuthorID()))) +
-           Line("Version", TSLib(capsule)) + Line("Licence", orvcore::ToNarrow(capsule.GetLicenseID())) +
-           Line("Platforms", Joined(capsule.GetPlatformSupport())) + Line("Composition", Composition(capsule)) +
-           Line("Locales", Locales(capsule)) + Line("Fonts", Joined(capsule.GetUsedFonts())) +
-           Line("Effects", Joined(capsule.GetUsedEffects())) +
-           Line("Renderers", Joined(capsule.GetUsedCompRenderers())) +
-           Line("File types", Joined(capsule.GetUsedFileTypes())) + Line("Tags", Joined(capsule.GetTags())) +
-           Controls(capsule) + Entries(read.entries);
+    return Printable(read.file) + '\n' + LabelledLine("Name", orvcore::ToNarrow(capsule.GetDisplayName())) +
+           LabelledLine("Description", orvcore::ToNarrow(capsule.GetCapsuleDesc())) +
+           LabelledLine("Identity", orvcore::ToNarrow(capsule.GetCapsuleID())) +
+           LabelledLine("Author",
+                        orvcore::ToNarrow(capsule.GetAuthorApp()) +
+                            (capsule.GetAuthorID().empty() ? "" : " " + orvcore::ToNarrow(capsule.GetAuthorID()))) +
+           LabelledLine("Version", TSLib(capsule)) +
+           LabelledLine("Licence", orvcore::ToNarrow(capsule.GetLicenseID())) +
+           LabelledLine("Platforms", Joined(capsule.GetPlatformSupport())) +
+           LabelledLine("Composition", Composition(capsule)) + LabelledLine("Locales", Locales(capsule)) +
+           LabelledLine("Fonts", Joined(capsule.GetUsedFonts())) +
+           LabelledLine("Effects", Joined(capsule.GetUsedEffects())) +
+           LabelledLine("Renderers", Joined(capsule.GetUsedCompRenderers())) +
+           LabelledLine("File types", Joined(capsule.GetUsedFileTypes())) +
+           LabelledLine("Tags", Joined(capsule.GetTags())) + Controls(capsule) + Entries(read.entries);
 }
 
 } // namespace zelt

@@ -2,8 +2,10 @@
 
 #include <orvcore/CommandLine.h>
 #include <orvcore/Console.h>
+#include <orvcore/JSONTextWriter.h>
 #include <orvcore/Paths.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace zelt {
@@ -49,6 +51,19 @@ std::string Printable(std::string_view text)
     return safe;
 }
 
+std::string OneMember(std::string_view key, std::string_view text, bool json)
+{
+    if (!json) {
+        return Printable(text);
+    }
+    orvcore::serialization::JSONTextWriter writer;
+    writer.BeginObject();
+    writer.Key(key);
+    writer.String(text);
+    writer.EndObject();
+    return orvcore::ToNarrow(writer.Take());
+}
+
 std::string Count(std::size_t number, const std::string& noun)
 {
     return std::to_string(number) + ' ' +
@@ -61,6 +76,13 @@ std::string Count(std::size_t number, const std::string& noun)
 std::filesystem::path ToPath(std::string_view argument)
 {
     return orvcore::PathFromUTF8(orvcore::AsUTF8(argument));
+}
+
+std::filesystem::path ToFullPath(std::string_view argument)
+{
+    const std::filesystem::path full = std::filesystem::absolute(ToPath(argument));
+    return std::find(full.begin(), full.end(), "..") == full.end() ? full.lexically_normal()
+                                                                   : std::filesystem::weakly_canonical(full);
 }
 
 std::string ToText(const std::filesystem::path& path)

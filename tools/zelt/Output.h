@@ -20,12 +20,18 @@ bool FlushOutput();
 /// fake a line, become "?".
 std::string Printable(std::string_view text);
 
+/// A text alone on a line: as it is, safe to show, or as a JSON object with the one key.
+std::string OneMember(std::string_view key, std::string_view text, bool json);
+
 /// "3 files", "1 file".
 std::string Count(std::size_t number, const std::string& noun);
 
 /// @name Paths of the command line, which are UTF-8
 /// @{
 std::filesystem::path ToPath(std::string_view argument);
+/// The full path, without "." in it. Where it holds "..", links are resolved: only so is that folder the one meant.
+/// @throws std::filesystem::filesystem_error
+std::filesystem::path ToFullPath(std::string_view argument);
 std::string ToText(const std::filesystem::path& path);
 /// @}
 

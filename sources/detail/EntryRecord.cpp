@@ -1,0 +1,193 @@
+#include <sources/detail/EntryRecord.h>
+
+#include <concepts>
+
+namespace orvcapsule::detail {
+
+namespace {
+
+class Writer {
+public:
+    explicit Writer(std::string& bytes)
+        : bytes_(bytes)
+    {
+    }
+
+    template <std::integral T>
+    void operator()(const T& value)
+    {
+        auto rest = static_cast<std::uint64_t>(value);
+        for (std::size_t i = 0; i < sizeof(T); ++i) {
+            bytes_ += static_cast<char>(rest & 0xFFU);
+            rest >>= 8U;
+        }
+    }
+    void operator()(const orvcore::FileTime& time)
+    {
+        (*this)(std::int64_t{time.time_since_epoch().count()});
+    }
+    void operator()(const orvcore::UTF16String& text)
+    {
+        (*this)(static_cast<std::uint32_t>(text.size()));
+        for (const char16_t unit : text) {
+            (*this)(static_cast<std::uint16_t>(unit));
+        }
+    }
+    void operator()(const std::vector<orvcore::UTF16String>& texts)
+    {
+        (*this)(static_cast<std::uint32_t>(texts.size()));
+        for (const orvcore::UTF16String& text : texts) {
+            (*this)(text);
+        }
+    }
+
+private:
+    std::string& bytes_;
+};
+
+// Never reads beyond the bytes, and never takes memory for more than they can hold.
+class Reader {
+public:
+    explicit Reader(std::string_view bytes)
+        : bytes_(bytes)
+    {
+    }
+
+    template <std::integral T>
+    void operator()(T& value)
+    {
+        const std::string_view piece = Take(sizeof(T));
+        std::uint64_t number = 0;
+        for (std::size_t i = piece.size(); i > 0; --i) {
+            number = number << 8U | static_cast<unsigned char>(piece[i - 1]);
+        }
+        value = static_cast<T>(number);
+    }
+    void operator()(orvcore::FileTime& time)
+    {
+        std::int64_t count = 0;
+        (*this)(count);
+        time = orvcore::FileTime(std::chrono::microseconds(count));
+    }
+    void operator()(orvcore::UTF16String& text)
+    {
+        const std::string_view piece = Take(2 * TakeCount(2));
+        text.resize(piece.size() / 2);
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const auto low = static_cast<unsigned char>(piece[2 * i]);
+            const auto high = static_cast<unsigned char>(piece[2 * i + 1]);
+            text[i] = static_cast<char16_t>(high << 8U | low);
+        }
+    }
+    void operator()(std::vector<orvcore::UTF16String>& texts)
+    {
+        texts.resize(TakeCount(4));
+        for (orvcore::UTF16String& text : texts) {
+            (*this)(text);
+        }
+    }
+
+    std::string_view Take(std::size_t count)
+    {
+        failed_ = failed_ || count > bytes_.size();
+        const std::string_view piece = bytes_.substr(0, failed_ ? 0 : count);
+        bytes_.remove_prefix(piece.size());
+        return piece;
+    }
+    // A number of things that take at least `each` bytes.
+    std::size_t TakeCount(std::size_t each)
+    {
+        std::uint32_t count = 0;
+        (*this)(count);
+        failed_ = failed_ || count > bytes_.size() / each;
+        return failed_ ? 0 : count;
+    }
+    bool IsWhole() const
+    {
+        return !failed_ && bytes_.empty();
+    }
+    bool HasFailed() const
+    {
+        return failed_;
+    }
+    std::string_view Left() const
+    {
+        return bytes_;
+    }
+
+private:
+    std::string_view bytes_;
+    bool failed_ = false;
+};
+
+// What a record holds, for both directions.
+template <class Archive, class State>
+void WalkState(Archive& archive, State& state)
+{
+    archive(state.facts.size);
+    archive(state.facts.modified);
+    archive(state.facts.replaced);
+    archive(state.hasStill);
+    archive(state.hasVideo);
+}
+
+template <class Archive, class Entry>
+void WalkFields(Archive& archive, Entry& entry)
+{
+    archive(entry.name);
+    archive(entry.capsuleID);
+    archive(entry.licenseID);
+    archive(entry.mobileCompatibilityVersion);
+    archive(entry.apiVersion);
+    archive(entry.frameWidth);
+    archive(entry.frameHeight);
+    archive(entry.durationMs);
+    archive(entry.needsTsUpgrade);
+    archive(entry.hasUnsupportedEffects);
+    archive(entry.entryKind);
+    archive(entry.usedFonts);
+    archive(entry.description);
+    archive(entry.tags);
+    archive(entry.authorApp);
+}
+
+} // namespace
+
+void AppendRecord(std::string& bytes, const CapsuleEntry& entry, const PackageState& state)
+{
+    std::string rest;
+    Writer record(rest);
+    WalkState(record, state);
+    WalkFields(record, entry);
+    Writer writer(bytes);
+    writer(static_cast<std::uint32_t>(entry.path.size()));
+    bytes += orvcore::AsNarrow(entry.path);
+    writer(static_cast<std::uint32_t>(rest.size()));
+    bytes += rest;
+}
+
+bool TakeRecord(std::string_view& bytes, std::u8string_view& path, std::string_view& rest)
+{
+    Reader reader(bytes);
+    path = orvcore::AsUTF8(reader.Take(reader.TakeCount(1)));
+    rest = reader.Take(reader.TakeCount(1));
+    bytes = reader.Left();
+    return !reader.HasFailed();
+}
+
+bool TakeState(std::string_view& rest, PackageState& state)
+{
+    Reader reader(rest);
+    WalkState(reader, state);
+    rest = reader.Left();
+    return !reader.HasFailed();
+}
+
+bool ReadFields(std::string_view rest, CapsuleEntry& entry)
+{
+    Reader reader(rest);
+    WalkFields(reader, entry);
+    return reader.IsWhole();
+}
+
+} // namespace orvcapsule::detail

@@ -1,0 +1,125 @@
+#include <sources/detail/EntryStore.h>
+
+#include <capsule/Capsule.h>
+#include <package/Workspace.h>
+#include <sources/detail/EntryRecord.h>
+
+#include <orvcore/Application.h>
+#include <orvcore/AtomicFile.h>
+#include <orvcore/DebugSettings.h>
+#include <orvcore/Files.h>
+#include <orvcore/HashMixer.h>
+
+#include <algorithm>
+
+namespace orvcapsule::detail {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Grows with every change of what an entry says of the same package.
+constexpr std::uint64_t kFormat = 1;
+
+// The coarsest times that a file system keeps are two seconds apart.
+constexpr std::int64_t kSettleMilliseconds = 2000;
+
+constexpr std::size_t kChecksumSize = 16;
+constexpr std::uint64_t kLargestFile = std::uint64_t{512} << 20;
+
+fs::path FileFor(const std::string& sourceID, const fs::path& top)
+{
+    orvcore::HashMixer mixer;
+    mixer.Add("entries")
+        .Add(kFormat)
+        .Add(Capsule::GetCurrentAPIVersion()) // a newer reader reads what an older one refused
+        .Add(sourceID)
+        .Add(orvcore::Application::GetLanguage())
+        .Add(orvcore::PathToUTF8(top));
+    return orvcore::PathFromUTF8(GetTempLocalDirectory()) / (mixer.GetResult().ToString() + ".entries");
+}
+
+std::string ChecksumOf(std::string_view bytes)
+{
+    const orvcore::Guid sum = orvcore::HashMixer().Add(bytes).GetResult();
+    return {sum.bytes.begin(), sum.bytes.end()};
+}
+
+} // namespace
+
+EntryStore::EntryStore(const std::string& sourceID, const fs::path& top)
+    : sourceID_(sourceID)
+    , top_(top)
+    , file_(FileFor(sourceID, top))
+{
+    const std::int64_t settle = orvcore::DebugSettings::GetInt("ORV.entrysettletime", kSettleMilliseconds);
+    isUsed_ = settle >= 0;
+    settled_ = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) -
+               std::chrono::milliseconds(settle);
+    if (isUsed_) {
+        content_ = orvcore::ReadWholeFile(file_, kLargestFile).value_or(std::string());
+    }
+    std::string_view bytes = content_;
+    const std::string_view checksum = bytes.substr(0, std::min(bytes.size(), kChecksumSize));
+    bytes.remove_prefix(checksum.size());
+    if (bytes.empty() || checksum != ChecksumOf(bytes)) {
+        return;
+    }
+    std::u8string_view path;
+    std::string_view rest;
+    while (!bytes.empty() && TakeRecord(bytes, path, rest)) {
+        records_.emplace(path, rest);
+    }
+}
+
+bool EntryStore::Recall(CapsuleEntry& entry, PackageState& state) const
+{
+    const auto found = records_.find(entry.path);
+    PackageState stored;
+    if (found == records_.end()) {
+        return false;
+    }
+    std::string_view fields = found->second;
+    if (!TakeState(fields, stored) || stored.facts != state.facts) {
+        return false;
+    }
+    CapsuleEntry filled = entry;
+    if (!ReadFields(fields, filled)) {
+        return false;
+    }
+    entry = std::move(filled);
+    state = stored;
+    state.isKnown = true;
+    ++recalled_;
+    return true;
+}
+
+void EntryStore::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
+                      const std::vector<PackageState>& states) const
+{
+    const auto known = static_cast<std::size_t>(
+        std::count_if(states.begin(), states.end(), [](const PackageState& state) { return state.isKnown; }));
+    const bool nothingNew = recalled_ == known && recalled_ == records_.size();
+    // A language that changed meanwhile leaves names of both.
+    if (!isUsed_ || nothingNew || file_ != FileFor(sourceID_, top_)) {
+        return;
+    }
+    std::string bytes;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const PackageState& state = states[i];
+        if (state.isKnown && state.facts.modified < settled_ && state.facts.replaced < settled_) {
+            AppendRecord(bytes, *entries[i], state);
+        }
+    }
+    const std::string checksum = ChecksumOf(bytes);
+    if (bytes.empty() || std::string_view(content_).starts_with(checksum)) {
+        return;
+    }
+    std::error_code error; // a listing without this file is a slower one
+    orvcore::AtomicFile file(file_);
+    if (file.Write(checksum.data(), checksum.size(), error) && file.Write(bytes.data(), bytes.size(), error)) {
+        file.Commit(orvcore::AtomicFile::Durability::Cached, error);
+    }
+}
+
+} // namespace orvcapsule::detail

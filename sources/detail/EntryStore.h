@@ -1,0 +1,55 @@
+#pragma once
+
+#include <sources/CapsuleEntry.h>
+
+#include <orvcore/FileFacts.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <atomic>
+#include <filesystem>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace orvcapsule::detail {
+
+/// What a listing found out about one package, beside its entry.
+struct PackageState {
+    orvcore::FileFacts facts;
+    bool hasStill = false;
+    bool hasVideo = false;
+    /// The package was read in good order and nothing of it is left to be tried again.
+    bool isKnown = false;
+};
+
+/// What the last listing of a folder read in its packages, kept in a file of the local working folder, so that the next
+/// one reads only what is new or changed. It is a cache: missing, damaged, of another version or language, or changed
+/// by another process, it costs time and nothing else.
+///
+/// Recall may be called from several threads at once.
+class EntryStore {
+public:
+    /// Reads what is known of the packages found under `top`, in the application language of now.
+    EntryStore(const std::string& sourceID, const std::filesystem::path& top);
+
+    /// Fills what the definition of the package at `entry.path` says of it, when the package is as it was.
+    bool Recall(CapsuleEntry& entry, PackageState& state) const;
+
+    /// Keeps what is known now. Empty entries are passed over; a package that has changed only just now is, too,
+    /// because another change might bear the same time.
+    void Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
+              const std::vector<PackageState>& states) const;
+
+private:
+    std::string sourceID_;
+    std::filesystem::path top_;
+    std::filesystem::path file_;
+    std::string content_;
+    std::unordered_map<std::u8string_view, std::string_view> records_; ///< into `content_`, by path
+    orvcore::FileTime settled_;                                        ///< packages changed before this can be trusted
+    bool isUsed_ = true;
+    mutable std::atomic<std::size_t> recalled_ = 0;
+};
+
+} // namespace orvcapsule::detail
