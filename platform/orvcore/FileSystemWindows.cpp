@@ -266,9 +266,11 @@ void ReadDirectory(const fs::path& directory, const std::function<bool(const fs:
     if (handle == INVALID_HANDLE_VALUE) {
         error = LastWindowsError();
         std::error_code ignored;
-        if (error == std::errc::no_such_file_or_directory &&
-            InspectTarget(directory, ignored).kind == FileKind::Directory) {
+        const FileKind kind = InspectTarget(directory, ignored).kind;
+        if (kind == FileKind::Directory && error == std::errc::no_such_file_or_directory) {
             error.clear(); // the root of an empty disk
+        } else if (kind == FileKind::File || kind == FileKind::Other) {
+            error = std::make_error_code(std::errc::not_a_directory);
         }
         return;
     }

@@ -105,6 +105,9 @@ TEST(Files, ErrorsAreTheSameOnEverySystem)
     EXPECT_FALSE(error);
     EXPECT_EQ(orvcore::InspectPath(folder / "none", error).kind, orvcore::FileKind::Nothing);
     EXPECT_FALSE(error);
+    orvcore::ReadDirectory(
+        folder / "file", [](const fs::path&, orvcore::FileKind) { return true; }, error);
+    EXPECT_EQ(error, std::errc::not_a_directory);
     fs::permissions(folder / "file", fs::perms::owner_read);
     orvcore::CopyOneFile(folder / "file", folder / "copy");
     folder.Write("other", "y");

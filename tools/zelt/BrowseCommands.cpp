@@ -3,7 +3,7 @@
 #include "EntryOutput.h"
 #include "Output.h"
 
-#include <orvcore/Paths.h>
+#include <orvcore/FileSystem.h>
 
 #include <algorithm>
 
@@ -17,7 +17,8 @@ namespace fs = std::filesystem;
 std::string UsableFolder(const std::string& folder)
 {
     std::error_code failed;
-    const fs::directory_iterator opened(orvcore::ToSystemPath(ToPath(folder)), failed);
+    orvcore::ReadDirectory(
+        ToPath(folder), [](const fs::path&, orvcore::FileKind) { return false; }, failed);
     if (failed == std::errc::no_such_file_or_directory) {
         throw FileError(folder, "there is no such folder");
     }
