@@ -12,9 +12,9 @@
 /// convert on all workers of the CPU-bound executor, in order.
 ///
 /// Writers raise `std::bad_variant_access` for a control whose value is not of its kind's alternative, and
-/// `orvcore::serialization::json_write_exception` for a number that is not finite. Readers raise
-/// `orvcore::serialization::missing_key_exception`, which names the key, for a required key that is absent or holds
-/// no usable value.
+/// `orvcore::serialization::json_write_exception` for a number that is not finite and for kept unknown keys that would
+/// lie too deep to be read. Readers raise `orvcore::serialization::missing_key_exception`, which names the key, for a
+/// required key that is absent or holds no usable value.
 namespace orvcapsule::serialization {
 
 /// The definition document of a template: compact UTF-8 JSON of the current format version, keys in ascending byte

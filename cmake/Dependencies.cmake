@@ -9,14 +9,23 @@ function(orv_find_library target header)
   set_target_properties(${target} PROPERTIES
     IMPORTED_LOCATION "${${id}_LIBRARY}"
     INTERFACE_INCLUDE_DIRECTORIES "${${id}_INCLUDE_DIR}")
+  if(ORV_STATIC_DEPENDENCIES)
+    orv_complete_static_library(${target} ${id})
+  endif()
 endfunction()
+
+if(ORV_STATIC_DEPENDENCIES)
+  include(StaticDependencies)
+endif()
 
 find_package(Threads REQUIRED)
 find_package(Boost 1.81 REQUIRED)
 find_package(simdjson REQUIRED)
 orv_find_library(orv::libzip zip.h zip)
+orv_find_library(orv::zlib zlib.h z)
 orv_find_library(orv::sqlite3 sqlite3.h sqlite3)
 orv_find_library(orv::utf8proc utf8proc.h utf8proc)
+
 # Header-only.
 find_path(ORV_XXHASH_INCLUDE_DIR xxhash.h REQUIRED)
 mark_as_advanced(ORV_XXHASH_INCLUDE_DIR)

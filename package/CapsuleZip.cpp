@@ -2,6 +2,7 @@
 
 #include <orvcore/Application.h>
 #include <orvcore/CopyDirectory.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <package/PackageNames.h>
 #include <package/detail/ShortPath.h>
@@ -66,22 +67,19 @@ CapsuleZip::~CapsuleZip() = default;
 
 void CapsuleZip::MoveToShortPath(const fs::path& package, const UTF8String& fullPath, const std::string& password)
 {
-    if (!orvcore::Exists(package)) {
+    if (!detail::IsLongPath(fullPath) || !orvcore::Exists(package)) {
         return;
     }
     privateCopy_ = detail::FolderForLongPath(fullPath);
-    if (privateCopy_) {
-        const fs::path copy = privateCopy_->Path() / package.filename();
-        orvcore::CopyOneFile(package, copy);
-        workingPath_ = orvcore::PathToUTF8(copy);
-        zip_ = orvstorage::ZipFile(copy, password);
-    }
+    const fs::path copy = privateCopy_->Path() / package.filename();
+    orvcore::CopyOneFile(package, copy);
+    workingPath_ = orvcore::PathToUTF8(copy);
+    zip_ = orvstorage::ZipFile(copy, password);
 }
 
 UTF8String CapsuleZip::GetZELTDescriptionJSON() const
 {
-    const orvstorage::ZipBuffer text = zip_.UnzipItem(kJSONFileName);
-    return text ? UTF8String(text->begin(), text->end()) : UTF8String();
+    return zip_.UnzipText(kJSONFileName).value_or(UTF8String());
 }
 
 bool CapsuleZip::SetZELTDescriptionJSON(const UTF16String& directory)
@@ -182,7 +180,7 @@ bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite) const
     const bool copied = orvcore::WaitForResultCode(copy, kLongestWait) >= 0;
     if (isNew && !(unzipped && copied)) {
         std::error_code ignored; // it goes only when nothing has come into it
-        fs::remove(orvcore::ToSystemPath(directory), ignored);
+        orvcore::RemoveOne(directory, ignored);
     }
     return unzipped && copied;
 }

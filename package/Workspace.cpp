@@ -1,10 +1,12 @@
 #include <package/Workspace.h>
 
+#include <package/PackageNames.h>
 #include <package/detail/FolderUse.h>
 #include <package/detail/SafeFileName.h>
 
 #include <orvcore/Application.h>
 #include <orvcore/Executor.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 
 #include <atomic>
@@ -18,9 +20,6 @@ namespace {
 
 constexpr std::uint64_t kSizeLimitBytes = 314572800;
 constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
-constexpr std::u8string_view kJSONFileName = u8"definition.json";
-constexpr std::u8string_view kThumbFileName = u8"thumb.png";
-constexpr std::u8string_view kVideoThumbFileName = u8"thumb.mp4";
 
 fs::path WorkingFolder(bool local)
 {
@@ -37,11 +36,11 @@ fs::path StockAssetFolder(const orvcore::UTF8String& assetId)
     if (stock.empty()) {
         return {};
     }
-    const fs::path folder = stock / detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetName())) /
-                            detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetClientVersion())) /
-                            detail::SafeFileName(assetId);
+    fs::path folder = stock / detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetName())) /
+                      detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetClientVersion())) /
+                      detail::SafeFileName(assetId);
     std::error_code ignored;
-    fs::create_directories(orvcore::ToSystemPath(folder), ignored);
+    orvcore::MakeDirectories(folder, ignored);
     return folder;
 }
 
@@ -55,19 +54,17 @@ orvcore::UTF8String StockAssetFile(const orvcore::UTF8String& assetId, std::u8st
 bool DeleteContents(const fs::path& folder, const fs::path& kept)
 {
     std::error_code error;
-    std::vector<fs::directory_entry> entries;
-    for (fs::directory_iterator at(orvcore::ToSystemPath(folder), error); !error && at != fs::directory_iterator();
-         at.increment(error)) {
-        entries.push_back(*at);
-    }
-    bool whole = !error;
-    for (const fs::directory_entry& entry : entries) {
-        const fs::path path = folder / entry.path().filename();
-        if (path == kept) {
-            continue;
+    std::vector<std::pair<fs::path, bool>> found;
+    const auto collect = [&](const fs::path& path, orvcore::FileKind kind) {
+        if (path != kept) {
+            found.emplace_back(path, kind == orvcore::FileKind::Directory);
         }
-        const bool isFolder = entry.symlink_status(error).type() == fs::file_type::directory;
-        whole = (!isFolder || DeleteContents(path, kept)) && fs::remove(orvcore::ToSystemPath(path), error) && whole;
+        return true;
+    };
+    orvcore::ReadDirectory(folder, collect, error);
+    bool whole = !error;
+    for (const auto& [path, isFolder] : found) {
+        whole = (!isFolder || DeleteContents(path, kept)) && orvcore::RemoveOne(path, error) && whole;
     }
     return whole;
 }
@@ -76,10 +73,25 @@ bool DeleteContents(const fs::path& folder, const fs::path& kept)
 void DeleteWorkingFolder(const fs::path& folder, const fs::path& marker)
 {
     std::error_code error;
-    const bool isLink = fs::is_symlink(folder, error);
+    const bool isLink = orvcore::InspectPath(folder, error).kind == orvcore::FileKind::Link;
     if (isLink || DeleteContents(folder, marker)) {
         orvcore::RemoveTree(folder);
     }
+}
+
+// Adds up the sizes of the files below `folder`; ends early when `total` passes the limit or the process ends.
+void AddSizes(const fs::path& folder, std::uint64_t limit, std::uint64_t& total)
+{
+    std::error_code ignored;
+    const auto add = [&](const fs::path& path, orvcore::FileKind kind) {
+        if (kind == orvcore::FileKind::Directory) {
+            AddSizes(path, limit, total);
+        } else if (kind == orvcore::FileKind::File && path.filename().native().front() != '.') {
+            total += orvcore::InspectPath(path, ignored).size;
+        }
+        return total <= limit && !orvcore::IsTerminating();
+    };
+    orvcore::ReadDirectory(folder, add, ignored);
 }
 
 // Runs in the background beside programs that write into the folder; any surprise ends it.
@@ -87,18 +99,9 @@ void MarkIfLarger(std::uint64_t limit, const fs::path& folder, const fs::path& m
 {
     try {
         std::uint64_t total = 0;
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(orvcore::ToSystemPath(folder))) {
-            if (orvcore::IsTerminating()) {
-                return;
-            }
-            if (!entry.is_regular_file() || entry.path().filename().native().front() == '.') {
-                continue;
-            }
-            total += entry.file_size();
-            if (total > limit) {
-                static_cast<void>(orvcore::WriteBufferToFile(marker, "", 0));
-                return;
-            }
+        AddSizes(folder, limit, total);
+        if (total > limit) {
+            static_cast<void>(orvcore::WriteBufferToFile(marker, "", 0));
         }
     } catch (...) {
         return;

@@ -2,6 +2,7 @@
 
 #include <capsule/Export.h>
 #include <orvcore/Strings.h>
+#include <package/PackageNames.h>
 
 #include <string>
 

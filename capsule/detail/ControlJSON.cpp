@@ -2,26 +2,6 @@
 
 #include <capsule/detail/ControlTables.h>
 
-namespace orvcore::serialization::detail {
-
-bool Codec<orvcapsule::ColorRGBA>::Read(const JSONNode& node, orvcapsule::ColorRGBA& out)
-{
-    const auto parts = node.Children();
-    return node.IsArray() && parts.size() == 4 && parts[0].Get(out.red) && parts[1].Get(out.green) &&
-           parts[2].Get(out.blue) && parts[3].Get(out.alpha);
-}
-
-void Codec<orvcapsule::ColorRGBA>::Write(JSONSink& sink, const orvcapsule::ColorRGBA& value)
-{
-    sink.BeginArray();
-    for (const double part : {value.red, value.green, value.blue, value.alpha}) {
-        sink.Double(part);
-    }
-    sink.EndArray();
-}
-
-} // namespace orvcore::serialization::detail
-
 namespace orvcapsule::serialization::detail {
 
 namespace {
@@ -146,7 +126,12 @@ bool ControlListCodec::Read(const JSONNode& node, List& out)
 
 void ControlListCodec::Write(JSONSink& sink, const List& value)
 {
-    json::Codec<List>::Write(sink, value);
+    if (std::find(value.begin(), value.end(), nullptr) == value.end()) {
+        return json::Codec<List>::Write(sink, value);
+    }
+    List controls = value;
+    controls.erase(std::remove(controls.begin(), controls.end(), nullptr), controls.end());
+    json::Codec<List>::Write(sink, controls);
 }
 
 } // namespace orvcapsule::serialization::detail

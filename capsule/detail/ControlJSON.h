@@ -20,7 +20,7 @@ struct Codec<std::shared_ptr<orvcapsule::ClientControl>> {
 
 namespace orvcapsule::serialization::detail {
 
-// The controls of a template; elements that are none are skipped on reading.
+// The controls of a template; elements that are none are skipped in both directions.
 struct ControlListCodec {
     using List = std::vector<std::shared_ptr<ClientControl>>;
     static bool Read(const orvcore::serialization::JSONNode& node, List& out);

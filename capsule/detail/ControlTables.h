@@ -4,23 +4,12 @@
 #include <capsule/DefinitionKeys.h>
 #include <capsule/detail/UIStringJSON.h>
 
+#include <kinlet/detail/ColorJSON.h>
+#include <kinlet/detail/GeometryJSON.h>
 #include <kinlet/detail/MediaReplacementJSON.h>
 #include <kinlet/detail/RecordCodecs.h>
 
 namespace orvcore::serialization::detail {
-
-// A colour is the array of its four components.
-template <>
-struct Codec<orvcapsule::ColorRGBA> {
-    static bool Read(const JSONNode& node, orvcapsule::ColorRGBA& out);
-    static void Write(JSONSink& sink, const orvcapsule::ColorRGBA& value);
-};
-
-template <>
-struct JSONTable<orvcapsule::Point2D> {
-    static constexpr auto fields = Fields(Required(orvcapsule::CAPSULE_POINT2D_X_STR, &orvcapsule::Point2D::x),
-                                          Required(orvcapsule::CAPSULE_POINT2D_Y_STR, &orvcapsule::Point2D::y));
-};
 
 template <>
 struct JSONTable<orvcapsule::AlternateRectInfo> {

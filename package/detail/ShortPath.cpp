@@ -20,9 +20,14 @@ PrivateFolder::~PrivateFolder()
     orvcore::RemoveTree(path_);
 }
 
+bool IsLongPath(const orvcore::UTF8String& path)
+{
+    return path.size() > kLongestPath;
+}
+
 std::shared_ptr<const PrivateFolder> FolderForLongPath(const orvcore::UTF8String& path)
 {
-    return path.size() > kLongestPath ? std::make_shared<PrivateFolder>() : nullptr;
+    return IsLongPath(path) ? std::make_shared<PrivateFolder>() : nullptr;
 }
 
 } // namespace orvcapsule::detail

@@ -26,8 +26,11 @@ private:
     std::filesystem::path path_;
 };
 
-/// The short-path rule: null for a path of at most 220 UTF-8 bytes, which is used as it is; a new private folder to
-/// work in for a longer one. The limit is fixed and does not depend on the system's own.
+/// The short-path rule: a path of 221 UTF-8 bytes or more is too long to be worked on. The limit is fixed and does not
+/// depend on the system's own.
+bool IsLongPath(const orvcore::UTF8String& path);
+
+/// Null for a path that is used as it is, a new private folder to work in for a long one.
 std::shared_ptr<const PrivateFolder> FolderForLongPath(const orvcore::UTF8String& path);
 
 } // namespace orvcapsule::detail

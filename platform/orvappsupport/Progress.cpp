@@ -191,7 +191,7 @@ orvcore::UTF8String ProgressCategory::GetTitle() const
 
 std::shared_ptr<ProgressItem> ProgressCategory::AddItem(const orvcore::UTF8String& title, double lower, double upper)
 {
-    const std::shared_ptr<ProgressItem> item(new ProgressItem(title_, title));
+    std::shared_ptr<ProgressItem> item(new ProgressItem(title_, title));
     item->state_.lower = item->state_.position = std::isfinite(lower) ? lower : 0.0;
     item->state_.upper = std::isfinite(upper) ? std::max(item->state_.lower, upper) : item->state_.lower;
     {

@@ -1,5 +1,6 @@
 #include <orvcore/AtomicFile.h>
 
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 
 #include <algorithm>
@@ -18,10 +19,10 @@ constexpr std::uint64_t kWritebackStep = std::uint64_t{8} << 20;
 fs::path FollowLinks(const fs::path& path)
 {
     std::error_code error;
-    if (!IsUsablePath(path) || !fs::is_symlink(ToSystemPath(path), error)) {
+    if (InspectPath(path, error).kind != FileKind::Link) {
         return path;
     }
-    fs::path real = fs::canonical(path, error);
+    fs::path real = RealPath(path, error);
     return error ? path : real;
 }
 

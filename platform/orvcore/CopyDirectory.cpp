@@ -1,6 +1,7 @@
 #include <orvcore/CopyDirectory.h>
 
 #include <orvcore/Executor.h>
+#include <orvcore/FileSystem.h>
 
 #include <algorithm>
 #include <memory>
@@ -43,7 +44,7 @@ public:
         if (!done) {
             std::for_each(created_.rbegin(), created_.rend(), [](const fs::path& path) {
                 std::error_code ignored;
-                fs::remove(ToSystemPath(path), ignored);
+                RemoveOne(path, ignored);
             });
             promise_.Cancel();
         }
@@ -56,7 +57,7 @@ private:
         const DirectoryListing listing = ListDirectory(folder);
         for (const fs::path& file : listing.files) {
             std::error_code ignored;
-            if (!fs::is_symlink(ToSystemPath(file), ignored)) {
+            if (InspectPath(file, ignored).kind != FileKind::Link) {
                 files_.push_back(file);
             }
         }
@@ -74,8 +75,11 @@ private:
     {
         for (const fs::path& folder : folders_) {
             const fs::path target = TargetOf(folder);
-            if (fs::create_directories(ToSystemPath(target))) {
+            std::error_code error;
+            if (MakeDirectories(target, error)) {
                 created_.push_back(target);
+            } else if (error) {
+                throw fs::filesystem_error("cannot create folder", target, error);
             }
         }
         for (std::size_t i = 0; i < files_.size(); ++i) {

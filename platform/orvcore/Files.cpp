@@ -1,6 +1,7 @@
 #include <orvcore/Files.h>
 
 #include <orvcore/AtomicFile.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Guid.h>
 #include <orvcore/detail/NativeFile.h>
 
@@ -13,40 +14,47 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::file_status StatusOf(const fs::path& path) noexcept
+FileKind KindOf(const fs::path& path) noexcept
 {
     try {
         std::error_code error;
-        return IsUsablePath(path) ? fs::status(ToSystemPath(path), error) : fs::file_status(fs::file_type::none);
+        return InspectTarget(path, error).kind;
     } catch (...) {
-        return fs::file_status(fs::file_type::none);
+        return FileKind::Nothing;
     }
+}
+
+void Throw(const char* what, const fs::path& path, const std::error_code& error)
+{
+    throw fs::filesystem_error(what, path, error);
 }
 
 } // namespace
 
 bool Exists(const fs::path& path) noexcept
 {
-    return fs::exists(StatusOf(path));
+    return KindOf(path) != FileKind::Nothing;
 }
 
 bool IsFile(const fs::path& path) noexcept
 {
-    return fs::is_regular_file(StatusOf(path));
+    return KindOf(path) == FileKind::File;
 }
 
 bool IsDirectory(const fs::path& path) noexcept
 {
-    return fs::is_directory(StatusOf(path));
+    return KindOf(path) == FileKind::Directory;
 }
 
 void EnsureDirectory(const fs::path& directory)
 {
-    if (!IsUsablePath(directory)) {
-        throw fs::filesystem_error("cannot create folder", directory,
-                                   std::make_error_code(std::errc::invalid_argument));
+    std::error_code error = std::make_error_code(std::errc::invalid_argument);
+    if (IsUsablePath(directory)) {
+        MakeDirectories(directory, error);
     }
-    fs::create_directories(ToSystemPath(directory));
+    if (error) {
+        Throw("cannot create folder", directory, error);
+    }
 }
 
 fs::path CreatePrivateDirectory(std::u8string_view area)
@@ -60,7 +68,7 @@ bool RemoveTree(const fs::path& path) noexcept
 {
     try {
         std::error_code error;
-        fs::remove_all(ToSystemPath(path), error);
+        RemoveAll(path, error);
         return !error;
     } catch (...) {
         return false;
@@ -70,14 +78,9 @@ bool RemoveTree(const fs::path& path) noexcept
 void CopyOneFile(const fs::path& from, const fs::path& to)
 {
     const fs::path half = PrivateSibling(to);
-    try {
-        fs::copy_file(ToSystemPath(from), ToSystemPath(half));
-    } catch (...) {
-        RemoveTree(half);
-        throw;
-    }
     std::error_code error;
-    if (!RenameOver(half, to, error)) {
+    CopyToNewFile(from, half, error);
+    if (error || !RenameOver(half, to, error)) {
         RemoveTree(half);
         throw fs::filesystem_error("cannot copy file", from, to, error);
     }
@@ -118,14 +121,13 @@ DirectoryListing ListDirectory(const fs::path& directory)
         return listing;
     }
     std::error_code error;
-    fs::directory_iterator at(ToSystemPath(directory), error);
-    for (; !error && at != fs::directory_iterator(); at.increment(error)) {
-        std::error_code ignored;
-        const bool isFolder = at->is_directory(ignored);
-        if (!isFolder || !at->is_symlink(ignored)) {
-            (isFolder ? listing.directories : listing.files).push_back(directory / at->path().filename());
+    const auto sort = [&listing](const fs::path& path, FileKind kind) {
+        if (kind != FileKind::Link || !IsDirectory(path)) {
+            (kind == FileKind::Directory ? listing.directories : listing.files).push_back(path);
         }
-    }
+        return true;
+    };
+    ReadDirectory(directory, sort, error);
     std::sort(listing.directories.begin(), listing.directories.end());
     std::sort(listing.files.begin(), listing.files.end());
     return listing;

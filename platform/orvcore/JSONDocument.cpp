@@ -2,8 +2,7 @@
 
 #include <simdjson.h>
 
-#include <cmath>
-#include <limits>
+#include <array>
 #include <mutex>
 #include <vector>
 
@@ -13,10 +12,6 @@ namespace {
 
 // simdjson keeps an element count of 24 bits; a container at the limit has to be counted.
 constexpr std::size_t kCountLimit = 0xFFFFFF;
-
-// 2^63 and 2^64 as doubles: the first values past the integer types.
-constexpr double kInt64End = 9223372036854775808.0;
-constexpr double kUInt64End = 18446744073709551616.0;
 
 template <class Container>
 std::size_t CountOf(const Container& container)
@@ -41,7 +36,17 @@ public:
         }
         JSONNode* result = blocks_[current_].nodes.get() + used_;
         used_ += count;
+        std::fill_n(result, count, JSONNode()); // nothing of an earlier document stays
         return result;
+    }
+    // How many nodes there is room for.
+    std::size_t Size() const
+    {
+        std::size_t size = 0;
+        for (const Block& block : blocks_) {
+            size += block.size;
+        }
+        return size;
     }
     // Forgets all nodes and keeps their memory.
     void Reset()
@@ -67,7 +72,6 @@ struct JSONDocument::Storage {
     simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
     NodeArena arena;
     JSONNode root;
-    std::size_t textSize = 0;
     std::vector<char> padded;
 
     // The parser reads a little past the end of its text.
@@ -78,7 +82,7 @@ struct JSONDocument::Storage {
         return padded.data();
     }
 
-    static std::unique_ptr<Storage> Obtain(std::size_t textSize);
+    static std::unique_ptr<Storage> Obtain();
     static void Recycle(std::unique_ptr<Storage> storage) noexcept;
 
 private:
@@ -90,47 +94,46 @@ private:
 // large buffers back and taking them anew costs as much as the parsing.
 struct JSONDocument::Storage::Spares {
     static constexpr std::size_t kMost = 4;
-    static constexpr std::size_t kLargestText = 1U << 20U;
+    static constexpr std::size_t kLargestText = 1U << 20U; // bytes
+    static constexpr std::size_t kMostNodes = 1U << 17U;
     std::mutex mutex;
-    std::vector<std::unique_ptr<Storage>> storages;
+    std::array<std::unique_ptr<Storage>, kMost> storages;
 };
 
 JSONDocument::Storage::Spares& JSONDocument::Storage::TheSpares()
 {
-    static Spares spares;
+    // Never destroyed: a document may outlive every static object.
+    static Spares& spares = *new Spares;
     return spares;
 }
 
-std::unique_ptr<JSONDocument::Storage> JSONDocument::Storage::Obtain(std::size_t textSize)
+std::unique_ptr<JSONDocument::Storage> JSONDocument::Storage::Obtain()
 {
-    std::unique_ptr<Storage> storage;
+    Spares& spares = TheSpares();
     {
-        Spares& spares = TheSpares();
         const std::lock_guard lock(spares.mutex);
-        if (textSize <= Spares::kLargestText && !spares.storages.empty()) {
-            storage = std::move(spares.storages.back());
-            spares.storages.pop_back();
+        for (std::unique_ptr<Storage>& spare : spares.storages) {
+            if (spare) {
+                return std::move(spare);
+            }
         }
     }
-    if (!storage) {
-        storage = std::make_unique<Storage>();
-    }
-    storage->textSize = textSize;
-    return storage;
+    return std::make_unique<Storage>();
 }
 
 void JSONDocument::Storage::Recycle(std::unique_ptr<Storage> storage) noexcept
 {
-    if (!storage || storage->textSize > Spares::kLargestText) {
+    if (!storage || storage->padded.size() > Spares::kLargestText || storage->arena.Size() > Spares::kMostNodes) {
         return;
     }
     storage->arena.Reset();
-    storage->root = JSONNode();
     Spares& spares = TheSpares();
     const std::lock_guard lock(spares.mutex);
-    if (spares.storages.size() < Spares::kMost) {
-        spares.storages.reserve(Spares::kMost);
-        spares.storages.push_back(std::move(storage));
+    for (std::unique_ptr<Storage>& spare : spares.storages) {
+        if (!spare) {
+            spare = std::move(storage);
+            return;
+        }
     }
 }
 
@@ -260,118 +263,6 @@ void JSONDocumentBuilder::Fill(JSONNode& node, const Variant& tree, std::size_t 
     }
 }
 
-const JSONNode* JSONNode::Find(std::string_view key) const noexcept
-{
-    if (kind_ != JSONKind::kObject) {
-        return nullptr;
-    }
-    for (const JSONNode* child = value_.children + size_; child != value_.children;) {
-        --child;
-        if (child->Key() == key) {
-            return child;
-        }
-    }
-    return nullptr;
-}
-
-bool JSONNode::Get(std::int64_t& out) const noexcept
-{
-    if (kind_ == JSONKind::kInt64) {
-        out = value_.int64;
-        return true;
-    }
-    if (kind_ == JSONKind::kUInt64) {
-        if (value_.uint64 > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
-            return false;
-        }
-        out = static_cast<std::int64_t>(value_.uint64);
-        return true;
-    }
-    if (kind_ == JSONKind::kDouble && value_.number >= -kInt64End && value_.number < kInt64End &&
-        std::trunc(value_.number) == value_.number) {
-        out = static_cast<std::int64_t>(value_.number);
-        return true;
-    }
-    return false;
-}
-
-bool JSONNode::Get(std::uint64_t& out) const noexcept
-{
-    if (kind_ == JSONKind::kUInt64) {
-        out = value_.uint64;
-        return true;
-    }
-    if (kind_ == JSONKind::kDouble && value_.number >= 0 && value_.number < kUInt64End &&
-        std::trunc(value_.number) == value_.number) {
-        out = static_cast<std::uint64_t>(value_.number);
-        return true;
-    }
-    if (kind_ == JSONKind::kInt64 && value_.int64 >= 0) {
-        out = static_cast<std::uint64_t>(value_.int64);
-        return true;
-    }
-    return false;
-}
-
-bool JSONNode::Get(double& out) const noexcept
-{
-    if (kind_ == JSONKind::kDouble) {
-        out = value_.number;
-        return true;
-    }
-    if (kind_ == JSONKind::kInt64) {
-        const auto converted = static_cast<double>(value_.int64);
-        if (converted >= kInt64End || static_cast<std::int64_t>(converted) != value_.int64) {
-            return false;
-        }
-        out = converted;
-        return true;
-    }
-    if (kind_ == JSONKind::kUInt64) {
-        const auto converted = static_cast<double>(value_.uint64);
-        if (converted >= kUInt64End || static_cast<std::uint64_t>(converted) != value_.uint64) {
-            return false;
-        }
-        out = converted;
-        return true;
-    }
-    return false;
-}
-
-Variant JSONNode::ToTree() const
-{
-    switch (kind_) {
-    case JSONKind::kNull:
-        return {};
-    case JSONKind::kBool:
-        return value_.boolean;
-    case JSONKind::kInt64:
-        return value_.int64;
-    case JSONKind::kUInt64:
-        return value_.uint64;
-    case JSONKind::kDouble:
-        return value_.number;
-    case JSONKind::kString:
-        return UTF8String(AsUTF8({value_.text, size_}));
-    case JSONKind::kArray: {
-        Array array;
-        array.reserve(size_);
-        for (const JSONNode& child : Children()) {
-            array.push_back(std::make_shared<Variant>(child.ToTree()));
-        }
-        return array;
-    }
-    case JSONKind::kObject: {
-        Object object;
-        for (const JSONNode& child : Children()) {
-            object.insert_or_assign(UTF8String(AsUTF8(child.Key())), std::make_shared<Variant>(child.ToTree()));
-        }
-        return object;
-    }
-    }
-    return {};
-}
-
 JSONDocument::JSONDocument(std::unique_ptr<Storage> storage) noexcept
     : storage_(std::move(storage))
 {
@@ -389,7 +280,7 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(byteOrderMark.size());
     }
-    auto storage = Storage::Obtain(text.size());
+    auto storage = Storage::Obtain();
     // simdjson counts the document itself as one level.
     const bool fits = storage->parser.capacity() >= text.size() && storage->parser.max_depth() == kMaxJSONDepth + 1;
     simdjson::error_code error = fits ? simdjson::SUCCESS : storage->parser.allocate(text.size(), kMaxJSONDepth + 1);
@@ -406,7 +297,7 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
 
 JSONDocument JSONDocument::FromTree(const Variant& tree)
 {
-    auto storage = Storage::Obtain(0);
+    auto storage = Storage::Obtain();
     JSONDocumentBuilder(storage->arena).Fill(storage->root, tree, 0);
     return JSONDocument(std::move(storage));
 }

@@ -21,6 +21,8 @@ public:
     virtual void Key(std::string_view key) = 0;
     /// The key written last, for messages about values; empty where there was none.
     virtual std::string_view LastKey() const noexcept = 0;
+    /// How many objects and arrays the next value lies in.
+    virtual std::size_t Depth() const noexcept = 0;
 
     /// The same for a key that is known to need no escape: printable ASCII without quotes and back-slashes.
     virtual void PlainKey(std::string_view key)

@@ -1,5 +1,7 @@
 #include <orvcore/JSONTextWriter.h>
 
+#include <orvcore/JSON.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -44,6 +46,29 @@ char8_t* PutEscape(unsigned char byte, char8_t* to)
     return to;
 }
 
+// The most objects and arrays of a compact, well-formed JSON text that one of its values lies in.
+std::size_t DeepestValue(std::string_view json)
+{
+    std::size_t deepest = 0;
+    std::size_t depth = 0;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (c == ']' || c == '}') {
+            --depth;
+            continue;
+        }
+        deepest = std::max(deepest, depth);
+        if (c == '[' || c == '{') {
+            ++depth;
+        } else if (c == '"') {
+            for (++i; i < json.size() && json[i] != '"'; ++i) {
+                i += json[i] == '\\' ? 1U : 0U;
+            }
+        }
+    }
+    return deepest;
+}
+
 // Texts are escaped in slices, so that the room for the worst case stays small.
 constexpr std::size_t kSlice = 4096;
 
@@ -81,8 +106,14 @@ char8_t* PutEscaped(std::u16string_view text, char8_t* to)
 
 } // namespace
 
-JSONTextWriter::JSONTextWriter(bool formatted, std::string_view key)
+JSONTextWriter::JSONTextWriter(bool formatted)
     : formatted_(formatted)
+{
+}
+
+JSONTextWriter::JSONTextWriter(std::string_view key, std::size_t depth)
+    : depth_(depth)
+    , formatted_(false)
     , lastKey_(key)
 {
 }
@@ -200,12 +231,14 @@ void JSONTextWriter::AfterKey(std::string_view key)
 
 void JSONTextWriter::Null()
 {
-    Raw("null");
+    BeforeValue();
+    Put("null");
 }
 
 void JSONTextWriter::Bool(bool value)
 {
-    Raw(value ? "true" : "false");
+    BeforeValue();
+    Put(value ? "true" : "false");
 }
 
 template <class Number>
@@ -231,8 +264,7 @@ void JSONTextWriter::UInt(std::uint64_t value)
 void JSONTextWriter::Double(double value)
 {
     if (!std::isfinite(value)) {
-        const std::string where = lastKey_.empty() ? "" : " under \"" + std::string(lastKey_) + "\"";
-        throw json_write_exception("a number" + where + " is not finite and has no JSON form");
+        throw json_write_exception("a number" + Where() + " is not finite and has no JSON form");
     }
     BeforeValue();
     const std::size_t before = size_;
@@ -287,6 +319,9 @@ void JSONTextWriter::String(std::u16string_view text)
 
 void JSONTextWriter::Raw(std::string_view json)
 {
+    if (depth_ + DeepestValue(json) > kMaxJSONDepth) {
+        throw json_write_exception("a value" + Where() + " is nested too deep");
+    }
     BeforeValue();
     Put(json);
 }
@@ -294,8 +329,14 @@ void JSONTextWriter::Raw(std::string_view json)
 void JSONTextWriter::RawElements(std::string_view jsonArray)
 {
     if (jsonArray.size() > 2) {
-        Raw(jsonArray.substr(1, jsonArray.size() - 2));
+        BeforeValue();
+        Put(jsonArray.substr(1, jsonArray.size() - 2));
     }
+}
+
+std::string JSONTextWriter::Where() const
+{
+    return lastKey_.empty() ? "" : " under \"" + std::string(lastKey_) + "\"";
 }
 
 } // namespace orvcore::serialization

@@ -8,12 +8,14 @@
 namespace orvcore::serialization {
 
 /// Writes JSON text: compact by default, or indented by two spaces a level. Not thread-safe.
-/// A number that is not finite raises `json_write_exception`, which names the key.
+/// A number that is not finite raises `json_write_exception`, which names the key; so does a raw value that would lie
+/// deeper than `kMaxJSONDepth`, where no reader would take it.
 class ORVPLATFORM_API JSONTextWriter final : public JSONSink {
 public:
-    /// `key` is the key whose value is written, for messages: a writer that makes a part of a document has it from the
-    /// writer of the whole. Its bytes must outlive this writer.
-    explicit JSONTextWriter(bool formatted = false, std::string_view key = {});
+    explicit JSONTextWriter(bool formatted = false);
+    /// A writer of a part: of a compact value that is to lie `depth` deep in a whole, under `key`, for messages. The
+    /// key's bytes must outlive this writer.
+    JSONTextWriter(std::string_view key, std::size_t depth);
     ~JSONTextWriter() override;
 
     void BeginObject() override;
@@ -25,6 +27,10 @@ public:
     std::string_view LastKey() const noexcept override
     {
         return lastKey_;
+    }
+    std::size_t Depth() const noexcept override
+    {
+        return depth_;
     }
     void Null() override;
     void Bool(bool value) override;
@@ -46,6 +52,7 @@ private:
     void NewLine();
     void AfterKey(std::string_view key);
     void Quote(std::string_view text);
+    std::string Where() const;
     template <class Number>
     void PutNumber(Number value);
 

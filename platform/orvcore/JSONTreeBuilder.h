@@ -22,6 +22,10 @@ public:
     {
         return AsNarrow(key_);
     }
+    std::size_t Depth() const noexcept override
+    {
+        return open_.size();
+    }
     void Null() override;
     void Bool(bool value) override;
     void Int(std::int64_t value) override;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <concepts>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -15,9 +14,9 @@ public:
     OneTimeInvocation() noexcept = default;
 
     /// Takes the callable over; implicit, so that a lambda can be posted as it is.
-    template <class F>
-    requires(!std::same_as<std::remove_cvref_t<F>, OneTimeInvocation>) &&
-        std::invocable<std::decay_t<F>&> OneTimeInvocation(F&& call)
+    template <class F, class = std::enable_if_t<!std::is_same_v<std::remove_cvref_t<F>, OneTimeInvocation> &&
+                                                std::is_invocable_v<std::decay_t<F>&>>>
+    OneTimeInvocation(F&& call)
         : call_(std::make_unique<Bound<std::decay_t<F>>>(std::forward<F>(call)))
     {
     }

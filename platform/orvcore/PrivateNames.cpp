@@ -1,9 +1,12 @@
 #include <orvcore/AtomicFile.h>
+#include <orvcore/Files.h>
 #include <orvcore/Guid.h>
 
 #include <string_view>
 
 #if defined(_WIN32)
+#include <orvcore/detail/WindowsError.h>
+
 #include <windows.h>
 #endif
 
@@ -37,6 +40,19 @@ bool IsPrivateName(const fs::path& fileName)
 
 #if defined(_WIN32)
 
+namespace {
+
+// Elsewhere the folder's rights decide over a replacement, not the old file's own.
+void AllowReplacing(const fs::path& target)
+{
+    const DWORD attributes = ::GetFileAttributesW(target.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        ::SetFileAttributesW(target.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+    }
+}
+
+} // namespace
+
 bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error)
 {
     constexpr int kAttempts = 20;
@@ -49,15 +65,19 @@ bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error
             return true;
         }
         const DWORD reason = ::GetLastError();
-        error = {static_cast<int>(reason), std::system_category()};
+        error = detail::LastWindowsError();
+        const bool held = reason == ERROR_ACCESS_DENIED || reason == ERROR_SHARING_VIOLATION;
+        if (!held || IsDirectory(to)) {
+            return false;
+        }
+        AllowReplacing(target);
         // ReplaceFile takes the place even of a file that others have open, which the plain move refuses.
         if (reason == ERROR_ACCESS_DENIED && ::ReplaceFileW(target.c_str(), source.c_str(), nullptr,
                                                             REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr)) {
             error.clear();
             return true;
         }
-        const bool held = reason == ERROR_ACCESS_DENIED || reason == ERROR_SHARING_VIOLATION;
-        if (!held || attempt == kAttempts || fs::is_directory(target)) {
+        if (attempt == kAttempts) {
             return false;
         }
         ::Sleep(kPauseMs);

@@ -85,6 +85,11 @@ char16_t* PutUTF16(char32_t codePoint, char16_t* to) noexcept
     return to;
 }
 
+bool Continues(unsigned char byte) noexcept
+{
+    return (byte & 0xC0U) == 0x80U;
+}
+
 // Decodes a whole text of which the first `ascii` bytes are ASCII; returns the end of what was put.
 char16_t* DecodeAll(const unsigned char* bytes, std::size_t size, std::size_t ascii, char16_t* to) noexcept
 {
@@ -93,6 +98,22 @@ char16_t* DecodeAll(const unsigned char* bytes, std::size_t size, std::size_t as
         if (bytes[i] < 0x80) {
             *to++ = bytes[i++];
             continue;
+        }
+        // Well-formed two- and three-byte sequences are nearly all there is past ASCII.
+        if (i + 2 < size && Continues(bytes[i + 1])) {
+            const unsigned two = (bytes[i] & 0x1FU) << 6U | (bytes[i + 1] & 0x3FU);
+            if ((bytes[i] & 0xE0U) == 0xC0U && two >= 0x80) {
+                *to++ = static_cast<char16_t>(two);
+                i += 2;
+                continue;
+            }
+            const unsigned three = (bytes[i] & 0x0FU) << 12U | (bytes[i + 1] & 0x3FU) << 6U | (bytes[i + 2] & 0x3FU);
+            if ((bytes[i] & 0xF0U) == 0xE0U && Continues(bytes[i + 2]) && three >= 0x800 &&
+                (three & 0xF800U) != 0xD800U) {
+                *to++ = static_cast<char16_t>(three);
+                i += 3;
+                continue;
+            }
         }
         const Decoded decoded = DecodeUTF8(bytes + i, size - i);
         to = PutUTF16(decoded.codePoint, to);

@@ -137,6 +137,15 @@ std::string Quoted(std::u8string_view text)
     return quoted + '"';
 }
 
+std::string Cause(const ZipFailure& failure)
+{
+    std::string cause(TextOf(failure.error).sentence);
+    if (!failure.detail.empty()) {
+        cause += " (" + failure.detail + ')';
+    }
+    return cause;
+}
+
 } // namespace
 
 std::string_view NameOf(ZipError error) noexcept
@@ -154,12 +163,15 @@ std::string ZipFailure::Message() const
     if (!entry.empty()) {
         message += ' ' + Quoted(entry) + (action == ZipAction::Add || action == ZipAction::Pack ? " into" : " of");
     }
-    message += ' ' + Quoted(orvcore::PathToUTF8(archive)) + ": ";
-    message += TextOf(error).sentence;
-    if (!detail.empty()) {
-        message += " (" + detail + ')';
+    return message + ' ' + Quoted(orvcore::PathToUTF8(archive)) + ": " + Cause(*this);
+}
+
+std::string ZipFailure::Reason() const
+{
+    if (error == ZipError::None || entry.empty()) {
+        return Cause(*this);
     }
-    return message;
+    return "cannot " + std::string(VerbOf(action)) + ' ' + Quoted(entry) + ": " + Cause(*this);
 }
 
 } // namespace orvstorage

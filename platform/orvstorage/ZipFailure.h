@@ -83,6 +83,9 @@ struct ORVPLATFORM_API ZipFailure {
     /// One line of UTF-8 English: what was tried, on which archive and entry, and what was wrong. Control characters
     /// of hostile names are shown as "?". Empty without a failure.
     std::string Message() const;
+    /// The same without the archive, for callers that name it themselves: `cannot read "thumb.png": ...`, or only what
+    /// was wrong where the archive as a whole is concerned.
+    std::string Reason() const;
 };
 
 } // namespace orvstorage

@@ -16,11 +16,11 @@ ZipFile::ZipFile(const std::filesystem::path& archive, const std::string& passwo
     state_->password = password;
 }
 
-ZipBuffer ZipFile::UnzipItem(std::u8string_view entryName) const
+template <class Container>
+bool ZipFile::ReadItem(std::u8string_view entryName, Container& content) const
 {
     State& state = *state_;
-    auto content = std::make_shared<std::vector<std::uint8_t>>();
-    const bool read = state.Run(ZipAction::Read, entryName, [&](ZipFailure& failure) {
+    return state.Run(ZipAction::Read, entryName, [&](ZipFailure& failure) {
         std::size_t index = 0;
         if (!state.Find(entryName, index)) {
             return false;
@@ -31,9 +31,23 @@ ZipBuffer ZipFile::UnzipItem(std::u8string_view entryName) const
             return false;
         }
         detail::EntryReader reader(state.archive->Handle(), index, entry, failure);
-        return !failure && reader.ReadAll(*content, failure);
+        return !failure && reader.ReadAll(content, failure);
     });
-    return read ? content : nullptr;
+}
+
+ZipBuffer ZipFile::UnzipItem(std::u8string_view entryName) const
+{
+    auto content = std::make_shared<std::vector<std::uint8_t>>();
+    return ReadItem(entryName, *content) ? content : nullptr;
+}
+
+std::optional<orvcore::UTF8String> ZipFile::UnzipText(std::u8string_view entryName) const
+{
+    std::optional<orvcore::UTF8String> text(std::in_place);
+    if (!ReadItem(entryName, *text)) {
+        text.reset();
+    }
+    return text;
 }
 
 bool ZipFile::UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination) const

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,8 +42,11 @@ public:
     /// @name Reading
     /// @{
     /// The entry's bytes, in memory; null when it is missing or refused. Names are exact, case counts. Where an archive
-    /// says that it was made on Windows, the back-slashes of its names are read as slashes.
+    /// says that it was made on Windows, the back-slashes of its names are read as slashes; a leading "./" of a name is
+    /// left out.
     ZipBuffer UnzipItem(std::u8string_view entryName) const;
+    /// The same bytes as text, as they are: no decoding.
+    std::optional<orvcore::UTF8String> UnzipText(std::u8string_view entryName) const;
     /// Writes the entry's content to the file `destination`, which keeps its own name and appears whole or not at all;
     /// its folder is created when missing. Memory does not depend on the entry's size.
     bool UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination) const;
@@ -89,6 +93,8 @@ public:
 
 private:
     struct State;
+    template <class Container>
+    bool ReadItem(std::u8string_view entryName, Container& content) const;
     std::shared_ptr<State> state_;
 };
 

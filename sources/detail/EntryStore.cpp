@@ -81,6 +81,7 @@ bool EntryStore::Recall(CapsuleEntry& entry, PackageState& state) const
         return false;
     }
     std::string_view fields = found->second;
+    stored.facts.kind = orvcore::FileKind::File; // nothing else is kept
     if (!TakeState(fields, stored) || stored.facts != state.facts) {
         return false;
     }

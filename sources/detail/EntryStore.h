@@ -2,7 +2,7 @@
 
 #include <sources/CapsuleEntry.h>
 
-#include <orvcore/FileFacts.h>
+#include <orvcore/FileSystem.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -17,7 +17,7 @@ namespace orvcapsule::detail {
 
 /// What a listing found out about one package, beside its entry.
 struct PackageState {
-    orvcore::FileFacts facts;
+    orvcore::FileInfo facts;
     bool hasStill = false;
     bool hasVideo = false;
     /// The package was read in good order and nothing of it is left to be tried again.

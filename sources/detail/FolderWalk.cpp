@@ -1,6 +1,6 @@
 #include <sources/detail/FolderWalk.h>
 
-#include <orvcore/FileFacts.h>
+#include <orvcore/FileSystem.h>
 #include <package/PackageNames.h>
 
 #include <algorithm>
@@ -12,6 +12,7 @@ namespace fs = std::filesystem;
 namespace {
 
 using FileName = FolderOfPackages::FileName;
+using orvcore::FileKind;
 
 bool IsNothingThere(const std::error_code& error)
 {
@@ -23,6 +24,12 @@ bool ConcernsWholeWalk(const std::error_code& error)
 {
     return error == std::errc::too_many_files_open || error == std::errc::too_many_files_open_in_system ||
            error == std::errc::not_enough_memory;
+}
+
+FileKind KindBehind(const fs::path& link)
+{
+    std::error_code ignored; // gone by now, or a link that leads nowhere: neither folder nor file
+    return orvcore::InspectTarget(link, ignored).kind;
 }
 
 class Walk {
@@ -63,20 +70,29 @@ private:
     void List(const fs::path& folder, std::vector<FileName>& subFolders, std::vector<FileName>& packages,
               std::error_code& error)
     {
-        fs::directory_iterator at(orvcore::ToSystemPath(folder), error);
-        for (; !error && at != fs::directory_iterator() && !IsStopped(); at.increment(error)) {
-            std::error_code ignored; // gone by now, or a link that leads nowhere: neither folder nor file
-            if (at->is_directory(ignored)) {
-                if (depth_ == Depth::AllBelow && !orvcore::IsLink(*at)) {
-                    subFolders.push_back(at->path().filename().native());
-                }
-                continue;
+        if (IsStopped()) {
+            return;
+        }
+        const auto sort = [&](const fs::path& path, FileKind kind) {
+            Sort(path, kind == FileKind::Link ? KindBehind(path) : kind, kind == FileKind::Link, subFolders, packages);
+            return !IsStopped();
+        };
+        orvcore::ReadDirectory(folder, sort, error);
+    }
+
+    void Sort(const fs::path& path, FileKind kind, bool isLink, std::vector<FileName>& subFolders,
+              std::vector<FileName>& packages)
+    {
+        FileName name = path.filename().native();
+        if (kind == FileKind::Directory) {
+            if (depth_ == Depth::AllBelow && !isLink) {
+                subFolders.push_back(std::move(name));
             }
-            ++found_.files;
-            FileName name = at->path().filename().native();
-            if (IsPackageName(name) && at->is_regular_file(ignored)) {
-                packages.push_back(std::move(name));
-            }
+            return;
+        }
+        ++found_.files;
+        if (IsPackageName(name) && kind == FileKind::File) {
+            packages.push_back(std::move(name));
         }
     }
 
@@ -136,9 +152,7 @@ bool IsSamePath(const fs::path& one, const fs::path& other)
 
 bool LeadToSameFolder(const fs::path& one, const fs::path& other)
 {
-    std::error_code error;
-    return orvcore::IsUsablePath(one) && orvcore::IsUsablePath(other) &&
-           fs::equivalent(orvcore::ToSystemPath(one), orvcore::ToSystemPath(other), error) && !error;
+    return orvcore::IsUsablePath(one) && orvcore::IsUsablePath(other) && orvcore::IsSameFile(one, other);
 }
 
 bool IsBelow(const fs::path& inner, const fs::path& outer)

@@ -42,11 +42,12 @@ PackageEntries::PackageEntries(const std::string& sourceID, std::function<bool()
 boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, const std::string& directoryKey,
                                                      const EntryStore& known, PackageState& state) const
 {
-    const auto facts = orvcore::GetFileFacts(package);
-    if (!facts) {
+    std::error_code ignored;
+    const orvcore::FileInfo facts = orvcore::InspectTarget(package, ignored);
+    if (facts.kind != orvcore::FileKind::File) {
         return nullptr;
     }
-    state.facts = *facts;
+    state.facts = facts;
     auto entry = boost::make_shared<CapsuleEntry>();
     entry->sourcePath.reserve(2);
     entry->sourcePath.push_back(sourceID_);
@@ -54,9 +55,9 @@ boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, co
         entry->sourcePath.push_back(directoryKey);
     }
     entry->path = orvcore::PathToUTF8(package);
-    entry->fileSize = facts->size;
+    entry->fileSize = facts.size;
     entry->name = orvcore::PathToUTF16(package.stem());
-    entry->modified = ToPosixTime(facts->modified);
+    entry->modified = ToPosixTime(facts.modified);
     try {
         OnePackage one(package);
         FillFromContent(*entry, one, known, state);
@@ -101,8 +102,9 @@ orvcore::UTF8String PackageEntries::GetThumbnailPath(const CapsuleEntry& entry) 
     PackageState state;
     state.hasStill = true; // until it is looked for
     // A package that is gone may still have its preview; one that was replaced needs a new one.
-    const auto facts = orvcore::GetFileFacts(package.Path());
-    state.facts.modified = facts ? facts->modified : ToFileTime(entry.modified);
+    std::error_code ignored;
+    const orvcore::FileInfo facts = orvcore::InspectTarget(package.Path(), ignored);
+    state.facts.modified = facts.kind == orvcore::FileKind::File ? facts.modified : ToFileTime(entry.modified);
     try {
         return Preview(PreviewKind::Still, entry, package, state);
     } catch (const fs::filesystem_error&) {

@@ -42,7 +42,7 @@ PreviewCache::PreviewCache(std::string sourceID)
     , folder_(orvcore::PathFromUTF8(GetTempLocalDirectory()))
 {
     std::error_code ignored; // what cannot be written later is left out then
-    fs::create_directories(orvcore::ToSystemPath(folder_), ignored);
+    orvcore::MakeDirectories(folder_, ignored);
 }
 
 fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& capsuleID, const OnePackage& package,

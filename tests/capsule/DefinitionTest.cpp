@@ -175,4 +175,33 @@ TEST(Definition, NumbersThatAreNotFiniteCannotBeWritten)
     }
 }
 
+TEST(Definition, WhatNoReaderWouldTakeForItsDepthIsNotWritten)
+{
+    const auto nested = [](std::size_t arrays, const std::string& inside) {
+        return std::string(arrays, '[') + inside + std::string(arrays, ']');
+    };
+    struct Case {
+        std::string kept;
+        bool writable;
+    };
+    const Case cases[] = {{nested(253, "1,\"]]\\\"]\""), true}, {nested(254, ""), true}, {nested(254, "{}"), false}};
+    for (const Case& c : cases) {
+        for (const std::size_t count : {1U, 600U}) { // in one piece, and in parts by several workers
+            kinlet::MediaReplacementProperties properties;
+            properties.unknownKeys = {{"kept", c.kept}};
+            auto capsule = std::make_shared<Capsule>(u"tsfx", u"n", u"");
+            capsule->SetControls(
+                Capsule::ControlList(count, factory::CreateMediaControl(u"m", {}, {}, true, properties, u"")));
+            try {
+                const auto text = CapsuleToJson(capsule);
+                EXPECT_TRUE(c.writable);
+                EXPECT_EQ(CapsuleToJson(CapsuleFromJson(text)), text);
+            } catch (const orvcore::serialization::json_write_exception& error) {
+                EXPECT_FALSE(c.writable);
+                EXPECT_NE(std::string(error.what()).find("\"kept\""), std::string::npos);
+            }
+        }
+    }
+}
+
 } // namespace

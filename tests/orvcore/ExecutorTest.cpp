@@ -1,11 +1,11 @@
 #include <orvcore/AsyncThreadedSubExecutor.h>
 #include <orvcore/ParallelFor.h>
 #include <orvcore/ThreadPoolExecutor.h>
+#include <tests/support/Latch.h>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <numeric>
 #include <stdexcept>
 #include <string>
@@ -19,8 +19,8 @@ using orvcore::ThreadPoolExecutor;
 TEST(ThreadPoolExecutor, StopDropsWhatIsQueuedAndRefusesTheRest)
 {
     ThreadPoolExecutor pool(1);
-    std::latch running(1);
-    std::latch mayEnd(1);
+    orvtest::Latch running(1);
+    orvtest::Latch mayEnd(1);
     auto held = std::make_shared<int>(0);
     std::atomic<bool> queuedRan = false;
     ASSERT_TRUE(pool.Post([&] {
@@ -42,7 +42,7 @@ TEST(ThreadPoolExecutor, StopDropsWhatIsQueuedAndRefusesTheRest)
 TEST(ThreadPoolExecutor, StopFromItsOwnTaskDoesNotWaitForItself)
 {
     ThreadPoolExecutor pool(2);
-    std::latch stopped(1);
+    orvtest::Latch stopped(1);
     std::atomic<bool> result = true;
     ASSERT_TRUE(pool.Post([&] {
         result = pool.Stop();
@@ -64,7 +64,7 @@ TEST(Executor, TaskThatThrowsIsReportedAndTheNextOneRuns)
         throw std::runtime_error("from the handler");
     });
     const auto serial = orvcore::CreateSubExecutor(orvcore::GetCPUBoundExecutor(), 1);
-    std::latch ended(1);
+    orvtest::Latch ended(1);
     ASSERT_TRUE(serial->Post([] { throw std::runtime_error("broken"); }));
     ASSERT_TRUE(serial->Post([] { throw std::runtime_error(" twice"); }));
     ASSERT_TRUE(serial->Post([&] { ended.count_down(); }));
@@ -78,7 +78,7 @@ TEST(AsyncThreadedSubExecutor, ConcurrencyOneKeepsOrderWithoutOverlap)
     const auto serial = orvcore::CreateSubExecutor(orvcore::GetCPUBoundExecutor(), 1);
     constexpr int kTasks = 2000;
     std::vector<int> order; // no lock: a data race here is what the thread sanitizer would see
-    std::latch ended(1);
+    orvtest::Latch ended(1);
     for (int i = 0; i < kTasks; ++i) {
         ASSERT_TRUE(serial->Post([&order, i] { order.push_back(i); }));
     }
@@ -93,8 +93,8 @@ TEST(AsyncThreadedSubExecutor, ConcurrencyLimitIsReachedAndNeverPassed)
 {
     const auto pool = std::make_shared<ThreadPoolExecutor>(4);
     const auto two = orvcore::CreateSubExecutor(pool, 2);
-    std::latch bothRun(2);
-    std::latch ended(40);
+    orvtest::Latch bothRun(2);
+    orvtest::Latch ended(40);
     std::atomic<int> now = 0;
     std::atomic<int> most = 0;
     for (int i = 0; i < 40; ++i) {
@@ -117,9 +117,9 @@ TEST(AsyncThreadedSubExecutor, StopDropsTheQueueAndLetsTheTaskInProgressEnd)
 {
     const auto pool = std::make_shared<ThreadPoolExecutor>(1);
     auto serial = orvcore::CreateSubExecutor(pool, 1);
-    std::latch running(1);
-    std::latch mayEnd(1);
-    std::latch ended(1);
+    orvtest::Latch running(1);
+    orvtest::Latch mayEnd(1);
+    orvtest::Latch ended(1);
     std::atomic<bool> queuedRan = false;
     const auto held = std::make_shared<int>(0);
     ASSERT_TRUE(serial->Post([&] {
@@ -137,7 +137,7 @@ TEST(AsyncThreadedSubExecutor, StopDropsTheQueueAndLetsTheTaskInProgressEnd)
     serial.reset();
     mayEnd.count_down();
     ended.wait();
-    std::latch after(1);
+    orvtest::Latch after(1);
     EXPECT_TRUE(pool->Post([&] { after.count_down(); })) << "the pool underneath goes on";
     after.wait();
     EXPECT_FALSE(queuedRan);
@@ -148,14 +148,14 @@ TEST(AsyncThreadedSubExecutor, TheLastTaskMayReleaseTheExecutorItRunsOn)
     struct Owner {
         std::shared_ptr<orvcore::AsyncThreadedSubExecutor> executor =
             orvcore::CreateSubExecutor(orvcore::GetCPUBoundExecutor(), 1);
-        std::latch* gone = nullptr;
+        orvtest::Latch* gone = nullptr;
         ~Owner()
         {
             executor.reset();
             gone->count_down();
         }
     };
-    std::latch gone(1);
+    orvtest::Latch gone(1);
     auto owner = std::make_shared<Owner>();
     owner->gone = &gone;
     auto* executor = owner->executor.get();
@@ -221,8 +221,8 @@ TEST(ExecutorDeathTest, ExitNeitherCrashesNorHangs)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto leaveBusy = [] {
-        static std::latch running(2);
-        static std::latch never(1);
+        static auto& running = *new orvtest::Latch(2); // never destroyed: a thread still waits
+        static auto& never = *new orvtest::Latch(1);
         static_cast<void>(orvcore::GetPreTerminationExecutor()->Post([] {
             running.count_down();
             never.wait();

@@ -1,4 +1,5 @@
 #include <orvcore/AtomicFile.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 
 #include <gtest/gtest.h>
@@ -66,6 +67,54 @@ TEST(Files, WalkGoesDepthFirstAndIntoNoLink)
     EXPECT_TRUE(orvcore::WalkFiles(folder / "missing", [](const fs::path&) { return false; }));
 }
 
+TEST(Files, PathsOfAnyLengthWork)
+{
+    TempFolder folder;
+    fs::path deep = folder.Path();
+    while (deep.native().size() < 500) { // Windows' own limit is 260, and less for a folder
+        deep /= orvcore::PathFromUTF8(u8"字幕 😀 a folder");
+    }
+    orvcore::EnsureDirectory(deep);
+    orvcore::EnsureDirectory(deep);
+    EXPECT_EQ(orvcore::WriteBufferToFile(deep / "a", "content", 7), orvcore::kResultOK);
+    orvcore::CopyOneFile(deep / "a", deep / "b");
+    std::error_code error;
+    AtomicFile file(deep / "c");
+    EXPECT_TRUE(file.Write("c", 1, error) && file.Commit(AtomicFile::Durability::OnDisk, error)) << error.message();
+    EXPECT_EQ(orvcore::ReadWholeFile(deep / "b"), "content");
+    EXPECT_EQ(orvcore::ListDirectory(deep).files, (std::vector<fs::path>{deep / "a", deep / "b", deep / "c"}));
+    EXPECT_EQ(orvcore::InspectPath(deep / "a", error).size, 7U);
+    EXPECT_TRUE(orvcore::IsSameFile(orvcore::RealPath(deep / "a", error), deep / "a"));
+    EXPECT_FALSE(orvcore::IsSameFile(deep / "a", deep / "b"));
+    EXPECT_FALSE(orvcore::RemoveOne(deep, error));
+    EXPECT_EQ(error, std::errc::directory_not_empty);
+    EXPECT_TRUE(orvcore::RemoveTree(folder.Path()));
+    EXPECT_FALSE(orvcore::Exists(folder.Path()));
+}
+
+TEST(Files, ErrorsAreTheSameOnEverySystem)
+{
+    TempFolder folder;
+    folder.Write("file", "x");
+    std::error_code error;
+    EXPECT_FALSE(orvcore::MakeDirectory(folder / "file", error));
+    EXPECT_EQ(error, std::errc::file_exists);
+    EXPECT_FALSE(orvcore::MakeDirectory(folder / "no/folder", error));
+    EXPECT_EQ(error.message(), "No such file or directory");
+    EXPECT_FALSE(orvcore::RemoveOne(folder / "none", error));
+    EXPECT_FALSE(error);
+    EXPECT_EQ(orvcore::InspectPath(folder / "none", error).kind, orvcore::FileKind::Nothing);
+    EXPECT_FALSE(error);
+    orvcore::ReadDirectory(
+        folder / "file", [](const fs::path&, orvcore::FileKind) { return true; }, error);
+    EXPECT_EQ(error, std::errc::not_a_directory);
+    fs::permissions(folder / "file", fs::perms::owner_read);
+    orvcore::CopyOneFile(folder / "file", folder / "copy");
+    folder.Write("other", "y");
+    EXPECT_NO_THROW(orvcore::CopyOneFile(folder / "other", folder / "file")) << "over a read-only file";
+    EXPECT_TRUE(orvcore::RemoveOne(folder / "copy", error)) << error.message();
+}
+
 TEST(AtomicFile, AppearsWholeOrNotAtAll)
 {
     TempFolder folder;
@@ -78,11 +127,12 @@ TEST(AtomicFile, AppearsWholeOrNotAtAll)
     }
     EXPECT_EQ(folder.Names(), (std::vector<std::string>{"target"}));
     fs::permissions(folder / "target", fs::perms::owner_read | fs::perms::owner_write);
+    const fs::perms rights = fs::status(folder / "target").permissions();
     AtomicFile taken(folder / "target");
     EXPECT_TRUE(taken.Write("whole", 5, error));
     EXPECT_TRUE(taken.Commit(AtomicFile::Durability::OnDisk, error)) << error.message();
     EXPECT_EQ(folder.Read("target"), "whole");
-    EXPECT_EQ(fs::status(folder / "target").permissions() & fs::perms::others_read, fs::perms::none);
+    EXPECT_EQ(fs::status(folder / "target").permissions(), rights);
     AtomicFile nowhere(folder / "missing/target");
     EXPECT_FALSE(nowhere.Commit(AtomicFile::Durability::Cached, error));
     EXPECT_EQ(error, std::errc::no_such_file_or_directory);

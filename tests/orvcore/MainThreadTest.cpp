@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <latch>
 #include <stdexcept>
 #include <thread>
 #include <vector>

@@ -92,10 +92,10 @@ TEST_F(RapidFindDBFileTest, TwoProcessesWriteOneFile)
 {
     RapidFindDB index;
     ASSERT_EQ(Start(index), 0);
-    const std::string path = orvcore::ToNarrow(File());
-    auto other = std::async(std::launch::async, [&] {
-        return std::system(("\"" ORV_INDEX_WRITER "\" \"" + path + "\" other 3000").c_str());
-    });
+    // The program's name is not quoted: one of the systems' command processors would take off the wrong quotes.
+    const std::string program = std::filesystem::path(ORV_INDEX_WRITER).make_preferred().string();
+    const std::string command = program + " \"" + orvcore::ToNarrow(File()) + "\" other 3000";
+    auto other = std::async(std::launch::async, [&] { return std::system(command.c_str()); });
     Fill(index, 3000);
     EXPECT_EQ(other.get(), 0);
     EXPECT_EQ(Find(index, {u"text"}).size(), 3000U);

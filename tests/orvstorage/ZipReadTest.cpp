@@ -87,6 +87,7 @@ TEST(ZipRead, ArchivesThatAreNoneSayWhy)
         {lying, ZipError::Inconsistent},
         {split, ZipError::SeveralDisks},
         {ZipBytes().Add({.name = "bad\xff", .data = "x"}).Finish(), ZipError::BadEncoding},
+        {ZipBytes().Add({.name = "a", .extra = std::string("\2\0\xff\xff more", 9)}).Finish(), ZipError::Inconsistent},
     };
     TempFolder folder;
     for (const auto& c : cases) {

@@ -182,10 +182,10 @@ TEST_F(CapsuleZipTest, FindsUnpackedProjectsByExactExtension)
         folder_.Write(fs::path("tree") / name, "");
     }
     const fs::path tree = folder_ / "tree";
+    const auto in = [&tree](const char* name) { return PathToUTF16((tree / name).make_preferred()); };
     const auto found = CapsuleZip::GetPathOfUnZippedProject("cvgraphic", PathToUTF16(tree));
     ASSERT_TRUE(found);
-    EXPECT_THAT(*found, ElementsAre(PathToUTF16(tree / "a/deep/b.cvgraphic"), PathToUTF16(tree / "a/x.cvgraphic"),
-                                    PathToUTF16(tree / "z.cvgraphic")));
+    EXPECT_THAT(*found, ElementsAre(in("a/deep/b.cvgraphic"), in("a/x.cvgraphic"), in("z.cvgraphic")));
     EXPECT_FALSE(CapsuleZip::GetPathOfUnZippedProject("tsgraphic", PathToUTF16(tree)));
     EXPECT_FALSE(CapsuleZip::GetPathOfUnZippedProject("cvgraphic", PathToUTF16(folder_ / "missing")));
     EXPECT_FALSE(CapsuleZip::GetPathOfUnZippedProject(nullptr, PathToUTF16(tree)));

@@ -3,12 +3,12 @@
 #include <orvcore/Application.h>
 #include <orvcore/Executor.h>
 #include <orvcore/FileLock.h>
+#include <tests/support/Latch.h>
 #include <tests/support/TempFolder.h>
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <latch>
 #include <set>
 
 namespace {
@@ -19,7 +19,7 @@ using test::TempFolder;
 
 void WaitForScans()
 {
-    std::latch ended(1); // the pre-termination executor runs one task after another
+    orvtest::Latch ended(1); // the pre-termination executor runs one task after another
     ASSERT_TRUE(orvcore::GetPreTerminationExecutor()->Post([&ended] { ended.count_down(); }));
     ended.wait();
 }

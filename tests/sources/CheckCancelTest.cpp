@@ -1,10 +1,11 @@
 #include <sources/CheckCancel.h>
 
+#include <tests/support/Latch.h>
+
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <thread>
 #include <vector>
 
@@ -29,7 +30,7 @@ TEST(CheckCancel, NoPollerMissesAnAbortThatAnotherConsumed)
 {
     for (int round = 0; round < 300; ++round) {
         CheckCancel token;
-        std::latch start(3);
+        orvtest::Latch start(3);
         std::atomic<bool> aborted = false;
         std::atomic<int> missed = 0;
         const auto poll = [&] {

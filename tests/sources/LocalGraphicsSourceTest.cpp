@@ -2,18 +2,18 @@
 #include <sources/SourceNames.h>
 
 #include <orvcore/DebugSettings.h>
-#include <orvcore/FileFacts.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/MainThread.h>
 #include <package/CapsuleZip.h>
 #include <package/Workspace.h>
 #include <tests/support/Language.h>
+#include <tests/support/Latch.h>
 #include <tests/support/TempFolder.h>
 #include <tests/support/ZipBytes.h>
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 
-#include <latch>
 #include <map>
 #include <set>
 #include <thread>
@@ -460,13 +460,14 @@ TEST_F(LocalGraphicsSourceTest, ReadsAgainOnlyWhatChanged)
     EXPECT_EQ(list("en_US"), german) << "the packages were read again";
 
     const fs::path package = temp_ / "root/lower-third.zelt";
-    const auto before = orvcore::GetFileFacts(package).value();
+    std::error_code error;
+    const orvcore::FileInfo before = orvcore::InspectTarget(package, error);
     const auto time = fs::last_write_time(package);
     do { // until the system's clock has moved on
         const std::string other = Package("other");
         temp_.Write("root/lower-third.zelt", other + std::string(before.size - other.size(), ' '));
         fs::last_write_time(package, time);
-    } while (orvcore::GetFileFacts(package) == before);
+    } while (orvcore::InspectTarget(package, error) == before);
     const Entries changed = Search(source);
     orvcore::DebugSettings::Unset("ORV.entrysettletime");
     EXPECT_TRUE(std::any_of(changed.begin(), changed.end(), [](const auto& e) { return e->capsuleID == u"other"; }));
@@ -499,7 +500,7 @@ TEST_F(LocalGraphicsSourceTest, APreviewThatCanBeSeenIsWhole)
     const auto entry = Search(source).at(0);
     for (int round = 0; round < 15; ++round) {
         ASSERT_TRUE(orvcore::RemoveTree(working_));
-        std::latch start(4);
+        orvtest::Latch start(4);
         const auto extract = [&] {
             start.arrive_and_wait();
             EXPECT_EQ(Content(source.GetThumbnailPath(entry, {})).size(), picture.size());

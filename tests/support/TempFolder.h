@@ -9,6 +9,24 @@
 
 namespace test {
 
+/// A path in a test. Narrow text is UTF-8 here on every system; `std::filesystem` would read it in the machine's code
+/// page.
+class Name : public std::filesystem::path {
+public:
+    Name(const char* text)
+        : Name(std::string(text))
+    {
+    }
+    Name(const std::string& text)
+        : std::filesystem::path(orvcore::PathFromUTF8(orvcore::AsUTF8(text)))
+    {
+    }
+    Name(const std::filesystem::path& other)
+        : std::filesystem::path(other)
+    {
+    }
+};
+
 /// A folder of the test's own, gone at the end of its scope.
 class TempFolder {
 public:
@@ -27,18 +45,18 @@ public:
     {
         return path_;
     }
-    std::filesystem::path operator/(const std::filesystem::path& name) const
+    std::filesystem::path operator/(const Name& name) const
     {
         return path_ / name;
     }
     /// Writes a file, making its folders.
-    void Write(const std::filesystem::path& name, const std::string& content) const
+    void Write(const Name& name, const std::string& content) const
     {
         orvcore::EnsureDirectory((path_ / name).parent_path());
         std::ofstream(orvcore::ToSystemPath(path_ / name), std::ios::binary) << content;
     }
     /// A file's content; "(missing)" when there is none.
-    std::string Read(const std::filesystem::path& name) const
+    std::string Read(const Name& name) const
     {
         return orvcore::ReadWholeFile(path_ / name).value_or("(missing)");
     }

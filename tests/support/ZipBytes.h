@@ -33,6 +33,7 @@ struct ZipItem {
     std::int64_t declaredPacked = -1;
     std::int64_t offset = -1;
     bool zip64 = false;
+    std::string extra = {};
 };
 
 /// Writes archives byte by byte, honest or not.
@@ -44,17 +45,17 @@ public:
         const std::uint64_t size = Told(item.declaredSize, item.data.size());
         const std::uint64_t packed = Told(item.declaredPacked, item.data.size());
         const auto crc = static_cast<std::uint32_t>(item.crc >= 0 ? item.crc : Crc32(item.data));
-        std::string extra;
+        std::string extra = item.extra;
         if (item.zip64) {
-            extra = Number(1, 2) + Number(16, 2) + Number(size, 8) + Number(packed, 8);
+            extra += Number(1, 2) + Number(16, 2) + Number(size, 8) + Number(packed, 8);
         }
         const std::string common = Number(item.flags, 2) + Number(item.method, 2) + Number(0x21, 4) + Number(crc, 4) +
                                    Number(item.zip64 ? 0xffffffff : packed, 4) +
                                    Number(item.zip64 ? 0xffffffff : size, 4) + Number(item.name.size(), 2) +
                                    Number(extra.size(), 2);
         bytes_ += "PK\3\4" + Number(45, 2) + common + item.name + extra + item.data;
-        directory_ += "PK\1\2" + Number(item.system << 8 | 45, 2) + Number(45, 2) + common + Number(0, 2) +
-                      Number(0, 4) + Number(item.attributes, 4) + Number(offset, 4) + item.name + extra;
+        directory_ += "PK\1\2" + Number(std::uint64_t{item.system} << 8 | 45U, 2) + Number(45, 2) + common +
+                      Number(0, 2) + Number(0, 4) + Number(item.attributes, 4) + Number(offset, 4) + item.name + extra;
         ++count_;
         return *this;
     }
@@ -63,6 +64,16 @@ public:
     {
         return bytes_ + directory_ + "PK\5\6" + Number(0, 4) + Number(count_, 2) + Number(count_, 2) +
                Number(directory_.size(), 4) + Number(bytes_.size(), 4) + Number(comment.size(), 2) + comment;
+    }
+
+    /// The same with zip64 end records, as for archives beyond 4 GiB or 65,535 entries.
+    std::string Finish64() const
+    {
+        const std::string count = Number(count_, 8);
+        const std::uint64_t end = bytes_.size() + directory_.size();
+        return bytes_ + directory_ + "PK\6\6" + Number(44, 8) + Number(45, 2) + Number(45, 2) + Number(0, 8) + count +
+               count + Number(directory_.size(), 8) + Number(bytes_.size(), 8) + "PK\6\7" + Number(0, 4) +
+               Number(end, 8) + Number(1, 4) + "PK\5\6" + Number(0, 4) + std::string(12, '\xff') + Number(0, 2);
     }
 
     static std::string Number(std::uint64_t value, int width)

@@ -185,7 +185,7 @@ void WriteElements(JSONSink& sink, std::size_t count, const WriteElement& write)
         std::vector<UTF8String> pieces((count + kParallelGrain - 1) / kParallelGrain);
         ParallelFor(pieces.size(), 1, [&](std::size_t begin, std::size_t end) {
             for (std::size_t piece = begin; piece < end; ++piece) {
-                JSONTextWriter writer(false, sink.LastKey());
+                JSONTextWriter writer(sink.LastKey(), sink.Depth() - 1);
                 writer.BeginArray();
                 const std::size_t last = std::min(count, (piece + 1) * kParallelGrain);
                 for (std::size_t i = piece * kParallelGrain; i < last; ++i) {

@@ -127,20 +127,27 @@ constexpr auto Lift(Access access, const std::tuple<Rows...>& rows)
     return std::apply([access](const auto&... row) { return std::make_tuple(LiftRow<Whole>(access, row)...); }, rows);
 }
 
-// The keys of a table in ascending byte order, each with its row's place in the table.
+// The keys of a table in both their orders: the table's own and ascending byte order.
 template <std::size_t N>
 struct KeyOrder {
-    std::array<std::string_view, N> keys{};
-    std::array<std::size_t, N> rows{};
+    std::array<std::string_view, N> tableKeys{};
+    std::array<std::string_view, N> keys{}; // ascending
+    std::array<std::size_t, N> rows{};      // ascending place to row of the table
+    std::array<std::size_t, N> places{};    // and back
 
-    // The sorted position of `key`, or N. `hint` is the position that a document in key order comes to next.
-    constexpr std::size_t Find(std::string_view key, std::size_t hint) const
+    // The row of `key`, or N. `last` is the row found before, or N: documents come in one of the two orders.
+    constexpr std::size_t Find(std::string_view key, std::size_t last) const
     {
-        if (hint < N && keys[hint] == key) {
-            return hint;
+        const std::size_t nextPlace = last < N ? places[last] + 1 : 0;
+        if (nextPlace < N && keys[nextPlace] == key) {
+            return rows[nextPlace];
+        }
+        const std::size_t nextRow = last < N ? last + 1 : 0;
+        if (nextRow < N && tableKeys[nextRow] == key) {
+            return nextRow;
         }
         const auto at = std::lower_bound(keys.begin(), keys.end(), key);
-        return at != keys.end() && *at == key ? static_cast<std::size_t>(at - keys.begin()) : N;
+        return at != keys.end() && *at == key ? rows[static_cast<std::size_t>(at - keys.begin())] : N;
     }
 };
 
@@ -148,7 +155,8 @@ template <class Table, std::size_t... I>
 constexpr auto OrderOf(const Table& table, std::index_sequence<I...>)
 {
     KeyOrder<sizeof...(I)> order{};
-    const std::array<std::string_view, sizeof...(I)> keys = {std::get<I>(table).key...};
+    order.tableKeys = {std::get<I>(table).key...};
+    const auto& keys = order.tableKeys;
     for (std::size_t row = 0; row < sizeof...(I); ++row) {
         std::size_t at = row;
         for (; at > 0 && keys[row] < order.keys[at - 1]; --at) {
@@ -157,6 +165,9 @@ constexpr auto OrderOf(const Table& table, std::index_sequence<I...>)
         }
         order.keys[at] = keys[row];
         order.rows[at] = row;
+    }
+    for (std::size_t place = 0; place < sizeof...(I); ++place) {
+        order.places[order.rows[place]] = place;
     }
     return order;
 }
@@ -169,12 +180,12 @@ struct TableWalker {
     static void Read(const JSONNode& object, Record& record, UnknownKeys* unknown)
     {
         std::array<const JSONNode*, kCount> found{};
-        std::size_t hint = 0;
+        std::size_t last = kCount;
         for (const JSONNode& child : object.Children()) {
-            const std::size_t at = kOrder.Find(child.Key(), hint);
-            if (at < kCount) {
-                found[kOrder.rows[at]] = &child;
-                hint = at + 1;
+            const std::size_t row = kOrder.Find(child.Key(), last);
+            if (row < kCount) {
+                found[row] = &child;
+                last = row;
             } else if (unknown != nullptr) {
                 KeepUnknown(child, *unknown);
             }

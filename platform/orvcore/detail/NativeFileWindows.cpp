@@ -1,7 +1,8 @@
 #if defined(_WIN32)
 
-#include <orvcore/Paths.h>
+#include <orvcore/Files.h>
 #include <orvcore/detail/NativeFile.h>
+#include <orvcore/detail/WindowsError.h>
 
 #include <windows.h>
 
@@ -18,11 +19,6 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 HANDLE AsHandle(std::intptr_t handle)
 {
     return reinterpret_cast<HANDLE>(handle);
-}
-
-std::error_code LastError()
-{
-    return {static_cast<int>(::GetLastError()), std::system_category()};
 }
 
 OVERLAPPED At(std::uint64_t offset)
@@ -48,7 +44,10 @@ NativeFile NativeFile::Open(const std::filesystem::path& path, Mode mode, std::e
     const HANDLE handle =
         ::CreateFileW(ToSystemPath(path).c_str(), access, kShareAll, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
-        error = LastError();
+        error = LastWindowsError();
+        if (error == std::errc::permission_denied && IsDirectory(path)) {
+            error = std::make_error_code(std::errc::is_a_directory);
+        }
     }
     file.handle_ = reinterpret_cast<std::intptr_t>(handle);
     return file;
@@ -59,7 +58,7 @@ std::uint64_t NativeFile::Size(std::error_code& error) const
     error.clear();
     LARGE_INTEGER size{};
     if (!::GetFileSizeEx(AsHandle(handle_), &size)) {
-        error = LastError();
+        error = LastWindowsError();
     }
     return static_cast<std::uint64_t>(size.QuadPart);
 }
@@ -74,7 +73,7 @@ std::size_t NativeFile::ReadAt(std::uint64_t offset, void* data, std::size_t siz
         const auto piece = static_cast<DWORD>(std::min(size - done, kLargestCall));
         if (!::ReadFile(AsHandle(handle_), static_cast<char*>(data) + done, piece, &got, &position)) {
             if (::GetLastError() != ERROR_HANDLE_EOF) {
-                error = LastError();
+                error = LastWindowsError();
             }
             break;
         }
@@ -95,7 +94,7 @@ bool NativeFile::WriteAt(std::uint64_t offset, const void* data, std::size_t siz
         DWORD put = 0;
         const auto piece = static_cast<DWORD>(std::min(size - done, kLargestCall));
         if (!::WriteFile(AsHandle(handle_), static_cast<const char*>(data) + done, piece, &put, &position)) {
-            error = LastError();
+            error = LastWindowsError();
             return false;
         }
         done += put;
@@ -109,7 +108,7 @@ bool NativeFile::FlushToDisk(std::error_code& error)
 {
     error.clear();
     if (!::FlushFileBuffers(AsHandle(handle_))) {
-        error = LastError();
+        error = LastWindowsError();
     }
     return !error;
 }
@@ -123,7 +122,7 @@ bool NativeFile::Close(std::error_code& error)
 {
     error.clear();
     if (handle_ != kNoHandle && !::CloseHandle(AsHandle(std::exchange(handle_, kNoHandle)))) {
-        error = LastError();
+        error = LastWindowsError();
     }
     return !error;
 }

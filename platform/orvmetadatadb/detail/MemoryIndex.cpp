@@ -10,7 +10,7 @@ namespace orvmetadatadb::detail {
 
 namespace {
 
-constexpr std::size_t kWasteWorthClearing = 16 * 1024;
+constexpr std::size_t kWasteWorthClearing = 16384;
 // An answer this small is sorted by itself; others are picked from a lasting order of all keys. Where that is out of
 // date, a small share of the keys does not pay for it.
 constexpr std::size_t kSmallAnswer = 256;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr StringTable::Id kFreeSlot = 0xFFFFFFFFU;
 constexpr std::size_t kFirstSlots = 64;
-constexpr std::size_t kBlockUnits = 32 * 1024;
+constexpr std::size_t kBlockUnits = 32768;
 
 } // namespace
 

@@ -1,7 +1,6 @@
 #include <orvstorage/detail/ArchiveFile.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace orvstorage::detail {
 
@@ -25,9 +24,10 @@ std::shared_ptr<const ArchiveFile> ArchiveFile::Open(const std::filesystem::path
                             : ZipError::CannotOpen;
     } else {
         archive->size_ = archive->file_.Size(error);
-        archive->tail_.resize(std::min(archive->size_, kTailSize));
-        const std::size_t wanted = archive->tail_.size();
-        if (!error && archive->file_.ReadAt(archive->TailOffset(), archive->tail_.data(), wanted, error) == wanted) {
+        archive->tailSize_ = std::min(archive->size_, kTailSize);
+        archive->tail_ = std::make_unique_for_overwrite<unsigned char[]>(archive->tailSize_);
+        const std::size_t wanted = archive->tailSize_;
+        if (!error && archive->file_.ReadAt(archive->TailOffset(), archive->tail_.get(), wanted, error) == wanted) {
             return archive;
         }
         failure.error = ZipError::ReadFailed;
@@ -45,8 +45,8 @@ std::size_t ArchiveFile::Read(std::uint64_t offset, void* data, std::size_t size
         return file_.ReadAt(offset, data, size, error);
     }
     const std::size_t at = offset - TailOffset();
-    const std::size_t count = std::min(size, tail_.size() - at);
-    std::memcpy(data, tail_.data() + at, count);
+    const std::size_t count = std::min(size, tailSize_ - at);
+    std::copy_n(tail_.get() + at, count, static_cast<unsigned char*>(data));
     return count;
 }
 

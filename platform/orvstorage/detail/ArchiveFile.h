@@ -4,6 +4,7 @@
 #include <orvstorage/ZipFailure.h>
 
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace orvstorage::detail {
@@ -21,11 +22,11 @@ public:
     }
     std::uint64_t TailOffset() const noexcept
     {
-        return size_ - tail_.size();
+        return size_ - tailSize_;
     }
-    const std::vector<unsigned char>& Tail() const noexcept
+    std::span<const unsigned char> Tail() const noexcept
     {
-        return tail_;
+        return {tail_.get(), tailSize_};
     }
     /// Reads up to `size` bytes; fewer only at the end of the file or after an error.
     std::size_t Read(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const;
@@ -33,7 +34,8 @@ public:
 private:
     orvcore::detail::NativeFile file_;
     std::uint64_t size_ = 0;
-    std::vector<unsigned char> tail_;
+    std::unique_ptr<unsigned char[]> tail_;
+    std::size_t tailSize_ = 0;
 };
 
 } // namespace orvstorage::detail

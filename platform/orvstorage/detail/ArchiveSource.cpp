@@ -31,6 +31,7 @@ public:
     }
 
     zip_int64_t Call(void* data, zip_uint64_t length, zip_source_cmd_t command);
+    zip_int64_t Fail(int zipError, const std::error_code& reason);
 
 private:
     zip_int64_t Supports() const;
@@ -39,7 +40,6 @@ private:
     zip_int64_t Write(const void* data, zip_uint64_t length);
     zip_int64_t SeekWrite(void* data, zip_uint64_t length);
     zip_int64_t Commit();
-    zip_int64_t Fail(int zipError, const std::error_code& reason);
 
     std::optional<ReadAhead> reader_;
     std::filesystem::path target_;
@@ -178,7 +178,7 @@ zip_int64_t CallSource(void* source, void* data, zip_uint64_t length, zip_source
     try {
         return self->Call(data, length, command);
     } catch (...) { // memory ran out; nothing may pass through the library's frames
-        return -1;
+        return self->Fail(ZIP_ER_MEMORY, {});
     }
 }
 

@@ -6,7 +6,8 @@
 
 namespace orvstorage::detail {
 
-/// Reads little-endian numbers from bytes and never beyond them: a read past the end gives zero and sets Failed.
+/// Reads little-endian numbers from bytes and never beyond them: a read past the end gives zero, sets Failed and ends
+/// the bytes.
 class ByteCursor {
 public:
     explicit ByteCursor(std::span<const unsigned char> bytes)
@@ -37,9 +38,13 @@ public:
     }
     std::span<const unsigned char> TakeBytes(std::size_t count)
     {
-        failed_ = failed_ || count > bytes_.size();
-        const auto piece = bytes_.first(failed_ ? 0 : count);
-        bytes_ = bytes_.subspan(piece.size());
+        if (count > bytes_.size()) {
+            failed_ = true;
+            bytes_ = {}; // nothing is left, so that no loop over what is left goes on
+            return {};
+        }
+        const auto piece = bytes_.first(count);
+        bytes_ = bytes_.subspan(count);
         return piece;
     }
     void Skip(std::size_t count)

@@ -4,13 +4,6 @@
 
 namespace orvstorage::detail {
 
-namespace {
-
-// Memory given on the directory's word alone.
-constexpr std::uint64_t kTrustedSize = std::uint64_t{4} << 20;
-
-} // namespace
-
 bool EntryReader::MayRead(const ArchiveEntry& entry, const ZipLimits& limits, ZipFailure& failure)
 {
     const std::uint64_t size = entry.shown.size;
@@ -57,25 +50,6 @@ std::size_t EntryReader::Read(void* data, std::size_t size, ZipFailure& failure)
         }
     }
     return filled;
-}
-
-bool EntryReader::ReadAll(std::vector<std::uint8_t>& content, ZipFailure& failure)
-{
-    content.resize(std::min(declared_, kTrustedSize));
-    std::size_t done = 0;
-    for (;;) {
-        done += Read(content.data() + done, content.size() - done, failure);
-        if (failure || done < content.size() || done >= declared_) {
-            break;
-        }
-        content.resize(std::min(declared_, std::uint64_t{content.size()} * 2));
-    }
-    std::uint8_t beyond = 0;
-    if (!failure && done == content.size()) {
-        Read(&beyond, 1, failure); // the checksum is compared at the end of the data
-    }
-    content.resize(done);
-    return !failure;
 }
 
 } // namespace orvstorage::detail

@@ -3,8 +3,8 @@
 #include <orvstorage/ZipLimits.h>
 #include <orvstorage/detail/ZipArchive.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <vector>
 
 namespace orvstorage::detail {
 
@@ -22,9 +22,30 @@ public:
     std::size_t Read(void* data, std::size_t size, ZipFailure& failure);
 
     /// Reads everything into memory, which grows with what is really there.
-    bool ReadAll(std::vector<std::uint8_t>& content, ZipFailure& failure);
+    /// @param content a vector or string of bytes
+    template <class Container>
+    bool ReadAll(Container& content, ZipFailure& failure)
+    {
+        content.resize(std::min(declared_, kTrustedSize));
+        std::size_t done = 0;
+        for (;;) {
+            done += Read(content.data() + done, content.size() - done, failure);
+            if (failure || done < content.size() || done >= declared_) {
+                break;
+            }
+            content.resize(std::min(declared_, std::uint64_t{content.size()} * 2));
+        }
+        char beyond = 0;
+        if (!failure && done == content.size()) {
+            Read(&beyond, 1, failure); // the checksum is compared at the end of the data
+        }
+        content.resize(done);
+        return !failure;
+    }
 
 private:
+    static constexpr std::uint64_t kTrustedSize = std::uint64_t{4} << 20; // given on the directory's word alone
+
     EntryHandle handle_;
     std::uint64_t declared_;
     std::uint64_t done_ = 0;

@@ -1,24 +1,25 @@
 #include <orvstorage/detail/FolderScan.h>
 
 #include <orvcore/AtomicFile.h>
-#include <orvcore/Paths.h>
+#include <orvcore/FileSystem.h>
 #include <orvstorage/detail/EntryName.h>
 #include <orvstorage/detail/NameRegister.h>
 
 #include <algorithm>
-#include <chrono>
 
 namespace orvstorage::detail {
 
 namespace fs = std::filesystem;
+using orvcore::FileInfo;
+using orvcore::FileKind;
 
 namespace {
 
 // A zip's time has no zone: UTC is the one choice that makes the same folder the same archive everywhere.
-void SetDosTime(fs::file_time_type time, PackItem& item)
+void SetDosTime(orvcore::FileTime time, PackItem& item)
 {
     using namespace std::chrono;
-    const auto seconds = floor<std::chrono::seconds>(file_clock::to_sys(time));
+    const auto seconds = floor<std::chrono::seconds>(time);
     const auto day = floor<days>(seconds);
     const year_month_day date(day);
     const hh_mm_ss clock(seconds - day);
@@ -42,24 +43,20 @@ bool CannotRead(const std::error_code& error, ZipFailure& failure)
     return false;
 }
 
-bool Describe(const fs::directory_entry& entry, PackItem& item, ZipFailure& failure)
+bool Describe(const fs::path& path, PackItem& item, ZipFailure& failure)
 {
     std::error_code error;
-    const fs::file_status status = entry.symlink_status(error);
-    if (status.type() != fs::file_type::regular) {
-        if (error || !fs::exists(status)) {
-            return CannotRead(error ? error : std::make_error_code(std::errc::no_such_file_or_directory), failure);
-        }
-        failure.error = fs::is_symlink(status) ? ZipError::SymbolicLink : ZipError::SpecialFile;
+    const FileInfo info = orvcore::InspectPath(path, error);
+    if (error || info.kind == FileKind::Nothing) {
+        return CannotRead(error ? error : std::make_error_code(std::errc::no_such_file_or_directory), failure);
+    }
+    if (info.kind != FileKind::File) {
+        failure.error = info.kind == FileKind::Link ? ZipError::SymbolicLink : ZipError::SpecialFile;
         return false;
     }
-    item.path = entry.path();
-    item.size = entry.file_size(error);
-    const fs::file_time_type time = error ? fs::file_time_type() : entry.last_write_time(error);
-    if (error) {
-        return CannotRead(error, failure);
-    }
-    SetDosTime(time, item);
+    item.path = path;
+    item.size = info.size;
+    SetDosTime(info.modified, item);
     return true;
 }
 
@@ -74,14 +71,15 @@ public:
     bool Scan(const fs::path& folder, const orvcore::UTF8String& prefix, ZipFailure& failure)
     {
         std::error_code error;
-        fs::directory_iterator at(orvcore::ToSystemPath(folder), error);
-        for (; !error && at != fs::directory_iterator(); at.increment(error)) {
-            const orvcore::UTF8String name = prefix + orvcore::PathToUTF8(at->path().filename());
-            std::error_code ignored;
-            const bool isFolder = fs::is_directory(at->symlink_status(ignored));
-            if (!(isFolder ? Scan(at->path(), name + u8'/', failure) : Take(*at, name, failure))) {
-                return false;
-            }
+        bool taken = true;
+        const auto take = [&](const fs::path& path, FileKind kind) {
+            const orvcore::UTF8String name = prefix + orvcore::PathToUTF8(path.filename());
+            taken = kind == FileKind::Directory ? Scan(path, name + u8'/', failure) : Take(path, name, failure);
+            return taken;
+        };
+        orvcore::ReadDirectory(folder, take, error);
+        if (!taken) {
+            return false;
         }
         if (error) {
             failure.entry = prefix;
@@ -91,16 +89,15 @@ public:
     }
 
 private:
-    bool Take(const fs::directory_entry& entry, const orvcore::UTF8String& name, ZipFailure& failure)
+    bool Take(const fs::path& path, const orvcore::UTF8String& name, ZipFailure& failure)
     {
-        std::error_code ignored;
-        if (orvcore::IsPrivateName(entry.path().filename()) || fs::equivalent(entry.path(), exclude_, ignored)) {
+        if (orvcore::IsPrivateName(path.filename()) || orvcore::IsSameFile(path, exclude_)) {
             return true;
         }
         failure.entry = name;
         PackItem item;
         item.name = name;
-        if (!Describe(entry, item, failure)) {
+        if (!Describe(path, item, failure)) {
             return false;
         }
         items_.push_back(std::move(item));
@@ -133,12 +130,11 @@ bool DescribeItem(const fs::path& path, orvcore::UTF8String name, PackItem& item
     item.name = std::move(name);
     std::error_code error;
     // A link named by the caller is the caller's choice, unlike one met on the way through a folder.
-    const fs::path real = orvcore::IsUsablePath(path) ? fs::canonical(orvcore::ToSystemPath(path), error) : fs::path();
+    const fs::path real = orvcore::IsUsablePath(path) ? orvcore::RealPath(path, error) : fs::path();
     if (error || real.empty()) {
         return CannotRead(error ? error : std::make_error_code(std::errc::invalid_argument), failure);
     }
-    const fs::directory_entry entry(real, error);
-    return error ? CannotRead(error, failure) : Describe(entry, item, failure);
+    return Describe(real, item, failure);
 }
 
 bool ScanFolder(const fs::path& folder, const fs::path& exclude, std::vector<PackItem>& items, ZipFailure& failure)
@@ -146,7 +142,7 @@ bool ScanFolder(const fs::path& folder, const fs::path& exclude, std::vector<Pac
     if (!orvcore::IsUsablePath(folder)) {
         return CannotRead(std::make_error_code(std::errc::invalid_argument), failure);
     }
-    if (!Scanner(orvcore::ToSystemPath(exclude), items).Scan(folder, {}, failure)) {
+    if (!Scanner(exclude, items).Scan(folder, {}, failure)) {
         return false;
     }
     std::sort(items.begin(), items.end(), [](const PackItem& a, const PackItem& b) { return a.name < b.name; });

@@ -1,10 +1,11 @@
 #include <orvstorage/detail/ItemSource.h>
 
 #include <orvcore/detail/NativeFile.h>
+#include <orvstorage/detail/BlockDeflater.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <optional>
 #include <vector>
 
 namespace orvstorage::detail {
@@ -15,8 +16,9 @@ constexpr std::size_t kPiece = std::size_t{256} << 10;
 
 class ItemSource {
 public:
-    ItemSource(const PackItem& item, PackProgress& progress)
+    ItemSource(const PackItem& item, ItemForm form, PackProgress& progress)
         : item_(item)
+        , form_(form)
         , progress_(progress)
     {
         zip_error_init(&error_);
@@ -37,6 +39,7 @@ public:
             return Read(static_cast<char*>(data), length);
         case ZIP_SOURCE_CLOSE:
             file_ = {};
+            deflater_.reset();
             return 0;
         case ZIP_SOURCE_STAT:
             return Stat(data, length);
@@ -49,13 +52,13 @@ public:
         }
     }
 
-private:
     zip_int64_t Fail(int zipError, const std::error_code& reason)
     {
         zip_error_set(&error_, zipError, reason.default_error_condition().value());
         return -1;
     }
 
+private:
     zip_int64_t Open()
     {
         using orvcore::detail::NativeFile;
@@ -63,8 +66,13 @@ private:
         progress_.current = item_.name;
         file_ = NativeFile::Open(item_.path, NativeFile::Mode::Read, error);
         position_ = 0;
-        piece_.clear();
+        finished_ = false;
+        crc_ = 0;
+        output_.clear();
         used_ = 0;
+        if (form_ == ItemForm::Deflated) {
+            deflater_.emplace();
+        }
         return error ? Fail(ZIP_ER_OPEN, error) : 0;
     }
 
@@ -77,38 +85,67 @@ private:
         zip_stat_init(stat);
         stat->size = item_.size;
         stat->valid = ZIP_STAT_SIZE;
+        if (form_ == ItemForm::Deflated) {
+            stat->comp_method = ZIP_CM_DEFLATE;
+            stat->crc = crc_; // asked for again when all has been read
+            stat->valid |= ZIP_STAT_COMP_METHOD | ZIP_STAT_CRC;
+        }
         return sizeof(*stat);
     }
 
     zip_int64_t Read(char* data, zip_uint64_t length)
     {
-        if (used_ == piece_.size()) {
-            std::error_code error;
-            piece_.resize(kPiece);
-            piece_.resize(file_.ReadAt(position_, piece_.data(), kPiece, error));
-            used_ = 0;
-            position_ += piece_.size();
-            // A file that changes meanwhile would give an entry that is neither the old nor the new content.
-            const bool changed = position_ > item_.size || (piece_.empty() && position_ != item_.size);
-            if (error || changed) {
-                return Fail(ZIP_ER_READ, error ? error : std::make_error_code(std::errc::io_error));
-            }
-            if (!progress_.Advance(piece_.size())) {
-                return Fail(ZIP_ER_CANCELLED, {});
-            }
+        if (used_ == output_.size() && !Refill()) {
+            return -1;
         }
-        const std::size_t count = std::min<std::size_t>(length, piece_.size() - used_);
-        std::memcpy(data, piece_.data() + used_, count);
+        const std::size_t count = std::min<std::size_t>(length, output_.size() - used_);
+        std::copy_n(output_.data() + used_, count, data);
         used_ += count;
         return static_cast<zip_int64_t>(count);
     }
 
+    // Makes the next bytes to hand out; none at the end.
+    bool Refill()
+    {
+        used_ = 0;
+        output_.clear();
+        if (finished_) {
+            return true;
+        }
+        std::error_code error;
+        piece_.resize(deflater_ ? std::min<std::uint64_t>(deflater_->BatchSize(), item_.size + 1) : kPiece);
+        const std::size_t got = file_.ReadAt(position_, piece_.data(), piece_.size(), error);
+        position_ += got;
+        // A file that changes meanwhile would give an entry that is neither the old nor the new content.
+        if (error || position_ > item_.size || (got < piece_.size() && position_ != item_.size)) {
+            Fail(ZIP_ER_READ, error ? error : std::make_error_code(std::errc::io_error));
+            return false;
+        }
+        if (!progress_.Advance(got)) {
+            Fail(ZIP_ER_CANCELLED, {});
+            return false;
+        }
+        finished_ = position_ == item_.size;
+        if (deflater_) {
+            deflater_->Deflate({piece_.data(), got}, finished_, output_);
+            crc_ = deflater_->Crc();
+        } else {
+            output_.assign(piece_.begin(), piece_.begin() + static_cast<std::ptrdiff_t>(got));
+        }
+        return true;
+    }
+
     const PackItem& item_;
+    const ItemForm form_;
     PackProgress& progress_;
     orvcore::detail::NativeFile file_;
     std::uint64_t position_ = 0;
+    bool finished_ = false; // all of the file has been read
     std::vector<char> piece_;
-    std::size_t used_ = 0;
+    std::vector<char> output_;
+    std::size_t used_ = 0; // of output_
+    std::optional<BlockDeflater> deflater_;
+    std::uint32_t crc_ = 0;
     zip_error_t error_{};
 };
 
@@ -122,15 +159,15 @@ zip_int64_t CallItem(void* source, void* data, zip_uint64_t length, zip_source_c
     try {
         return self->Call(data, length, command);
     } catch (...) { // memory ran out; nothing may pass through the library's frames
-        return -1;
+        return self->Fail(ZIP_ER_MEMORY, {});
     }
 }
 
 } // namespace
 
-zip_source_t* MakeItemSource(const PackItem& item, PackProgress& progress)
+zip_source_t* MakeItemSource(const PackItem& item, ItemForm form, PackProgress& progress)
 {
-    auto source = std::make_unique<ItemSource>(item, progress);
+    auto source = std::make_unique<ItemSource>(item, form, progress);
     zip_source_t* made = zip_source_function_create(CallItem, source.get(), nullptr);
     if (made != nullptr) {
         source.release(); // owned by `made` now

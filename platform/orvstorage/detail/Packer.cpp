@@ -9,7 +9,6 @@ namespace orvstorage::detail {
 
 namespace {
 
-constexpr std::uint32_t kDeflateLevel = 6;
 constexpr std::uint32_t kPlainFile = 0100644U << 16; // a Unix regular file that all may read
 // Deflating these again costs time and gains nothing.
 constexpr std::array<std::u8string_view, 27> kPackedAlready = {
@@ -25,10 +24,15 @@ bool IsPackedAlready(const orvcore::UTF8String& name)
     return std::find(kPackedAlready.begin(), kPackedAlready.end(), extension) != kPackedAlready.end();
 }
 
+ItemForm FormOf(const PackItem& item)
+{
+    return item.size == 0 || IsPackedAlready(item.name) ? ItemForm::Plain : ItemForm::Deflated;
+}
+
 bool Describe(zip_t* archive, zip_uint64_t index, const PackItem& item, const std::string& password)
 {
-    const bool store = item.size == 0 || IsPackedAlready(item.name);
-    return zip_set_file_compression(archive, index, store ? ZIP_CM_STORE : ZIP_CM_DEFLATE, kDeflateLevel) == 0 &&
+    const zip_int32_t method = FormOf(item) == ItemForm::Plain ? ZIP_CM_STORE : ZIP_CM_DEFLATE;
+    return zip_set_file_compression(archive, index, method, 0) == 0 &&
            zip_file_set_dostime(archive, index, item.dosTime, item.dosDate, 0) == 0 &&
            zip_file_set_external_attributes(archive, index, 0, ZIP_OPSYS_UNIX, kPlainFile) == 0 &&
            (password.empty() || zip_file_set_encryption(archive, index, ZIP_EM_AES_256, password.c_str()) == 0);
@@ -37,7 +41,7 @@ bool Describe(zip_t* archive, zip_uint64_t index, const PackItem& item, const st
 bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& item, const std::string& password,
          PackProgress& progress)
 {
-    zip_source_t* source = MakeItemSource(item, progress);
+    zip_source_t* source = MakeItemSource(item, FormOf(item), progress);
     if (source == nullptr) {
         zip_error_set(zip_get_error(archive), ZIP_ER_MEMORY, 0);
         return false;

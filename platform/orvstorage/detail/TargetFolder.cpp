@@ -1,6 +1,7 @@
 #include <orvstorage/detail/TargetFolder.h>
 
 #include <orvcore/AtomicFile.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <orvstorage/detail/Libzip.h>
 #include <orvstorage/detail/Unpacker.h>
@@ -32,8 +33,7 @@ TargetFolder::~TargetFolder()
     }
     // Folders may hold by now what others have put there; removing one by one fails on those and leaves them.
     std::error_code ignored;
-    std::for_each(created_.rbegin(), created_.rend(),
-                  [&](const fs::path& path) { fs::remove(orvcore::ToSystemPath(path), ignored); });
+    std::for_each(created_.rbegin(), created_.rend(), [&](const fs::path& path) { orvcore::RemoveOne(path, ignored); });
 }
 
 void TargetFolder::Keep() noexcept
@@ -57,16 +57,16 @@ fs::path TargetFolder::Open(ZipFailure& failure)
         missing.push_back(at);
     }
     for (auto at = missing.rbegin(); at != missing.rend() && !error; ++at) {
-        if (fs::create_directory(orvcore::ToSystemPath(*at), error)) {
+        if (orvcore::MakeDirectory(*at, error)) {
             created_.push_back(*at);
         }
     }
     if (!error) {
-        canonical_ = fs::canonical(orvcore::ToSystemPath(folder_), error);
+        canonical_ = orvcore::RealPath(folder_, error);
         known_.insert(folder_);
     }
     const fs::path staging = orvcore::PrivateSibling(folder_ / "x");
-    if (!error && fs::create_directory(orvcore::ToSystemPath(staging), error)) {
+    if (!error && orvcore::MakeDirectory(staging, error)) {
         private_ = staging;
     }
     if (error) {
@@ -85,10 +85,10 @@ bool TargetFolder::Make(const fs::path& directory, ZipFailure& failure)
         return false;
     }
     std::error_code error;
-    if (fs::create_directory(orvcore::ToSystemPath(directory), error)) {
+    if (orvcore::MakeDirectory(directory, error)) {
         created_.push_back(directory);
     }
-    const fs::path real = error ? fs::path() : fs::canonical(orvcore::ToSystemPath(directory), error);
+    const fs::path real = error ? fs::path() : orvcore::RealPath(directory, error);
     if (error) {
         TranslateWriteError(error, failure);
     } else if (!IsBelow(real, canonical_)) {
@@ -112,15 +112,15 @@ bool TargetFolder::PutFile(const fs::path& from, const orvcore::UTF8String& rela
         return false;
     }
     std::error_code error;
-    const fs::file_status there = fs::symlink_status(orvcore::ToSystemPath(place), error);
-    if (fs::exists(there) && existing == Existing::Keep) {
+    const bool isNew = orvcore::InspectPath(place, error).kind == orvcore::FileKind::Nothing;
+    if (!isNew && existing == Existing::Keep) {
         return true;
     }
     if (!orvcore::RenameOver(from, place, error)) {
         TranslateWriteError(error, failure);
         return false;
     }
-    if (!fs::exists(there)) {
+    if (isNew) {
         created_.push_back(place);
     }
     return true;

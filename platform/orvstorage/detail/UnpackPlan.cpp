@@ -71,6 +71,9 @@ private:
     bool Plan(std::size_t index, ZipFailure& failure)
     {
         const ArchiveEntry& entry = archive_.Entries()[index];
+        if (entry.shown.name == u8"./" && entry.kind == EntryKind::Directory) {
+            return true; // the target folder itself, as some programs list the folder that they packed
+        }
         ZipFailure refusal = failure;
         refusal.entry = entry.shown.name;
         refusal.error = Judge(index, refusal);

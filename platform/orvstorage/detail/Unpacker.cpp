@@ -1,12 +1,16 @@
 #include <orvstorage/detail/Unpacker.h>
 
 #include <orvcore/AtomicFile.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
+#include <orvcore/ParallelFor.h>
 #include <orvstorage/detail/EntryReader.h>
 #include <orvstorage/detail/TargetFolder.h>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <numeric>
 
 namespace orvstorage::detail {
 
@@ -15,6 +19,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kPiece = std::size_t{256} << 10;
+constexpr std::uint64_t kWorthThreads = std::uint64_t{4} << 20;
+constexpr std::size_t kMostThreads = 8; // more would only wait for the disk
 
 // Hands an entry's content to `write` piece by piece; its false means that `failure` is set.
 template <class Write>
@@ -35,10 +41,11 @@ bool StreamEntry(zip_t* handle, const ArchiveEntry& entry, std::size_t index, st
 // Unpacks the plan's files into numbered files of a private folder, on several threads where there is enough to do.
 class Stage {
 public:
-    Stage(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& folder)
+    Stage(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& folder, const fs::path& archivePath)
         : archive_(archive)
         , plan_(plan)
         , folder_(folder)
+        , archivePath_(archivePath)
     {
     }
 
@@ -50,21 +57,53 @@ public:
     bool Run(ZipFailure& failure)
     {
         first_ = failure;
-        Work(archive_.Handle());
+        Arrange();
+        const std::size_t threads = total_ < kWorthThreads ? 1 : std::min(order_.size(), kMostThreads);
+        if (threads <= 1) {
+            Work(archive_.Handle());
+        } else {
+            // Each piece takes files until none is left, so it does not matter how many really run at one time.
+            orvcore::ParallelFor(threads, 1, [this](std::size_t, std::size_t) {
+                ZipFailure opening{ZipError::None, ZipAction::Unpack, archivePath_, {}, {}};
+                const ArchiveHandle handle = archive_.NewHandle(opening);
+                if (handle) {
+                    Work(handle.get());
+                } else {
+                    Report(0, opening);
+                }
+            });
+        }
         failure = first_;
         return !failure;
     }
 
 private:
+    // The largest files come first: one that begins last would keep a single thread busy at the end.
+    void Arrange()
+    {
+        const auto sizeOf = [this](std::size_t number) {
+            return archive_.Entries()[plan_.files[number].index].shown.size;
+        };
+        order_.resize(plan_.files.size());
+        std::iota(order_.begin(), order_.end(), std::size_t{0});
+        std::stable_sort(order_.begin(), order_.end(),
+                         [&](std::size_t a, std::size_t b) { return sizeOf(a) > sizeOf(b); });
+        for (const std::size_t number : order_) {
+            total_ += sizeOf(number);
+        }
+    }
+
     void Work(zip_t* handle)
     {
+        const ZipFailure blank{ZipError::None, ZipAction::Unpack, archivePath_, {}, {}};
         std::vector<char> piece(kPiece);
         for (;;) {
-            const std::size_t number = next_.fetch_add(1);
-            if (number >= plan_.files.size() || stopped_) {
+            const std::size_t turn = next_.fetch_add(1);
+            if (turn >= order_.size() || stopped_) {
                 return;
             }
-            ZipFailure failure = first_;
+            const std::size_t number = order_[turn];
+            ZipFailure failure = blank;
             if (!UnpackOne(handle, number, piece, failure)) {
                 Report(number, failure);
             }
@@ -105,6 +144,9 @@ private:
     const ZipArchive& archive_;
     const UnpackPlan& plan_;
     const fs::path& folder_;
+    const fs::path archivePath_;
+    std::vector<std::size_t> order_; // of the plan's files
+    std::uint64_t total_ = 0;
     std::atomic<std::size_t> next_ = 0;
     std::atomic<bool> stopped_ = false;
     std::mutex mutex_;
@@ -127,7 +169,7 @@ bool UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& 
     std::error_code error;
     const fs::path folder = destination.parent_path();
     if (!folder.empty()) {
-        fs::create_directories(orvcore::ToSystemPath(folder), error);
+        orvcore::MakeDirectories(folder, error);
     }
     orvcore::AtomicFile file(destination);
     std::vector<char> piece(kPiece);
@@ -146,7 +188,7 @@ bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& t
 {
     TargetFolder folder(target);
     fs::path staging = folder.Open(failure);
-    Stage stage(archive, plan, staging);
+    Stage stage(archive, plan, staging, failure.archive);
     if (failure || !stage.Run(failure)) {
         return false;
     }

@@ -41,6 +41,15 @@ EntryKind KindOf(const DirectoryRecord& record, bool namedAsDirectory)
     }
 }
 
+// Some programs name the entries of a packed folder "./name".
+void DropCurrentFolder(orvcore::UTF8String& name)
+{
+    constexpr std::u8string_view kCurrent = u8"./";
+    while (name.size() > kCurrent.size() && name.starts_with(kCurrent)) {
+        name.erase(0, kCurrent.size());
+    }
+}
+
 } // namespace
 
 std::shared_ptr<ZipArchive> ZipArchive::Open(const std::filesystem::path& path, const std::string& password,
@@ -84,6 +93,7 @@ bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records, ZipFai
             if (MadeOnWindows(record.system)) {
                 std::replace(entry.shown.name.begin(), entry.shown.name.end(), u8'\\', u8'/');
             }
+            DropCurrentFolder(entry.shown.name);
             entry.shown.size = record.size;
             entry.shown.compressedSize = record.compressedSize;
             entry.shown.isEncrypted = stat.encryption_method != ZIP_EM_NONE;

@@ -1,0 +1,92 @@
+// The smallest host that browses templates: lists a folder, searches in it, and shuts down. It has no event loop, so it
+// runs the library's main-thread calls itself. docs/hosting.md tells what a larger host adds.
+
+#include <manager/GraphicSourceManager.h>
+#include <orvcore/Files.h>
+#include <orvcore/MainThread.h>
+#include <orvcore/Paths.h>
+#include <sources/LocalGraphicsSource.h>
+
+#include <iostream>
+#include <string>
+
+namespace {
+
+using orvcapsule::GraphicSourceManager;
+
+std::string Narrow(const orvcore::UTF16String& text)
+{
+    return orvcore::ToNarrow(orvcore::ToUTF8(text));
+}
+
+// Runs main-thread calls until `done`; a host with an event loop has this work done there instead.
+void RunUntil(const bool& done)
+{
+    while (!done) {
+        orvcore::WaitForMainThreadCalls(std::chrono::seconds(1));
+        orvcore::RunMainThreadCalls();
+    }
+}
+
+// Lists everything. A browse panel would show each source's entries as they come (the partial-completion callback).
+void List(GraphicSourceManager& manager)
+{
+    bool done = false;
+    manager.SetLocalRequestCallback(std::make_shared<GraphicSourceManager::RequestCallback>(
+        [&done](GraphicSourceManager::ResultMap& results, int /*first*/, int total) {
+            std::cout << total << " templates\n";
+            for (const auto& [position, entry] : results) {
+                std::cout << "  " << Narrow(entry->name) << "  " << entry->frameWidth << " x " << entry->frameHeight
+                          << "  " << entry->durationMs << " ms\n";
+            }
+            done = true;
+        }));
+    manager.RequestDefaultGraphicSet({}, false);
+    RunUntil(done);
+}
+
+// Searches the index that the listing has filled.
+void Search(GraphicSourceManager& manager, const std::vector<orvcore::UTF16String>& terms)
+{
+    bool done = false;
+    manager.SetDatabaseRequestCallback(
+        std::make_shared<GraphicSourceManager::TextSetCallback>([&done](const std::set<orvcore::UTF8String>& paths) {
+            std::cout << "found:\n";
+            for (const orvcore::UTF8String& path : paths) {
+                std::cout << "  " << orvcore::ToNarrow(path) << '\n';
+            }
+            done = true;
+        }));
+    manager.RequestGraphics(terms);
+    RunUntil(done);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 2) {
+        std::cerr << "usage: browse FOLDER [TERM...]\n";
+        return 2;
+    }
+    const std::filesystem::path folder = argv[1];
+    std::vector<orvcore::UTF16String> terms;
+    for (int i = 2; i < argc; ++i) {
+        terms.push_back(
+            orvcore::PathToUTF16(argv[i])); // as a path, an argument is converted from the system's encoding
+    }
+
+    // A real host keeps its index from one start to the next, in its own data folder.
+    const std::filesystem::path data = orvcore::CreatePrivateDirectory(u8"orvcapsule-browse");
+    const auto manager = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(data / "index.db"));
+    manager->AddGraphicSource(std::make_shared<orvcapsule::LocalGraphicsSource>(
+        orvcore::PathToUTF16(folder), std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>{}));
+    List(*manager);
+    if (!terms.empty()) {
+        Search(*manager, terms);
+    }
+    manager->Shutdown();
+    orvcore::StopMainThreadCalls(); // nothing that was queued refers to this host any more
+    orvcore::RemoveTree(data);
+    return 0;
+}

@@ -1,0 +1,200 @@
+#pragma once
+
+#include <sources/GraphicSource.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvcore {
+class AsyncThreadedSubExecutor;
+}
+
+namespace orvcapsule {
+
+/// What a request is to list of one source.
+struct GraphicSourceState {
+    std::string sourceID;                         ///< one of the source identifiers (SourceNames.h)
+    std::vector<orvcore::UTF8String> directories; ///< full paths
+};
+
+/// A host's single entry point for browsing templates: it owns the sources of one browse panel, runs listings, searches
+/// and tag requests one at a time on an executor of its own, and delivers results on the host's main thread.
+///
+/// With a database path the manager is in index mode: it browses local and library templates and searches through the
+/// process's search index. Without one it is in stock mode, which fronts a single stock source.
+///
+/// Always owned by a `std::shared_ptr`; a queued request keeps it alive, so the host calls `Shutdown` before it drops
+/// its last reference. All operations are for the host's main thread and return at once unless said otherwise. Every
+/// callback runs on the main thread (`orvcore::RunMainThreadCalls` or the host's dispatcher); it is dropped when its
+/// request was cancelled or replaced by a newer one of its kind meanwhile. Callbacks are set before requests are made.
+class ORVCAPSULE_API GraphicSourceManager : public std::enable_shared_from_this<GraphicSourceManager> {
+public:
+    using EntryPtr = boost::shared_ptr<CapsuleEntry>;
+    using EntryList = std::vector<EntryPtr>;
+    /// Entries by their absolute position in the request's whole result.
+    using ResultMap = std::map<int, EntryPtr>;
+    using TokenPtr = boost::shared_ptr<CheckCancel>;
+    using SourcePtr = std::shared_ptr<IGraphicSource>;
+
+    /// A strict less-than over entries; called on a worker thread. One that throws leaves the order as found.
+    using SortFunction = std::function<bool(const EntryPtr&, const EntryPtr&)>;
+    /// The results, the position of the first one, and the number of all results of the request. The callback may take
+    /// the map's contents.
+    using RequestCallback = std::function<void(ResultMap&, int first, int total)>;
+    /// One source's entries, the number of entries delivered so far with these, the number expected in all (-1 while
+    /// that is unknown), and the source's identifier.
+    using PartialCompletionCallback =
+        std::function<void(const EntryList&, int delivered, int expected, const std::string& sourceID)>;
+    /// A folder's entries, the folder, and whether no further entries of this relisting follow.
+    using DirectoryCallback = std::function<void(const EntryList&, const orvcore::UTF8String& directory, bool last)>;
+    /// Package paths that a search found, or tags, in byte order.
+    using TextSetCallback = std::function<void(std::set<orvcore::UTF8String>)>;
+
+    /// Opens the search index at `databasePath` unless that is empty. An index that cannot be opened leaves a manager
+    /// that lists but finds nothing. Entries are sorted by name, code unit by code unit.
+    explicit GraphicSourceManager(const orvcore::UTF16String& databasePath);
+    GraphicSourceManager(const GraphicSourceManager&) = delete;
+    GraphicSourceManager& operator=(const GraphicSourceManager&) = delete;
+    virtual ~GraphicSourceManager();
+
+    /// Ends the manager: cancels all requests, starts no further task, terminates the sources in the order in which
+    /// they were added and closes the search index. It does not wait for a task in progress, which finds its request
+    /// cancelled at its next check. A second call is harmless. What a source throws passes.
+    void Shutdown();
+
+    /// @name Sources and filters
+    /// @{
+    /// Adds a source and initialises it on this thread; for local sources that prepares the working folder of their
+    /// previews (Workspace.h). Duplicates are not detected. An empty pointer is ignored. What the source throws passes.
+    void AddGraphicSource(SourcePtr source);
+    /// The first source with this identifier, or an empty pointer. Any thread.
+    SourcePtr FindGraphicSource(const std::string& sourceID) const;
+    /// Appends each source's filter to `out`, in the order of the sources.
+    void GetFilterList(std::vector<IGraphicSource::GraphicFilterID>& out) const;
+    /// Hands a filter type to every source; only a stock source knows them.
+    void SetSearchFilterType(const orvcore::UTF8String& filterType);
+    /// Replaces the order of results; with an empty pointer they stay in the order in which the sources found them.
+    void SetCapsuleSortFxn(std::shared_ptr<SortFunction> sort);
+    /// @}
+
+    /// @name Callbacks
+    /// Each replaces the one before; an empty pointer means none. The two database callbacks are ignored in stock mode.
+    /// @{
+    void SetLocalRequestCallback(const std::shared_ptr<RequestCallback>& callback);
+    void SetStockRequestCallback(const std::shared_ptr<RequestCallback>& callback);
+    void SetLocalRequestPartialCompletionCallback(const std::shared_ptr<PartialCompletionCallback>& callback);
+    void SetLocalDirectoryRequestCallback(const std::shared_ptr<DirectoryCallback>& callback);
+    void SetDatabaseRequestCallback(const std::shared_ptr<TextSetCallback>& callback);
+    void SetDatabaseTagRequestCallback(const std::shared_ptr<TextSetCallback>& callback);
+    /// @}
+
+    /// @name Requests
+    /// A newer request of the same kind cancels the older one.
+    /// @throws std::bad_weak_ptr  when the manager is not owned by a shared pointer.
+    /// @{
+    /// Searches. Index mode: the database callback receives the paths of the templates that every term finds.
+    void RequestGraphics(const std::vector<orvcore::UTF16String>& terms);
+    /// Lists everything. Index mode: the search index is emptied and filled anew; the partial-completion callback
+    /// receives each source's entries, then the local-request callback all of them, sorted. With `showProgress` each
+    /// source lists the folders that `states` names for it and the host's progress display shows it.
+    void RequestDefaultGraphicSet(const std::vector<GraphicSourceState>& states, bool showProgress);
+    /// Suggests tags (index mode only): the tag callback receives those that hold a word beginning with `text`.
+    void RequestSimilarTags(const orvcore::UTF16String& text);
+
+    /// Cancels the searches in flight; listings, tag requests and folder relistings go on.
+    void CancelGraphicRequests();
+    /// Cancels the tag request in flight.
+    void CancelSimilarTagRequests();
+    /// Cancels everything in flight.
+    void Abort();
+    /// @}
+
+    /// @name Local folders
+    /// Index mode only, but for the first and the last.
+    /// @{
+    /// Replaces the custom folders (display name, path) of the local source, after the requests made before. No
+    /// callback follows; the next listing shows the change.
+    void UpdateCustomDirectoryList(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories);
+    /// Lists everything again, as `RequestDefaultGraphicSet` does but independently of it. Cancels folder relistings.
+    void LocalDirectoryChanged(const std::vector<GraphicSourceState>& states, bool showProgress);
+    /// Lists one folder again; the directory callback receives its entries, none when no source is called `sourceID`.
+    /// `files` are the paths that changed, vanished ones included: what the index holds of them and of the entries is
+    /// replaced. Several folders may be in flight; a newer relisting of the same folder cancels the older one. The
+    /// host's progress display shows it, and why when it was cancelled.
+    void LocalDirectoryChanged(const std::string& sourceID, const orvcore::UTF8String& directory,
+                               const std::vector<orvcore::UTF8String>& files);
+    /// The folders that the local sources look into. Walks them on this thread.
+    std::set<orvcore::UTF8String> GetLocalDirectories() const;
+    /// The path of an entry's still preview, made now by the entry's source if need be; may block. Empty when there is
+    /// none, no source made the entry, or `token` (which may be empty) was aborted. Any thread. What the source throws
+    /// passes.
+    orvcore::UTF8String GetThumbnailPath(const EntryPtr& entry, const TokenPtr& token) const;
+    /// @}
+
+private:
+    struct Callbacks {
+        std::shared_ptr<PartialCompletionCallback> partialCompletion;
+        std::shared_ptr<RequestCallback> localRequest;
+        std::shared_ptr<DirectoryCallback> localDirectory;
+        std::shared_ptr<RequestCallback> stockRequest;
+        std::shared_ptr<TextSetCallback> databaseRequest;
+        std::shared_ptr<TextSetCallback> databaseTagRequest;
+    };
+
+    std::vector<SourcePtr> CopySources() const;
+    std::vector<std::shared_ptr<ILocalGraphicSource>> CopyLocalSources() const;
+    bool HasIndex() const;
+    Callbacks CopyCallbacks() const;
+    template <class T>
+    void SetCallback(std::shared_ptr<T> Callbacks::*field, const std::shared_ptr<T>& callback);
+
+    // Posts a task that keeps the manager alive; a refused post aborts the token.
+    void Post(const TokenPtr& token, std::function<void(GraphicSourceManager&)> task);
+    static void AbortToken(const TokenPtr& token);
+    static void Renew(TokenPtr& field);
+    double SumOfProgressWeights() const;
+
+    // Tasks, on the serial executor.
+    void SearchStock(const std::vector<orvcore::UTF16String>& terms, const TokenPtr& token);
+    void SearchIndex(const std::vector<orvcore::UTF16String>& terms, const TokenPtr& token,
+                     const std::shared_ptr<TextSetCallback>& callback) const;
+    void PostListing(const std::vector<GraphicSourceState>& states, bool showProgress, const TokenPtr& token);
+    void GetLocalGraphicsReturningPartialResults(const std::vector<GraphicSourceState>& states, const TokenPtr& token,
+                                                 const Callbacks& callbacks) const;
+    void GetLocalGraphics(const TokenPtr& token, const Callbacks& callbacks) const;
+    void GetLocalGraphicsFromDirectory(const std::string& sourceID, const orvcore::UTF8String& directory,
+                                       const std::vector<orvcore::UTF8String>& files, const TokenPtr& token,
+                                       const std::shared_ptr<DirectoryCallback>& callback) const;
+    void GetSimilarTags(const orvcore::UTF16String& text, const TokenPtr& token) const;
+    void ReplaceCustomDirectories(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories);
+    void Sort(EntryList& entries) const;
+    void DeliverAll(EntryList all, const TokenPtr& token, const std::shared_ptr<RequestCallback>& callback) const;
+    void ListSources(const TokenPtr& token, const Callbacks& callbacks,
+                     const std::function<void(ILocalGraphicSource&, EntryList&)>& list) const;
+
+    mutable std::recursive_mutex lock_; // guards the sources and the sort function
+    std::vector<SourcePtr> sources_;
+    std::shared_ptr<orvcore::AsyncThreadedSubExecutor> executor_;
+    mutable std::mutex callbackLock_;
+    Callbacks callbacks_;
+    orvcore::UTF16String databasePath_; // the main thread's; the tasks look at hasIndex_
+    std::atomic<bool> hasIndex_;
+    TokenPtr graphicsToken_;
+    TokenPtr defaultSetToken_;
+    TokenPtr indexSearchToken_;
+    TokenPtr similarTagToken_;
+    TokenPtr directoryChangeToken_;
+    std::map<orvcore::UTF8String, TokenPtr> directoryTokens_;
+    std::shared_ptr<SortFunction> sort_;
+};
+
+} // namespace orvcapsule

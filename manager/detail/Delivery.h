@@ -1,0 +1,30 @@
+#pragma once
+
+#include <sources/CheckCancel.h>
+
+#include <orvcore/MainThread.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <memory>
+#include <utility>
+
+namespace orvcapsule::detail {
+
+/// Queues `call(*callback)` for the main thread, where it is dropped when the token has been aborted meanwhile.
+/// Without a callback nothing is queued.
+template <class Callback, class Call>
+void Deliver(boost::shared_ptr<CheckCancel> token, std::shared_ptr<Callback> callback, Call call)
+{
+    if (!callback || !*callback) {
+        return;
+    }
+    orvcore::AsyncCallFromMainThread(
+        [token = std::move(token), callback = std::move(callback), call = std::move(call)]() mutable {
+            if (!token->GetAbort()) {
+                call(*callback);
+            }
+        });
+}
+
+} // namespace orvcapsule::detail

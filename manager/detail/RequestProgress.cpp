@@ -1,0 +1,41 @@
+#include <manager/detail/RequestProgress.h>
+
+#include <orvcore/Localiser.h>
+
+namespace orvcapsule::detail {
+
+void OpenProgress(CheckCancel& token, double upper, std::string_view itemTitle)
+{
+    token.text1 = orvcore::Localiser::Resolve(kProgressCategoryTitle);
+    token.text2 = orvcore::Localiser::Resolve(itemTitle);
+    token.progressCategory = std::make_shared<orvappsupport::ProgressCategory>(token.text1);
+    token.progressItem = token.progressCategory->AddItem(token.text2, 0.0, upper);
+}
+
+ProgressEnd::ProgressEnd(const CheckCancel& token)
+    : token_(token)
+{
+}
+
+ProgressEnd::~ProgressEnd()
+{
+    if (token_.progressCategory) {
+        token_.progressCategory->RemoveItem(token_.progressItem);
+    }
+}
+
+void MoveProgress(const CheckCancel& token, double position)
+{
+    if (token.progressItem) {
+        token.progressItem->SetPosition(position);
+    }
+}
+
+void TellCanceled(const CheckCancel& token)
+{
+    if (token.progressItem) {
+        token.progressItem->SetText(orvcore::Localiser::Resolve(kLoadingCanceled));
+    }
+}
+
+} // namespace orvcapsule::detail

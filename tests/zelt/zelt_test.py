@@ -1,0 +1,683 @@
+#!/usr/bin/env python3
+"""Runs the zelt program on the sample packages and holds what it says and writes against Python's own zip and JSON.
+
+usage: zelt_test.py ZELT SAMPLES [EMULATOR...]
+"""
+import contextlib
+import io
+import json
+import os
+import pathlib
+import shutil
+import signal
+import sqlite3
+import subprocess
+import sys
+import tempfile
+import unicodedata
+import unittest
+import unittest.mock
+import zipfile
+
+ZELT = SAMPLES = EMULATOR = None
+GOOD = ["bar-chart", "classic-title", "countdown", "lower-third", "untitled", "字幕タイトル"]
+REFUSED = {
+    "from-the-future": ["3.0", "2.2"],
+    "damaged/broken-json": ["malformed", "line 1, column"],
+    "damaged/empty": ["not a zip archive"],
+    "damaged/missing-framerate": ['"framerate"', '"en_US"'],
+    "damaged/no-definition": ["no definition.json"],
+    "damaged/not-a-zip": ["not a zip archive"],
+    "damaged/truncated": ["cut short"],
+}
+INFO_KEYS = """file ok error apiVersion authorApp authorID capsuleID name description platformSupport fonts fontsLocalized
+    effects renderers fileTypes tags versions licenseID canUseTSLib knownVersion sourceLocales frameWidth frameHeight
+    durationMs pixelAspect dropFrame controls entries""".split()
+STAMPS = ["201710", "201804", "201810", "201904", "201910", "202010", "202110", "202210", "202310", "202410", "202601"]
+FORMATS = ["1.2", "1.3", "1.4", "1.5", "1.6", "1.7", "1.8", "1.9", "2.0", "2.1", "2.2"]
+
+
+def definition_of(package):
+    with zipfile.ZipFile(package) as archive:
+        return archive.read("definition.json").decode("utf-8")
+
+
+def contents_of(package):
+    with zipfile.ZipFile(package) as archive:
+        return {e.filename: archive.read(e) for e in archive.infolist() if not e.is_dir()}
+
+
+def packed_bytes_of(package):
+    """Each entry's bytes as they stand in the archive."""
+    data = pathlib.Path(package).read_bytes()
+    packed = {}
+    with zipfile.ZipFile(package) as archive:
+        for e in archive.infolist():
+            names = int.from_bytes(data[e.header_offset + 26:e.header_offset + 28], "little")
+            names += int.from_bytes(data[e.header_offset + 28:e.header_offset + 30], "little")
+            begin = e.header_offset + 30 + names
+            packed[e.filename] = data[begin:begin + e.compress_size]
+    return packed
+
+
+def tree_of(folder):
+    return {p.relative_to(folder).as_posix(): p.read_bytes() for p in pathlib.Path(folder).rglob("*") if p.is_file()}
+
+
+def for_language(texts, language, second="en_US"):
+    for locale in (language, second):
+        if locale in texts:
+            return texts[locale]
+    return texts[min(texts)] if texts else None
+
+
+def localized(value):
+    return {entry.get("localeString", "en_US"): entry["str"] for entry in value["strDB"]}
+
+
+def control_value(control, language):
+    value = control.get("cacheID") if control["type"] == 14 else control["value"]
+    if control["type"] in (6, 8):
+        return for_language(localized(value), language)
+    return [value["x"], value["y"]] if control["type"] == 5 else value
+
+
+def expected_info(file, language):
+    """What `info --json` should say, worked out here from the package."""
+    with zipfile.ZipFile(file) as archive:
+        entries = [dict(name=e.filename, size=e.file_size, compressedSize=e.compress_size) for e in archive.infolist()]
+    d = json.loads(definition_of(file))
+    name = localized(d["capsuleNameLocalized"]) if "capsuleNameLocalized" in d else {language: d["capsuleName"]}
+    fonts = d.get("usedFontsLocalized") or ({language: d["usedFonts"]} if "usedFonts" in d else {})
+    sources = d.get("sourceInfoLocalized") or ({language: d["sourceInfo"]} if "sourceInfo" in d else {})
+    source = for_language(sources, language)
+    stamp = d.get("tslibCompliantVersion", "")
+    known = d["apiVersion"] in FORMATS
+    controls = [c for c in d["clientControls"] if c["type"] != 12]
+    return {
+        "file": file, "ok": True, "error": None, "apiVersion": d["apiVersion"], "authorApp": d["authorApp"],
+        "authorID": d["authorID"], "capsuleID": d["capsuleID"],
+        "name": for_language(name, language) or d["capsuleName"], "description": d["description"],
+        "platformSupport": d["platformSupport"], "fonts": for_language(fonts, language, None) or [],
+        "fontsLocalized": fonts, "effects": d["usedEffects"], "renderers": d["usedCompRenderers"],
+        "fileTypes": d["usedFileTypes"], "tags": d["capsuleTags"],
+        "versions": {"tslibCompliant": stamp, "mobileCompatibility": d.get("mobileCompatibilityVersion", ""),
+                     "internalEffects": d.get("internalEffectsOnlyVersion", ""),
+                     "fontwellOnly": d.get("fontwellOnlyVersion", ""),
+                     "responsiveDesignTime": d.get("responsiveDesignVersion", "")},
+        "licenseID": d.get("licenseID", ""),
+        "canUseTSLib": known and stamp in STAMPS[:FORMATS.index(d["apiVersion"]) + 1], "knownVersion": known,
+        "sourceLocales": sorted(sources), "frameWidth": source["framesize"]["size"]["x"],
+        "frameHeight": source["framesize"]["size"]["y"],
+        "durationMs": source["duration"]["value"] * 1000 // source["duration"]["scale"],
+        "pixelAspect": "{numerator}/{denominator}".format(**source["pixelaspectratio"]),
+        "dropFrame": source["isdropframe"],
+        "controls": [{"type": c["type"], "id": c["id"], "name": for_language(localized(c["uiName"]), language),
+                      "canAnimate": c["canAnimate"], "value": control_value(c, language)} for c in controls],
+        "entries": entries,
+    }
+
+
+class ZeltTest(unittest.TestCase):
+    """Each test works in a folder of its own with a copy of the samples, under relative names."""
+
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zelt-test-"))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        shutil.copytree(SAMPLES, self.folder, dirs_exist_ok=True)
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(self.folder)
+
+    def run_zelt(self, *arguments, code=0):
+        done = subprocess.run([*EMULATOR, ZELT, *arguments], capture_output=True, timeout=120)
+        out, err = done.stdout.decode("utf-8"), done.stderr.decode("utf-8")
+        self.assertEqual(done.returncode, code, f"{arguments}\n{out}{err}")
+        self.assertTrue(all(line.startswith("zelt: ") for line in err.splitlines()), err)
+        self.assertEqual(bool(err), code != 0 and arguments[0] != "check", f"{arguments}\n{err}")
+        return out, err
+
+    def write_package(self, name, definition, **parts):
+        entries = {"thumb.png": b"picture", "project.tsgraphic": b"project", **parts}
+        with zipfile.ZipFile(name, "w") as archive:
+            for entry, content in {"definition.json": definition, **entries}.items():
+                if content is not None:
+                    archive.writestr(entry, content)
+        return name
+
+    def test_info_agrees_with_python(self):
+        files = [f"{name}.zelt" for name in GOOD]
+        for language in ("en_US", "de_DE", "ja_JP", "xx"):
+            lines = self.run_zelt("info", "--json", *files, "--language", language)[0].splitlines()
+            self.assertEqual(len(lines), len(files))
+            for file, line in zip(files, lines):
+                self.assertEqual(list(json.loads(line)), INFO_KEYS)
+                self.assertEqual(json.loads(line), expected_info(file, language), (file, language))
+
+    def test_refused_files_do_not_stop_the_rest(self):
+        refused = [f"{name}.zelt" for name in REFUSED]
+        files = ["lower-third.zelt", *refused, "gone.zelt", "untitled.zelt"]
+        out, err = self.run_zelt("info", "--json", *files, code=1)
+        said = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual([s["file"] for s in said], files)
+        self.assertEqual([s["ok"] for s in said], [True] + [False] * (len(files) - 2) + [True])
+        errors = err.splitlines()
+        self.assertEqual(len(errors), len(files) - 2)
+        for line, info, words in zip(errors, said[1:], [*REFUSED.values(), ["no such file"]]):
+            self.assertEqual(list(info), INFO_KEYS)
+            self.assertEqual(line, f"zelt: {info['file']}: {info['error']}")
+            for word in words:
+                self.assertIn(word, info["error"])
+        self.assertEqual(said[1]["apiVersion"], "3.0")
+        plain, err = self.run_zelt("info", *files, code=1)
+        self.assertIn("Lower Third – Clean", plain)
+        self.assertEqual(err.splitlines(), errors)
+
+    def test_check_of_the_samples(self):
+        files = [f"{name}.zelt" for name in [*GOOD, *REFUSED]]
+        lines = self.run_zelt("check", *files, code=1)[0].splitlines()
+        self.assertEqual(lines[:len(GOOD)], [f"{file}: OK" for file in files[:len(GOOD)]])
+        for line, (name, words) in zip(lines[len(GOOD):], REFUSED.items()):
+            self.assertTrue(line.startswith(f"{name}.zelt: BAD: "), line)
+            self.assertTrue(all(word in line for word in words), line)
+        self.run_zelt("check", *files[:len(GOOD)])
+
+    def test_check_finds_every_problem(self):
+        good = json.loads(definition_of("lower-third.zelt"))
+
+        def changed(*edits):
+            document = json.loads(json.dumps(good))
+            for *path, last, value in edits:
+                place = document
+                for step in path:
+                    place = place[step]
+                if value is None:
+                    del place[last]
+                else:
+                    place[last] = value
+            return json.dumps(document)
+
+        c = {control["id"]: number for number, control in enumerate(good["clientControls"])}
+        controls = "clientControls"
+        cases = [
+            (changed(), {}, []),
+            (changed((controls, c["g-text"], "value", ["dz"])), {}, []),  # kinds that are skipped have ids too
+            (changed((controls, c["t-role"], "id", "t-name")), {}, ["RepeatedId", "UnknownMember"]),
+            (changed((controls, c["g-text"], "value", ["a", "b"])), {}, ["UnknownMember", "UnknownMember"]),
+            (changed((controls, c["s-size"], "value", 200.75)), {}, ["OutOfRange"]),
+            (changed((controls, c["s-size"], "value", 200.5), (controls, c["m-style"], "value", 3)), {}, ["OutOfRange"]),
+            (changed((controls, c["m-style"], "value", -1), (controls, c["s-size"], "max", None)), {},
+             ["MissingKey", "OutOfRange"]),
+            (changed(("sourceInfoLocalized", "de_DE", "duration", None), (controls, c["b-shadow"], "type", None)), {},
+             ["MissingKey", "MissingKey"]),
+            (changed(("apiVersion", None)), {}, ["NoVersion"]),
+            (changed(("apiVersion", "2.3")), {"thumb.png": b"", "project.tsgraphic": None},
+             ["NewerVersion", "MissingPoster", "MissingProject"]),
+            (changed(), {"thumb.png": None, "thumb_de_DE.png": b"x"}, []),
+            (changed(), {"project.tsgraphic": None, "project_de_DE.cvgraphic": b"x"}, []),
+            (changed(), {"thumb.png": None, "thumbs.png": b"x", "x/project.cvgraphic": b"x"}, ["MissingPoster"]),
+            (changed(), {"../evil.txt": b"x", "C:/evil.txt": b"x"}, ["ParentComponent", "DriveLetter"]),
+            ('["apiVersion"]', {}, ["MalformedJSON"]),
+            (None, {}, ["MissingDefinition"]),
+        ]
+        for number, (definition, parts, codes) in enumerate(cases):
+            file = self.write_package(f"{number}.zelt", definition, **parts)
+            out, _ = self.run_zelt("check", "--json", file, code=1 if codes else 0)
+            said = json.loads(out)
+            self.assertEqual((said["file"], said["ok"]), (file, not codes))
+            self.assertEqual([p["code"] for p in said["problems"]], codes, (number, said))
+        damaged = pathlib.Path("lower-third.zelt").read_bytes()
+        at = damaged.index(packed_bytes_of("lower-third.zelt")["thumb.png"]) + 5000
+        pathlib.Path("flipped.zelt").write_bytes(damaged[:at] + bytes([damaged[at] ^ 1]) + damaged[at + 1:])
+        self.assertIn("thumb.png", self.run_zelt("check", "flipped.zelt", code=1)[0])
+
+    def test_malformed_text_is_located(self):
+        for text, place in [
+            ('{"apiVersion":"2.2",\n "é": x}', "line 2, column 7"),
+            ('{"apiVersion":"2.2"', "line 1, column 20"),
+            ('{"apiVersion":"2.2"}\n\n]', "line 3, column 1"),
+            ('{"apiVersion":"2.2","a":' + "[" * 1000000, "nested too deep at line 1, column 280"),
+            ('{"apiVersion":"2.2","a":"\\ud800"}', "malformed"),  # well-formed but for what the escape means
+        ]:
+            self.write_package("bad.zelt", text)
+            self.assertIn(place, self.run_zelt("check", "bad.zelt", code=1)[0])
+
+    def test_definition(self):
+        for name in GOOD:
+            self.assertEqual(self.run_zelt("definition", f"{name}.zelt")[0], definition_of(f"{name}.zelt"))
+            canonical = self.run_zelt("definition", "--canonical", f"{name}.zelt")[0]
+            stored, written = json.loads(definition_of(f"{name}.zelt")), json.loads(canonical)
+            self.assertEqual(written["apiVersion"], "2.2")
+            self.assertEqual(canonical, json.dumps(written, ensure_ascii=False, separators=(",", ":"), sort_keys=True))
+            for key in ("capsuleID", "description", "capsuleTags", "platformSupport"):
+                self.assertEqual(written[key], stored[key])
+        self.run_zelt("definition", "damaged/broken-json.zelt")  # what is stored can be looked at
+        self.run_zelt("definition", "--canonical", "damaged/broken-json.zelt", code=1)
+        self.run_zelt("definition", "damaged/no-definition.zelt", code=1)
+
+    def test_unpack_and_pack(self):
+        for name in [*GOOD, *REFUSED]:
+            file = f"{name}.zelt"
+            if not zipfile.is_zipfile(file):
+                self.run_zelt("unpack", file, "out", code=1)
+                self.assertFalse(os.path.exists("out"))
+                continue
+            self.run_zelt("unpack", file, "out")
+            self.assertEqual(tree_of("out"), contents_of(file))
+            self.run_zelt("pack", "out", "again.zelt")
+            self.run_zelt("unpack", "again.zelt", "out2")
+            self.assertEqual(tree_of("out2"), tree_of("out"))
+            shutil.rmtree("out")
+            shutil.rmtree("out2")
+        pathlib.Path("full").mkdir()
+        pathlib.Path("full/thumb.png").write_bytes(b"mine")
+        self.run_zelt("unpack", "untitled.zelt", "full", code=1)
+        self.assertEqual(tree_of("full"), {"thumb.png": b"mine"})
+        self.run_zelt("unpack", "--overwrite", "untitled.zelt", "full")
+        self.assertEqual(tree_of("full"), contents_of("untitled.zelt"))
+
+    def test_hostile_names_stay_inside(self):
+        self.write_package("evil.zelt", "{}", **{"../evil.txt": b"x", "/evil.txt": b"x", "fine/a.txt": b"a"})
+        _, err = self.run_zelt("unpack", "evil.zelt", "deep/out", code=1)
+        self.assertEqual(len(err.splitlines()), 2)
+        self.assertEqual(sorted(tree_of("deep")), [f"out/{n}" for n in ("definition.json", "fine/a.txt",
+                                                                        "project.tsgraphic", "thumb.png")])
+
+    def test_extract(self):
+        lower, count = contents_of("lower-third.zelt"), contents_of("countdown.zelt")
+        cases = [
+            ("lower-third", "en_US", "poster", lower["thumb.png"]),
+            ("lower-third", "de_DE", "poster", lower["thumb_de_DE.png"]),
+            ("untitled", "en_US", "poster", contents_of("untitled.zelt")["thumb.png"]),  # the localised one is empty
+            ("lower-third", "en_US", "video", lower["thumb.mp4"]),
+            ("lower-third", "en_US", "project", lower["project.tsgraphic"]),
+            ("countdown", "de_DE", "project", count["project_de_DE.cvgraphic"]),
+            ("countdown", "fr_FR", "project", count["project.cvgraphic"]),
+            ("bar-chart", "en_US", "Thumbnails/logo.png", contents_of("bar-chart.zelt")["Thumbnails/logo.png"]),
+        ]
+        for name, language, part, content in cases:
+            self.run_zelt("extract", f"{name}.zelt", part, "字.out", "--language", language)
+            self.assertEqual(pathlib.Path("字.out").read_bytes(), content, (name, part))
+        pathlib.Path("folder").mkdir()
+        self.run_zelt("extract", "lower-third.zelt", "project", "folder")
+        self.assertEqual(tree_of("folder"), {n: lower[n] for n in ("project.tsgraphic", "ZeltOptimizations.bin")})
+        for name, part in [("untitled", "video"), ("untitled", "nothing.png"), ("damaged/truncated", "poster")]:
+            self.run_zelt("extract", f"{name}.zelt", part, "none", code=1)
+            self.assertFalse(os.path.exists("none"))
+
+    def test_set_changes_what_is_asked_and_nothing_else(self):
+        # Each case: the package, what is asked, and the places of the document that change, with the new values.
+        en, at = ("strDB", 1, "str"), lambda control: ("clientControls", control, "value")
+        entry = lambda locale, text: {"localeString": locale, "str": text}
+        cases = [
+            ("lower-third", ["--name", "X \"é\"\\"], {("capsuleNameLocalized", *en): 'X "é"\\'}),
+            ("lower-third", ["--name", "X", "--language", "fr_FR"], {("capsuleNameLocalized", "strDB", 3, "str"): "X"}),
+            ("lower-third", ["--description", "", "--tag", "b", "--tag", "a b"],
+             {("description",): "", ("capsuleTags",): ["b", "a b"]}),
+            ("lower-third", ["--control", "t-role=A=B", "--control", "s-size=50"],
+             {(*at(3), "strDB", 0, "str"): "A=B", at(5): 50.0}),
+            ("lower-third", ["--control", "col-bar=#ff8000", "--control", "a-tilt= -1e3 "],
+             {at(4): [1.0, 128 / 255, 0.0, 1.0], at(6): -1000.0}),
+            ("lower-third", ["--control", "col-bar=0,0.5,1,.25", "--control", "p-pos=3,-4.5"],
+             {at(4): [0.0, 0.5, 1.0, 0.25], at(7): {"x": 3.0, "y": -4.5}}),
+            ("lower-third", ["--control", "sc-bar=1,2", "--control", "b-shadow=off"], {at(8): [1.0, 2.0], at(9): False}),
+            ("lower-third", ["--control", "m-style=Schlicht"], {at(11): 0}),
+            ("lower-third", ["--control", "m-style=1"], {at(11): 1}),
+            ("lower-third", ["--control", "s-size=1000", "--control", "m-style=7", "--force"], {at(5): 1000.0, at(11): 7}),
+            ("bar-chart", ["--control", "logo=new id"], {("clientControls", 0, "cacheID"): "new id"}),
+            ("bar-chart", ["--control", 'data={"activeRows":1,"columnValues":[]}'],
+             {at(1): {"activeRows": 1, "columnValues": []}}),
+            ("字幕タイトル", ["--control", "t=文", "--locale", "ja_JP"], {(*at(0), "strDB", 0, "str"): "文"}),
+            ("字幕タイトル", ["--control", "t=Hi"], {(*at(0), "strDB"): [entry("en_US", "Hi"),
+                                                                  entry("ja_JP", "こんにちは、世界 🌏")]}),
+            ("classic-title", ["--name", "Neu", "--locale", "de_DE"],
+             {("capsuleNameLocalized",): {"strDB": [entry("de_DE", "Neu"), entry("en_US", "Classic Title")]}}),
+        ]
+        for name, asked, changes in cases:
+            file = f"{name}.zelt"
+            before, document = pathlib.Path(file).read_bytes(), json.loads(definition_of(file))
+            for (*path, last), value in changes.items():
+                place = document
+                for step in path:
+                    place = place[step]
+                place[last] = value
+            self.run_zelt("set", file, "-o", "out.zelt", *asked)
+            written = json.loads(definition_of("out.zelt"))
+            # Dumped, so that 50 for 50.0 or another order of keys would tell.
+            self.assertEqual(json.dumps(written), json.dumps(document), (name, asked))
+            old, new = packed_bytes_of(file), packed_bytes_of("out.zelt")
+            self.assertEqual(list(new), list(old))
+            self.assertEqual({n: b for n, b in new.items() if n != "definition.json"},
+                             {n: b for n, b in old.items() if n != "definition.json"})
+            self.assertEqual(pathlib.Path(file).read_bytes(), before)
+        self.run_zelt("set", "lower-third.zelt", "--name", "In place")
+        self.assertEqual(json.loads(self.run_zelt("info", "--json", "lower-third.zelt")[0])["name"], "In place")
+
+    def test_set_keeps_the_bytes_of_the_document(self):
+        text = ('\ufeff{\r\n  "x-unknown" : [ 1.50, 1e2, "\\u00e9" ],\n\t"apiVersion": "2.2", "description":"one",\n'
+                '  "description" : "two",\n  "clientControls": [ { "type":5, "id":"a\\u003db", "canAnimate": true,'
+                ' "uiName":{"strDB":[]}, "value": { "note": 7, "y" : 1, "x": 2 } } ]\n}\n')
+        for asked, old, new in [
+            (["--description", "n"], '"two"', '"n"'),  # of keys that repeat the last one counts
+            (["--control", "a=b=3,4"], '"y" : 1, "x": 2', '"y" : 4.0, "x": 3.0'),
+            (["--tag", "t"], "} } ]\n}", '} } ],\n  "capsuleTags": ["t"]\n}'),
+        ]:
+            self.write_package("odd.zelt", text.encode("utf-8"))
+            self.run_zelt("set", "odd.zelt", *asked)
+            self.assertEqual(definition_of("odd.zelt"), text.replace(old, new))
+
+    def test_set_refuses_as_a_whole(self):
+        before = pathlib.Path("lower-third.zelt").read_bytes()
+        wrong = ["nobody=1", "s-size=big", "s-size=1000", "s-size=nan", "col-bar=1,2", "col-bar=#12345", "p-pos=1",
+                 "m-style=Nope", "m-style=3", "sc-bar=1", "b-shadow=maybe", "g-text=a", "dz=1", "no equals sign"]
+        asked = [word for value in wrong for word in ("--control", value)]
+        _, err = self.run_zelt("set", "lower-third.zelt", "--name", "N", *asked, code=2)
+        self.assertEqual(len(err.splitlines()), len(wrong))
+        self.run_zelt("set", "from-the-future.zelt", "--name", "N", code=1)
+        self.run_zelt("set", "lower-third.zelt", "-o", "no/such/folder/x.zelt", "--name", "N", code=1)
+        self.assertEqual(pathlib.Path("lower-third.zelt").read_bytes(), before)
+        self.assertFalse([p for p in os.listdir() if "zelt" not in p and p != "damaged"])
+
+    def test_new(self):
+        lower = contents_of("lower-third.zelt")
+        for name in ("thumb.png", "thumb.mp4", "project.tsgraphic", "thumb_de_DE.png"):
+            pathlib.Path("in-" + name).write_bytes(lower[name])
+        pathlib.Path("empty").mkdir()
+        pathlib.Path("content/media").mkdir(parents=True)
+        pathlib.Path("content/media/a.txt").write_bytes(b"a")
+        parts = ["--poster", "in-thumb.png", "--project", "in-project.tsgraphic"]
+        out = "neu 字.zelt"
+        self.run_zelt("new", "content", "-o", out, "--name", "Név", "--tag", "t", "--author-app", "crvd", "--author-id", "me",
+                      "--description", "d", "--platform", "brsk", "--video", "in-thumb.mp4", *parts,
+                      "--locale-poster", "de_DE=in-thumb_de_DE.png", "--locale", "hu_HU")
+        self.run_zelt("check", out)
+        info = json.loads(self.run_zelt("info", "--json", out)[0])
+        expected = {"name": "Név", "tags": ["t"], "authorApp": "crvd", "authorID": "me", "description": "d",
+                    "platformSupport": ["brsk"], "apiVersion": "2.2", "controls": []}
+        self.assertEqual({key: info[key] for key in expected}, expected)
+        self.assertRegex(info["capsuleID"], "^[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}$")
+        made = contents_of(out)
+        self.assertEqual(sorted(made), ["definition.json", "media/a.txt", "project.tsgraphic", "thumb.mp4", "thumb.png",
+                                        "thumb_de_DE.png"])
+        self.assertTrue(all(made[n] == lower[n] for n in lower if n in made and n != "definition.json"))
+        self.run_zelt("new", "empty", "-o", "plain.zelt", "--name", "N", *parts)
+        plain = json.loads(self.run_zelt("info", "--json", "plain.zelt")[0])
+        self.assertEqual((plain["name"], plain["authorApp"], plain["platformSupport"]), ("N", "tsfx", ["tsfx"]))
+        # A definition that lies in the folder is kept but for what is asked.
+        self.run_zelt("unpack", "lower-third.zelt", "template")
+        self.run_zelt("new", "template", "-o", "kept.zelt", "--name", "Other")
+        self.assertEqual(definition_of("kept.zelt"), definition_of("lower-third.zelt").replace(
+            '{"localeString":"en_US","str":"Lower Third – Clean"}', '{"localeString":"en_US","str":"Other"}', 1))
+        for code, arguments in [
+            (1, ["empty", "--name", "N"]),  # neither poster nor project
+            (1, ["empty", "--name", "N", *parts, "--video", "gone.mp4"]),
+            (1, ["gone", "--name", "N", *parts]),
+            (2, ["empty", "--name", "N", *parts[:2], "--project", "in-thumb.png"]),
+            (2, ["empty", "--name", "N", *parts, "--locale-poster", "../x=in-thumb.png"]),
+            (2, ["empty", *parts]),
+        ]:
+            self.run_zelt("new", *arguments, "-o", "none.zelt", code=code)
+            self.assertFalse(os.path.exists("none.zelt"))
+
+    def test_command_line(self):
+        for code, arguments in [(2, [""]), (2, ["frobnicate"]), (2, ["info"]), (2, ["info", "--nope", "x"]),
+                                (2, ["set", "untitled.zelt"]), (2, ["pack", "x"])]:
+            self.run_zelt(*arguments, code=code)
+        self.assertIn("frobnicate", self.run_zelt("frobnicate", code=2)[1])
+        for arguments in (["--help"], ["set", "--help"], ["--version"]):
+            self.assertGreater(len(self.run_zelt(*arguments)[0]), 10)
+        # A file cannot steer the terminal.
+        self.write_package("tricky.zelt", json.dumps({"apiVersion": "2.2", "capsuleName": "a\x1b[2J\x9b\nzelt: ok"}))
+        self.assertIn("a?[2J??zelt: ok\n", self.run_zelt("info", "tricky.zelt")[0])
+
+
+def expected_entry(file, language):
+    """What `list --json` should say, but for the places of files, worked out here from the package."""
+    unread = {"readable": False, "name": file.stem, "fileSize": file.stat().st_size, "durationMs": 0, "frameWidth": 0,
+              "frameHeight": 0, "authorApp": "", "capsuleID": "", "apiVersion": "", "needsNewerHost": False,
+              "description": "", "fonts": [], "tags": []}
+    if file.stem in [name.split("/")[-1] for name in REFUSED]:
+        return unread
+    info = expected_info(str(file), language)
+    return {key: info.get(key, value) for key, value in unread.items()} | {
+        "readable": True, "name": info["name"] or file.stem,
+        "needsNewerHost": info["authorApp"] == "tsfx" and not info["canUseTSLib"]}
+
+
+def columns(text):
+    """The columns that a text takes on a terminal."""
+    return sum(0 if unicodedata.category(c) == "Mn" else 1 + (unicodedata.east_asian_width(c) in "WF") for c in text)
+
+
+class BrowseTest(ZeltTest):
+    """Listing and searching folders: all samples lie below "root", one more package in "mine" and one below that."""
+
+    def setUp(self):
+        super().setUp()
+        self.temp = self.folder / "temporary"
+        for folder in ("root", "mine/below", "temporary"):
+            (self.folder / folder).mkdir(parents=True)
+        for name in [f"{name}.zelt" for name in GOOD] + ["from-the-future.zelt", "damaged"]:
+            os.rename(name, f"root/{name}")
+        shutil.copy("root/countdown.zelt", "mine/copy.zelt")
+        shutil.copy("root/countdown.zelt", "mine/below/hidden.zelt")
+        pathlib.Path("root/CAPITAL.ZELT").write_bytes(b"not for us")
+        patch = unittest.mock.patch.dict(os.environ, {"TMPDIR": str(self.temp)})
+        patch.start()
+        self.addCleanup(patch.stop)
+
+    def objects(self, *arguments, **keywords):
+        return [json.loads(line) for line in self.run_zelt(*arguments, "--json", **keywords)[0].splitlines()]
+
+    def found(self, language, *terms):
+        out, _ = self.run_zelt("search", "--json", "root", "mine", "--language", language, "--", *terms)
+        return [pathlib.PurePath(json.loads(line)["path"].replace("\\", "/")).stem for line in out.splitlines()]
+
+    def test_list_agrees_with_python(self):
+        listed = [*pathlib.Path("root").rglob("*.zelt"), pathlib.Path("mine/copy.zelt")]
+        for language in ("en_US", "de_DE", "ja_JP"):
+            # Previews are kept from one run to the next without regard to the language.
+            shutil.rmtree(self.temp / "ProBrowser", ignore_errors=True)
+            said = self.objects("list", "root", "mine", "--language", language)
+            self.assertEqual([s["name"] for s in said],
+                             sorted((s["name"] for s in said), key=lambda name: name.encode("utf-16-be")))
+            ours = {s["path"].replace("\\", "/").rpartition("/zelt-test-")[2].partition("/")[2]: s for s in said}
+            self.assertEqual(sorted(ours), sorted(file.as_posix() for file in listed))
+            self.assertEqual(len(said), len(listed))
+            for file in listed:
+                entry, expected = ours[file.as_posix()], expected_entry(file, language)
+                self.assertEqual({key: entry[key] for key in expected}, expected, (file, language))
+                if entry["readable"] and not EMULATOR:
+                    parts = contents_of(file)
+                    poster = parts.get(f"thumb_{language}.png") or parts["thumb.png"]
+                    self.assertEqual(pathlib.Path(entry["thumbnail"]).read_bytes(), poster, (file, language))
+                    self.assertEqual(entry["video"] is None, "thumb.mp4" not in parts, file)
+        keys = [s["sourcePath"][1].replace("\\", "/").split("/")[-1] for s in said if s["name"] == "Countdown 10s"]
+        self.assertEqual(keys, ["graphicsource.local.default", "mine"])
+        if not EMULATOR:
+            self.assertEqual(os.listdir(self.temp / "zelt"), [])  # the index of each run is gone
+
+    def test_folders_that_cannot_be_listed(self):
+        pathlib.Path("file").write_bytes(b"")
+        for folders, left in [(["gone", "mine"], 1), (["mine", "gone", "file"], 2), (["gone", "file"], 0), ([""], 0)]:
+            out, err = self.run_zelt("list", *folders, "--json", code=1)
+            self.assertEqual(len(out.splitlines()), left, folders)
+            bad = [folder for folder in folders if folder != "mine"]
+            self.assertEqual([line.split(": ")[1] for line in err.splitlines()], bad)
+
+    def test_table_stands_in_columns(self):
+        name = "e\u0301" * 9 + "ＷＩＤＥ 한글 ก็ 🎬"
+        self.write_package("root/odd.zelt", json.dumps(json.loads(definition_of("root/classic-title.zelt")) |
+                                                       {"capsuleName": name}))
+        lines = self.run_zelt("list", "root")[0].splitlines()
+        self.assertEqual(len(lines), 1 + len(GOOD) + len(REFUSED) + 1)
+        self.assertTrue(any(name in line for line in lines))
+        size = columns(lines[0][:lines[0].index("SIZE")])
+        for line in lines[1:]:
+            before = [line[:i] for i in range(len(line)) if columns(line[:i]) == size]
+            self.assertTrue(any(text.endswith("  ") and line[len(text)].isdigit() for text in before), line)
+        self.assertIn("needs newer host", next(line for line in lines if line.startswith("Bar Chart")))
+        self.assertIn("cannot be read", next(line for line in lines if line.startswith("truncated")))
+        long = self.run_zelt("list", "root", "--long")[0]
+        self.assertEqual(long.count("\n\n"), len(lines) - 2)
+
+    def test_search(self):
+        for language, terms, names in [
+            ("en_US", ["BAR"], ["bar-chart"]),
+            ("zh_CN", ["柱状"], ["bar-chart"]),
+            ("en_US", ["柱状"], []),
+            ("de_DE", ["bauchbinde", "ｎｅｗｓ"], ["lower-third"]),
+            ("fr_FR", ["epure"], ["lower-third"]),
+            ("ko_KR", ["자막"], ["lower-third"]),
+            ("ru_RU", ["ЧИСТЫЙ"], ["lower-third"]),
+            ("de_DE", ["幕"], ["字幕タイトル"]),
+            ("en_US", ["title", "clas"], ["classic-title"]),
+            ("en_US", ["countdown"], ["countdown", "copy"]),
+            ("en_US", ["truncat"], ["truncated"]),  # a package that cannot be read has its file's name
+            ("en_US", ["--json"], []),
+            ("en_US", ["untitled", "--", "x"], []),
+        ]:
+            self.assertEqual(self.found(language, *terms), names, (language, terms))
+        self.assertEqual(len(self.found("en_US", "")), len(GOOD) + len(REFUSED) + 1)
+        self.assertEqual(self.run_zelt("search", "root", "--", "no such")[0], "")
+
+    def test_tags(self):
+        for language, prefix, tags in [
+            ("en_US", "cl", ["classic", "classic title", "clean", "lower third – clean"]),
+            ("de_DE", "CL", ["classic", "classic title", "clean"]),
+            ("de_DE", "schl", ["bauchbinde – schlicht"]),
+            ("ja_JP", "タイ", ["タイトル", "字幕タイトル"]),
+            ("en_US", "--json", []),
+        ]:
+            out, _ = self.run_zelt("tags", "--language", language, "root", "--", prefix)
+            self.assertEqual(out.splitlines(), tags, (language, prefix))
+        out, _ = self.run_zelt("tags", "--json", "mine", "--", "")
+        self.assertEqual([json.loads(line) for line in out.splitlines()],
+                         [{"tag": tag} for tag in ("countdown", "countdown 10s", "leader", "timer")])
+
+    def test_index(self):
+        files = [*(f"root/{name}.zelt" for name in GOOD), "gone.zelt", *(f"root/{name}.zelt" for name in REFUSED)]
+        said, err = self.run_zelt("index", "build", "字.db", "--json", *files, code=1)
+        self.assertEqual([json.loads(line)["file"] for line in said.splitlines()], files[:len(GOOD)])
+        self.assertEqual([line.split(": ")[1] for line in err.splitlines()], files[len(GOOD):])
+        paths = {json.loads(line)["file"]: json.loads(line)["path"] for line in said.splitlines()}
+        search = lambda *terms: self.run_zelt("index", "search", "字.db", *terms)[0].splitlines()
+        tags = lambda prefix: [o["tag"] for o in self.objects("index", "tags", "字.db", prefix)]
+        self.assertEqual(search("lower", "clean"), [paths["root/lower-third.zelt"]])
+        self.assertEqual(search("--", "-"), [])
+        self.assertEqual(self.objects("index", "search", "字.db", "タイ"), [{"path": paths["root/字幕タイトル.zelt"]}])
+        self.assertEqual(tags("le"), ["leader"])
+        # A package that is added again is found by what it says now.
+        self.run_zelt("set", "root/countdown.zelt", "--tag", "Ådal", "--name", "Final")
+        self.run_zelt("index", "build", "字.db", "root/countdown.zelt")
+        self.assertEqual((search("leader"), search("adal", "final")), ([], [paths["root/countdown.zelt"]]))
+        self.assertEqual(len(search("")), len(GOOD))
+
+    def test_files_that_are_no_index(self):
+        shutil.copy("root/countdown.zelt", "other")
+        for arguments, words in [(["search", "gone.db", "x"], "no such file"), (["tags", "other", "x"], "not a search"),
+                                 (["build", "other", "root/untitled.zelt"], "not a search"),
+                                 (["build", "gone/x.db", "root/untitled.zelt"], "cannot be opened")]:
+            self.assertIn(words, self.run_zelt("index", *arguments, code=1)[1])
+        self.assertEqual(pathlib.Path("other").read_bytes(), pathlib.Path("root/countdown.zelt").read_bytes())
+        self.assertFalse(os.path.exists("gone.db"))
+        self.run_zelt("index", "build", "x.db", "root/untitled.zelt")
+        with contextlib.closing(sqlite3.connect("x.db", isolation_level=None)) as other:
+            other.execute("begin exclusive")
+            self.run_zelt("index", "build", "x.db", "root/untitled.zelt", code=1)
+            other.execute("rollback")
+        self.assertEqual(len(self.run_zelt("index", "search", "x.db", "")[0].splitlines()), 1)
+        damaged = pathlib.Path("x.db").read_bytes()[:100] + b"?" * 5000
+        pathlib.Path("x.db").write_bytes(damaged)
+        self.assertIn("x.db.damaged", self.run_zelt("index", "search", "x.db", "untitled", code=1)[1])
+        self.assertEqual(pathlib.Path("x.db.damaged").read_bytes(), damaged)
+        self.run_zelt("index", "build", "x.db", "root/untitled.zelt")
+
+    @unittest.skipIf(os.name == "nt", "signals are sent as on POSIX")
+    def test_interrupted(self):
+        if EMULATOR:
+            self.skipTest("signals are sent as on POSIX")
+        big = pathlib.Path("big")
+        big.mkdir()
+        for count in (500, 4000, 32000):  # until the program is slower than the signal
+            for i in range(count):
+                if not (big / f"{i}.zelt").exists():
+                    os.link("root/classic-title.zelt", big / f"{i}.zelt")
+            with subprocess.Popen([ZELT, "list", "--progress", "big"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                  preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL)) as process:
+                self.assertEqual(process.stderr.readline(), b"zelt: listing: 0 %\n")
+                process.send_signal(signal.SIGINT)
+                out, err = process.communicate(timeout=120)
+            if process.returncode != 0:
+                break
+        self.assertEqual((process.returncode, out, err.splitlines()[-1]), (130, b"", b"zelt: cancelled"))
+        self.assertEqual(os.listdir(self.temp / "zelt"), [])
+
+    def test_command_line_of_browsing(self):
+        for arguments in (["list"], ["search"], ["search", "root"], ["search", "root", "--"], ["search", "--", "x"],
+                          ["tags", "root"], ["tags", "root", "--", "a", "b"], ["index"], ["index", "frobnicate"],
+                          ["index", "build", "x.db"], ["index", "search", "x.db"], ["index", "tags", "x.db"]):
+            self.run_zelt(*arguments, code=2)
+        self.assertFalse(os.path.exists("x.db"))
+
+
+class OtherProgramsTest(ZeltTest):
+    """Archives that others write are read, and ours pass their tests."""
+
+    WRITERS = {
+        "zip": ["zip", "-q", "-r", "../other.zelt", "."],
+        "7z": ["7z", "a", "-bd", "-tzip", "../other.zelt", "."],
+        "bsdtar": ["bsdtar", "--format", "zip", "-cf", "../other.zelt", "."],  # its names begin with "./"
+    }
+    TESTERS = {"unzip": ["unzip", "-tq"], "7z": ["7z", "t"], "bsdtar": ["bsdtar", "-tf"]}
+
+    def test_others_archives_are_read(self):
+        self.run_zelt("unpack", "bar-chart.zelt", "out")
+        shutil.copy("lower-third.zelt", "out/字.bin")
+        wanted = json.loads(self.run_zelt("info", "--json", "bar-chart.zelt")[0])
+        for name in [*self.WRITERS, "python"]:
+            with self.subTest(name):
+                if name == "python":
+                    with zipfile.ZipFile("other.zelt", "w", zipfile.ZIP_DEFLATED) as archive:
+                        for file, content in tree_of("out").items():
+                            archive.writestr(file, content)
+                elif shutil.which(self.WRITERS[name][0]):
+                    subprocess.run(self.WRITERS[name], cwd="out", check=True, stdout=subprocess.DEVNULL)
+                else:
+                    self.skipTest(f"{name} is not installed")
+                self.run_zelt("check", "other.zelt")
+                info = json.loads(self.run_zelt("info", "--json", "other.zelt")[0])
+                changed = {key for key in wanted if wanted[key] != info[key]}
+                self.assertEqual(changed, {"file", "entries"})
+                self.run_zelt("unpack", "other.zelt", "again")
+                self.assertEqual(tree_of("again"), tree_of("out"))
+                shutil.rmtree("again")
+                os.remove("other.zelt")
+
+    def test_ours_pass_their_tests(self):
+        self.run_zelt("unpack", "lower-third.zelt", "out")
+        pathlib.Path("out/字").mkdir()
+        pathlib.Path("out/字/ü.txt").write_bytes(b"x" * 100000)
+        self.run_zelt("pack", "out", "packed.zelt")
+        self.run_zelt("set", "packed.zelt", "-o", "edited.zelt", "--name", "N")
+        for file in ("packed.zelt", "edited.zelt"):
+            for name, command in self.TESTERS.items():
+                if shutil.which(command[0]):
+                    done = subprocess.run([*command, file], capture_output=True, text=True)
+                    self.assertEqual(done.returncode, 0, f"{name}: {done.stdout}{done.stderr}")
+            with zipfile.ZipFile(io.BytesIO(pathlib.Path(file).read_bytes())) as archive:
+                self.assertIsNone(archive.testzip())
+                self.assertIn("字/ü.txt", archive.namelist())
+
+
+def load_tests(loader, _tests, _pattern):
+    suite = unittest.TestSuite(loader.loadTestsFromTestCase(ZeltTest))
+    for case in (BrowseTest, OtherProgramsTest):
+        suite.addTests(case(name) for name in loader.getTestCaseNames(case) if name in vars(case))
+    return suite
+
+
+if __name__ == "__main__":
+    ZELT, SAMPLES, *EMULATOR = (os.path.abspath(a) if i < 2 else a for i, a in enumerate(sys.argv[1:]))
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,109 @@
+#include "Commands.h"
+#include "Output.h"
+#include "TempFolder.h"
+#include "Template.h"
+
+#include <orvcore/Application.h>
+#include <orvcore/Files.h>
+#include <package/PackageNames.h>
+
+namespace zelt {
+
+namespace {
+
+namespace fs = std::filesystem;
+using orvcapsule::CapsuleZip;
+
+// What a package gave: the file, and one that belongs beside it.
+struct Extracted {
+    fs::path file;
+    std::optional<fs::path> sideFile;
+};
+
+constexpr std::u8string_view kSideFile = u8"ZeltOptimizations.bin";
+
+std::optional<Extracted> ExtractPoster(const CapsuleZip& package, const fs::path& folder)
+{
+    const fs::path file = folder / orvcapsule::kThumbFileName;
+    return package.GetZELTThumbnailPNG(orvcore::PathToUTF8(file)) ? std::optional(Extracted{file, {}}) : std::nullopt;
+}
+
+std::optional<Extracted> ExtractVideo(const CapsuleZip& package, const fs::path& folder)
+{
+    const fs::path file = folder / orvcapsule::kVideoThumbFileName;
+    return package.GetZELTThumbnailVideo(orvcore::PathToUTF8(file)) ? std::optional(Extracted{file, {}}) : std::nullopt;
+}
+
+std::optional<Extracted> ExtractProject(const CapsuleZip& package, const fs::path& folder)
+{
+    orvcapsule::UTF16String path;
+    if (!package.GetZELTProjectPackage(orvcore::PathToUTF16(folder), u"", u"project", path)) {
+        return std::nullopt;
+    }
+    Extracted extracted{orvcore::PathFromUTF16(path), {}};
+    if (orvcore::IsFile(folder / kSideFile)) {
+        extracted.sideFile = folder / kSideFile;
+    }
+    return extracted;
+}
+
+std::optional<Extracted> ExtractEntry(const CapsuleZip& package, const std::string& name, const fs::path& folder)
+{
+    // Only the last part of the name is used; the archive class has refused what is no file name.
+    const fs::path file = folder / ToPath(name).filename();
+    return file.has_filename() && package.GetArchive().UnzipItems(orvcore::AsUTF8(name), file)
+               ? std::optional(Extracted{file, {}})
+               : std::nullopt;
+}
+
+std::optional<Extracted> Extract(const CapsuleZip& package, const std::string& what, const fs::path& folder)
+{
+    if (what == "poster") {
+        return ExtractPoster(package, folder);
+    }
+    if (what == "video") {
+        return ExtractVideo(package, folder);
+    }
+    return what == "project" ? ExtractProject(package, folder) : ExtractEntry(package, what, folder);
+}
+
+// Why there is nothing: the archive's own reason where it is not just that there is no such entry.
+std::string Missing(const CapsuleZip& package, const std::string& what)
+{
+    const orvstorage::ZipFailure failure = package.GetLastFailure();
+    const bool isRole = what == "poster" || what == "video" || what == "project";
+    const bool isAbsent = !failure || failure.error == orvstorage::ZipError::EntryMissing;
+    return isAbsent ? (isRole ? "there is no " + what + " in it" : "there is no entry \"" + what + "\" in it")
+                    : failure.Reason();
+}
+
+} // namespace
+
+ExitCode RunExtract(const ExtractOptions& options)
+{
+    return OnFile(options.file, [&] {
+        const TempFolder folder;
+        const CapsuleZip package(ToPath(options.file));
+        const auto extracted = Extract(package, options.what, folder.Path());
+        if (!extracted) {
+            throw FileError(options.file, Missing(package, options.what));
+        }
+        fs::path output = ToPath(options.output);
+        if (orvcore::IsDirectory(output) || !output.has_filename()) {
+            output /= extracted->file.filename();
+        }
+        try {
+            orvcore::CopyOneFile(extracted->file, output);
+            PrintLine(Printable(ToText(output)) + ": " + std::to_string(fs::file_size(output)) + " bytes");
+            if (extracted->sideFile) {
+                const fs::path beside = output.parent_path() / kSideFile;
+                orvcore::CopyOneFile(*extracted->sideFile, beside);
+                PrintLine(Printable(ToText(beside)) + ": " + std::to_string(fs::file_size(beside)) + " bytes");
+            }
+        } catch (const fs::filesystem_error& error) {
+            throw FileError(ToText(output), error.code().message());
+        }
+    });
+}
+
+} // namespace zelt

@@ -1,0 +1,21 @@
+#pragma once
+
+namespace zelt {
+
+/// Catches the user's interruption (Ctrl-C) while it lives, so that work can be cancelled in good order. A second one
+/// ends the program at once, as does any that comes while none of these lives. One at a time.
+class InterruptWatch {
+public:
+    InterruptWatch();
+    InterruptWatch(const InterruptWatch&) = delete;
+    InterruptWatch& operator=(const InterruptWatch&) = delete;
+    ~InterruptWatch();
+
+    /// True once the user has interrupted.
+    bool IsRaised() const noexcept;
+
+private:
+    void (*before_)(int);
+};
+
+} // namespace zelt

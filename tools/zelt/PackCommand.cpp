@@ -1,0 +1,36 @@
+#include "Commands.h"
+#include "Output.h"
+#include "Progress.h"
+
+#include <orvcore/Files.h>
+#include <package/CapsuleZip.h>
+
+namespace zelt {
+
+ExitCode RunPack(const PackOptions& options)
+{
+    return OnFile(options.directory, [&] {
+        const std::filesystem::path directory = ToPath(options.directory);
+        if (!orvcore::IsDirectory(directory)) {
+            throw FileError(options.directory, "there is no such folder");
+        }
+        PackFolder(directory, options.file);
+        const orvcapsule::CapsuleZip package(ToPath(options.file));
+        PrintLine(Printable(options.file) + ": " + Count(package.GetArchive().GetEntries().size(), "entry"));
+    });
+}
+
+void PackFolder(const std::filesystem::path& directory, const std::string& file)
+{
+    Progress progress("packing");
+    const orvcapsule::CapsuleZip package(ToPath(file));
+    const auto report = [&](double fraction, void*) {
+        progress.Set(fraction);
+        return true;
+    };
+    if (!package.Zip(directory, report, nullptr)) {
+        throw FileError(file, package.GetLastFailure().Reason());
+    }
+}
+
+} // namespace zelt

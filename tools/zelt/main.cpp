@@ -1,0 +1,24 @@
+#include "CommandLine.h"
+#include "Output.h"
+
+#include <orvcore/CommandLine.h>
+
+#include <exception>
+
+int main(int argc, char** argv)
+{
+    zelt::InitOutput();
+    auto exit = zelt::ExitCode::kBadFile;
+    try {
+        auto arguments = orvcore::UTF8Arguments(argc, argv);
+        arguments.erase(arguments.begin(), arguments.begin() + (arguments.empty() ? 0 : 1));
+        exit = zelt::RunCommandLine(std::move(arguments));
+    } catch (const std::exception& error) {
+        zelt::ReportError(error.what());
+    }
+    if (!zelt::FlushOutput()) {
+        zelt::ReportError("standard output cannot be written");
+        exit = zelt::ExitCode::kBadFile;
+    }
+    return static_cast<int>(exit);
+}
