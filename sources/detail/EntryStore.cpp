@@ -47,10 +47,11 @@ std::string ChecksumOf(std::string_view bytes)
 
 } // namespace
 
-EntryStore::EntryStore(const std::string& sourceID, const fs::path& top)
+EntryStore::EntryStore(const std::string& sourceID, const fs::path& top, std::function<bool()> stop)
     : sourceID_(sourceID)
     , top_(top)
     , file_(FileFor(sourceID, top))
+    , stop_(std::move(stop))
 {
     const std::int64_t settle = orvcore::DebugSettings::GetInt("ORV.entrysettletime", kSettleMilliseconds);
     isUsed_ = settle >= 0;
@@ -67,7 +68,7 @@ EntryStore::EntryStore(const std::string& sourceID, const fs::path& top)
     }
     std::u8string_view path;
     std::string_view rest;
-    while (!bytes.empty() && TakeRecord(bytes, path, rest)) {
+    while (!bytes.empty() && !stop_() && TakeRecord(bytes, path, rest)) {
         records_.emplace(path, rest);
     }
 }
@@ -106,14 +107,14 @@ void EntryStore::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entrie
         return;
     }
     std::string bytes;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
+    for (std::size_t i = 0; i < entries.size() && !stop_(); ++i) {
         const PackageState& state = states[i];
         if (state.isKnown && state.facts.modified < settled_ && state.facts.replaced < settled_) {
             AppendRecord(bytes, *entries[i], state);
         }
     }
     const std::string checksum = ChecksumOf(bytes);
-    if (bytes.empty() || std::string_view(content_).starts_with(checksum)) {
+    if (bytes.empty() || stop_() || std::string_view(content_).starts_with(checksum)) {
         return;
     }
     std::error_code error; // a listing without this file is a slower one

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -31,7 +32,8 @@ struct PackageState {
 class EntryStore {
 public:
     /// Reads what is known of the packages found under `top`, in the application language of now.
-    EntryStore(const std::string& sourceID, const std::filesystem::path& top);
+    /// @param stop asked now and then; true ends the reading, and a Save before it changes anything
+    EntryStore(const std::string& sourceID, const std::filesystem::path& top, std::function<bool()> stop);
 
     /// Fills what the definition of the package at `entry.path` says of it, when the package is as it was.
     bool Recall(CapsuleEntry& entry, PackageState& state) const;
@@ -45,6 +47,7 @@ private:
     std::string sourceID_;
     std::filesystem::path top_;
     std::filesystem::path file_;
+    std::function<bool()> stop_;
     std::string content_;
     std::unordered_map<std::u8string_view, std::string_view> records_; ///< into `content_`, by path
     orvcore::FileTime settled_;                                        ///< packages changed before this can be trusted

@@ -90,11 +90,13 @@ void FolderListing::List(const std::filesystem::path& folder, Depth depth, const
     const std::size_t counted = depth == Depth::OneFolder ? found.files : found.packages;
     const double step = counted == 0 ? 0.0 : weight / static_cast<double>(counted);
     Advance(weight - step * static_cast<double>(found.packages)); // all that takes no time
-    const EntryStore known(sourceID_, folder);
+    const EntryStore known(sourceID_, folder, [this] { return IsCancelled(); });
     std::vector<PackageState> states(found.packages);
     Entries entries = MakeEntries(found, directoryKey, step, known, states);
-    if (!cancelled_) {
+    if (!IsCancelled()) {
         known.Save(entries, states);
+    }
+    if (!cancelled_) {
         results.reserve(results.size() + entries.size());
         std::copy_if(std::make_move_iterator(entries.begin()), std::make_move_iterator(entries.end()),
                      std::back_inserter(results), [](const auto& entry) { return entry != nullptr; });
