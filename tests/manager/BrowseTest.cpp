@@ -4,6 +4,8 @@
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
 
+#include <algorithm>
+
 namespace {
 
 using namespace test;
@@ -31,11 +33,12 @@ protected:
     std::vector<std::string> Answer()
     {
         Flush();
-        const std::string prefix = orvcore::ToNarrow(PathToUTF8(folder.Path())) + "/";
+        const std::string prefix = orvcore::ToNarrow(PathToUTF8(folder.Path() / ""));
         for (std::string& text : told) {
             for (auto at = text.find(prefix); at != std::string::npos; at = text.find(prefix)) {
                 text.erase(at, prefix.size());
             }
+            std::replace(text.begin(), text.end(), '\\', '/');
         }
         return std::exchange(told, {});
     }
