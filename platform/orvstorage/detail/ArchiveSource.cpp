@@ -1,6 +1,7 @@
 #include <orvstorage/detail/ArchiveSource.h>
 
 #include <orvcore/AtomicFile.h>
+#include <orvstorage/detail/Libzip.h>
 #include <orvstorage/detail/ReadAhead.h>
 
 #include <cerrno>
@@ -168,25 +169,11 @@ zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t comma
     }
 }
 
-zip_int64_t CallSource(void* source, void* data, zip_uint64_t length, zip_source_cmd_t command)
-{
-    auto* self = static_cast<Source*>(source);
-    if (command == ZIP_SOURCE_FREE) {
-        delete self;
-        return 0;
-    }
-    try {
-        return self->Call(data, length, command);
-    } catch (...) { // memory ran out; nothing may pass through the library's frames
-        return self->Fail(ZIP_ER_MEMORY, {});
-    }
-}
-
 ArchiveHandle Open(std::unique_ptr<Source> source, int flags, ZipFailure& failure)
 {
     zip_error_t error;
     zip_error_init(&error);
-    zip_source_t* zipSource = zip_source_function_create(CallSource, source.get(), &error);
+    zip_source_t* zipSource = zip_source_function_create(CallSource<Source>, source.get(), &error);
     ArchiveHandle handle;
     if (zipSource != nullptr) {
         source.release(); // owned by zipSource now

@@ -2,6 +2,7 @@
 
 #include <orvcore/detail/NativeFile.h>
 #include <orvstorage/detail/BlockDeflater.h>
+#include <orvstorage/detail/Libzip.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -149,26 +150,12 @@ private:
     zip_error_t error_{};
 };
 
-zip_int64_t CallItem(void* source, void* data, zip_uint64_t length, zip_source_cmd_t command)
-{
-    auto* self = static_cast<ItemSource*>(source);
-    if (command == ZIP_SOURCE_FREE) {
-        delete self;
-        return 0;
-    }
-    try {
-        return self->Call(data, length, command);
-    } catch (...) { // memory ran out; nothing may pass through the library's frames
-        return self->Fail(ZIP_ER_MEMORY, {});
-    }
-}
-
 } // namespace
 
 zip_source_t* MakeItemSource(const PackItem& item, ItemForm form, PackProgress& progress)
 {
     auto source = std::make_unique<ItemSource>(item, form, progress);
-    zip_source_t* made = zip_source_function_create(CallItem, source.get(), nullptr);
+    zip_source_t* made = zip_source_function_create(CallSource<ItemSource>, source.get(), nullptr);
     if (made != nullptr) {
         source.release(); // owned by `made` now
     }

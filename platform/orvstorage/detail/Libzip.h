@@ -26,6 +26,23 @@ struct CloseEntry {
 };
 using EntryHandle = std::unique_ptr<zip_file_t, CloseEntry>;
 
+/// The zip library's callback for a source of our own: `Source` answers by `Call`, takes failures by `Fail`, and is
+/// deleted when the library lets go of it.
+template <class Source>
+zip_int64_t CallSource(void* source, void* data, zip_uint64_t length, zip_source_cmd_t command)
+{
+    auto* self = static_cast<Source*>(source);
+    if (command == ZIP_SOURCE_FREE) {
+        delete self;
+        return 0;
+    }
+    try {
+        return self->Call(data, length, command);
+    } catch (...) { // memory ran out; nothing may pass through the library's frames
+        return self->Fail(ZIP_ER_MEMORY, {});
+    }
+}
+
 /// Puts the zip library's words about a failure into ours.
 void TranslateError(zip_error_t& error, ZipFailure& failure);
 
