@@ -3,16 +3,13 @@
 #include <orvcore/Executor.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <thread>
-#include <vector>
+#include <cstddef>
+#include <memory>
 
 namespace orvcore {
 
-/// An executor over threads of its own, started at the first post.
-/// Must not be destroyed by one of its own tasks: the destructor waits for the workers.
+/// An executor over threads of its own, started at the first post. The destructor does as `Stop` does: when the last
+/// owner is one of the pool's own tasks, the workers end by themselves after it.
 class ORVPLATFORM_API ThreadPoolExecutor : public Executor {
 public:
     /// A pool of `workers` threads; 0 counts as 1.
@@ -35,18 +32,8 @@ public:
     bool Stop();
 
 private:
-    void Work();
-    bool StartWorkers();
-
-    const std::size_t workers_;
-    std::mutex mutex_;
-    std::condition_variable work_;
-    std::condition_variable idle_;
-    std::deque<OneTimeInvocation> queue_;
-    std::vector<std::thread> threads_;
-    std::size_t running_ = 0;
-    bool refusing_ = false;
-    bool ending_ = false; // the workers have to leave; before that they only stop taking work
+    struct State;
+    std::shared_ptr<State> state_; // each worker has a share: it may outlive the pool
 };
 
 } // namespace orvcore

@@ -52,6 +52,23 @@ TEST(ThreadPoolExecutor, StopFromItsOwnTaskDoesNotWaitForItself)
     EXPECT_FALSE(result);
 }
 
+TEST(ThreadPoolExecutor, ItsLastOwnerMayBeItsOwnTask)
+{
+    auto pool = std::make_shared<ThreadPoolExecutor>(2);
+    orvtest::Latch released(1);
+    orvtest::Latch gone(1);
+    std::weak_ptr<ThreadPoolExecutor> watched = pool;
+    ASSERT_TRUE(pool->Post([&released, &gone, last = pool]() mutable {
+        released.wait();
+        last.reset();
+        gone.count_down();
+    }));
+    pool.reset();
+    released.count_down();
+    gone.wait();
+    EXPECT_TRUE(watched.expired());
+}
+
 TEST(Executor, TaskThatThrowsIsReportedAndTheNextOneRuns)
 {
     std::string told;
