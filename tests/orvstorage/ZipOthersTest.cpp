@@ -28,9 +28,11 @@ void PrintTo(const Program& program, std::ostream* out)
     *out << program.name;
 }
 
+// The programs' own text encoding must not come from whoever runs the tests.
 bool RunIn(const fs::path& folder, const std::string& command)
 {
-    const std::string line = "cd '" + orvcore::ToNarrow(orvcore::PathToUTF8(folder)) + "' && " + command;
+    const std::string line =
+        "cd '" + orvcore::ToNarrow(orvcore::PathToUTF8(folder)) + "' && export LC_ALL=C.UTF-8 && " + command;
     return std::system((line + " >../out.log 2>&1").c_str()) == 0; // NOLINT
 }
 
