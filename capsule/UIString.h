@@ -8,6 +8,10 @@
 
 namespace orvcapsule {
 
+namespace serialization::detail {
+struct UIStringTable;
+} // namespace serialization::detail
+
 using orvcore::UTF16String;
 using orvcore::UTF8String;
 
@@ -31,12 +35,6 @@ public:
     /// One entry a pair, in list order: a later pair with the same locale replaces the earlier text. An empty list
     /// gives the only `UIString` without any entry.
     explicit UIString(const std::vector<LocStrPair>& pairs);
-    /// The same from a map of locale to text, taken over as it is.
-    explicit UIString(std::map<UTF16String, UTF16String> strings)
-        : strings_(std::move(strings))
-    {
-    }
-
     /// The text for the application language; else the one for "en_US"; else the one of the smallest locale; else
     /// an empty text. An entry that holds an empty text counts as found.
     UTF16String GetString() const;
@@ -55,6 +53,8 @@ public:
     bool operator==(const UIString& other) const = default;
 
 private:
+    friend struct serialization::detail::UIStringTable;
+
     std::map<UTF16String, UTF16String> strings_;
 };
 

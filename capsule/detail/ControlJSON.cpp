@@ -9,6 +9,7 @@ namespace {
 using ControlPtr = std::shared_ptr<ClientControl>;
 
 // The tables have to be objects of static storage to serve as template arguments.
+constexpr auto kBeforeType = ControlTables::BeforeType();
 constexpr auto kCommon = ControlTables::Common();
 constexpr auto kCheckbox = ControlTables::Kind(ControlTables::Value<bool>());
 constexpr auto kSlider = ControlTables::Slider();
@@ -35,7 +36,7 @@ struct KindCodec {
         return control;
     }
 
-    // A control whose class is not that of its type has no form, like one whose value is not of its kind.
+    // A control whose class lacks the settings of its type has no form, like one whose value is not of its kind.
     static void Write(JSONSink& sink, const ClientControl& control)
     {
         const auto& own = dynamic_cast<const Control&>(control);
@@ -78,23 +79,24 @@ ControlPtr ReadControl(const JSONNode& node, ClientControlType type)
     return nullptr;
 }
 
+// Kinds without settings of their own are written whatever the control's class.
 void WriteControl(JSONSink& sink, const ClientControl& control)
 {
     switch (control.GetType()) {
     case ClientControlType::kCheckbox:
-        return KindCodec<CheckboxControl, kCheckbox>::Write(sink, control);
+        return KindCodec<ClientControl, kCheckbox>::Write(sink, control);
     case ClientControlType::kSlider:
         return KindCodec<SliderControl, kSlider>::Write(sink, control);
     case ClientControlType::kAngle:
-        return KindCodec<AngleControl, kAngle>::Write(sink, control);
+        return KindCodec<ClientControl, kAngle>::Write(sink, control);
     case ClientControlType::kColor:
-        return KindCodec<ColorControl, kColor>::Write(sink, control);
+        return KindCodec<ClientControl, kColor>::Write(sink, control);
     case ClientControlType::kPoint2D:
-        return KindCodec<Point2DControl, kPoint2D>::Write(sink, control);
+        return KindCodec<ClientControl, kPoint2D>::Write(sink, control);
     case ClientControlType::kText:
         return KindCodec<StringControl, kText>::Write(sink, control);
     case ClientControlType::kComment:
-        return KindCodec<CommentControl, kComment>::Write(sink, control);
+        return KindCodec<ClientControl, kComment>::Write(sink, control);
     case ClientControlType::kScale:
         return KindCodec<ScaleControl, kScale>::Write(sink, control);
     case ClientControlType::kGroup:
@@ -149,14 +151,16 @@ bool Codec<std::shared_ptr<orvcapsule::ClientControl>>::Read(const JSONNode& nod
     }
     orvcapsule::ClientControlType type{};
     const JSONNode* typeNode = node.Find(orvcapsule::CAPSULE_CONTROL_TYPE_STR);
-    if (typeNode != nullptr && !Codec<orvcapsule::ClientControlType>::Read(*typeNode, type)) {
-        return true;
+    if (typeNode != nullptr && Codec<orvcapsule::ClientControlType>::Read(*typeNode, type)) {
+        out = capsule::ReadControl(node, type);
     }
-    out = capsule::ReadControl(node, type);
     if (out == nullptr) {
-        // The keys that every control has are required of unknown kinds too.
+        // The keys that every control has are required of those that are passed over, too.
         orvcapsule::ClientControl scratch({}, {}, {}, {}, {});
-        TableWalker<orvcapsule::ClientControl, capsule::kCommon>::Read(node, scratch, nullptr);
+        TableWalker<orvcapsule::ClientControl, capsule::kBeforeType>::Read(node, scratch, nullptr);
+        if (typeNode == nullptr) {
+            throw missing_key_exception(orvcapsule::CAPSULE_CONTROL_TYPE_STR);
+        }
     }
     return true;
 }

@@ -66,7 +66,7 @@ struct ControlTables {
             [](JSONSink& sink, const ClientControl&) { json::Codec<UIString>::Write(sink, UIString()); });
     }
 
-    static constexpr auto Common()
+    static constexpr auto BeforeType()
     {
         return Fields(
             json::Lenient(CAPSULE_CONTROL_ID_STR, &ClientControl::id_),
@@ -80,8 +80,12 @@ struct ControlTables {
             json::CustomField(
                 CAPSULE_CONTROLPROPS_CANANIMATE_STR, Presence::kRequired,
                 [](const JSONNode& node, ClientControl& control) { return node.Get(control.properties_.canAnimate); },
-                [](JSONSink& sink, const ClientControl& control) { sink.Bool(control.properties_.canAnimate); }),
-            Required(CAPSULE_CONTROL_TYPE_STR, &ClientControl::type_));
+                [](JSONSink& sink, const ClientControl& control) { sink.Bool(control.properties_.canAnimate); }));
+    }
+
+    static constexpr auto Common()
+    {
+        return std::tuple_cat(BeforeType(), Fields(Required(CAPSULE_CONTROL_TYPE_STR, &ClientControl::type_)));
     }
 
     template <class... Own>

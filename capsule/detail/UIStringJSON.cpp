@@ -3,6 +3,14 @@
 #include <capsule/DefinitionKeys.h>
 #include <capsule/detail/Locale.h>
 
+namespace orvcapsule::serialization::detail {
+
+struct UIStringTable {
+    static constexpr auto kStrings = &UIString::strings_;
+};
+
+} // namespace orvcapsule::serialization::detail
+
 namespace orvcore::serialization::detail {
 
 namespace {
@@ -42,7 +50,7 @@ bool Codec<orvcapsule::UIString>::Read(const JSONNode& node, orvcapsule::UIStrin
             strings.empty() || strings.rbegin()->first < pair.locale ? strings.end() : strings.lower_bound(pair.locale);
         strings.insert_or_assign(at, std::move(pair.locale), std::move(pair.text));
     }
-    out = orvcapsule::UIString(std::move(strings));
+    out.*orvcapsule::serialization::detail::UIStringTable::kStrings = std::move(strings);
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include <capsule/DefinitionKeys.h>
 
 #include <charconv>
+#include <cmath>
 
 namespace orvcapsule::serialization::detail {
 
@@ -22,7 +23,7 @@ float LeadingNumber(std::string_view text)
     }
     float number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
+    return std::isfinite(number) ? number : 0; // "inf" and "nan" are words here
 }
 
 } // namespace

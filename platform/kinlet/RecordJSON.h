@@ -22,6 +22,8 @@ concept MediaLinkRecord = std::same_as<T, Time> || std::same_as<T, FrameRate> ||
 
 /// A record as a JSON value tree: an object whose keys are always all there (but for `ColorSpace`, which leaves out
 /// what equals its default), an array for `ColorRGBA`, a scalar or an object for a `SpreadsheetCell`. Thread-safe.
+/// @throws orvcore::serialization::json_write_exception  for a number that is not finite.
+/// @throws orvcore::serialization::json_parse_exception  when the text of a kept unknown key is not JSON.
 template <MediaLinkRecord Record>
 ORVPLATFORM_API orvcore::serialization::Variant ToJSON(const Record& record);
 
@@ -31,6 +33,8 @@ ORVPLATFORM_API orvcore::serialization::Variant ToJSON(const Record& record);
 /// @throws orvcore::serialization::missing_key_exception  naming the key, when a required key is absent or a key that
 ///         is there, required or not, holds no usable value (null, another kind, a number out of range); `record` is
 ///         then left as it is.
+/// @throws orvcore::serialization::json_write_exception  for a tree that holds a value of a type that trees do not
+///         have, or is nested too deep.
 template <MediaLinkRecord Record>
 ORVPLATFORM_API bool FromJSON(const orvcore::serialization::Variant& tree, Record& record);
 

@@ -50,10 +50,11 @@ ORVPLATFORM_API bool ObjectHasProperty(const Variant& value, std::u8string_view 
 ORVPLATFORM_API const Variant& GetVariantInObject(const Variant& value, std::u8string_view key);
 
 /// Adds `key` to `object`; a key that is already there keeps its value.
-/// `object` becomes an empty object first when it holds nothing. @return whether the key was added.
+/// `object` becomes an empty object first when it holds nothing or anything else. @return whether the key was added.
 ORVPLATFORM_API bool AddToObject(Variant& object, std::u8string_view key, Variant value);
 
-/// Replaces the value of `key` in `object`, or adds it. `object` becomes an object first when it holds nothing.
+/// Replaces the value of `key` in `object`, or adds it. `object` becomes an empty object first when it
+/// holds nothing or anything else.
 ORVPLATFORM_API void UpdateInObject(Variant& object, std::u8string_view key, Variant value);
 
 /// @name Typed access

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <mutex>
+#include <new>
 #include <vector>
 
 namespace orvcore::serialization {
@@ -287,6 +288,9 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
     simdjson::dom::element root;
     if (error == simdjson::SUCCESS) {
         error = storage->parser.parse(storage->CopyPadded(AsNarrow(text)), text.size(), false).get(root);
+    }
+    if (error == simdjson::MEMALLOC) {
+        throw std::bad_alloc();
     }
     if (error != simdjson::SUCCESS) {
         throw json_parse_exception(simdjson::error_message(error));

@@ -1,6 +1,7 @@
 #include <orvcore/JSONTextWriter.h>
 
 #include <orvcore/JSON.h>
+#include <orvcore/detail/JSONWriteError.h>
 
 #include <algorithm>
 #include <array>
@@ -264,7 +265,7 @@ void JSONTextWriter::UInt(std::uint64_t value)
 void JSONTextWriter::Double(double value)
 {
     if (!std::isfinite(value)) {
-        throw json_write_exception("a number" + Where() + " is not finite and has no JSON form");
+        throw detail::NotFinite(lastKey_);
     }
     BeforeValue();
     const std::size_t before = size_;
@@ -320,7 +321,7 @@ void JSONTextWriter::String(std::u16string_view text)
 void JSONTextWriter::Raw(std::string_view json)
 {
     if (depth_ + DeepestValue(json) > kMaxJSONDepth) {
-        throw json_write_exception("a value" + Where() + " is nested too deep");
+        throw json_write_exception("a value" + detail::UnderKey(lastKey_) + " is nested too deep");
     }
     BeforeValue();
     Put(json);
@@ -332,11 +333,6 @@ void JSONTextWriter::RawElements(std::string_view jsonArray)
         BeforeValue();
         Put(jsonArray.substr(1, jsonArray.size() - 2));
     }
-}
-
-std::string JSONTextWriter::Where() const
-{
-    return lastKey_.empty() ? "" : " under \"" + std::string(lastKey_) + "\"";
 }
 
 } // namespace orvcore::serialization

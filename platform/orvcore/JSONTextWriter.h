@@ -52,7 +52,6 @@ private:
     void NewLine();
     void AfterKey(std::string_view key);
     void Quote(std::string_view text);
-    std::string Where() const;
     template <class Number>
     void PutNumber(Number value);
 

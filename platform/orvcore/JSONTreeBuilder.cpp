@@ -1,5 +1,9 @@
 #include <orvcore/JSONTreeBuilder.h>
 
+#include <orvcore/detail/JSONWriteError.h>
+
+#include <cmath>
+
 namespace orvcore::serialization {
 
 JSONTreeBuilder::JSONTreeBuilder() = default;
@@ -59,6 +63,9 @@ void JSONTreeBuilder::UInt(std::uint64_t value)
 }
 void JSONTreeBuilder::Double(double value)
 {
+    if (!std::isfinite(value)) {
+        throw detail::NotFinite(LastKey());
+    }
     Place(value);
 }
 void JSONTreeBuilder::String(std::string_view text)

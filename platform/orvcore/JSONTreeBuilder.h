@@ -7,7 +7,8 @@
 
 namespace orvcore::serialization {
 
-/// Builds a value tree from what is written to it. Not thread-safe.
+/// Builds a value tree from what is written to it. A number that is not finite raises `json_write_exception`, which
+/// names the key. Not thread-safe.
 class ORVPLATFORM_API JSONTreeBuilder final : public JSONSink {
 public:
     JSONTreeBuilder();

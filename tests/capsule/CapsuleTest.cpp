@@ -37,13 +37,15 @@ TEST(Capsule, ConstructorsDifferInVersions)
 TEST(Capsule, FullConstructorPutsEachArgumentInItsPlace)
 {
     const Language language("de_DE");
-    const Capsule capsule(u"app", u"author", u"name", u"id", u"desc", {"tsfx"}, Named(u"comp"), {}, {"Font"}, {"fx"},
-                          {"renderer"}, {"png"}, {"tag"}, u"1", u"2", u"3", u"4");
+    const Capsule capsule(u"app", u"author", u"name", u"id", u"desc", {"tsfx"}, Named(u"comp"), {nullptr}, {"Font"},
+                          {"fx"}, {"renderer"}, {"png"}, {"tag"}, u"1", u"2", u"3", u"4");
     EXPECT_EQ(capsule.GetAuthorApp(), u"app");
     EXPECT_EQ(capsule.GetAuthorID(), u"author");
     EXPECT_EQ(capsule.GetCapsuleNameObsolete(), u"name");
     EXPECT_EQ(capsule.GetCapsuleID(), u"id");
     EXPECT_EQ(capsule.GetCapsuleDesc(), u"desc");
+    EXPECT_EQ(capsule.GetPlatformSupport(), Capsule::StringList{"tsfx"});
+    EXPECT_EQ(capsule.GetControls().size(), 1U);
     EXPECT_EQ(capsule.GetUsedEffects(), Capsule::StringList{"fx"});
     EXPECT_EQ(capsule.GetUsedCompRenderers(), Capsule::StringList{"renderer"});
     EXPECT_EQ(capsule.GetUsedFileTypes(), Capsule::StringList{"png"});
@@ -87,6 +89,19 @@ TEST(Capsule, CompositionFallsBackToAmericanEnglishAndFontsDoNot)
     }
     EXPECT_EQ(Capsule().GetSourceInfo(), kinlet::SourceInfo());
     EXPECT_TRUE(Capsule().GetUsedFonts().empty());
+}
+
+TEST(Capsule, SettersOfOneLanguageLeaveTheOthers)
+{
+    Capsule capsule;
+    capsule.SetSourceInfoVector({{u"fr_FR", Named(u"fr")}});
+    capsule.SetUsedFontsVector({{u"fr_FR", {"fr"}}});
+    const Language language("de_DE");
+    capsule.SetSourceInfo(Named(u"de"));
+    capsule.SetUsedFonts(Capsule::StringList{"de"});
+    EXPECT_EQ(capsule.GetSourceInfoLocalized(),
+              (Capsule::SourceInfoMap{{u"de_DE", Named(u"de")}, {u"fr_FR", Named(u"fr")}}));
+    EXPECT_EQ(capsule.GetUsedFontsLocalized(), (Capsule::FontMap{{u"de_DE", {"de"}}, {u"fr_FR", {"fr"}}}));
 }
 
 TEST(Capsule, OlderSettersYieldAndEmptyMapsChangeNothing)

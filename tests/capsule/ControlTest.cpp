@@ -86,7 +86,8 @@ TEST(Control, KindsWithoutAFormAreWrittenShortAndSkippedOnReading)
         EXPECT_FALSE(serialization::ClientControlFromJson(tree));
     }
     for (const char8_t* text :
-         {u8"5", u8"[]", u8R"({"type":7,"canAnimate":true})", u8R"({"type":"2","canAnimate":true,"id":"x"})"}) {
+         {u8"5", u8"[]", u8R"({"type":7,"canAnimate":true})", u8R"({"type":"2","canAnimate":true,"id":"x"})",
+          u8R"({"type":5000000000,"canAnimate":true})"}) {
         EXPECT_FALSE(serialization::ClientControlFromJson(JSONParse(text)));
     }
 }
@@ -101,6 +102,7 @@ TEST(Control, RequiredKeysAreNamedWhenMissing)
         {u8R"({"type":1,"id":"x","value":true})", "canAnimate"},
         {u8R"({"canAnimate":true})", "type"},
         {u8R"({"type":12})", "canAnimate"},
+        {u8R"({"type":"2"})", "canAnimate"},
         {u8R"({"type":1,"canAnimate":true})", "value"},
         {u8R"({"type":1,"canAnimate":true,"value":1})", "value"},
         {u8R"({"type":2,"canAnimate":true,"min":0,"value":1})", "max"},
@@ -142,6 +144,41 @@ TEST(Control, AForeignValueCannotBeWritten)
     const auto disguised =
         std::make_shared<ClientControl>(ClientControlType::kSlider, u"", UIString(), ControlProperties(), 1.0);
     EXPECT_THROW(serialization::ClientControlToJson(disguised), std::bad_cast);
+}
+
+TEST(Control, KindsWithoutSettingsNeedNoClassOfTheirOwn)
+{
+    for (const auto& control : OneOfEachKind()) {
+        const auto copy = std::make_shared<ClientControl>(*control);
+        const auto type = control->GetType();
+        if (type == ClientControlType::kCheckbox || type == ClientControlType::kAngle ||
+            type == ClientControlType::kColor || type == ClientControlType::kPoint2D ||
+            type == ClientControlType::kComment) {
+            EXPECT_EQ(GetJSONUTF8String(serialization::ClientControlToJson(copy), false),
+                      GetJSONUTF8String(serialization::ClientControlToJson(control), false));
+        } else {
+            EXPECT_THROW(serialization::ClientControlToJson(copy), std::bad_cast);
+        }
+    }
+}
+
+TEST(Control, SettingsOfOneTypeAreNotMixedUp)
+{
+    const auto read = [](std::u8string_view json) { return serialization::ClientControlFromJson(JSONParse(json)); };
+    const auto slider =
+        std::dynamic_pointer_cast<SliderControl>(read(u8R"({"type":2,"canAnimate":true,"min":1,"max":2,"value":3})"));
+    EXPECT_EQ(slider->GetMinimum(), 1);
+    EXPECT_EQ(slider->GetMaximum(), 2);
+    EXPECT_EQ(std::get<double>(slider->GetVal()), 3);
+    const auto sheet = std::dynamic_pointer_cast<SpreadsheetControl>(
+        read(u8R"({"type":11,"canAnimate":true,"minRows":1,"maxRows":2,"value":{},"columnInfo":[)"
+             u8R"({"columnName":{"strDB":[]},"columnDataType":1,"columnMinValue":3,"columnMaxValue":4}]})"));
+    EXPECT_EQ(sheet->GetMinRows(), 1U);
+    EXPECT_EQ(sheet->GetMaxRows(), 2U);
+    EXPECT_EQ(sheet->GetColumns().at(0).minimum, 3);
+    EXPECT_EQ(sheet->GetColumns().at(0).maximum, 4);
+    EXPECT_EQ(serialization::AlternateRectInfoFromJson(uR"({"isEnabled":true,"compId":1,"layerId":2})"),
+              (AlternateRectInfo{true, 1, 2}));
 }
 
 TEST(Control, LongListsKeepTheirOrder)

@@ -32,6 +32,7 @@ TEST(Definition, TheVersionGateLooksAtTheRawText)
         {u8R"({"apiVersion":"2.29"})", true}, // the first three characters count
         {u8R"({"apiVersion":"10"})", false},
         {u8R"({"apiVersion":"abc"})", true}, // no number counts as 0
+        {u8R"({"apiVersion":"inf"})", true},
         {u8R"({"apiVersion":""})", true},
         {u8R"({"apiVersion":9.9})", true},       // no quote follows: the text's beginning counts
         {u8R"({"apiVersion":9,"x":"1"})", true}, // the next quote is the next key's
@@ -75,6 +76,18 @@ TEST(Definition, ReadsKeysAndTheirDefaults)
     EXPECT_EQ(capsule->GetTslibCompliantVersion(), u"");
     EXPECT_EQ(capsule->GetAuthorApp(), u"crvd");
     EXPECT_EQ(capsule->GetLicenseID(), u"L");
+}
+
+TEST(Definition, EachVersionMarkerHasItsKey)
+{
+    const auto capsule = CapsuleFromJson(
+        u8R"({"apiVersion":"2.2","tslibCompliantVersion":"1","mobileCompatibilityVersion":"2",)"
+        u8R"("internalEffectsOnlyVersion":"3","fontwellOnlyVersion":"4","responsiveDesignVersion":"5"})");
+    EXPECT_EQ(capsule->GetTslibCompliantVersion(), u"1");
+    EXPECT_EQ(capsule->GetMobileCompatibilityVersion(), u"2");
+    EXPECT_EQ(capsule->GetInternalEffectsVersion(), u"3");
+    EXPECT_EQ(capsule->GetFontwellOnlyVersion(), u"4");
+    EXPECT_EQ(capsule->GetResponsiveDesignTimeVersion(), u"5");
 }
 
 TEST(Definition, OlderFormsYieldToNewerOnesButNotToEmptyOnes)

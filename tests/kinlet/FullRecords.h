@@ -6,8 +6,8 @@
 
 #include <random>
 
-// Records with a value of its own in every field, drawn from a seeded generator: a field that is written under
-// another's key, or not at all, shows as a difference.
+// Records with a value of its own in every field, drawn from a seeded generator: a field that is not written, or not
+// read, shows as a difference.
 class RecordFiller {
 public:
     explicit RecordFiller(unsigned seed)

@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
+
 namespace {
 
 using boost::gregorian::date;
@@ -57,6 +59,38 @@ TEST(TextEditInfo, ReadsBackAndKeepsWhatItDoesNotKnow)
     ExpectTolerant(full.fontEditInfo, {"fontEditable", "sizeEditable", "styleEditable", "fontName", "fontSize", "bold",
                                        "italic", "allCaps", "smallCaps"});
     EXPECT_EQ(MissingKey<kinlet::TextEditInfo>(JSONParse(u8R"({"styleRuns":[{"fillColor":[1,1,1]}]})")), "fillColor");
+    using Font = kinlet::SourceTextFontEditInfo;
+    const std::pair<std::u8string_view, bool Font::*> flags[] = {{u8"fontEditable", &Font::fontEditable},
+                                                                 {u8"sizeEditable", &Font::sizeEditable},
+                                                                 {u8"styleEditable", &Font::styleEditable},
+                                                                 {u8"bold", &Font::bold},
+                                                                 {u8"italic", &Font::italic},
+                                                                 {u8"allCaps", &Font::allCaps},
+                                                                 {u8"smallCaps", &Font::smallCaps}};
+    for (const auto& [key, flag] : flags) {
+        Font expected;
+        expected.*flag = true;
+        EXPECT_EQ(FromText<Font>(u8"{\"" + std::u8string(key) + u8"\":true}"), expected) << orvcore::AsNarrow(key);
+    }
+}
+
+TEST(UnknownKeys, ARecordsOwnKeysComeFirst)
+{
+    kinlet::TextEditInfo edit;
+    edit.text = u"new";
+    edit.unknownKeys = {{"text", R"("stale")"}, {"zone", "1"}, {"a", "2"}};
+    const std::string text = ToText(edit);
+    EXPECT_EQ(text.find("stale"), std::string::npos) << text;
+    EXPECT_EQ(ThroughText(edit).text, u"new");
+    EXPECT_EQ(ThroughText(edit).unknownKeys, (orvcore::serialization::UnknownKeys{{"zone", "1"}, {"a", "2"}}));
+}
+
+TEST(ToJSON, RefusesNumbersThatAreNotFinite)
+{
+    EXPECT_THROW(kinlet::ToJSON(kinlet::PointF{std::nan(""), 0}), orvcore::serialization::json_write_exception);
+    SpreadsheetData data;
+    data.columnValues = {std::vector<SpreadsheetCell>(600, HUGE_VAL)};
+    EXPECT_THROW(kinlet::ToJSON(data), orvcore::serialization::json_write_exception);
 }
 
 TEST(SpreadsheetData, ReadsBackAndKeepsWhatItDoesNotKnow)

@@ -95,6 +95,111 @@ TEST(SourceInfo, EveryFieldSurvives)
     EXPECT_EQ(ThroughText(SourceInfo()), SourceInfo());
 }
 
+// One table serves both directions, so that two rows exchanged would cancel each other out in a round trip.
+TEST(SourceInfo, EachKeyIsThatOfItsField)
+{
+    struct Case {
+        std::u8string_view key;
+        std::u8string_view json;
+        void (*set)(SourceInfo&);
+    };
+    const Case cases[] = {
+        {u8"parentprojectfile", u8R"("/p")", [](SourceInfo& r) { r.parentProjectFile = u8"/p"; }},
+        {u8"name", u8R"("n")", [](SourceInfo& r) { r.name = u"n"; }},
+        {u8"mediaproducerdescription", u8R"("m")", [](SourceInfo& r) { r.mediaProducerDescription = u"m"; }},
+        {u8"teamProjectName", u8R"("t")", [](SourceInfo& r) { r.teamProjectName = u"t"; }},
+        {u8"appspecificsourceinfo", u8R"("a")", [](SourceInfo& r) { r.appSpecificSourceInfo = u8"a"; }},
+        {u8"contentcredentialsinfo", u8R"("c")", [](SourceInfo& r) { r.contentCredentialsInfo = u8"c"; }},
+        {u8"id", u8R"("00000000-0000-0000-0000-000000000001")", [](SourceInfo& r) { r.id.bytes[15] = 1; }},
+        {u8"initialcontentstate", u8R"("00000000-0000-0000-0000-000000000001")",
+         [](SourceInfo& r) { r.initialContentState.bytes[15] = 1; }},
+        {u8"alphachanneltype", u8"7", [](SourceInfo& r) { r.alphaChannelType = kinlet::AlphaChannelType{7}; }},
+        {u8"fieldtype", u8"7", [](SourceInfo& r) { r.fieldType = kinlet::FieldType{7}; }},
+        {u8"nativefieldtype", u8"7", [](SourceInfo& r) { r.nativeFieldType = kinlet::FieldType{7}; }},
+        {u8"duration", u8R"({"value":1,"scale":2})",
+         [](SourceInfo& r) {
+             r.duration = {1, 2};
+         }},
+        {u8"currenttime", u8R"({"value":1,"scale":2})",
+         [](SourceInfo& r) {
+             r.currentTime = {1, 2};
+         }},
+        {u8"workinpoint", u8R"({"value":1,"scale":2})",
+         [](SourceInfo& r) {
+             r.workInPoint = {1, 2};
+         }},
+        {u8"workoutpoint", u8R"({"value":1,"scale":2})",
+         [](SourceInfo& r) {
+             r.workOutPoint = {1, 2};
+         }},
+        {u8"starttime", u8R"({"value":1,"scale":2})",
+         [](SourceInfo& r) {
+             r.startTime = {1, 2};
+         }},
+        {u8"inpoint", u8R"({"value":1,"scale":2})",
+         [](SourceInfo& r) {
+             r.inPoint = {1, 2};
+         }},
+        {u8"outpoint", u8R"({"value":1,"scale":2})",
+         [](SourceInfo& r) {
+             r.outPoint = {1, 2};
+         }},
+        {u8"framerate", u8R"({"ticksperframe":3})", [](SourceInfo& r) { r.frameRate.ticksPerFrame = 3; }},
+        {u8"audiosamplerate", u8R"({"ticksperframe":3})", [](SourceInfo& r) { r.audioSampleRate.ticksPerFrame = 3; }},
+        {u8"framesize", u8R"({"topleft":{"x":1,"y":2},"size":{"x":3,"y":4}})",
+         [](SourceInfo& r) {
+             r.frameSize = {{1, 2}, {3, 4}};
+         }},
+        {u8"pixelformatlist", u8R"([{"fourcc":1,"properties":2}])",
+         [](SourceInfo& r) {
+             r.pixelFormats = {{1, 2}};
+         }},
+        {u8"alphamattecolorr", u8"0.5", [](SourceInfo& r) { r.alphaMatteColorRed = 0.5; }},
+        {u8"alphamattecolorg", u8"0.5", [](SourceInfo& r) { r.alphaMatteColorGreen = 0.5; }},
+        {u8"alphamattecolorb", u8"0.5", [](SourceInfo& r) { r.alphaMatteColorBlue = 0.5; }},
+        {u8"hasaudio", u8"true", [](SourceInfo& r) { r.hasAudio = true; }},
+        {u8"hasvideo", u8"true", [](SourceInfo& r) { r.hasVideo = true; }},
+        {u8"isdropframe", u8"true", [](SourceInfo& r) { r.isDropFrame = true; }},
+        {u8"isxmpwritable", u8"true", [](SourceInfo& r) { r.isXMPWritable = true; }},
+        {u8"ismedia", u8"true", [](SourceInfo& r) { r.isMedia = true; }},
+        {u8"supportsvideorenderingsessions", u8"true", [](SourceInfo& r) { r.supportsVideoRenderingSessions = true; }},
+        {u8"hasFrozenUnstretchableRegions", u8"true", [](SourceInfo& r) { r.hasFrozenUnstretchableRegions = true; }},
+        {u8"enableLogColorManagement", u8"true", [](SourceInfo& r) { r.enableLogColorManagement = true; }},
+        {u8"sourceBitrate", u8"5", [](SourceInfo& r) { r.sourceBitrate = 5; }},
+        {u8"graphicsWhiteLuminance", u8"5", [](SourceInfo& r) { r.graphicsWhiteLuminance = 5; }},
+        {u8"missingassets",
+         u8R"({"missAssetsOfflineMasks":9,"missAssetsPropMissingPlugins":[{"missAssetPropPluginMatchName":"p"}],)"
+         u8R"("missAssetsPropMissingFootage":[{"missAssetPropFootagePath":"f"}],"missAssetsPropMissingFonts":[)"
+         u8R"({"missAssetPropFontFamily":"a","missAssetPropFontStyle":"b","missAssetPropFontPostScript":"c",)"
+         u8R"("missAssetPropFontFullName":"d","missAssetPropFontType":5}]})",
+         [](SourceInfo& r) {
+             r.missingAssets = {{{u"a", u"b", u"c", u"d", 5}}, {{u"p"}}, {{u8"f"}}, 9};
+         }},
+        {u8"veldenassetrequestinfo",
+         u8R"({"mServerConnectInfo":{"mServerDiscoveryURL":"a","mEARPort":"b","mUserName":"c","mAuthToken":"d",)"
+         u8R"("mAuthTokenType":"e","mHeaders":[["f","g"]]},"mAssetInfo":{"mProductionIdentifier":"h",)"
+         u8R"("mProductionRevision":"i","mAssetIdentifier":"j"}})",
+         [](SourceInfo& r) {
+             r.assetRequest = {{u"a", u"b", u"c", u"d", u"e", {{u"f", u"g"}}}, {u"h", u"i", u"j"}};
+         }},
+        {u8"veldenproductionrequestinfo",
+         u8R"({"mProductionInfo":{"mProductionIdentifier":"h","mRevision":"i","mDisplayName":"j"},)"
+         u8R"("mCreateNewProduction":true,"mServerConnectInfo":{"mUserName":"c"}})",
+         [](SourceInfo& r) {
+             r.productionRequest = {{{}, {}, u"c", {}, {}, {}}, {u"h", u"i", u"j"}, true};
+         }},
+    };
+    const Object defaults = std::any_cast<Object>(kinlet::ToJSON(SourceInfo()));
+    for (const Case& c : cases) {
+        SourceInfo expected;
+        c.set(expected);
+        ASSERT_NE(expected, SourceInfo()) << orvcore::AsNarrow(c.key);
+        SourceInfo read;
+        ASSERT_TRUE(kinlet::FromJSON(With(defaults, c.key, c.json), read));
+        EXPECT_EQ(read, expected) << orvcore::AsNarrow(c.key);
+    }
+}
+
 TEST(SourceInfo, AllKeysAndNoOthersAreAlwaysWritten)
 {
     std::vector<std::u8string> expected(std::begin(kRequiredKeys), std::end(kRequiredKeys));

@@ -203,7 +203,9 @@ struct TableWalker {
             end = unknown->end();
         }
         WriteRows(sink, record, next, end, std::make_index_sequence<kCount>());
-        WriteUnknown(sink, next, end);
+        for (; next != end; ++next) {
+            WriteUnknown(sink, *next);
+        }
         sink.EndObject();
     }
 
@@ -241,23 +243,23 @@ private:
                          UnknownKeys::const_iterator end)
     {
         if constexpr (!std::is_same_v<std::remove_cvref_t<decltype(row.write)>, NotWritten>) {
+            for (; next != end && next->first < row.key; ++next) {
+                WriteUnknown(sink, *next);
+            }
+            if (next != end && next->first == row.key) {
+                ++next; // the record's own value holds, also where it is not written
+            }
             if (row.condition(record)) {
-                for (; next != end && next->first < row.key; ++next) {
-                    sink.Key(next->first);
-                    sink.Raw(next->second);
-                }
                 sink.PlainKey(row.key);
                 row.write(sink, record);
             }
         }
     }
 
-    static void WriteUnknown(JSONSink& sink, UnknownKeys::const_iterator next, UnknownKeys::const_iterator end)
+    static void WriteUnknown(JSONSink& sink, const UnknownKeys::value_type& member)
     {
-        for (; next != end; ++next) {
-            sink.Key(next->first);
-            sink.Raw(next->second);
-        }
+        sink.Key(member.first);
+        sink.Raw(member.second);
     }
 };
 
