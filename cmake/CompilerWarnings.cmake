@@ -25,7 +25,7 @@ else()
     target_compile_options(orv_warnings INTERFACE
       -Wduplicated-cond -Wlogical-op -Wuseless-cast -Wsuggest-override
       # GCC 12 reports these inside inlined standard-library strings and variants where nothing is wrong.
-      -Wno-error=restrict -Wno-error=maybe-uninitialized -Wno-error=null-dereference -Wno-error=stringop-overflow
+      -Wno-restrict -Wno-error=maybe-uninitialized -Wno-error=null-dereference -Wno-error=stringop-overflow
       -Wno-error=array-bounds -Wno-error=stringop-overread -Wno-error=free-nonheap-object
     )
   endif()

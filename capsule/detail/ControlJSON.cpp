@@ -24,6 +24,13 @@ constexpr auto kMenu = ControlTables::Menu();
 constexpr auto kMedia = ControlTables::Media();
 constexpr auto kSpreadsheet = ControlTables::Spreadsheet();
 
+// A text without entries, where a control is built before its texts are read: a default-built one would look the
+// application language up.
+UIString NoText()
+{
+    return UIString(std::vector<LocStrPair>());
+}
+
 // One control of a kind in each direction. The settings after the shared three are placeholders that the table's
 // required keys replace.
 template <class Control, const auto& Table>
@@ -31,7 +38,9 @@ struct KindCodec {
     template <class... Settings>
     static ControlPtr Read(const JSONNode& node, Settings... settings)
     {
-        auto control = std::make_shared<Control>(UTF16String(), UIString(), ControlProperties(), settings...);
+        const bool isLabelled = node.Find(CAPSULE_CONTROL_UINAME_STR) != nullptr;
+        auto control = std::make_shared<Control>(UTF16String(), isLabelled ? NoText() : UIString(), ControlProperties(),
+                                                 settings...);
         json::TableWalker<Control, Table>::Read(node, *control, ControlTables::Unknown(*control));
         return control;
     }
@@ -58,10 +67,10 @@ ControlPtr ReadControl(const JSONNode& node, ClientControlType type)
     case ClientControlType::kPoint2D:
         return KindCodec<Point2DControl, kPoint2D>::Read(node, Point2D());
     case ClientControlType::kText:
-        return KindCodec<StringControl, kText>::Read(node, UIString(), kinlet::SourceTextFontEditInfo(),
+        return KindCodec<StringControl, kText>::Read(node, NoText(), kinlet::SourceTextFontEditInfo(),
                                                      AlternateRectInfo(), kinlet::ESourceTextOverrideType());
     case ClientControlType::kComment:
-        return KindCodec<CommentControl, kComment>::Read(node, UIString());
+        return KindCodec<CommentControl, kComment>::Read(node, NoText());
     case ClientControlType::kScale:
         return KindCodec<ScaleControl, kScale>::Read(node, false, 0, std::vector<double>());
     case ClientControlType::kGroup:

@@ -70,8 +70,18 @@ struct ControlTables {
     {
         return Fields(
             json::Lenient(CAPSULE_CONTROL_ID_STR, &ClientControl::id_),
-            json::Lenient(CAPSULE_CONTROL_UINAME_STR, &ClientControl::locName_), EmptyText("uiSuffix"),
-            EmptyText("uiToolTip"),
+            json::CustomField(
+                CAPSULE_CONTROL_UINAME_STR, Presence::kLenient,
+                [](const JSONNode& node, ClientControl& control) {
+                    if (!json::Codec<UIString>::Read(node, control.locName_)) {
+                        control.locName_ = UIString();
+                    }
+                    return true;
+                },
+                [](JSONSink& sink, const ClientControl& control) {
+                    json::Codec<UIString>::Write(sink, control.locName_);
+                }),
+            EmptyText("uiSuffix"), EmptyText("uiToolTip"),
             // Hidden controls are marked for other readers; a control read here is never hidden.
             json::CustomField(
                 CAPSULE_CONTROL_HIDDEN_STR, Presence::kLenient, [](const JSONNode&, ClientControl&) { return true; },

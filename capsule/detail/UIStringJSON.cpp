@@ -46,9 +46,7 @@ bool Codec<orvcapsule::UIString>::Read(const JSONNode& node, orvcapsule::UIStrin
         LocStrPair pair{UTF16String(orvcapsule::detail::kFallbackLocale), {}};
         TableWalker<LocStrPair, kEntryFields>::Read(element, pair, nullptr);
         // Writers put the locales in ascending order, so the end is the place as a rule.
-        const auto at =
-            strings.empty() || strings.rbegin()->first < pair.locale ? strings.end() : strings.lower_bound(pair.locale);
-        strings.insert_or_assign(at, std::move(pair.locale), std::move(pair.text));
+        strings.insert_or_assign(strings.end(), std::move(pair.locale), std::move(pair.text));
     }
     out.*orvcapsule::serialization::detail::UIStringTable::kStrings = std::move(strings);
     return true;

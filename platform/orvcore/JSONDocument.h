@@ -79,15 +79,17 @@ public:
 private:
     friend class JSONDocumentBuilder;
 
-    const char* key_ = nullptr;
-    union {
+    union Value {
         std::int64_t int64;
         std::uint64_t uint64;
         double number;
         bool boolean;
         const char* text;
         const JSONNode* children;
-    } value_ = {0};
+    };
+
+    const char* key_ = nullptr;
+    Value value_ = {0};
     std::uint32_t keySize_ = 0;
     std::uint32_t size_ = 0;
     JSONKind kind_ = JSONKind::kNull;

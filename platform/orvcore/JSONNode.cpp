@@ -1,5 +1,7 @@
 #include <orvcore/JSONDocument.h>
 
+#include <orvcore/detail/SameText.h>
+
 #include <cmath>
 #include <limits>
 
@@ -20,7 +22,7 @@ const JSONNode* JSONNode::Find(std::string_view key) const noexcept
     }
     for (const JSONNode* child = value_.children + size_; child != value_.children;) {
         --child;
-        if (child->Key() == key) {
+        if (orvcore::detail::SameText(child->Key(), key)) {
             return child;
         }
     }

@@ -96,7 +96,9 @@ char16_t* DecodeAll(const unsigned char* bytes, std::size_t size, std::size_t as
     to = std::copy(bytes, bytes + ascii, to);
     for (std::size_t i = ascii; i < size;) {
         if (bytes[i] < 0x80) {
-            *to++ = bytes[i++];
+            do {
+                *to++ = bytes[i++];
+            } while (i < size && bytes[i] < 0x80);
             continue;
         }
         // Well-formed two- and three-byte sequences are nearly all there is past ASCII.

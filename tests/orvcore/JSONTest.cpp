@@ -107,6 +107,25 @@ TEST(JSONParse, NestingIsBoundedAndRefusedAtOnce)
     EXPECT_THROW(GetJSONUTF8String(tree, false), json_write_exception);
 }
 
+// Takes a gigabyte of memory; set ORV_LARGE_TESTS to run it.
+TEST(JSONParse, ContainersLongerThanTheParserCounts)
+{
+    if (std::getenv("ORV_LARGE_TESTS") == nullptr) {
+        GTEST_SKIP() << "ORV_LARGE_TESTS is not set";
+    }
+    constexpr std::size_t kCount = (std::size_t{1} << 24U) + 5;
+    std::u8string text = u8R"({"list":[[1],{"a":-2},"x",0.5)";
+    for (std::size_t i = 4; i < kCount; ++i) {
+        text += u8",0";
+    }
+    text += u8R"(],"after":true})";
+    const auto document = orvcore::serialization::JSONDocument::Parse(text);
+    ASSERT_NE(document.Root().Find("list"), nullptr);
+    EXPECT_EQ(document.Root().Find("list")->Children().size(), kCount);
+    bool after = false;
+    EXPECT_TRUE(document.Root().Find("after") != nullptr && document.Root().Find("after")->Get(after) && after);
+}
+
 TEST(JSONWrite, DoublesComeBackBitForBit)
 {
     std::mt19937_64 generator(1);

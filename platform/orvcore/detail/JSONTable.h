@@ -2,6 +2,7 @@
 
 #include <orvcore/JSONTreeBuilder.h>
 #include <orvcore/detail/JSONCodec.h>
+#include <orvcore/detail/SameText.h>
 
 #include <array>
 #include <functional>
@@ -136,14 +137,14 @@ struct KeyOrder {
     std::array<std::size_t, N> places{};    // and back
 
     // The row of `key`, or N. `last` is the row found before, or N: documents come in one of the two orders.
-    constexpr std::size_t Find(std::string_view key, std::size_t last) const
+    std::size_t Find(std::string_view key, std::size_t last) const
     {
         const std::size_t nextPlace = last < N ? places[last] + 1 : 0;
-        if (nextPlace < N && keys[nextPlace] == key) {
+        if (nextPlace < N && orvcore::detail::SameText(keys[nextPlace], key)) {
             return rows[nextPlace];
         }
         const std::size_t nextRow = last < N ? last + 1 : 0;
-        if (nextRow < N && tableKeys[nextRow] == key) {
+        if (nextRow < N && orvcore::detail::SameText(tableKeys[nextRow], key)) {
             return nextRow;
         }
         const auto at = std::lower_bound(keys.begin(), keys.end(), key);
