@@ -5,7 +5,9 @@ namespace orvcapsule {
 
 CapsuleEntry::CapsuleEntry() = default;
 CapsuleEntry::CapsuleEntry(const CapsuleEntry&) = default;
+CapsuleEntry::CapsuleEntry(CapsuleEntry&&) noexcept = default;
 CapsuleEntry& CapsuleEntry::operator=(const CapsuleEntry&) = default;
+CapsuleEntry& CapsuleEntry::operator=(CapsuleEntry&&) noexcept = default;
 CapsuleEntry::~CapsuleEntry() = default;
 
 std::string CapsuleEntry::GetSourceID() const

@@ -20,7 +20,9 @@ public:
 
     CapsuleEntry();
     CapsuleEntry(const CapsuleEntry&);
+    CapsuleEntry(CapsuleEntry&&) noexcept;
     CapsuleEntry& operator=(const CapsuleEntry&);
+    CapsuleEntry& operator=(CapsuleEntry&&) noexcept;
     virtual ~CapsuleEntry();
 
     /// The identifier of the source that made the entry; empty when it has none.

@@ -72,7 +72,7 @@ public:
     void operator()(orvcore::UTF16String& text)
     {
         const std::string_view piece = Take(2 * TakeCount(2));
-        text.resize(piece.size() / 2);
+        text = orvcore::UTF16String(piece.size() / 2, u'\0'); // resizing would take more room than it needs
         for (std::size_t i = 0; i < text.size(); ++i) {
             const auto low = static_cast<unsigned char>(piece[2 * i]);
             const auto high = static_cast<unsigned char>(piece[2 * i + 1]);

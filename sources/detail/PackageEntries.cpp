@@ -49,7 +49,7 @@ boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, co
     }
     state.facts = facts;
     auto entry = boost::make_shared<CapsuleEntry>();
-    entry->sourcePath.reserve(2);
+    entry->sourcePath.reserve(directoryKey.empty() ? 1 : 2);
     entry->sourcePath.push_back(sourceID_);
     if (!directoryKey.empty()) {
         entry->sourcePath.push_back(directoryKey);
