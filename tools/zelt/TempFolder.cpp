@@ -7,8 +7,23 @@
 
 namespace zelt {
 
+namespace {
+
+// The reason must not read as if the file that is worked on were to blame.
+std::filesystem::path NewFolder()
+{
+    try {
+        return orvcore::CreatePrivateDirectory(u8"zelt");
+    } catch (const std::filesystem::filesystem_error& error) {
+        const std::string folder = error.path1().empty() ? "the temporary folder" : ToText(error.path1());
+        throw FileError(folder, "this temporary folder cannot be made (" + error.code().message() + ')');
+    }
+}
+
+} // namespace
+
 TempFolder::TempFolder()
-    : path_(orvcore::CreatePrivateDirectory(u8"zelt"))
+    : path_(NewFolder())
 {
 }
 
