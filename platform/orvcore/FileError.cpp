@@ -14,7 +14,15 @@ public:
     }
     std::string message(int value) const override
     {
-        return static_cast<FileError>(value) == FileError::EmptyPath ? "its path is empty" : "it is not a regular file";
+        switch (static_cast<FileError>(value)) {
+        case FileError::EmptyPath:
+            return "its path is empty";
+        case FileError::NotARegularFile:
+            return "it is not a regular file";
+        case FileError::OutsideTarget:
+            return "a link in the target folder would lead it elsewhere";
+        }
+        return "unknown";
     }
 };
 

@@ -43,6 +43,9 @@ ORVPLATFORM_API std::filesystem::path CreatePrivateDirectory(std::u8string_view 
 /// left at `path`. Never throws.
 ORVPLATFORM_API bool RemoveTree(const std::filesystem::path& path) noexcept;
 
+/// What to do with a file that stands where another is to go.
+enum class IfExists { Keep, Overwrite };
+
 /// How safe a file is when a call that wrote it returns.
 enum class Durability {
     Cached, ///< whole for every program of this machine

@@ -219,6 +219,21 @@ TEST(ZipRead, ExistingFilesAreKeptOrReplacedAsAsked)
     EXPECT_THAT(folder.Names(), ElementsAre("a.zip", "out/file/inside"));
 }
 
+TEST(ZipRead, AFolderThatCannotBeWrittenIsNamed)
+{
+    TempFolder folder;
+    folder.Write("a.zip", ZipBytes().Add({.name = "a", .data = "1"}).Finish());
+    folder.Write("file", "x");
+    const ZipFile zip(folder / "a.zip");
+    for (const char* target : {"file", "file/below"}) {
+        EXPECT_FALSE(zip.UnZip(folder / target, true));
+        EXPECT_EQ(zip.GetLastFailure().error, ZipError::WriteFailed);
+        const std::string named = orvcore::ToNarrow(orvcore::PathToUTF8(folder / target));
+        EXPECT_THAT(zip.GetLastFailure().Reason(), HasSubstr("the folder \"" + named + "\" cannot be written ("));
+    }
+    EXPECT_EQ(folder.Read("file"), "x");
+}
+
 TEST(ZipRead, NoEntryFollowsALinkOutOfTheTarget)
 {
     TempFolder folder;

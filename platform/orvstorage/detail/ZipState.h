@@ -25,7 +25,7 @@ struct ZipFile::State {
         } catch (const std::bad_alloc&) {
             failure.error = ZipError::OutOfMemory;
         } catch (const std::filesystem::filesystem_error& error) {
-            detail::TranslateWriteError(error.code(), failure);
+            TranslateWriteError(error.code(), failure);
         }
         return false;
     }
