@@ -15,8 +15,10 @@ std::filesystem::path NewFolder()
     try {
         return orvcore::CreatePrivateDirectory(u8"zelt");
     } catch (const std::filesystem::filesystem_error& error) {
-        const std::string folder = error.path1().empty() ? "the temporary folder" : ToText(error.path1());
-        throw FileError(folder, "this temporary folder cannot be made (" + error.code().message() + ')');
+        if (error.path1().empty()) {
+            throw FileError("the temporary folder", error.code().message());
+        }
+        throw FileError(ToText(error.path1()), "this temporary folder cannot be made (" + error.code().message() + ')');
     }
 }
 
