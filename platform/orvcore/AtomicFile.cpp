@@ -5,6 +5,7 @@
 #include <orvcore/Files.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 namespace orvcore {
@@ -54,6 +55,25 @@ AtomicFile::AtomicFile(const fs::path& path)
 AtomicFile::~AtomicFile()
 {
     Rollback();
+}
+
+void AtomicFile::RemoveLeftBehind() const noexcept
+{
+    try {
+        const FileTime yesterday =
+            std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) - std::chrono::hours(24);
+        std::error_code ignored;
+        const auto visit = [&](const fs::path& path, FileKind kind) {
+            std::error_code error;
+            if (kind == FileKind::File && IsPrivateName(path.filename()) &&
+                InspectPath(path, error).modified < yesterday && !error) {
+                RemoveOne(path, error);
+            }
+            return true;
+        };
+        ReadDirectory(target_.has_parent_path() ? target_.parent_path() : ".", visit, ignored);
+    } catch (...) { // it is only tidying up
+    }
 }
 
 bool AtomicFile::Open(std::error_code& error)

@@ -39,6 +39,10 @@ public:
     AtomicFile& operator=(const AtomicFile&) = delete;
     ~AtomicFile();
 
+    /// Removes the private files that killed programs left in the folder of the path, those of the last day excepted:
+    /// one of them may still be written. Reads the whole folder.
+    void RemoveLeftBehind() const noexcept;
+
     /// A file that is new at the path gets the access rights of the one at `model`. To be said before the first write.
     void TakeRightsOf(const std::filesystem::path& model)
     {

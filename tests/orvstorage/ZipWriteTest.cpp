@@ -1,3 +1,4 @@
+#include <orvcore/AtomicFile.h>
 #include <orvstorage/ZipFile.h>
 
 #include <gmock/gmock.h>
@@ -137,6 +138,34 @@ TEST(ZipWrite, CancelledAtAnyPointTheOldArchiveIsWhole)
                      folder / "in", [](double, void*) -> bool { throw std::runtime_error("host"); }, nullptr),
                  std::runtime_error);
     EXPECT_EQ(zip.Check(true).size(), 0U);
+}
+
+TEST(ZipWrite, WhatKilledProgramsLeftGoesAfterADay)
+{
+    const TempFolder folder;
+    folder.Write("in/a", "1");
+    const struct {
+        fs::path path;
+        int hours; // old
+        bool isRemoved;
+    } cases[] = {
+        {orvcore::PrivateSibling(folder / "a.zip"), 25, true},
+        {orvcore::PrivateSibling(folder / "a.zip"), 23, false},
+        {folder / ".orv-mine.part", 25, false},
+        {orvcore::PrivateSibling(folder / "in/a"), 25, false},
+    };
+    for (const auto& c : cases) {
+        folder.Write(c.path, "half");
+        fs::last_write_time(c.path, fs::file_time_type::clock::now() - std::chrono::hours(c.hours));
+    }
+    std::error_code noLinks;
+    const fs::path link = orvcore::PrivateSibling(folder / "a.zip");
+    fs::create_symlink(cases[2].path, link, noLinks);
+    ASSERT_TRUE(ZipFile(folder / "a.zip").Zip(folder / "in", {}, nullptr));
+    for (const auto& c : cases) {
+        EXPECT_EQ(orvcore::Exists(c.path), !c.isRemoved) << c.path;
+    }
+    EXPECT_EQ(orvcore::Exists(link), !noLinks);
 }
 
 TEST(ZipWrite, FoldersThatCannotBecomeAPackageAreRefused)

@@ -154,6 +154,7 @@ zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t comma
         return Supports();
     case ZIP_SOURCE_BEGIN_WRITE:
         writer_.emplace(target_);
+        writer_->RemoveLeftBehind();
         return 0;
     case ZIP_SOURCE_WRITE:
         return Write(data, length);
