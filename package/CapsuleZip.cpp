@@ -2,7 +2,6 @@
 
 #include <orvcore/Application.h>
 #include <orvcore/CopyDirectory.h>
-#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <package/PackageNames.h>
 #include <package/detail/ShortPath.h>
@@ -36,6 +35,12 @@ UTF8String FullPath(const fs::path& path)
     std::error_code error;
     const fs::path full = fs::absolute(path, error);
     return orvcore::PathToUTF8(error ? path : full);
+}
+
+bool IsEmpty(const fs::path& folder)
+{
+    const auto listing = orvcore::ListDirectory(folder);
+    return listing.directories.empty() && listing.files.empty();
 }
 
 } // namespace
@@ -91,7 +96,8 @@ bool CapsuleZip::SetZELTDescriptionJSON(const UTF16String& directory)
 bool CapsuleZip::CopyBack() const
 {
     if (privateCopy_) {
-        orvcore::CopyOneFile(orvcore::PathFromUTF8(workingPath_), orvcore::PathFromUTF8(packagePath_));
+        orvcore::CopyOneFile(orvcore::PathFromUTF8(workingPath_), orvcore::PathFromUTF8(packagePath_),
+                             orvcore::Durability::OnDisk);
     }
     return true;
 }
@@ -169,20 +175,34 @@ bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite) const
     if (!privateFolder) {
         return zip_.UnZip(directory, overwrite);
     }
-    constexpr std::chrono::hours kLongestWait(24);
-    const bool isNew = !orvcore::Exists(directory);
-    orvcore::EnsureDirectory(directory);
-    // What was refused is missing in the private folder; what was not is wanted even so.
     const bool unzipped = zip_.UnZip(privateFolder->Path(), true);
-    const auto copy = orvcore::CopyDirectoryAsync(privateFolder->Path(), directory,
-                                                  overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep,
-                                                  [](double) { return true; });
-    const bool copied = orvcore::WaitForResultCode(copy, kLongestWait) >= 0;
-    if (isNew && !(unzipped && copied)) {
-        std::error_code ignored; // it goes only when nothing has come into it
-        orvcore::RemoveOne(directory, ignored);
+    // What was refused is missing in the private folder; what was not is wanted even so.
+    if (!unzipped && IsEmpty(privateFolder->Path())) {
+        return false;
     }
-    return unzipped && copied;
+    return CopyUnzipped(privateFolder->Path(), directory, overwrite) && unzipped;
+}
+
+bool CapsuleZip::CopyUnzipped(const fs::path& from, const fs::path& directory, bool overwrite) const
+{
+    constexpr std::chrono::hours kLongestWait(24);
+    const auto failed = std::make_shared<orvcore::CopyFailure>();
+    const auto copy = orvcore::CopyDirectoryAsync(
+        from, directory, overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep,
+        [](double) { return true; }, failed);
+    const std::int32_t result = orvcore::WaitForResultCode(copy, kLongestWait);
+    if (result >= 0) {
+        return true;
+    }
+    using orvstorage::ZipError;
+    orvstorage::ZipFailure failure{ZipError::Cancelled, orvstorage::ZipAction::Unpack, zip_.GetPath(), {}, {}};
+    if (result == orvcore::kResultFileNotWritten) {
+        failure.entry = failed->path.generic_u8string();
+        failure.folder = failed->path.empty() ? directory : fs::path();
+        orvstorage::TranslateWriteError(failed->error, failure);
+    }
+    zip_.SetLastFailure(failure);
+    return false;
 }
 
 bool CapsuleZip::Zip(const fs::path& directory, const std::function<bool(double, void*)>& progress, void* opaque) const

@@ -110,6 +110,7 @@ private:
     bool ExtractProject(const std::filesystem::path& directory, const orvcore::UTF16String& name,
                         std::u8string_view extension, orvcore::UTF16String& outProjectPath) const;
     bool CopyBack() const;
+    bool CopyUnzipped(const std::filesystem::path& from, const std::filesystem::path& directory, bool overwrite) const;
 
     orvcore::UTF8String packagePath_;
     orvcore::UTF8String workingPath_;

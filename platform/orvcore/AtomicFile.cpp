@@ -1,9 +1,11 @@
 #include <orvcore/AtomicFile.h>
 
+#include <orvcore/FileError.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 namespace orvcore {
@@ -28,6 +30,23 @@ fs::path FollowLinks(const fs::path& path)
 
 } // namespace
 
+bool MayReplace(const fs::path& path, std::error_code& error)
+{
+    error.clear();
+    if (!IsUsablePath(path)) {
+        error = path.empty() ? FileError::EmptyPath : std::make_error_code(std::errc::invalid_argument);
+        return false;
+    }
+    std::error_code unknown; // where it cannot be found out, the system answers the attempt itself
+    const FileKind kind = InspectTarget(path, unknown).kind;
+    if (kind == FileKind::Directory) {
+        error = std::make_error_code(std::errc::is_a_directory);
+    } else if (kind == FileKind::Other) {
+        error = FileError::NotARegularFile;
+    }
+    return !error;
+}
+
 AtomicFile::AtomicFile(const fs::path& path)
     : target_(FollowLinks(path))
 {
@@ -38,19 +57,46 @@ AtomicFile::~AtomicFile()
     Rollback();
 }
 
+void AtomicFile::RemoveLeftBehind() const noexcept
+{
+    try {
+        const FileTime yesterday =
+            std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) - std::chrono::hours(24);
+        std::error_code ignored;
+        const auto visit = [&](const fs::path& path, FileKind kind) {
+            std::error_code error;
+            if (kind == FileKind::File && IsPrivateName(path.filename()) &&
+                InspectPath(path, error).modified < yesterday && !error) {
+                RemoveOne(path, error);
+            }
+            return true;
+        };
+        ReadDirectory(target_.has_parent_path() ? target_.parent_path() : ".", visit, ignored);
+    } catch (...) { // it is only tidying up
+    }
+}
+
 bool AtomicFile::Open(std::error_code& error)
 {
     error.clear();
     if (file_.IsOpen()) {
         return true;
     }
-    if (!IsUsablePath(target_)) {
-        error = std::make_error_code(std::errc::invalid_argument);
+    if (!MayReplace(target_, error)) {
         return false;
     }
     private_ = PrivateSibling(target_);
     file_ = detail::NativeFile::Open(private_, detail::NativeFile::Mode::CreateNew, error);
-    return !error;
+    if (error) {
+        private_.clear();
+        return false;
+    }
+    // At once: content that few may read is not shown to more while it is being written.
+    if (!rightsOf_.empty()) {
+        file_.CopyPermissions(rightsOf_);
+    }
+    file_.CopyPermissions(target_);
+    return true;
 }
 
 bool AtomicFile::FlushBuffer(std::error_code& error)
@@ -102,7 +148,6 @@ bool AtomicFile::Commit(Durability durability, std::error_code& error)
     if (!FlushBuffer(error) || !Open(error)) {
         return false;
     }
-    file_.CopyPermissions(target_);
     if ((onDisk && !file_.FlushToDisk(error)) || !file_.Close(error) || !RenameOver(private_, target_, error)) {
         return false;
     }

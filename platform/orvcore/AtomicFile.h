@@ -1,6 +1,6 @@
 #pragma once
 
-#include <orvcore/Paths.h>
+#include <orvcore/Files.h>
 #include <orvcore/detail/NativeFile.h>
 
 #include <cstddef>
@@ -16,15 +16,21 @@ ORVPLATFORM_API std::filesystem::path PrivateSibling(const std::filesystem::path
 /// True for the file names that PrivateSibling makes; such a file left behind by a killed program is rubbish.
 ORVPLATFORM_API bool IsPrivateName(const std::filesystem::path& fileName);
 
+/// Whether a file may take the place of `path`: nothing stands there, or a file does, itself or behind a link. A
+/// folder, a device, a pipe or a socket is not replaced.
+ORVPLATFORM_API bool MayReplace(const std::filesystem::path& path, std::error_code& error);
+
 /// Puts the file `from` in the place of `to` in one step, whether `to` exists or not; both lie in one folder's file
-/// system. On Windows a place that another program holds for a moment is tried again for about a second.
-/// @return false, with the reason in `error`, when nothing has changed.
+/// system. A link at `to` is itself replaced. On Windows a place that another program holds for a moment is tried again
+/// for about a second.
+/// @return false, with the reason in `error`, when nothing has changed: what MayReplace refuses stays, too.
 ORVPLATFORM_API bool RenameOver(const std::filesystem::path& from, const std::filesystem::path& to,
                                 std::error_code& error);
 
 /// Writes a file that appears at its path whole or not at all. Content goes to a private file in the same folder,
 /// which Commit puts in place; without Commit the destructor removes it and whatever stood at the path stays as it
-/// was. A symbolic link at the path is followed. Used by one thread at a time.
+/// was. A symbolic link at the path is followed, and the access rights of a file that is replaced stay. Used by one
+/// thread at a time.
 class ORVPLATFORM_API AtomicFile {
 public:
     /// Nothing is created before the first write or Commit.
@@ -32,6 +38,16 @@ public:
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
     ~AtomicFile();
+
+    /// Removes the private files that killed programs left in the folder of the path, those of the last day excepted:
+    /// one of them may still be written. Reads the whole folder.
+    void RemoveLeftBehind() const noexcept;
+
+    /// A file that is new at the path gets the access rights of the one at `model`. To be said before the first write.
+    void TakeRightsOf(const std::filesystem::path& model)
+    {
+        rightsOf_ = model;
+    }
 
     /// Writes at the current position and moves it on. Small writes are gathered.
     bool Write(const void* data, std::size_t size, std::error_code& error);
@@ -49,10 +65,7 @@ public:
         return size_;
     }
 
-    enum class Durability {
-        Cached, ///< whole for every program of this machine
-        OnDisk, ///< and its content is on the disk before it takes the old one's place
-    };
+    using Durability = orvcore::Durability;
     /// Puts the file in place. With an error nothing has changed at the path.
     bool Commit(Durability durability, std::error_code& error);
     /// Gives the content up.
@@ -64,6 +77,7 @@ private:
 
     std::filesystem::path target_;
     std::filesystem::path private_;
+    std::filesystem::path rightsOf_;
     detail::NativeFile file_;
     std::vector<char> buffer_; // bytes of [bufferStart_, bufferStart_ + buffer_.size()), not yet written
     std::uint64_t bufferStart_ = 0;

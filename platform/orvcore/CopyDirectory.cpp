@@ -2,9 +2,10 @@
 
 #include <orvcore/Executor.h>
 #include <orvcore/FileSystem.h>
+#include <orvcore/detail/GuardedFolder.h>
 
-#include <algorithm>
 #include <memory>
+#include <string>
 
 namespace orvcore {
 
@@ -14,11 +15,13 @@ namespace {
 
 class DirectoryCopy {
 public:
-    DirectoryCopy(fs::path from, fs::path to, IfExists ifExists, std::function<bool(double)> progress)
+    DirectoryCopy(fs::path from, fs::path to, IfExists ifExists, std::function<bool(double)> progress,
+                  std::shared_ptr<CopyFailure> failure)
         : from_(std::move(from))
         , to_(std::move(to))
         , ifExists_(ifExists)
         , progress_(std::move(progress))
+        , failure_(failure ? std::move(failure) : std::make_shared<CopyFailure>())
     {
     }
 
@@ -29,24 +32,12 @@ public:
 
     void Run()
     {
-        bool done = false;
         try {
             Collect(from_);
-            done = CopyAll();
-            if (done) {
-                promise_.SetValue(kResultOK);
-            }
-        } catch (const fs::filesystem_error&) {
-            promise_.SetValue(kResultFileNotWritten);
+            const ResultCode result = CopyAll();
+            result == kFutureCancelled ? promise_.Cancel() : promise_.SetValue(result);
         } catch (...) {
             promise_.SetException(std::current_exception());
-        }
-        if (!done) {
-            std::for_each(created_.rbegin(), created_.rend(), [](const fs::path& path) {
-                std::error_code ignored;
-                RemoveOne(path, ignored);
-            });
-            promise_.Cancel();
         }
     }
 
@@ -66,55 +57,77 @@ private:
         }
     }
 
-    fs::path TargetOf(const fs::path& path) const
+    // What was created is gone again when this returns, so that the future's reader finds it so.
+    ResultCode CopyAll()
     {
-        return (to_ / path.lexically_relative(from_)).lexically_normal();
-    }
-
-    bool CopyAll()
-    {
-        for (const fs::path& folder : folders_) {
-            const fs::path target = TargetOf(folder);
-            std::error_code error;
-            if (MakeDirectories(target, error)) {
-                created_.push_back(target);
-            } else if (error) {
-                throw fs::filesystem_error("cannot create folder", target, error);
-            }
+        detail::GuardedFolder target(to_);
+        std::error_code error;
+        const fs::path staging = target.Open(error);
+        if (error) {
+            return Failed({}, error);
         }
         for (std::size_t i = 0; i < files_.size(); ++i) {
-            const double fraction = static_cast<double>(i) / static_cast<double>(files_.size());
-            if (promise_.IsCancelled() || (progress_ && !progress_(fraction))) {
-                return false;
+            if (promise_.IsCancelled() || !GoesOn(static_cast<double>(i) / static_cast<double>(files_.size()))) {
+                return kFutureCancelled;
             }
-            const fs::path target = TargetOf(files_[i]);
-            const bool existed = Exists(target);
-            if (!existed || ifExists_ == IfExists::Overwrite) {
-                CopyOneFile(files_[i], target);
-            }
-            if (!existed) {
-                created_.push_back(target);
+            const fs::path relative = files_[i].lexically_relative(from_);
+            if (!CopyOne(files_[i], target, relative, staging / std::to_string(i), error)) {
+                return Failed(relative, error);
             }
         }
-        return !progress_ || progress_(1.0);
+        for (std::size_t i = 1; i < folders_.size(); ++i) {
+            const fs::path relative = folders_[i].lexically_relative(from_);
+            if (!target.MakeDirectory(relative, error)) {
+                return Failed(relative, error);
+            }
+        }
+        if (!GoesOn(1.0)) {
+            return kFutureCancelled;
+        }
+        target.Keep();
+        return kResultOK;
+    }
+
+    bool CopyOne(const fs::path& file, detail::GuardedFolder& target, const fs::path& relative, const fs::path& half,
+                 std::error_code& error) const
+    {
+        if (relative.has_parent_path() && !target.MakeDirectory(relative.parent_path(), error)) {
+            return false;
+        }
+        if (ifExists_ == IfExists::Keep && target.Has(relative)) {
+            return true;
+        }
+        CopyToNewFile(file, half, error);
+        return !error && target.PutFile(half, relative, ifExists_, error);
+    }
+
+    bool GoesOn(double fraction) const
+    {
+        return !progress_ || progress_(fraction);
+    }
+
+    ResultCode Failed(const fs::path& relative, const std::error_code& error)
+    {
+        *failure_ = {relative, error};
+        return kResultFileNotWritten;
     }
 
     fs::path from_;
     fs::path to_;
     IfExists ifExists_;
     std::function<bool(double)> progress_;
-    std::vector<fs::path> folders_;
+    std::shared_ptr<CopyFailure> failure_;
+    std::vector<fs::path> folders_; // the first is from_ itself
     std::vector<fs::path> files_;
-    std::vector<fs::path> created_;
     Promise<ResultCode> promise_;
 };
 
 } // namespace
 
 Future<ResultCode> CopyDirectoryAsync(const fs::path& from, const fs::path& to, IfExists ifExists,
-                                      std::function<bool(double)> progress)
+                                      std::function<bool(double)> progress, std::shared_ptr<CopyFailure> failure)
 {
-    auto copy = std::make_shared<DirectoryCopy>(from, to, ifExists, std::move(progress));
+    auto copy = std::make_shared<DirectoryCopy>(from, to, ifExists, std::move(progress), std::move(failure));
     const Future<ResultCode> future = copy->GetFuture();
     // Not on the workers for computing: one of them may be the one that waits for this copy.
     // A refused task is destroyed, and the future with it is cancelled.

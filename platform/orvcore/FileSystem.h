@@ -44,8 +44,16 @@ ORVPLATFORM_API FileInfo InspectPath(const std::filesystem::path& path, std::err
 /// What `path` leads to: links are followed, and a link that leads nowhere is nothing.
 ORVPLATFORM_API FileInfo InspectTarget(const std::filesystem::path& path, std::error_code& error);
 
+/// Who may use a new folder, on systems where its maker decides that.
+enum class FolderAccess {
+    Usual,     ///< as the process is set up
+    OwnerOnly, ///< nobody else may look into it
+    Shared,    ///< everybody may put things into it, and remove only their own
+};
+
 /// Creates one folder. False without an error when it was there before.
-ORVPLATFORM_API bool MakeDirectory(const std::filesystem::path& path, std::error_code& error);
+ORVPLATFORM_API bool MakeDirectory(const std::filesystem::path& path, std::error_code& error,
+                                   FolderAccess access = FolderAccess::Usual);
 /// Creates a folder and its missing parents. False without an error when it was there before.
 ORVPLATFORM_API bool MakeDirectories(const std::filesystem::path& path, std::error_code& error);
 

@@ -70,9 +70,22 @@ FileInfo InspectTarget(const fs::path& path, std::error_code& error)
     return Inspect(&::stat, path, error);
 }
 
-bool MakeDirectory(const fs::path& path, std::error_code& error)
+bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess access)
 {
-    return fs::create_directory(path, error);
+    error.clear();
+    if (::mkdir(path.c_str(), access == FolderAccess::OwnerOnly ? 0700 : 0777) == 0) {
+        // The process's mask takes rights away from a new folder, and knows no sticky one.
+        if (access == FolderAccess::Shared && ::chmod(path.c_str(), 01777) != 0) {
+            error = {errno, std::generic_category()};
+        }
+        return true;
+    }
+    error = {errno, std::generic_category()};
+    std::error_code ignored;
+    if (InspectTarget(path, ignored).kind == FileKind::Directory) {
+        error.clear();
+    }
+    return false;
 }
 
 bool MakeDirectories(const fs::path& path, std::error_code& error)

@@ -135,7 +135,8 @@ FileInfo InspectTarget(const fs::path& path, std::error_code& error)
     return InfoFrom(data, false);
 }
 
-bool MakeDirectory(const fs::path& path, std::error_code& error)
+// The temporary folder is a user's own, and other folders hand their rights down.
+bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess)
 {
     error.clear();
     if (::CreateDirectoryW(ToSystemPath(path).c_str(), nullptr)) {

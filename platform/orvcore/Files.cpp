@@ -1,6 +1,7 @@
 #include <orvcore/Files.h>
 
 #include <orvcore/AtomicFile.h>
+#include <orvcore/FileError.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/Guid.h>
 #include <orvcore/detail/NativeFile.h>
@@ -27,6 +28,25 @@ FileKind KindOf(const fs::path& path) noexcept
 void Throw(const char* what, const fs::path& path, const std::error_code& error)
 {
     throw fs::filesystem_error(what, path, error);
+}
+
+bool CopyContent(const fs::path& from, AtomicFile& to, std::error_code& error)
+{
+    constexpr std::size_t kPiece = std::size_t{1} << 20;
+    if (KindOf(from) == FileKind::Other) {
+        error = FileError::NotARegularFile; // opening a pipe would wait for its other end
+        return false;
+    }
+    const auto file = detail::NativeFile::Open(from, detail::NativeFile::Mode::Read, error);
+    std::vector<char> piece(error ? 0 : kPiece);
+    std::size_t got = piece.size();
+    while (!error && got == piece.size()) {
+        got = file.ReadAt(to.Position(), piece.data(), piece.size(), error);
+        if (!error) {
+            to.Write(piece.data(), got, error);
+        }
+    }
+    return !error;
 }
 
 } // namespace
@@ -59,8 +79,18 @@ void EnsureDirectory(const fs::path& directory)
 
 fs::path CreatePrivateDirectory(std::u8string_view area)
 {
-    fs::path directory = TempDirectory() / PathFromUTF8(area) / Guid::Create().ToString();
-    EnsureDirectory(directory);
+    fs::path directory = TempDirectory() / PathFromUTF8(area);
+    std::error_code error;
+    MakeDirectory(directory, error, FolderAccess::Shared);
+    if (!error) {
+        directory /= Guid::Create().ToString();
+        if (!MakeDirectory(directory, error, FolderAccess::OwnerOnly) && !error) {
+            error = std::make_error_code(std::errc::file_exists);
+        }
+    }
+    if (error) {
+        Throw("cannot create folder", directory, error);
+    }
     return directory;
 }
 
@@ -75,13 +105,12 @@ bool RemoveTree(const fs::path& path) noexcept
     }
 }
 
-void CopyOneFile(const fs::path& from, const fs::path& to)
+void CopyOneFile(const fs::path& from, const fs::path& to, Durability durability)
 {
-    const fs::path half = PrivateSibling(to);
     std::error_code error;
-    CopyToNewFile(from, half, error);
-    if (error || !RenameOver(half, to, error)) {
-        RemoveTree(half);
+    AtomicFile copy(to);
+    copy.TakeRightsOf(from);
+    if (!CopyContent(from, copy, error) || !copy.Commit(durability, error)) {
         throw fs::filesystem_error("cannot copy file", from, to, error);
     }
 }

@@ -35,16 +35,28 @@ ORVPLATFORM_API bool IsDirectory(const std::filesystem::path& path) noexcept;
 ORVPLATFORM_API void EnsureDirectory(const std::filesystem::path& directory);
 
 /// Creates and returns a new folder below the temporary folder: `area`, then a new identifier's text. Nobody else
-/// knows its name. Throws as EnsureDirectory does. The caller removes it.
+/// knows its name, and on systems with access rights nobody else may look into it, while all users may have such
+/// folders in one area. Throws as EnsureDirectory does. The caller removes it.
 ORVPLATFORM_API std::filesystem::path CreatePrivateDirectory(std::u8string_view area);
 
 /// Deletes a file, or a folder with all it holds; symbolic links are removed, never followed. True when nothing is
 /// left at `path`. Never throws.
 ORVPLATFORM_API bool RemoveTree(const std::filesystem::path& path) noexcept;
 
+/// What to do with a file that stands where another is to go.
+enum class IfExists { Keep, Overwrite };
+
+/// How safe a file is when a call that wrote it returns.
+enum class Durability {
+    Cached, ///< whole for every program of this machine
+    OnDisk, ///< and its content is on the disk before it takes the old one's place
+};
+
 /// Copies the content of one file over `to`, which then is wholly the new or (after a failure) wholly the old file.
-/// Throws `std::filesystem::filesystem_error`.
-ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to);
+/// A link at `to` is followed. A file that is replaced leaves its access rights to the new one; where nothing was,
+/// those of `from` are taken. Throws `std::filesystem::filesystem_error`.
+ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
+                                 Durability durability = Durability::Cached);
 
 /// Reads a file in one block, as it is: no decoding. Empty when it cannot be read or is larger than `maxBytes`.
 ORVPLATFORM_API std::optional<std::string> ReadWholeFile(const std::filesystem::path& path,

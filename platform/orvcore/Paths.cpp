@@ -41,14 +41,16 @@ UTF16String PathToUTF16(const fs::path& path)
 fs::path ToSystemPath(const fs::path& path)
 {
     const std::wstring& text = path.native();
-    if (text.size() < kLongestPlainPath || text.starts_with(L"\\\\?\\") || text.starts_with(L"\\\\.\\")) {
+    const bool isExtended = text.starts_with(L"\\\\?\\") || text.starts_with(L"\\\\.\\");
+    if (isExtended || (text.size() < kLongestPlainPath && path.is_absolute())) {
         return path;
     }
     std::error_code error;
-    fs::path absolute = fs::absolute(path, error).lexically_normal().make_preferred();
-    if (error) {
+    fs::path absolute = fs::absolute(path, error); // the system's limit is for what a relative path comes to
+    if (error || absolute.native().size() < kLongestPlainPath) {
         return path;
     }
+    absolute = absolute.lexically_normal().make_preferred();
     if (absolute.native().starts_with(L"\\\\")) {
         return L"\\\\?\\UNC" + absolute.native().substr(1);
     }

@@ -35,7 +35,9 @@ bool IsPrivateName(const fs::path& fileName)
 
 bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error)
 {
-    fs::rename(from, to, error);
+    if (MayReplace(to, error)) {
+        fs::rename(from, to, error);
+    }
     return !error;
 }
 

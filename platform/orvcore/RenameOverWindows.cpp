@@ -1,7 +1,6 @@
 #if defined(_WIN32)
 
 #include <orvcore/AtomicFile.h>
-#include <orvcore/Files.h>
 #include <orvcore/detail/WindowsError.h>
 
 #include <windows.h>
@@ -59,9 +58,7 @@ bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error
     constexpr DWORD kPauseMs = 20;
     const fs::path source = ToSystemPath(from);
     const fs::path target = ToSystemPath(to);
-    error.clear();
-    if (IsDirectory(to)) {
-        error = std::make_error_code(std::errc::is_a_directory);
+    if (!MayReplace(to, error)) {
         return false;
     }
     for (int attempt = 1;; ++attempt) {

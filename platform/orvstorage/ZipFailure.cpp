@@ -1,7 +1,9 @@
 #include <orvstorage/ZipFailure.h>
 
+#include <orvcore/FileError.h>
 #include <orvcore/Paths.h>
 
+#include <cerrno>
 #include <utility>
 
 namespace orvstorage {
@@ -137,9 +139,28 @@ std::string Quoted(std::u8string_view text)
     return quoted + '"';
 }
 
+std::string_view VerbOf(const ZipFailure& failure) noexcept
+{
+    // It is not an entry that could not be added then.
+    return failure.action == ZipAction::Add && failure.entry.empty() ? "change" : VerbOf(failure.action);
+}
+
+bool IsFull(const std::error_code& error)
+{
+    // A file at the size limit of its process or file system has no more room either.
+    return error == std::errc::no_space_on_device || error == std::errc::file_too_large
+#if defined(EDQUOT)
+           || (error.category() == std::generic_category() && error.value() == EDQUOT)
+#endif
+        ;
+}
+
 std::string Cause(const ZipFailure& failure)
 {
     std::string cause(TextOf(failure.error).sentence);
+    if (failure.error == ZipError::WriteFailed && !failure.folder.empty()) {
+        cause = "the folder " + Quoted(orvcore::PathToUTF8(failure.folder)) + " cannot be written";
+    }
     if (!failure.detail.empty()) {
         cause += " (" + failure.detail + ')';
     }
@@ -159,7 +180,7 @@ std::string ZipFailure::Message() const
         return {};
     }
     std::string message = "cannot ";
-    message += VerbOf(action);
+    message += VerbOf(*this);
     if (!entry.empty()) {
         message += ' ' + Quoted(entry) + (action == ZipAction::Add || action == ZipAction::Pack ? " into" : " of");
     }
@@ -172,6 +193,16 @@ std::string ZipFailure::Reason() const
         return Cause(*this);
     }
     return "cannot " + std::string(VerbOf(action)) + ' ' + Quoted(entry) + ": " + Cause(*this);
+}
+
+void TranslateWriteError(const std::error_code& error, ZipFailure& failure)
+{
+    if (error == orvcore::FileError::OutsideTarget) {
+        failure.error = ZipError::OutsideTarget;
+        return;
+    }
+    failure.error = IsFull(error) ? ZipError::DiskFull : ZipError::WriteFailed;
+    failure.detail = error.message();
 }
 
 } // namespace orvstorage

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace orvstorage {
 
@@ -73,8 +74,9 @@ struct ORVPLATFORM_API ZipFailure {
     ZipError error = ZipError::None;
     ZipAction action = ZipAction::Open;
     std::filesystem::path archive;
-    orvcore::UTF8String entry; ///< the entry concerned; empty when it is the archive as a whole
-    std::string detail;        ///< the system's own words, when it has any
+    orvcore::UTF8String entry;         ///< the entry concerned; empty when it is the archive as a whole
+    std::string detail;                ///< the system's own words, when it has any
+    std::filesystem::path folder = {}; ///< the folder to unpack to, when that as a whole cannot be written
 
     explicit operator bool() const noexcept
     {
@@ -87,5 +89,8 @@ struct ORVPLATFORM_API ZipFailure {
     /// was wrong where the archive as a whole is concerned.
     std::string Reason() const;
 };
+
+/// Puts the file system's words about something that could not be written into `failure`.
+ORVPLATFORM_API void TranslateWriteError(const std::error_code& error, ZipFailure& failure);
 
 } // namespace orvstorage

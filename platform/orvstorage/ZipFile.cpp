@@ -67,8 +67,8 @@ bool ZipFile::UnZip(const std::filesystem::path& directory, bool overwrite) cons
         if (state.Open() == nullptr || !detail::MakeUnpackPlan(*state.archive, state.limits, plan, failure)) {
             return false;
         }
-        const auto existing = overwrite ? detail::Existing::Overwrite : detail::Existing::Keep;
-        if (!detail::Unpack(*state.archive, plan, directory, existing, failure)) {
+        const auto ifExists = overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep;
+        if (!detail::Unpack(*state.archive, plan, directory, ifExists, failure)) {
             return false;
         }
         if (!plan.refused.empty()) {
@@ -142,6 +142,11 @@ ZipLimits ZipFile::GetLimits() const
 ZipFailure ZipFile::GetLastFailure() const
 {
     return state_->failure;
+}
+
+void ZipFile::SetLastFailure(const ZipFailure& failure) const
+{
+    state_->failure = failure;
 }
 
 } // namespace orvstorage

@@ -90,6 +90,8 @@ public:
     ZipLimits GetLimits() const;
     /// Why the last operation failed; no failure when it succeeded.
     ZipFailure GetLastFailure() const;
+    /// For a caller that has carried the result of an operation on and failed there.
+    void SetLastFailure(const ZipFailure& failure) const;
 
 private:
     struct State;

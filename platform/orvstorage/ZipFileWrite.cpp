@@ -1,4 +1,4 @@
-#include <orvcore/Paths.h>
+#include <orvcore/AtomicFile.h>
 #include <orvstorage/detail/EntryName.h>
 #include <orvstorage/detail/NameRegister.h>
 #include <orvstorage/detail/Packer.h>
@@ -39,6 +39,17 @@ bool FindPlace(const ZipArchive& archive, const orvcore::UTF8String& name, bool 
     return FitsIn(archive, name, failure);
 }
 
+// Asked before the work, which may take minutes.
+bool MayWrite(const std::filesystem::path& archive, ZipFailure& failure)
+{
+    std::error_code error;
+    if (!orvcore::MayReplace(archive, error)) {
+        TranslateWriteError(error, failure);
+        failure.entry.clear();
+    }
+    return !failure;
+}
+
 } // namespace
 
 bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace) const
@@ -49,8 +60,9 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
         failure.error = name.error;
         detail::PackItem item;
         std::optional<std::size_t> replaced;
-        if (failure || !detail::DescribeItem(directory / orvcore::PathFromUTF8(name.relative).make_preferred(),
-                                             name.relative, item, failure)) {
+        if (failure || !MayWrite(state.path, failure) ||
+            !detail::DescribeItem(directory / orvcore::PathFromUTF8(name.relative).make_preferred(), name.relative,
+                                  item, failure)) {
             return false;
         }
         const bool isThere = state.Open() != nullptr;
@@ -74,7 +86,7 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
     std::exception_ptr thrown;
     const bool packed = state.Run(ZipAction::Pack, {}, [&](ZipFailure& failure) {
         std::vector<detail::PackItem> items;
-        if (!detail::ScanFolder(directory, state.path, items, failure)) {
+        if (!MayWrite(state.path, failure) || !detail::ScanFolder(directory, state.path, items, failure)) {
             return false;
         }
         std::uint64_t total = 0;

@@ -92,6 +92,26 @@ TEST(Files, PathsOfAnyLengthWork)
     EXPECT_FALSE(orvcore::Exists(folder.Path()));
 }
 
+TEST(Files, RelativePathsWorkInADeepWorkingFolder)
+{
+    TempFolder folder;
+    const fs::path before = fs::current_path();
+    // A working folder itself must be shorter than the system's limit on Windows.
+    const fs::path working = folder / std::string(200 - std::min<std::size_t>(folder.Path().native().size(), 150), 'w');
+    orvcore::EnsureDirectory(working);
+    fs::current_path(working);
+    const fs::path relative = fs::path(std::string(90, 'd')) / std::string(90, 'f');
+    const bool isWindows = fs::path::preferred_separator == '\\'; // Wine opens such a path in any form
+    EXPECT_EQ(orvcore::ToSystemPath(relative) != relative, isWindows);
+    EXPECT_EQ(orvcore::ToSystemPath("short"), "short");
+    EXPECT_NO_THROW(orvcore::EnsureDirectory(relative.parent_path()));
+    EXPECT_EQ(orvcore::WriteBufferToFile(relative, "content", 7), orvcore::kResultOK);
+    EXPECT_EQ(orvcore::ReadWholeFile(relative), "content");
+    EXPECT_EQ(orvcore::ListDirectory(relative.parent_path()).files, (std::vector<fs::path>{relative}));
+    EXPECT_TRUE(orvcore::RemoveTree(relative.parent_path()));
+    fs::current_path(before);
+}
+
 TEST(Files, ErrorsAreTheSameOnEverySystem)
 {
     TempFolder folder;

@@ -132,4 +132,26 @@ TEST(ZipPosix, SpecialFilesAreNotPacked)
     EXPECT_EQ(zip.GetLastFailure().error, ZipError::SpecialFile);
 }
 
+TEST(ZipPosix, SpecialFilesAreNotReplaced)
+{
+    const TempFolder folder;
+    folder.Write("in/a", "1");
+    const ZipFile good(folder / "good.zip");
+    ASSERT_TRUE(good.Zip(folder / "in", {}, nullptr));
+    for (const char* name : {"pipe", "out/a"}) {
+        orvcore::EnsureDirectory((folder / name).parent_path());
+        ASSERT_EQ(::mkfifo((folder / name).c_str(), 0600), 0);
+    }
+    const ZipFile zip(folder / "pipe");
+    const std::string expected = "it cannot be written (it is not a regular file)";
+    EXPECT_FALSE(zip.Zip(folder / "in", {}, nullptr));
+    EXPECT_EQ(zip.GetLastFailure().Reason(), expected);
+    EXPECT_FALSE(good.UnzipItems(u8"a", folder / "pipe"));
+    EXPECT_EQ(good.GetLastFailure().Reason(), "cannot unpack \"a\": " + expected);
+    EXPECT_FALSE(good.UnZip(folder / "out", true));
+    EXPECT_EQ(good.GetLastFailure().Reason(), "cannot unpack \"a\": " + expected);
+    EXPECT_TRUE(std::filesystem::is_fifo(folder / "pipe"));
+    EXPECT_TRUE(std::filesystem::is_fifo(folder / "out/a"));
+}
+
 } // namespace

@@ -63,6 +63,14 @@ TEST(ZipRead, EveryRefusedEntryHasItsReasonAndLeavesTheOthersAlone)
             EXPECT_EQ(zip.Check(true).size(), 1U);
         }
         EXPECT_EQ(Text(zip.UnzipItem(u8"good/one")), "1");
+        const bool isNameless = c.error == ZipError::ControlCharacter; // a NUL's name cannot be asked for
+        if (!isNameless && c.error != ZipError::NameClash) {
+            const auto name = zip.GetEntries().at(2).name;
+            EXPECT_EQ(zip.UnzipItem(name), nullptr);
+            EXPECT_FALSE(zip.UnzipItems(name, folder / "single"));
+            EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error));
+            EXPECT_FALSE(orvcore::Exists(folder / "single"));
+        }
     }
 }
 
@@ -217,6 +225,21 @@ TEST(ZipRead, ExistingFilesAreKeptOrReplacedAsAsked)
     EXPECT_FALSE(zip.UnZip(folder / "out", true));
     EXPECT_EQ(zip.GetLastFailure().error, ZipError::WriteFailed);
     EXPECT_THAT(folder.Names(), ElementsAre("a.zip", "out/file/inside"));
+}
+
+TEST(ZipRead, AFolderThatCannotBeWrittenIsNamed)
+{
+    TempFolder folder;
+    folder.Write("a.zip", ZipBytes().Add({.name = "a", .data = "1"}).Finish());
+    folder.Write("file", "x");
+    const ZipFile zip(folder / "a.zip");
+    for (const char* target : {"file", "file/below"}) {
+        EXPECT_FALSE(zip.UnZip(folder / target, true));
+        EXPECT_EQ(zip.GetLastFailure().error, ZipError::WriteFailed);
+        const std::string named = orvcore::ToNarrow(orvcore::PathToUTF8(folder / target));
+        EXPECT_THAT(zip.GetLastFailure().Reason(), HasSubstr("the folder \"" + named + "\" cannot be written ("));
+    }
+    EXPECT_EQ(folder.Read("file"), "x");
 }
 
 TEST(ZipRead, NoEntryFollowsALinkOutOfTheTarget)

@@ -1,3 +1,4 @@
+#include <orvcore/AtomicFile.h>
 #include <orvstorage/ZipFile.h>
 
 #include <gmock/gmock.h>
@@ -139,6 +140,34 @@ TEST(ZipWrite, CancelledAtAnyPointTheOldArchiveIsWhole)
     EXPECT_EQ(zip.Check(true).size(), 0U);
 }
 
+TEST(ZipWrite, WhatKilledProgramsLeftGoesAfterADay)
+{
+    const TempFolder folder;
+    folder.Write("in/a", "1");
+    const struct {
+        fs::path path;
+        int hours; // old
+        bool isRemoved;
+    } cases[] = {
+        {orvcore::PrivateSibling(folder / "a.zip"), 25, true},
+        {orvcore::PrivateSibling(folder / "a.zip"), 23, false},
+        {folder / ".orv-mine.part", 25, false},
+        {orvcore::PrivateSibling(folder / "in/a"), 25, false},
+    };
+    for (const auto& c : cases) {
+        folder.Write(c.path, "half");
+        fs::last_write_time(c.path, fs::file_time_type::clock::now() - std::chrono::hours(c.hours));
+    }
+    std::error_code noLinks;
+    const fs::path link = orvcore::PrivateSibling(folder / "a.zip");
+    fs::create_symlink(cases[2].path, link, noLinks);
+    ASSERT_TRUE(ZipFile(folder / "a.zip").Zip(folder / "in", {}, nullptr));
+    for (const auto& c : cases) {
+        EXPECT_EQ(orvcore::Exists(c.path), !c.isRemoved) << c.path;
+    }
+    EXPECT_EQ(orvcore::Exists(link), !noLinks);
+}
+
 TEST(ZipWrite, FoldersThatCannotBecomeAPackageAreRefused)
 {
     const TempFolder folder;
@@ -173,13 +202,17 @@ TEST(ZipWrite, AddingReplacesOneEntryAndCopiesTheOthersAsTheyArePacked)
     const TempFolder folder;
     folder.Write("in/b", "new b");
     folder.Write("in/sub/c", "new c");
+    using namespace std::string_literals;
+    const std::string unixTime = "UT\5\0\1old!"s;
+    const std::string otherTime = "UT\5\0\1kept"s;
+    const std::string ntfsTime = "\x0a\0\4\0ntfs"s;
     // "a" is packed in a way that a new packing would not give; its checksum is wrong, which a new packing would
     // notice.
     const std::string stored = std::string("\x01\x05\x00\xfa\xff", 5) + "raw a";
     folder.Write("z.zip", ZipBytes()
                               .Add({.name = "a", .data = stored, .method = 8, .crc = 77, .declaredSize = 5})
-                              .Add({.name = "b", .data = "old b"})
-                              .Add({.name = "c", .data = "old c"})
+                              .Add({.name = "b", .data = "old b", .extra = unixTime + "\x33\x22\1\0k"s + ntfsTime})
+                              .Add({.name = "c", .data = "old c", .extra = otherTime})
                               .Finish("a comment"));
     const ZipFile zip(folder / "z.zip");
     EXPECT_FALSE(zip.AddItem(u8"b", folder / "in", false));
@@ -189,6 +222,10 @@ TEST(ZipWrite, AddingReplacesOneEntryAndCopiesTheOthersAsTheyArePacked)
     const std::string bytes = folder.Read("z.zip");
     EXPECT_NE(bytes.find(stored), std::string::npos);
     EXPECT_NE(bytes.find("a comment"), std::string::npos);
+    EXPECT_EQ(bytes.find(unixTime), std::string::npos) << "the old content's date would hide the new one's";
+    EXPECT_EQ(bytes.find(ntfsTime), std::string::npos);
+    EXPECT_NE(bytes.find("\x33\x22\1\0k"s), std::string::npos);
+    EXPECT_NE(bytes.find(otherTime), std::string::npos);
     std::vector<std::string> names;
     for (const auto& entry : zip.GetEntries()) {
         names.push_back(orvcore::ToNarrow(entry.name));
@@ -197,6 +234,28 @@ TEST(ZipWrite, AddingReplacesOneEntryAndCopiesTheOthersAsTheyArePacked)
     EXPECT_EQ(zip.UnzipItem(u8"a"), nullptr);
     ASSERT_TRUE(zip.UnzipItems(u8"b", folder / "b.out"));
     EXPECT_EQ(folder.Read("b.out"), "new b");
+}
+
+TEST(ZipWrite, APlaceThatCannotBeWrittenIsTheArchivesFault)
+{
+    const TempFolder folder;
+    folder.Write("in/a", "1");
+    const struct {
+        fs::path archive;
+        const char* reason;
+    } cases[] = {
+        {{}, "it cannot be written (its path is empty)"},
+        {folder / "missing/x.zip", "it cannot be written (No such file or directory)"},
+        {folder / "in", "it cannot be written (Is a directory)"},
+    };
+    for (const auto& c : cases) {
+        const ZipFile zip(c.archive);
+        EXPECT_FALSE(zip.Zip(folder / "in", {}, nullptr));
+        EXPECT_EQ(zip.GetLastFailure().Reason(), c.reason);
+        EXPECT_FALSE(zip.AddItem(u8"a", folder / "in", true));
+        EXPECT_EQ(zip.GetLastFailure().Reason(), c.reason);
+    }
+    EXPECT_THAT(folder.Names(), ElementsAre("in/a"));
 }
 
 TEST(ZipWrite, AnAddThatCannotBeDoneChangesNothing)

@@ -2,6 +2,7 @@
 #include <package/PackageNames.h>
 
 #include <orvcore/Application.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Guid.h>
 
 #include <gmock/gmock.h>
@@ -174,6 +175,72 @@ TEST_F(CapsuleZipTest, UnZipReachesLongFoldersByTheSameRules)
         EXPECT_FALSE(bad.UnZip(folder_ / sub / "none", true));
         EXPECT_FALSE(orvcore::Exists(folder_ / sub / "none"));
     }
+}
+
+TEST_F(CapsuleZipTest, UnZipFailsInLongFoldersForTheSameReasons)
+{
+    using orvstorage::ZipError;
+    const struct {
+        const char* name;
+        std::function<void(const fs::path& target)> prepare;
+        const char* sub; // the folder that is unpacked to, below the target
+        const char* mode;
+        ZipError error;
+        std::u8string_view entry;
+    } cases[] = {
+        {"a link that leads out",
+         [this](const fs::path& target) {
+             fs::create_directory_symlink(folder_ / "outside", orvcore::ToSystemPath(target / "sub"));
+         },
+         "", "link", ZipError::OutsideTarget, u8"sub/x"},
+        {"a folder in a file's place", [](const fs::path& target) { orvcore::EnsureDirectory(target / "sub/x/y"); }, "",
+         "", ZipError::WriteFailed, u8"sub/x"},
+        {"a file in the target's place", [this](const fs::path& target) { folder_.Write(target / "t", ""); }, "t", "",
+         ZipError::WriteFailed, u8""},
+        {"damage", [](const fs::path&) {}, "n1/n2", "damage", ZipError::ChecksumMismatch, u8"bad"},
+    };
+    orvcore::EnsureDirectory(folder_ / "outside");
+    std::error_code noLinks;
+    fs::create_directory_symlink(folder_ / "outside", folder_ / "probe", noLinks);
+    const ZipBytes good = ZipBytes().Add({.name = "first", .data = unique_}).Add({.name = "sub/x", .data = "new"});
+    const CapsuleZip whole(Package("good.zelt", good));
+    const CapsuleZip damaged(Package("bad.zelt", ZipBytes(good).Add({.name = "bad", .data = "1", .crc = 5})));
+    for (const auto& c : cases) {
+        if (std::string_view(c.mode) == "link" && noLinks) {
+            continue;
+        }
+        for (const std::string& sub : {std::string("short"), std::string(230, 'l')}) {
+            const fs::path target = folder_ / sub / c.name;
+            orvcore::EnsureDirectory(target);
+            c.prepare(target);
+            const auto before = orvcore::ListDirectory(target);
+            const CapsuleZip& zip = std::string_view(c.mode) == "damage" ? damaged : whole;
+            EXPECT_FALSE(zip.UnZip(target / c.sub, true)) << c.name;
+            const auto failure = zip.GetLastFailure();
+            EXPECT_EQ(NameOf(failure.error), NameOf(c.error)) << c.name << sub;
+            EXPECT_EQ(failure.entry, c.entry) << c.name << sub;
+            EXPECT_EQ(failure.folder, c.entry.empty() ? target / c.sub : fs::path()) << c.name;
+            EXPECT_EQ(orvcore::ListDirectory(target).directories, before.directories) << c.name << sub;
+            EXPECT_EQ(orvcore::ListDirectory(target).files, before.files) << c.name << sub;
+        }
+    }
+    EXPECT_TRUE(fs::is_empty(folder_ / "outside"));
+}
+
+TEST_F(CapsuleZipTest, ALongPackageBehindALinkIsChangedWhereItLies)
+{
+    const fs::path real = PathOfLength(folder_, 240, unique_ + ".zelt");
+    const fs::path link = real.parent_path() / "link.zelt";
+    std::error_code noLinks;
+    orvcore::CopyOneFile(Package("p.zelt", ZipBytes().Add({.name = "definition.json", .data = "old"})), real);
+    fs::create_symlink(real.filename(), orvcore::ToSystemPath(link), noLinks);
+    if (noLinks) {
+        GTEST_SKIP() << "no symbolic links here";
+    }
+    folder_.Write("new/definition.json", "new");
+    EXPECT_TRUE(CapsuleZip(link).SetZELTDescriptionJSON(PathToUTF16(folder_ / "new")));
+    EXPECT_EQ(CapsuleZip(real).GetZELTDescriptionJSON(), u8"new");
+    EXPECT_EQ(orvcore::InspectPath(link, noLinks).kind, orvcore::FileKind::Link);
 }
 
 TEST_F(CapsuleZipTest, FindsUnpackedProjectsByExactExtension)

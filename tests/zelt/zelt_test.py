@@ -283,6 +283,16 @@ class ZeltTest(unittest.TestCase):
         self.assertEqual(len(err.splitlines()), 2)
         self.assertEqual(sorted(tree_of("deep")), [f"out/{n}" for n in ("definition.json", "fine/a.txt",
                                                                         "project.tsgraphic", "thumb.png")])
+        _, err = self.run_zelt("extract", "evil.zelt", "../evil.txt", "out", code=1)
+        self.assertIn("leads out of the folder", err)
+
+    def test_a_useless_temporary_folder_is_named(self):
+        if EMULATOR:
+            self.skipTest("the temporary folder is set as on POSIX")
+        pathlib.Path("zelt").write_bytes(b"")  # where the program's own folder is to be
+        with unittest.mock.patch.dict(os.environ, {"TMPDIR": str(self.folder)}):
+            _, err = self.run_zelt("extract", "untitled.zelt", "poster", "out", code=1)
+        self.assertIn(f"zelt: {self.folder}/zelt: this temporary folder", err)
 
     def test_extract(self):
         lower, count = contents_of("lower-third.zelt"), contents_of("countdown.zelt")

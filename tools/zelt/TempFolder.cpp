@@ -7,8 +7,25 @@
 
 namespace zelt {
 
+namespace {
+
+// The reason must not read as if the file that is worked on were to blame.
+std::filesystem::path NewFolder()
+{
+    try {
+        return orvcore::CreatePrivateDirectory(u8"zelt");
+    } catch (const std::filesystem::filesystem_error& error) {
+        if (error.path1().empty()) {
+            throw FileError("the temporary folder", error.code().message());
+        }
+        throw FileError(ToText(error.path1()), "this temporary folder cannot be made (" + error.code().message() + ')');
+    }
+}
+
+} // namespace
+
 TempFolder::TempFolder()
-    : path_(orvcore::CreatePrivateDirectory(u8"zelt"))
+    : path_(NewFolder())
 {
 }
 

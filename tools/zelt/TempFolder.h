@@ -8,7 +8,7 @@ namespace zelt {
 /// A private folder below the system's temporary folder, deleted with this object.
 class TempFolder {
 public:
-    /// @throws std::filesystem::filesystem_error  when it cannot be created
+    /// @throws FileError  naming the temporary folder, when it cannot be created
     TempFolder();
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;

@@ -15,8 +15,10 @@ namespace {
 // the end. One object a handle; the library frees it.
 class Source {
 public:
-    Source(std::shared_ptr<const ArchiveFile> file, std::filesystem::path target, std::function<bool()> approve)
-        : target_(std::move(target))
+    /// @param target what is written in the end; null: the source is only read
+    Source(std::shared_ptr<const ArchiveFile> file, const std::filesystem::path* target, std::function<bool()> approve)
+        : isWritable_(target != nullptr)
+        , target_(isWritable_ ? *target : std::filesystem::path())
         , approve_(std::move(approve))
     {
         if (file) {
@@ -43,6 +45,7 @@ private:
     zip_int64_t Commit();
 
     std::optional<ReadAhead> reader_;
+    const bool isWritable_;
     std::filesystem::path target_;
     std::function<bool()> approve_;
     std::optional<orvcore::AtomicFile> writer_;
@@ -54,7 +57,7 @@ zip_int64_t Source::Supports() const
 {
     constexpr zip_int64_t kRead = ZIP_SOURCE_SUPPORTS_SEEKABLE;
     constexpr zip_int64_t kWrite = ZIP_SOURCE_SUPPORTS_WRITABLE;
-    return target_.empty() ? kRead : kWrite;
+    return isWritable_ ? kWrite : kRead;
 }
 
 zip_int64_t Source::Fail(int zipError, const std::error_code& reason)
@@ -151,6 +154,7 @@ zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t comma
         return Supports();
     case ZIP_SOURCE_BEGIN_WRITE:
         writer_.emplace(target_);
+        writer_->RemoveLeftBehind();
         return 0;
     case ZIP_SOURCE_WRITE:
         return Write(data, length);
@@ -193,14 +197,14 @@ ArchiveHandle Open(std::unique_ptr<Source> source, int flags, ZipFailure& failur
 
 ArchiveHandle OpenForReading(const std::shared_ptr<const ArchiveFile>& file, ZipFailure& failure)
 {
-    return Open(std::make_unique<Source>(file, std::filesystem::path(), nullptr), ZIP_RDONLY, failure);
+    return Open(std::make_unique<Source>(file, nullptr, nullptr), ZIP_RDONLY, failure);
 }
 
 ArchiveHandle OpenForWriting(std::shared_ptr<const ArchiveFile> old, const std::filesystem::path& path,
                              std::function<bool()> approve, ZipFailure& failure)
 {
     const int flags = old ? 0 : ZIP_CREATE;
-    return Open(std::make_unique<Source>(std::move(old), path, std::move(approve)), flags, failure);
+    return Open(std::make_unique<Source>(std::move(old), &path, std::move(approve)), flags, failure);
 }
 
 } // namespace orvstorage::detail

@@ -48,16 +48,6 @@ ZipError ErrorOf(int code)
     }
 }
 
-bool IsFull(const std::error_code& error)
-{
-    // A file at the size limit of its process or file system has no more room either.
-    return error == std::errc::no_space_on_device || error == std::errc::file_too_large
-#if defined(EDQUOT)
-           || (error.category() == std::generic_category() && error.value() == EDQUOT)
-#endif
-        ;
-}
-
 } // namespace
 
 void TranslateError(zip_error_t& error, ZipFailure& failure)
@@ -66,18 +56,12 @@ void TranslateError(zip_error_t& error, ZipFailure& failure)
     if (zip_error_system_type(&error) == ZIP_ET_SYS && zip_error_code_system(&error) != 0) {
         const std::error_code reason(zip_error_code_system(&error), std::generic_category());
         failure.detail = reason.message();
-        if (failure.error == ZipError::WriteFailed && IsFull(reason)) {
-            failure.error = ZipError::DiskFull;
+        if (failure.error == ZipError::WriteFailed) {
+            TranslateWriteError(reason, failure);
         }
     } else if (failure.error == ZipError::ReadFailed) {
         failure.detail = zip_error_strerror(&error);
     }
-}
-
-void TranslateWriteError(const std::error_code& error, ZipFailure& failure)
-{
-    failure.error = IsFull(error) ? ZipError::DiskFull : ZipError::WriteFailed;
-    failure.detail = error.message();
 }
 
 } // namespace orvstorage::detail

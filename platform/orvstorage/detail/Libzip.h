@@ -5,7 +5,6 @@
 #include <zip.h>
 
 #include <memory>
-#include <system_error>
 
 namespace orvstorage::detail {
 
@@ -45,8 +44,5 @@ zip_int64_t CallSource(void* source, void* data, zip_uint64_t length, zip_source
 
 /// Puts the zip library's words about a failure into ours.
 void TranslateError(zip_error_t& error, ZipFailure& failure);
-
-/// The same for the file system's, when something was being written.
-void TranslateWriteError(const std::error_code& error, ZipFailure& failure);
 
 } // namespace orvstorage::detail

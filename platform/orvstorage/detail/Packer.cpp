@@ -38,9 +38,22 @@ bool Describe(zip_t* archive, zip_uint64_t index, const PackItem& item, const st
            (password.empty() || zip_file_set_encryption(archive, index, ZIP_EM_AES_256, password.c_str()) == 0);
 }
 
+// Dates and owners that other programs keep of the old content: they read them before the date that is set here.
+bool DropOldFields(zip_t* archive, zip_uint64_t index)
+{
+    constexpr std::array<zip_uint16_t, 3> kFields = {0x5455, 0x5855, 0x000a}; // two of Unix, one of NTFS
+    return std::all_of(kFields.begin(), kFields.end(), [&](zip_uint16_t field) {
+        return zip_file_extra_field_delete_by_id(archive, index, field, ZIP_EXTRA_FIELD_ALL,
+                                                 ZIP_FL_LOCAL | ZIP_FL_CENTRAL) == 0;
+    });
+}
+
 bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& item, const std::string& password,
          PackProgress& progress)
 {
+    if (replaced && !DropOldFields(archive, *replaced)) {
+        return false;
+    }
     zip_source_t* source = MakeItemSource(item, FormOf(item), progress);
     if (source == nullptr) {
         zip_error_set(zip_get_error(archive), ZIP_ER_MEMORY, 0);
@@ -65,7 +78,10 @@ bool Close(ArchiveHandle archive, PackProgress& progress, ZipFailure& failure)
         return true;
     }
     TranslateError(*zip_get_error(archive.get()), failure);
-    failure.entry = failure.error == ZipError::Cancelled ? orvcore::UTF8String() : progress.current;
+    // What is written is the archive as a whole, and a host that cancels means all of it.
+    const bool isWhole = failure.error == ZipError::Cancelled || failure.error == ZipError::WriteFailed ||
+                         failure.error == ZipError::DiskFull;
+    failure.entry = isWhole ? orvcore::UTF8String() : progress.current;
     return false;
 }
 

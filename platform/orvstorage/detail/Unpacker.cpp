@@ -4,8 +4,8 @@
 #include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <orvcore/ParallelFor.h>
+#include <orvcore/detail/GuardedFolder.h>
 #include <orvstorage/detail/EntryReader.h>
-#include <orvstorage/detail/TargetFolder.h>
 
 #include <algorithm>
 #include <atomic>
@@ -183,28 +183,38 @@ bool UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& 
     return whole;
 }
 
-bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& target, Existing existing,
+bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& target, orvcore::IfExists ifExists,
             ZipFailure& failure)
 {
-    TargetFolder folder(target);
-    fs::path staging = folder.Open(failure);
+    const auto pathOf = [](const orvcore::UTF8String& relative) {
+        return orvcore::PathFromUTF8(relative).make_preferred();
+    };
+    std::error_code error;
+    orvcore::detail::GuardedFolder folder(target);
+    const fs::path staging = folder.Open(error);
+    if (error) {
+        failure.folder = target;
+        TranslateWriteError(error, failure);
+        return false;
+    }
     Stage stage(archive, plan, staging, failure.archive);
-    if (failure || !stage.Run(failure)) {
+    if (!stage.Run(failure)) {
         return false;
     }
     for (const orvcore::UTF8String& directory : plan.directories) {
-        failure.entry = directory;
-        if (!folder.MakeDirectory(directory, failure)) {
+        if (!folder.MakeDirectory(pathOf(directory), error)) {
+            failure.entry = directory;
+            TranslateWriteError(error, failure);
             return false;
         }
     }
     for (std::size_t number = 0; number < plan.files.size(); ++number) {
-        failure.entry = archive.Entries()[plan.files[number].index].shown.name;
-        if (!folder.PutFile(stage.PathOf(number), plan.files[number].relative, existing, failure)) {
+        if (!folder.PutFile(stage.PathOf(number), pathOf(plan.files[number].relative), ifExists, error)) {
+            failure.entry = archive.Entries()[plan.files[number].index].shown.name;
+            TranslateWriteError(error, failure);
             return false;
         }
     }
-    failure.entry.clear();
     folder.Keep();
     return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <orvcore/Files.h>
 #include <orvstorage/detail/UnpackPlan.h>
 
 namespace orvstorage::detail {
@@ -11,12 +12,9 @@ bool UnpackToFile(const ZipArchive& archive, std::size_t index, const std::files
 /// Reads and checks one entry's content, keeping nothing of it.
 bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure);
 
-/// What to do with a file that stands where an entry is to go.
-enum class Existing { Keep, Overwrite };
-
 /// Carries a plan out: all files are first unpacked into a private folder inside `target`, then moved to their places.
 /// After a failure everything this call created is gone again, and nothing that existed has been deleted.
-bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const std::filesystem::path& target, Existing existing,
-            ZipFailure& failure);
+bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const std::filesystem::path& target,
+            orvcore::IfExists ifExists, ZipFailure& failure);
 
 } // namespace orvstorage::detail

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <orvstorage/ZipFile.h>
+#include <orvstorage/detail/EntryName.h>
 #include <orvstorage/detail/EntryReader.h>
 
 #include <new>
@@ -25,7 +26,7 @@ struct ZipFile::State {
         } catch (const std::bad_alloc&) {
             failure.error = ZipError::OutOfMemory;
         } catch (const std::filesystem::filesystem_error& error) {
-            detail::TranslateWriteError(error.code(), failure);
+            TranslateWriteError(error.code(), failure);
         }
         return false;
     }
@@ -42,11 +43,16 @@ struct ZipFile::State {
         return archive.get();
     }
 
-    // The entry's index when it is there and may be read.
+    // The entry's index when it is there and may be read. A name that unpacking refuses is refused here too: a caller
+    // may make a path of it.
     bool Find(std::u8string_view name, std::size_t& index)
     {
-        return Open() != nullptr && archive->Find(name, index, failure) &&
-               detail::EntryReader::MayRead(archive->Entries()[index], limits, failure);
+        if (Open() == nullptr || !archive->Find(name, index, failure)) {
+            return false;
+        }
+        const detail::ArchiveEntry& entry = archive->Entries()[index];
+        failure.error = detail::CheckEntryName(entry.shown.name).error;
+        return !failure && detail::EntryReader::MayRead(entry, limits, failure);
     }
 };
 

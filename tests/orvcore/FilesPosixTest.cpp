@@ -1,0 +1,113 @@
+// What only a POSIX system has: pipes with a name in a folder, and access rights of files and folders.
+#include <orvcore/AtomicFile.h>
+#include <orvcore/FileError.h>
+#include <orvcore/FileSystem.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <tests/support/TempFolder.h>
+
+#include <sys/stat.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using orvcore::AtomicFile;
+using orvcore::Durability;
+using test::TempFolder;
+using testing::ElementsAre;
+
+fs::perms RightsOf(const fs::path& path)
+{
+    return fs::symlink_status(path).permissions();
+}
+
+std::error_code ErrorOf(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const fs::filesystem_error& error) {
+        return error.code();
+    }
+    return {};
+}
+
+TEST(FilesPosix, NothingReplacesWhatIsNoFile)
+{
+    const TempFolder folder;
+    folder.Write("new", "new");
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    fs::create_symlink("pipe", folder / "link");
+    orvcore::EnsureDirectory(folder / "folder/x");
+    const struct {
+        const char* name;
+        std::error_code error;
+    } cases[] = {
+        {"pipe", orvcore::FileError::NotARegularFile},
+        {"link", orvcore::FileError::NotARegularFile},
+        {"folder", std::make_error_code(std::errc::is_a_directory)},
+    };
+    for (const auto& c : cases) {
+        std::error_code error;
+        EXPECT_FALSE(orvcore::RenameOver(folder / "new", folder / c.name, error));
+        EXPECT_EQ(error, c.error) << c.name;
+        AtomicFile file(folder / c.name);
+        EXPECT_FALSE(file.Commit(Durability::Cached, error));
+        EXPECT_EQ(error, c.error) << c.name;
+        EXPECT_EQ(ErrorOf([&] { orvcore::CopyOneFile(folder / "new", folder / c.name); }), c.error) << c.name;
+        EXPECT_EQ(ErrorOf([&] { orvcore::CopyOneFile(folder / c.name, folder / "copy"); }), c.error) << c.name;
+    }
+    EXPECT_THAT(folder.Names(), ElementsAre("folder/x/", "link", "new", "pipe"));
+    EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+}
+
+TEST(FilesPosix, ACopyKeepsLinksAndRightsOfWhatItReplaces)
+{
+    const TempFolder folder;
+    folder.Write("source", "new");
+    folder.Write("real/target", "old");
+    fs::create_symlink("real/target", folder / "link");
+    fs::permissions(folder / "source", fs::perms(0444));
+    fs::permissions(folder / "real/target", fs::perms(0600));
+    orvcore::CopyOneFile(folder / "source", folder / "link", Durability::OnDisk);
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_EQ(folder.Read("real/target"), "new");
+    EXPECT_EQ(RightsOf(folder / "real/target"), fs::perms(0600));
+    orvcore::CopyOneFile(folder / "real/target", folder / "fresh");
+    EXPECT_EQ(RightsOf(folder / "fresh"), fs::perms(0600)) << "a copy shows its content to nobody else";
+}
+
+TEST(FilesPosix, ContentIsHiddenFromTheFirstByteOn)
+{
+    const TempFolder folder;
+    folder.Write("secret", "old");
+    fs::permissions(folder / "secret", fs::perms(0600));
+    AtomicFile file(folder / "secret");
+    std::error_code error;
+    const std::string large(2 << 20, 'x'); // more than is gathered in memory
+    ASSERT_TRUE(file.Write(large.data(), large.size(), error));
+    const auto files = orvcore::ListDirectory(folder.Path()).files;
+    ASSERT_EQ(files.size(), 2U);
+    EXPECT_EQ(RightsOf(files.front()), fs::perms(0600)) << files.front();
+}
+
+TEST(FilesPosix, EveryUserFindsRoomInASharedAreaAndPrivacyInAFolderOfIt)
+{
+    const TempFolder folder;
+    const char* const before = std::getenv("TMPDIR");
+    const std::string saved = before != nullptr ? before : "";
+    ::setenv("TMPDIR", folder.Path().c_str(), 1);
+    const mode_t mask = ::umask(077);
+    const fs::path made = orvcore::CreatePrivateDirectory(u8"area");
+    ::umask(0);
+    const fs::path second = orvcore::CreatePrivateDirectory(u8"area");
+    ::umask(mask);
+    before != nullptr ? ::setenv("TMPDIR", saved.c_str(), 1) : ::unsetenv("TMPDIR");
+    EXPECT_EQ(RightsOf(folder / "area"), fs::perms(01777));
+    EXPECT_EQ(RightsOf(made), fs::perms(0700));
+    EXPECT_EQ(RightsOf(second), fs::perms(0700));
+}
+
+} // namespace
