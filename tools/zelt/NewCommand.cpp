@@ -52,7 +52,8 @@ std::vector<Part> NamedParts(const NewOptions& options)
     for (const std::string& poster : options.localePosters) {
         const std::size_t equals = poster.find('=');
         const std::string locale = poster.substr(0, equals);
-        if (equals == poster.npos || locale.empty() || locale.find_first_of("/\\:") != locale.npos) {
+        if (equals == poster.npos || equals + 1 == poster.size() || locale.empty() ||
+            locale.find_first_of("/\\:") != locale.npos) {
             throw UsageError("--locale-poster: \"" + poster + "\" is not LOCALE=FILE");
         }
         parts.push_back({poster.substr(equals + 1), ToPath("thumb_" + locale + ".png")});
