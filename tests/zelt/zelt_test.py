@@ -228,9 +228,17 @@ class ZeltTest(unittest.TestCase):
             self.assertEqual((said["file"], said["ok"]), (file, not codes))
             self.assertEqual([p["code"] for p in said["problems"]], codes, (number, said))
         damaged = pathlib.Path("lower-third.zelt").read_bytes()
-        at = damaged.index(packed_bytes_of("lower-third.zelt")["thumb.png"]) + 5000
-        pathlib.Path("flipped.zelt").write_bytes(damaged[:at] + bytes([damaged[at] ^ 1]) + damaged[at + 1:])
-        self.assertIn("thumb.png", self.run_zelt("check", "flipped.zelt", code=1)[0])
+        for entry in ("thumb.png", "definition.json"):  # the definition is read twice, and told of once
+            at = damaged.index(packed_bytes_of("lower-third.zelt")[entry]) + 500
+            pathlib.Path("flipped.zelt").write_bytes(damaged[:at] + bytes([damaged[at] ^ 1]) + damaged[at + 1:])
+            problems = json.loads(self.run_zelt("check", "--json", "flipped.zelt", code=1)[0])["problems"]
+            self.assertEqual([entry in p["text"] for p in problems], [True], problems)
+        for entry in ("thumb.png", "definition.json"):
+            shutil.copy("lower-third.zelt", "twice.zelt")
+            with zipfile.ZipFile("twice.zelt", "a") as archive, self.assertWarns(UserWarning):
+                archive.writestr(entry, b"again")
+            problems = json.loads(self.run_zelt("check", "--json", "twice.zelt", code=1)[0])["problems"]
+            self.assertEqual([p["code"] for p in problems], ["DuplicateName"])
 
     def test_malformed_text_is_located(self):
         for text, place in [
@@ -324,7 +332,8 @@ class ZeltTest(unittest.TestCase):
             ("lower-third", ["--control", "sc-bar=1,2", "--control", "b-shadow=off"], {at(8): [1.0, 2.0], at(9): False}),
             ("lower-third", ["--control", "m-style=Schlicht"], {at(11): 0}),
             ("lower-third", ["--control", "m-style=1"], {at(11): 1}),
-            ("lower-third", ["--control", "s-size=1000", "--control", "m-style=7", "--force"], {at(5): 1000.0, at(11): 7}),
+            ("lower-third", ["--control", "s-size=1000", "--control", "m-style=7", "--control", "col-bar=2,0,-1", "--force"],
+             {at(4): [2.0, 0.0, -1.0, 1.0], at(5): 1000.0, at(11): 7}),
             ("bar-chart", ["--control", "logo=new id"], {("clientControls", 0, "cacheID"): "new id"}),
             ("bar-chart", ["--control", 'data={"activeRows":1,"columnValues":[]}'],
              {at(1): {"activeRows": 1, "columnValues": []}}),
@@ -369,8 +378,9 @@ class ZeltTest(unittest.TestCase):
 
     def test_set_refuses_as_a_whole(self):
         before = pathlib.Path("lower-third.zelt").read_bytes()
-        wrong = ["nobody=1", "s-size=big", "s-size=1000", "s-size=nan", "col-bar=1,2", "col-bar=#12345", "p-pos=1",
-                 "m-style=Nope", "m-style=3", "sc-bar=1", "b-shadow=maybe", "g-text=a", "dz=1", "no equals sign"]
+        wrong = ["nobody=1", "s-size=big", "s-size=1000", "s-size=nan", "col-bar=1,2", "col-bar=#12345", "col-bar=300,2,-1",
+                 "col-bar=0,0,0,1.5", "p-pos=1", "m-style=Nope", "m-style=3", "sc-bar=1", "b-shadow=maybe", "g-text=a",
+                 "dz=1", "no equals sign"]
         asked = [word for value in wrong for word in ("--control", value)]
         _, err = self.run_zelt("set", "lower-third.zelt", "--name", "N", *asked, code=2)
         self.assertEqual(len(err.splitlines()), len(wrong))
