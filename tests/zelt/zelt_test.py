@@ -37,6 +37,11 @@ STAMPS = ["201710", "201804", "201810", "201904", "201910", "202010", "202110", 
 FORMATS = ["1.2", "1.3", "1.4", "1.5", "1.6", "1.7", "1.8", "1.9", "2.0", "2.1", "2.2"]
 
 
+def take_interrupts():
+    """In a child before it runs: a shell in the background has its children ignore Ctrl-C."""
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+
+
 def definition_of(package):
     with zipfile.ZipFile(package) as archive:
         return archive.read("definition.json").decode("utf-8")
@@ -137,6 +142,10 @@ class ZeltTest(unittest.TestCase):
         self.assertTrue(all(line.startswith("zelt: ") for line in err.splitlines()), err)
         self.assertEqual(bool(err), code == 2 or (code != 0 and arguments[0] != "check"), f"{arguments}\n{err}")
         return out, err
+
+    def need_posix(self):
+        if EMULATOR or os.name == "nt":
+            self.skipTest("signals, links and access rights are POSIX's")
 
     def write_package(self, name, definition, **parts):
         entries = {"thumb.png": b"picture", "project.tsgraphic": b"project", **parts}
@@ -430,6 +439,73 @@ class ZeltTest(unittest.TestCase):
             self.run_zelt("new", *arguments, "-o", "none.zelt", code=code)
             self.assertFalse(os.path.exists("none.zelt"))
 
+    def test_new_takes_all_or_nothing(self):
+        self.need_posix()
+        self.run_zelt("unpack", "untitled.zelt", "content")
+        (self.folder / "content/sub").mkdir()
+
+        def too_deep():  # a folder that cannot be read, whoever runs the test
+            for _ in range(20):
+                os.mkdir("d" * 250)
+                os.chdir("d" * 250)
+            os.chdir(self.folder)
+
+        for name, make in [("link", lambda: os.symlink("../../lower-third.zelt", "content/sub/link")),
+                           ("link", lambda: os.symlink("../sub", "content/sub/link")),
+                           ("pipe", lambda: os.mkfifo("content/sub/pipe")),
+                           ("d" * 250, lambda: (os.chdir("content/sub"), too_deep()))]:
+            make()
+            for command in (["new", "content", "-o", "none.zelt", "--name", "N"], ["pack", "content", "none.zelt"]):
+                self.assertIn(name, self.run_zelt(*command, code=1)[1])
+                self.assertFalse(os.path.exists("none.zelt"))
+            shutil.rmtree("content/sub")
+            os.mkdir("content/sub")
+        self.run_zelt("new", "content", "-o", "content/sub/made.zelt", "--name", "N")
+        self.run_zelt("new", "content", "-o", "content/sub/made.zelt", "--name", "N")  # not a part of itself
+        self.assertEqual(sorted(contents_of("content/sub/made.zelt")), sorted(contents_of("untitled.zelt")))
+
+    def test_results_follow_links_and_keep_rights(self):
+        self.need_posix()
+        new = ["new", "damaged", "--name", "N", "--poster", "lower-third.zelt", "--project", "p.tsgraphic", "-o"]
+        shutil.copy("lower-third.zelt", "p.tsgraphic")
+        os.chmod("untitled.zelt", 0o444)
+        os.mkfifo("pipe")
+        for arguments in (["set", "untitled.zelt", "--name", "N", "-o"], ["extract", "untitled.zelt", "poster"], new,
+                          ["pack", "damaged"]):
+            pathlib.Path("target").write_bytes(b"old")
+            os.chmod("target", 0o600)
+            pathlib.Path("link").unlink(missing_ok=True)
+            os.symlink("target", "link")
+            self.run_zelt(*arguments, "link")
+            self.assertTrue(os.path.islink("link"), arguments)
+            self.assertEqual(os.stat("target").st_mode & 0o777, 0o600, arguments)
+            self.assertGreater(os.path.getsize("target"), 3, arguments)
+            for place in ("/dev/null", "pipe"):
+                self.assertIn("not a regular file", self.run_zelt(*arguments, place, code=1)[1])
+            self.assertTrue(pathlib.Path("pipe").is_fifo() and pathlib.Path("/dev/null").is_char_device(), arguments)
+
+    def test_interrupted_work_leaves_nothing(self):
+        self.need_posix()
+        temp = self.folder / "temporary"
+        temp.mkdir()
+        for arguments in (["extract", "big.zelt", "big.bin", "out"], ["set", "big.zelt", "-o", "out", "--name", "N"],
+                          ["new", "big", "-o", "out", "--name", "N", "--poster", "big/0", "--project", "p.tsgraphic"]):
+            for megabytes in (16, 128, 1024):  # until the program is slower than the signal
+                pathlib.Path("big").mkdir(exist_ok=True)
+                pathlib.Path("big/0").write_bytes(os.urandom(1 << 20) * megabytes)
+                self.write_package("big.zelt", definition_of("untitled.zelt"), **{"big.bin": pathlib.Path("big/0").read_bytes()})
+                with subprocess.Popen([ZELT, *arguments], env={**os.environ, "TMPDIR": str(temp)}, stdout=subprocess.PIPE,
+                                      stderr=subprocess.PIPE, preexec_fn=take_interrupts) as process:
+                    while process.poll() is None and not list(temp.glob("zelt/*/*")):
+                        pass
+                    process.send_signal(signal.SIGINT)
+                    out, err = process.communicate(timeout=120)
+                if process.returncode != 0:
+                    break
+                os.remove("out")
+            self.assertEqual((process.returncode, out, err), (130, b"", b"zelt: cancelled\n"), arguments)
+            self.assertEqual((os.listdir(temp / "zelt"), os.path.exists("out")), ([], False), arguments)
+
     def test_names_that_mean_something_to_the_parser(self):
         for name in ("[a]", "[a,b]", "{}", "++", "check", "info", "-x"):
             shutil.copy("untitled.zelt", name)
@@ -634,10 +710,8 @@ class BrowseTest(ZeltTest):
         self.assertEqual(pathlib.Path("x.db.damaged").read_bytes(), damaged)
         self.run_zelt("index", "build", "x.db", "root/untitled.zelt")
 
-    @unittest.skipIf(os.name == "nt", "signals are sent as on POSIX")
     def test_interrupted(self):
-        if EMULATOR:
-            self.skipTest("signals are sent as on POSIX")
+        self.need_posix()
         big = pathlib.Path("big")
         big.mkdir()
         for count in (500, 4000, 32000):  # until the program is slower than the signal
@@ -645,7 +719,7 @@ class BrowseTest(ZeltTest):
                 if not (big / f"{i}.zelt").exists():
                     os.link("root/classic-title.zelt", big / f"{i}.zelt")
             with subprocess.Popen([ZELT, "list", "--progress", "big"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                  preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL)) as process:
+                                  preexec_fn=take_interrupts) as process:
                 self.assertEqual(process.stderr.readline(), b"zelt: listing: 0 %\n")
                 process.send_signal(signal.SIGINT)
                 out, err = process.communicate(timeout=120)
