@@ -116,7 +116,7 @@ void Browser::Await(const bool& answered)
     while (!answered) {
         if (interrupt_.IsRaised()) {
             manager_->Abort();
-            throw Cancelled();
+            interrupt_.Check();
         }
         orvcore::WaitForMainThreadCalls(kPatience);
         orvcore::RunMainThreadCalls();

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "Arguments.h"
 #include "Commands.h"
 #include "Output.h"
 
@@ -30,36 +31,58 @@ std::pair<CLI::App*, std::shared_ptr<Options>> AddCommand(CLI::App& app, Action&
     return {command, options};
 }
 
+// An option or argument with one value, a text or an optional one. This and AddList alone take values from the parser:
+// they take the marks off.
+template <class Text>
+CLI::Option* AddOne(CLI::App* command, const std::string& name, Text& value, const std::string& description)
+{
+    const auto take = [&value](const std::string& text) { value = WithoutMark(text); };
+    return command->add_option_function<std::string>(name, take, description)->type_name("");
+}
+
+CLI::Option* AddList(CLI::App* command, const std::string& name, std::vector<std::string>& values,
+                     const std::string& description)
+{
+    const auto take = [&values](const std::vector<std::string>& texts) {
+        std::transform(texts.begin(), texts.end(), std::back_inserter(values), &WithoutMark);
+    };
+    return command->add_option_function<std::vector<std::string>>(name, take, description)->type_name("");
+}
+
 // An option that may be given several times, each time with one value.
 void AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::string>& values,
                    const std::string& placeholder, const std::string& description)
 {
-    command->add_option(name, values, description)->type_name(placeholder)->allow_extra_args(false);
+    AddList(command, name, values, description)->type_name(placeholder)->allow_extra_args(false);
+}
+
+// An empty name, as of a script's unset variable, would mean the working folder, or that nothing was given.
+CLI::Option* NeedName(CLI::Option* option)
+{
+    return option->check(
+        [](const std::string& name) { return WithoutMark(name).empty() ? "the file name is empty" : ""; });
 }
 
 CLI::Option* AddArgument(CLI::App* command, const std::string& name, std::string& value, const std::string& description)
 {
-    return command->add_option(name, value, description)->required()->type_name("");
+    return AddOne(command, name, value, description)->required();
 }
 
-CLI::Option* AddFiles(CLI::App* command, std::vector<std::string>& files)
+CLI::Option* AddFile(CLI::App* command, const std::string& name, std::string& file, const std::string& description)
 {
-    return command->add_option("FILE", files, "Packages")->required()->type_name("");
+    return NeedName(AddArgument(command, name, file, description));
 }
 
-void AddText(CLI::App* command, const std::string& name, std::string& value, const std::string& placeholder,
-             const std::string& description)
+void AddFiles(CLI::App* command, std::vector<std::string>& files)
 {
-    command->add_option(name, value, description)->type_name(placeholder);
+    NeedName(AddList(command, "FILE", files, "Packages"))->required();
 }
 
-void AddText(CLI::App* command, const std::string& name, std::optional<std::string>& value,
-             const std::string& placeholder, const std::string& description)
+template <class Text>
+CLI::Option* AddText(CLI::App* command, const std::string& name, Text& value, const std::string& placeholder,
+                     const std::string& description)
 {
-    command
-        ->add_option_function<std::string>(
-            name, [&value](const std::string& text) { value = text; }, description)
-        ->type_name(placeholder);
+    return AddOne(command, name, value, description)->type_name(placeholder);
 }
 
 void AddEdits(CLI::App* command, EditOptions& edit)
@@ -77,7 +100,7 @@ void AddReading(CLI::App& app, Action& action)
 
     const auto definition =
         AddCommand(app, action, "definition", "Print a package's definition document", &RunDefinition);
-    AddArgument(definition.first, "FILE", definition.second->file, "Package");
+    AddFile(definition.first, "FILE", definition.second->file, "Package");
     definition.first->add_flag("--canonical", definition.second->canonical,
                                "As this library writes it, rather than as it is stored");
 
@@ -90,27 +113,27 @@ void AddReading(CLI::App& app, Action& action)
 void AddPacking(CLI::App& app, Action& action)
 {
     const auto unpack = AddCommand(app, action, "unpack", "Unpack a package into a folder", &RunUnpack);
-    AddArgument(unpack.first, "FILE", unpack.second->file, "Package");
-    AddArgument(unpack.first, "DIR", unpack.second->directory, "Folder; created when missing");
+    AddFile(unpack.first, "FILE", unpack.second->file, "Package");
+    AddFile(unpack.first, "DIR", unpack.second->directory, "Folder; created when missing");
     unpack.first->add_flag("--overwrite", unpack.second->overwrite, "Replace files that stand in the folder");
 
     const auto pack = AddCommand(app, action, "pack", "Make a package from all files of a folder", &RunPack);
-    AddArgument(pack.first, "DIR", pack.second->directory, "Folder, laid out as the package");
-    AddArgument(pack.first, "FILE", pack.second->file, "Package; replaced when it exists");
+    AddFile(pack.first, "DIR", pack.second->directory, "Folder, laid out as the package");
+    AddFile(pack.first, "FILE", pack.second->file, "Package; replaced when it exists");
 
     const auto extract = AddCommand(app, action, "extract", "Take one part out of a package", &RunExtract);
-    AddArgument(extract.first, "FILE", extract.second->file, "Package");
+    AddFile(extract.first, "FILE", extract.second->file, "Package");
     AddArgument(extract.first, "PART", extract.second->what,
                 "poster, video or project (each for the language), or the name of an entry");
-    AddArgument(extract.first, "OUT", extract.second->output, "File to write, or a folder that exists");
+    AddFile(extract.first, "OUT", extract.second->output, "File to write, or a folder that exists");
 }
 
 void AddSet(CLI::App& app, Action& action)
 {
     const auto [command, options] = AddCommand(
         app, action, "set", "Change values of a template and nothing else in its package or document", &RunSet);
-    AddArgument(command, "FILE", options->file, "Package");
-    AddText(command, "-o,--output", options->output, "FILE", "Package to write (default: FILE itself)");
+    AddFile(command, "FILE", options->file, "Package");
+    NeedName(AddText(command, "-o,--output", options->output, "FILE", "Package to write (default: FILE itself)"));
     AddText(command, "--name", options->edit.name, "TEXT", "The name, for one locale");
     AddEdits(command, options->edit);
     AddRepeatable(command, "--control", options->edit.controls, "ID=VALUE",
@@ -122,22 +145,18 @@ void AddNew(CLI::App& app, Action& action)
 {
     const auto [command, options] =
         AddCommand(app, action, "new", "Make a package from a folder and single parts", &RunNew);
-    AddArgument(command, "DIR", options->directory, "Folder whose files go into the package; it may be empty");
-    AddArgument(command, "-o,--output", options->output, "Package to write")->type_name("FILE");
-    command
-        ->add_option_function<std::string>(
-            "--name", [edit = &options->edit](const std::string& text) { edit->name = text; }, "The template's name")
-        ->type_name("TEXT")
-        ->required();
+    AddFile(command, "DIR", options->directory, "Folder whose files go into the package; it may be empty");
+    AddFile(command, "-o,--output", options->output, "Package to write")->type_name("FILE");
+    AddText(command, "--name", options->edit.name, "TEXT", "The template's name")->required();
     AddEdits(command, options->edit);
     AddText(command, "--author-app", options->authorApp, "APP", "The application it is made with: tsfx, crvd, brsk");
     AddText(command, "--author-id", options->authorID, "ID", "The author");
     AddRepeatable(command, "--platform", options->platforms, "APP",
                   "An application that can use it; give it several times");
-    AddText(command, "--poster", options->poster, "PNG", "The poster picture");
+    NeedName(AddText(command, "--poster", options->poster, "PNG", "The poster picture"));
     AddRepeatable(command, "--locale-poster", options->localePosters, "LOCALE=PNG", "The poster for one locale");
-    AddText(command, "--video", options->video, "MP4", "The preview video");
-    AddText(command, "--project", options->project, "FILE", "The project, .tsgraphic or .cvgraphic");
+    NeedName(AddText(command, "--video", options->video, "MP4", "The preview video"));
+    NeedName(AddText(command, "--project", options->project, "FILE", "The project, .tsgraphic or .cvgraphic"));
 }
 
 void AddIndex(CLI::App& app, Action& action)
@@ -146,32 +165,28 @@ void AddIndex(CLI::App& app, Action& action)
     index->require_subcommand(1);
 
     const auto build = AddCommand(*index, action, "build", "Add packages to an index", &RunIndexBuild);
-    AddArgument(build.first, "DB", build.second->database, "Index file; created when missing");
+    AddFile(build.first, "DB", build.second->database, "Index file; created when missing");
     AddFiles(build.first, build.second->files);
     build.first->add_flag("--json", build.second->json, "One JSON object for each package, on one line");
 
     const auto search =
         AddCommand(*index, action, "search", "Print the paths of the packages that all terms find", &RunIndexSearch);
-    AddArgument(search.first, "DB", search.second->database, "Index file");
-    search.first->add_option("TERM", search.second->terms, "Text contained in a name or a tag")
-        ->required()
-        ->type_name("");
+    AddFile(search.first, "DB", search.second->database, "Index file");
+    AddList(search.first, "TERM", search.second->terms, "Text contained in a name or a tag")->required();
     search.first->add_flag("--json", search.second->json, "One JSON object for each path, on one line");
 
     const auto tags =
         AddCommand(*index, action, "tags", "Print the names and tags with a word that begins so", &RunIndexTags);
-    AddArgument(tags.first, "DB", tags.second->database, "Index file");
+    AddFile(tags.first, "DB", tags.second->database, "Index file");
     AddArgument(tags.first, "PREFIX", tags.second->prefix, "Beginning of a word; may be empty");
     tags.first->add_flag("--json", tags.second->json, "One JSON object for each text, on one line");
 }
 
 void AddFolders(CLI::App* command, std::vector<std::string>& folders)
 {
-    command
-        ->add_option("FOLDER", folders,
-                     "Folders of packages: the first with all below it, the others without their sub-folders")
-        ->required()
-        ->type_name("");
+    NeedName(AddList(command, "FOLDER", folders,
+                     "Folders of packages: the first with all below it, the others without their sub-folders"))
+        ->required();
 }
 
 // `terms` is what the arguments hold behind "--".
@@ -198,31 +213,17 @@ void AddBrowsing(CLI::App& app, Action& action, const std::vector<std::string>& 
     tags.first->add_flag("--json", tags.second->json, "One JSON object for each text, on one line");
 }
 
-// The command's name: the first argument that is neither an option nor an option's value.
-std::string CommandOf(const std::vector<std::string>& arguments)
+std::string WhatIsWrong(const CLI::App& app, const CLI::ParseError& error)
 {
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (arguments[i] == "--language") {
-            ++i;
-        } else if (!arguments[i].starts_with('-')) {
-            return arguments[i];
-        }
+    auto unknown = app.remaining(true);
+    unknown.erase(std::remove(unknown.begin(), unknown.end(), "--"), unknown.end());
+    if (!unknown.empty() && app.get_subcommands().empty()) {
+        return "there is no command \"" + unknown.front() + '"';
     }
-    return "";
-}
-
-// Takes what is behind the first "--" out of the arguments of a command that gives it a meaning of its own; the parser
-// would add it to the folders.
-std::vector<std::string> TakeTerms(std::vector<std::string>& arguments)
-{
-    const std::string command = CommandOf(arguments);
-    const auto separator = std::find(arguments.begin(), arguments.end(), "--");
-    if ((command != "search" && command != "tags") || separator == arguments.end()) {
-        return {};
+    if (!unknown.empty() && dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        return '"' + WithoutMark(unknown.front()) + "\" was not expected";
     }
-    std::vector<std::string> terms(separator + 1, arguments.end());
-    arguments.erase(separator, arguments.end());
-    return terms;
+    return error.what();
 }
 
 } // namespace
@@ -234,12 +235,12 @@ ExitCode RunCommandLine(std::vector<std::string> arguments)
                          "zelt " ZELT_VERSION ", definition format " + orvcapsule::Capsule::GetCurrentAPIVersion());
     app.require_subcommand(1);
     app.fallthrough();
+    app.allow_windows_style_options(false); // commands take it over: an argument may be a path that begins with "/"
     app.get_formatter()->column_width(28);
     app.footer("Exit codes: 0 done, 1 a file was bad, 2 the command line was, 130 interrupted. "
                "\"zelt COMMAND --help\" tells a command's options.");
     std::string language;
-    app.add_option("--language", language, "Language of localised texts and parts (default: en_US)")
-        ->type_name("LOCALE");
+    AddText(&app, "--language", language, "LOCALE", "Language of localised texts and parts (default: en_US)");
     Action action;
     AddReading(app, action);
     AddPacking(app, action);
@@ -247,6 +248,7 @@ ExitCode RunCommandLine(std::vector<std::string> arguments)
     AddNew(app, action);
     AddBrowsing(app, action, TakeTerms(arguments));
     AddIndex(app, action);
+    MarkLiterals(arguments);
     try {
         std::reverse(arguments.begin(), arguments.end()); // as this parser takes them
         app.parse(std::move(arguments));
@@ -254,11 +256,7 @@ ExitCode RunCommandLine(std::vector<std::string> arguments)
         app.exit(asked);
         return ExitCode::kDone;
     } catch (const CLI::ParseError& error) {
-        const auto unknown = app.remaining();
-        ReportError((app.get_subcommands().empty() && !unknown.empty()
-                         ? "there is no command \"" + unknown.front() + '"'
-                         : error.what()) +
-                    std::string(" (see zelt --help)"));
+        ReportError(WhatIsWrong(app, error) + " (see zelt --help)");
         return ExitCode::kBadUsage;
     }
     if (!language.empty()) {

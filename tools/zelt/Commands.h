@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Errors.h"
+#include "Interrupt.h"
 
 #include <filesystem>
 #include <optional>
@@ -41,8 +42,8 @@ struct PackOptions {
     std::string file;
 };
 ExitCode RunPack(const PackOptions& options);
-/// Makes a package of a folder's files, with a progress bar. @throws FileError
-void PackFolder(const std::filesystem::path& directory, const std::string& file);
+/// Makes a package of a folder's files, with a progress bar. @throws FileError, Cancelled
+void PackFolder(const std::filesystem::path& directory, const std::string& file, const InterruptWatch& interrupt);
 
 struct ExtractOptions {
     std::string file;

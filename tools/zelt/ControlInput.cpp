@@ -86,6 +86,14 @@ std::string Switch(std::string_view input)
     Refuse(input, "on or off");
 }
 
+void NeedInRange(double number, double least, double most, bool force)
+{
+    if (!force && (number < least || number > most)) {
+        throw UsageError(ToJSON(number) + " is outside the range " + ToJSON(least) + " to " + ToJSON(most) +
+                         "; --force sets it all the same");
+    }
+}
+
 std::string Number(const ClientControl& control, std::string_view input, bool force)
 {
     const auto number = ParseNumber(input);
@@ -93,9 +101,8 @@ std::string Number(const ClientControl& control, std::string_view input, bool fo
         Refuse(input, "a number");
     }
     const auto* slider = dynamic_cast<const SliderControl*>(&control);
-    if (slider != nullptr && !force && (*number < slider->GetMinimum() || *number > slider->GetMaximum())) {
-        throw UsageError(ToJSON(*number) + " is outside the range " + ToJSON(slider->GetMinimum()) + " to " +
-                         ToJSON(slider->GetMaximum()) + "; --force sets it all the same");
+    if (slider != nullptr) {
+        NeedInRange(*number, slider->GetMinimum(), slider->GetMaximum(), force);
     }
     return ToJSON(*number);
 }
@@ -115,14 +122,17 @@ std::vector<double> ParseHexColour(std::string_view text)
     return text.empty() ? parts : std::vector<double>();
 }
 
-std::string Colour(const ClientControl& control, std::string_view input)
+std::string Colour(const ClientControl& control, std::string_view input, bool force)
 {
     std::vector<double> parts = input.starts_with('#') ? ParseHexColour(input) : ParseNumbers(input);
+    if (parts.size() != 3 && parts.size() != 4) {
+        Refuse(input, "a colour: r,g,b or r,g,b,a from 0 to 1, #RRGGBB or #RRGGBBAA");
+    }
+    for (const double part : parts) {
+        NeedInRange(part, 0, 1, force);
+    }
     if (parts.size() == 3) {
         parts.push_back(std::get<ColorRGBA>(control.GetVal()).alpha);
-    }
-    if (parts.size() != 4) {
-        Refuse(input, "a colour: r,g,b or r,g,b,a from 0 to 1, #RRGGBB or #RRGGBBAA");
     }
     return List(parts);
 }
@@ -196,7 +206,7 @@ std::string ValueAsJSON(const ClientControl& control, std::string_view input, bo
     case ClientControlType::kAngle:
         return Number(control, input, force);
     case ClientControlType::kColor:
-        return Colour(control, input);
+        return Colour(control, input, force);
     case ClientControlType::kPoint2D:
         return Point(input);
     case ClientControlType::kScale:

@@ -11,8 +11,9 @@ namespace zelt {
 
 /// One thing that is wrong with a template.
 struct Problem {
-    std::string code; ///< its kind, for machines: "MissingKey"
-    std::string text; ///< for people: what is wrong and where
+    std::string code;                  ///< its kind, for machines: "MissingKey"
+    std::string text;                  ///< for people: what is wrong and where
+    orvcapsule::UTF8String entry = {}; ///< the archive's entry that is refused or damaged
 };
 using Problems = std::vector<Problem>;
 

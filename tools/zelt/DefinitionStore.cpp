@@ -3,9 +3,10 @@
 #include "Definition.h"
 #include "Errors.h"
 #include "Output.h"
+#include "OutputFile.h"
+#include "Progress.h"
 #include "TempFolder.h"
 
-#include <orvcore/AtomicFile.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <package/CapsuleZip.h>
@@ -27,37 +28,18 @@ void StoreIn(const fs::path& package, std::string_view definition)
     }
 }
 
-// A copy beside its final place, which is removed unless it gets there.
-class DraftCopy {
-public:
-    DraftCopy(const fs::path& from, const fs::path& to)
-        : to_(to)
-        , draft_(orvcore::PrivateSibling(to))
-    {
-        orvcore::CopyOneFile(from, draft_);
+// A copy of a package with another definition. Errors are those of the package that is to be.
+void MakeDraft(const fs::path& source, const fs::path& draft, std::string_view definition, const std::string& to)
+{
+    try {
+        orvcore::CopyOneFile(source, draft);
+        StoreIn(draft, definition);
+    } catch (const FileError& error) {
+        throw FileError(to, error.what());
+    } catch (const fs::filesystem_error& error) {
+        throw FileError(to, error.code().message());
     }
-    DraftCopy(const DraftCopy&) = delete;
-    DraftCopy& operator=(const DraftCopy&) = delete;
-    ~DraftCopy()
-    {
-        orvcore::RemoveTree(draft_);
-    }
-    const fs::path& Path() const noexcept
-    {
-        return draft_;
-    }
-    void PutInPlace()
-    {
-        std::error_code error;
-        if (!orvcore::RenameOver(draft_, to_, error)) {
-            throw fs::filesystem_error("", to_, error);
-        }
-    }
-
-private:
-    fs::path to_;
-    fs::path draft_;
-};
+}
 
 } // namespace
 
@@ -69,22 +51,24 @@ void NeedReadable(const std::string& file, std::string_view definition)
     }
 }
 
-void StoreDefinition(const std::string& from, const std::string& to, std::string_view definition)
+void StoreDefinition(const std::string& from, const std::string& to, std::string_view definition,
+                     const InterruptWatch& interrupt)
 {
     const fs::path source = ToPath(from);
     const fs::path target = ToPath(to);
+    interrupt.Check();
     if (from == to || orvcore::IsSameFile(source, target)) {
+        const Progress progress("storing");
         return StoreIn(target, definition);
     }
-    try {
-        DraftCopy draft(source, target);
-        StoreIn(draft.Path(), definition);
-        draft.PutInPlace();
-    } catch (const FileError& error) {
-        throw FileError(to, error.what());
-    } catch (const fs::filesystem_error& error) {
-        throw FileError(to, error.code().message());
+    const TempFolder folder;
+    const fs::path draft = folder.Path() / u8"package.zelt";
+    {
+        const Progress progress("storing");
+        MakeDraft(source, draft, definition, to);
     }
+    interrupt.Check();
+    PutInPlace(draft, target);
 }
 
 } // namespace zelt

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <filesystem>
+#include "Interrupt.h"
+
 #include <string>
 #include <string_view>
 
@@ -10,7 +11,8 @@ namespace zelt {
 void NeedReadable(const std::string& file, std::string_view definition);
 
 /// Stores a definition in the package `from` and puts the result in the place of `to`, which may be the same file. No
-/// other entry's bytes change; on failure `to` is as it was. @throws FileError, std::filesystem::filesystem_error
-void StoreDefinition(const std::string& from, const std::string& to, std::string_view definition);
+/// other entry's bytes change; on failure `to` is as it was. @throws FileError, Cancelled
+void StoreDefinition(const std::string& from, const std::string& to, std::string_view definition,
+                     const InterruptWatch& interrupt);
 
 } // namespace zelt

@@ -1,9 +1,12 @@
 #include "Commands.h"
 #include "Output.h"
+#include "OutputFile.h"
+#include "Progress.h"
 #include "TempFolder.h"
 #include "Template.h"
 
 #include <orvcore/Application.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <package/PackageNames.h>
 
@@ -77,31 +80,41 @@ std::string Missing(const CapsuleZip& package, const std::string& what)
                     : failure.Reason();
 }
 
+Extracted NeedExtracted(const ExtractOptions& options, const fs::path& folder)
+{
+    const Progress progress("extracting");
+    const CapsuleZip package(ToPath(options.file));
+    auto extracted = Extract(package, options.what, folder);
+    if (!extracted) {
+        throw FileError(options.file, Missing(package, options.what));
+    }
+    return std::move(*extracted);
+}
+
+void Deliver(const fs::path& made, const fs::path& to)
+{
+    std::error_code unknown;
+    const auto size = orvcore::InspectTarget(made, unknown).size;
+    PutInPlace(made, to);
+    PrintLine(Printable(ToText(to)) + ": " + std::to_string(size) + " bytes");
+}
+
 } // namespace
 
 ExitCode RunExtract(const ExtractOptions& options)
 {
     return OnFile(options.file, [&] {
+        const InterruptWatch interrupt;
         const TempFolder folder;
-        const CapsuleZip package(ToPath(options.file));
-        const auto extracted = Extract(package, options.what, folder.Path());
-        if (!extracted) {
-            throw FileError(options.file, Missing(package, options.what));
-        }
+        const Extracted extracted = NeedExtracted(options, folder.Path());
+        interrupt.Check();
         fs::path output = ToPath(options.output);
         if (orvcore::IsDirectory(output) || !output.has_filename()) {
-            output /= extracted->file.filename();
+            output /= extracted.file.filename();
         }
-        try {
-            orvcore::CopyOneFile(extracted->file, output);
-            PrintLine(Printable(ToText(output)) + ": " + std::to_string(fs::file_size(output)) + " bytes");
-            if (extracted->sideFile) {
-                const fs::path beside = output.parent_path() / kSideFile;
-                orvcore::CopyOneFile(*extracted->sideFile, beside);
-                PrintLine(Printable(ToText(beside)) + ": " + std::to_string(fs::file_size(beside)) + " bytes");
-            }
-        } catch (const fs::filesystem_error& error) {
-            throw FileError(ToText(output), error.code().message());
+        Deliver(extracted.file, output);
+        if (extracted.sideFile) {
+            Deliver(*extracted.sideFile, output.parent_path() / kSideFile);
         }
     });
 }

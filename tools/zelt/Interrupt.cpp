@@ -1,5 +1,7 @@
 #include "Interrupt.h"
 
+#include "Errors.h"
+
 #include <atomic>
 #include <csignal>
 
@@ -38,6 +40,13 @@ InterruptWatch::~InterruptWatch()
 bool InterruptWatch::IsRaised() const noexcept
 {
     return raised;
+}
+
+void InterruptWatch::Check() const
+{
+    if (IsRaised()) {
+        throw Cancelled();
+    }
 }
 
 } // namespace zelt

@@ -13,6 +13,8 @@ public:
 
     /// True once the user has interrupted.
     bool IsRaised() const noexcept;
+    /// @throws Cancelled  once the user has interrupted
+    void Check() const;
 
 private:
     void (*before_)(int);

@@ -1,7 +1,10 @@
 #include "Commands.h"
 #include "DefinitionEditor.h"
 #include "DefinitionStore.h"
+#include "FolderFiles.h"
 #include "Output.h"
+#include "OutputFile.h"
+#include "Progress.h"
 #include "TempFolder.h"
 #include "Template.h"
 
@@ -9,7 +12,6 @@
 #include <capsule/Guid.h>
 #include <capsule/Serialization.h>
 #include <capsule/Versions.h>
-#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <package/PackageNames.h>
 
@@ -52,7 +54,8 @@ std::vector<Part> NamedParts(const NewOptions& options)
     for (const std::string& poster : options.localePosters) {
         const std::size_t equals = poster.find('=');
         const std::string locale = poster.substr(0, equals);
-        if (equals == poster.npos || locale.empty() || locale.find_first_of("/\\:") != locale.npos) {
+        if (equals == poster.npos || equals + 1 == poster.size() || locale.empty() ||
+            locale.find_first_of("/\\:") != locale.npos) {
             throw UsageError("--locale-poster: \"" + poster + "\" is not LOCALE=FILE");
         }
         parts.push_back({poster.substr(equals + 1), ToPath("thumb_" + locale + ".png")});
@@ -72,22 +75,23 @@ void CopyPart(const fs::path& from, const fs::path& to)
     }
 }
 
-// Lays the package's files out: those of the folder, and the named parts over them.
-void Stage(const NewOptions& options, const fs::path& output, const fs::path& stage)
+// Lays the package's files out: those of the folder, and the named parts over them. An earlier package in the folder is
+// no part of itself.
+void Stage(const NewOptions& options, const fs::path& stage, const InterruptWatch& interrupt)
 {
+    const Progress progress("copying");
     const fs::path directory = ToPath(options.directory);
     if (!orvcore::IsDirectory(directory)) {
         throw FileError(options.directory, "there is no such folder");
     }
-    orvcore::WalkFiles(directory, [&](const fs::path& file) {
-        if (!orvcore::IsSameFile(file, output)) { // an earlier package in the folder is no part of itself
-            const fs::path staged = stage / file.lexically_relative(directory);
-            orvcore::EnsureDirectory(staged.parent_path());
-            CopyPart(file, staged);
-        }
-        return true;
-    });
+    for (const fs::path& file : FilesToPack(directory, ToPath(options.output))) {
+        const fs::path staged = stage / file.lexically_relative(directory);
+        orvcore::EnsureDirectory(staged.parent_path());
+        CopyPart(file, staged);
+        interrupt.Check();
+    }
     for (const Part& part : NamedParts(options)) {
+        interrupt.Check();
         CopyPart(ToPath(part.source), stage / part.name);
     }
 }
@@ -140,18 +144,20 @@ bool WriteDefinition(const NewOptions& options, const fs::path& stage)
         editor.SetList(orvcapsule::CAPSULE_CONTROL_PLATFORMSUPPORT_STR, options.platforms);
     }
     NeedReadable(name, editor.Text());
+    orvcore::RemoveTree(file); // it has the rights of the one in the folder, which may be none to write
     WriteText(file, editor.Text());
     return true;
 }
 
 // Packs the stage and checks the result, before it takes its place. Errors are those of `output`.
-void MakeGood(const fs::path& stage, const fs::path& draft, const std::string& output)
+void MakeGood(const fs::path& stage, const fs::path& draft, const std::string& output, const InterruptWatch& interrupt)
 {
     try {
-        PackFolder(stage, ToText(draft));
+        PackFolder(stage, ToText(draft), interrupt);
     } catch (const FileError& error) {
         throw FileError(output, error.what());
     }
+    const Progress progress("checking");
     const Problems problems = CheckTemplate(ToText(draft));
     if (!problems.empty()) {
         throw FileError(output, problems.front().text);
@@ -164,17 +170,19 @@ ExitCode RunNew(const NewOptions& options)
 {
     bool understood = true;
     const ExitCode exit = OnFile(options.output, [&] {
+        const InterruptWatch interrupt;
         const TempFolder folder;
         const fs::path stage = folder.Path() / u8"package";
         orvcore::EnsureDirectory(stage);
-        Stage(options, ToPath(options.output), stage);
+        Stage(options, stage, interrupt);
         understood = WriteDefinition(options, stage);
         if (!understood) {
             return;
         }
         const fs::path draft = folder.Path() / u8"package.zelt";
-        MakeGood(stage, draft, options.output);
-        orvcore::CopyOneFile(draft, ToPath(options.output));
+        MakeGood(stage, draft, options.output, interrupt);
+        interrupt.Check();
+        PutInPlace(draft, ToPath(options.output));
         PrintLine(Printable(options.output) + ": made");
     });
     return understood ? exit : ExitCode::kBadUsage;

@@ -2,6 +2,7 @@
 
 #include <orvcore/CommandLine.h>
 #include <orvcore/Console.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/JSONTextWriter.h>
 #include <orvcore/Paths.h>
 
@@ -81,8 +82,15 @@ std::filesystem::path ToPath(std::string_view argument)
 std::filesystem::path ToFullPath(std::string_view argument)
 {
     const std::filesystem::path full = std::filesystem::absolute(ToPath(argument));
-    return std::find(full.begin(), full.end(), "..") == full.end() ? full.lexically_normal()
-                                                                   : std::filesystem::weakly_canonical(full);
+    if (std::find(full.begin(), full.end(), "..") == full.end()) {
+        return full.lexically_normal();
+    }
+    std::error_code failed;
+    std::filesystem::path real = orvcore::RealPath(full, failed);
+    if (failed) {
+        throw std::filesystem::filesystem_error("", full, failed);
+    }
+    return real;
 }
 
 std::string ToText(const std::filesystem::path& path)

@@ -29,7 +29,8 @@ std::string Count(std::size_t number, const std::string& noun);
 /// @name Paths of the command line, which are UTF-8
 /// @{
 std::filesystem::path ToPath(std::string_view argument);
-/// The full path, without "." in it. Where it holds "..", links are resolved: only so is that folder the one meant.
+/// The full path of what exists, without "." in it. Where it holds "..", links are resolved: only so is that folder the
+/// one meant.
 /// @throws std::filesystem::filesystem_error
 std::filesystem::path ToFullPath(std::string_view argument);
 std::string ToText(const std::filesystem::path& path);

@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Output.h"
+#include "OutputFile.h"
 #include "Progress.h"
 
 #include <orvcore/Files.h>
@@ -14,21 +15,24 @@ ExitCode RunPack(const PackOptions& options)
         if (!orvcore::IsDirectory(directory)) {
             throw FileError(options.directory, "there is no such folder");
         }
-        PackFolder(directory, options.file);
+        NeedReplaceable(ToPath(options.file));
+        PackFolder(directory, options.file, InterruptWatch());
         const orvcapsule::CapsuleZip package(ToPath(options.file));
         PrintLine(Printable(options.file) + ": " + Count(package.GetArchive().GetEntries().size(), "entry"));
     });
 }
 
-void PackFolder(const std::filesystem::path& directory, const std::string& file)
+void PackFolder(const std::filesystem::path& directory, const std::string& file, const InterruptWatch& interrupt)
 {
     Progress progress("packing");
     const orvcapsule::CapsuleZip package(ToPath(file));
     const auto report = [&](double fraction, void*) {
         progress.Set(fraction);
-        return true;
+        return !interrupt.IsRaised();
     };
     if (!package.Zip(directory, report, nullptr)) {
+        progress.Clear();
+        interrupt.Check();
         throw FileError(file, package.GetLastFailure().Reason());
     }
 }

@@ -28,12 +28,13 @@ ExitCode RunSet(const SetOptions& options)
     }
     bool understood = true;
     const ExitCode exit = OnFile(options.file, [&] {
+        const InterruptWatch interrupt;
         const std::string& output = options.output.empty() ? options.file : options.output;
         DefinitionEditor editor(orvcore::AsNarrow(NeedCapsule(options.file).text));
         understood = editor.Apply(edit, options.file);
         if (understood) {
             NeedReadable(options.file, editor.Text());
-            StoreDefinition(options.file, output, editor.Text());
+            StoreDefinition(options.file, output, editor.Text(), interrupt);
             PrintLine(Printable(output) + ": " + Describe(edit));
         }
     });

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <initializer_list>
+#include <utility>
 
 namespace zelt {
 
@@ -22,7 +23,20 @@ Problem FromFailure(const ZipFailure& failure)
     if (failure.error == ZipError::EntryMissing && failure.entry == orvcapsule::kJSONFileName) {
         return {"MissingDefinition", "there is no definition.json in it"};
     }
-    return {std::string(orvstorage::NameOf(failure.error)), failure.Reason()};
+    return {std::string(orvstorage::NameOf(failure.error)), failure.Reason(), failure.entry};
+}
+
+// Adds a problem that has not been told: what is wrong with an entry shows again in every way of reading it, and for
+// each of several entries of one name.
+void AddOnce(Problem problem, Problems& problems)
+{
+    const bool isKnown = std::any_of(problems.begin(), problems.end(), [&](const Problem& other) {
+        return other.code == problem.code && other.entry == problem.entry &&
+               (!problem.entry.empty() || other.text == problem.text);
+    });
+    if (!isKnown) {
+        problems.push_back(std::move(problem));
+    }
 }
 
 // Entries "stem.ext" and "stem_LOCALE.ext" with content count.
@@ -106,14 +120,11 @@ Problems CheckTemplate(const std::string& file)
     }
     Problems problems;
     for (const ZipFailure& failure : read.package.GetArchive().Check(true)) {
-        problems.push_back(FromFailure(failure));
+        AddOnce(FromFailure(failure), problems);
     }
     const Problems ofText = read.text.empty() ? read.definition.refusals : CheckDefinition(read.text);
     for (const Problem& problem : ofText) {
-        const auto isSame = [&](const Problem& other) { return other.text == problem.text; };
-        if (std::none_of(problems.begin(), problems.end(), isSame)) {
-            problems.push_back(problem);
-        }
+        AddOnce(problem, problems);
     }
     CheckParts(read.entries, problems);
     return problems;
