@@ -24,7 +24,7 @@ bool FromJSON(const serialization::Variant& tree, Record& record)
     return usable;
 }
 
-// Both functions of one record.
+// Both functions of one record. NOLINTNEXTLINE(bugprone-macro-parentheses)
 #define KINLET_RECORD_JSON(Record)                                                                                     \
     template ORVPLATFORM_API serialization::Variant ToJSON(const Record&);                                             \
     template ORVPLATFORM_API bool FromJSON(const serialization::Variant&, Record&)

@@ -128,7 +128,7 @@ Future<ResultCode> CopyDirectoryAsync(const fs::path& from, const fs::path& to, 
                                       std::function<bool(double)> progress, std::shared_ptr<CopyFailure> failure)
 {
     auto copy = std::make_shared<DirectoryCopy>(from, to, ifExists, std::move(progress), std::move(failure));
-    const Future<ResultCode> future = copy->GetFuture();
+    Future<ResultCode> future = copy->GetFuture();
     // Not on the workers for computing: one of them may be the one that waits for this copy.
     // A refused task is destroyed, and the future with it is cancelled.
     static_cast<void>(GetPreTerminationExecutor()->Post([copy] { copy->Run(); }));

@@ -160,9 +160,9 @@ public:
     {
         return state_ && state_->Settle(FutureStatus::Ready, [&] { state_->value.emplace(std::move(value)); });
     }
-    bool SetException(std::exception_ptr exception)
+    bool SetException(const std::exception_ptr& exception)
     {
-        return state_ && state_->Settle(FutureStatus::Failed, [&] { state_->exception = std::move(exception); });
+        return state_ && state_->Settle(FutureStatus::Failed, [&] { state_->exception = exception; });
     }
     bool Cancel()
     {

@@ -142,7 +142,7 @@ fs::path FullFolderPath(const fs::path& folder)
 {
     std::error_code error;
     fs::path full = folder.empty() ? folder : fs::absolute(folder, error);
-    return WithoutClosingSeparators(error ? folder : std::move(full));
+    return WithoutClosingSeparators(error ? folder : full);
 }
 
 bool IsSamePath(const fs::path& one, const fs::path& other)

@@ -82,6 +82,7 @@ Browser::Entries Browser::List(bool progressive)
 Browser::Texts Browser::Search(const std::vector<std::string>& terms)
 {
     std::vector<orvcore::UTF16String> wide;
+    wide.reserve(terms.size());
     for (const std::string& term : terms) {
         wide.push_back(orvcore::ToUTF16(term));
     }

@@ -270,6 +270,7 @@ struct Codec<std::map<UTF16String, T>> {
     {
         // The map is ordered by UTF-16 code units, JSON keys by UTF-8 bytes; the two differ past the surrogates.
         std::vector<std::pair<std::string, const T*>> members;
+        members.reserve(value.size());
         for (const auto& [key, member] : value) {
             members.emplace_back(ToNarrow(key), &member);
         }

@@ -180,7 +180,7 @@ ArchiveHandle Open(std::unique_ptr<Source> source, int flags, ZipFailure& failur
     zip_source_t* zipSource = zip_source_function_create(CallSource<Source>, source.get(), &error);
     ArchiveHandle handle;
     if (zipSource != nullptr) {
-        source.release(); // owned by zipSource now
+        static_cast<void>(source.release()); // owned by zipSource now
         handle.reset(zip_open_from_source(zipSource, flags, &error));
         if (!handle) {
             zip_source_free(zipSource);

@@ -157,7 +157,7 @@ zip_source_t* MakeItemSource(const PackItem& item, ItemForm form, PackProgress& 
     auto source = std::make_unique<ItemSource>(item, form, progress);
     zip_source_t* made = zip_source_function_create(CallSource<ItemSource>, source.get(), nullptr);
     if (made != nullptr) {
-        source.release(); // owned by `made` now
+        static_cast<void>(source.release()); // owned by `made` now
     }
     return made;
 }
