@@ -30,7 +30,7 @@ TEST(MainThread, CallsOfEachThreadKeepTheirOrder)
     std::thread second(queueAll, 1);
     std::size_t ran = 0;
     while (ran < 2 * kCalls) {
-        ASSERT_TRUE(orvcore::WaitForMainThreadCalls(10s));
+        ASSERT_TRUE(orvcore::WaitForMainThreadCalls(120s));
         ran += RunMainThreadCalls();
     }
     first.join();
