@@ -152,9 +152,11 @@ TEST_F(CancelTest, ARelistingCancelledHalfwayLosesNoTemplate)
         names.push_back(u"template " + orvcore::ToUTF16(std::to_string(i)));
     }
     const auto big = Add("big", names);
+    folder.Write("changed.zelt", "");
+    big->entries.back()->path = orvcore::PathToUTF8(folder / "changed.zelt");
     manager->RequestDefaultGraphicSet({}, false);
     Flush();
-    manager->LocalDirectoryChanged("big", u8"/", {big->entries[0]->path, big->entries[kEntries - 1]->path});
+    manager->LocalDirectoryChanged("big", u8"/", {big->entries.back()->path});
     big->listed.AwaitAtLeast(2 * kEntries); // from here on the index is changed
     manager->Abort();
     Flush();
