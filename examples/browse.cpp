@@ -2,6 +2,7 @@
 // runs the library's main-thread calls itself. docs/hosting.md tells what a larger host adds.
 
 #include <manager/GraphicSourceManager.h>
+#include <orvcore/CommandLine.h>
 #include <orvcore/Files.h>
 #include <orvcore/MainThread.h>
 #include <orvcore/Paths.h>
@@ -65,22 +66,22 @@ void Search(GraphicSourceManager& manager, const std::vector<orvcore::UTF16Strin
 
 int main(int argc, char** argv)
 {
-    if (argc < 2) {
+    const std::vector<std::string> arguments = orvcore::UTF8Arguments(argc, argv);
+    if (arguments.size() < 2) {
         std::cerr << "usage: browse FOLDER [TERM...]\n";
         return 2;
     }
-    const std::filesystem::path folder = argv[1];
+    const orvcore::UTF16String folder = orvcore::ToUTF16(std::string_view(arguments[1]));
     std::vector<orvcore::UTF16String> terms;
-    for (int i = 2; i < argc; ++i) {
-        terms.push_back(
-            orvcore::PathToUTF16(argv[i])); // as a path, an argument is converted from the system's encoding
+    for (std::size_t i = 2; i < arguments.size(); ++i) {
+        terms.push_back(orvcore::ToUTF16(std::string_view(arguments[i])));
     }
 
     // A real host keeps its index from one start to the next, in its own data folder.
     const std::filesystem::path data = orvcore::CreatePrivateDirectory(u8"orvcapsule-browse");
     const auto manager = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(data / "index.db"));
     manager->AddGraphicSource(std::make_shared<orvcapsule::LocalGraphicsSource>(
-        orvcore::PathToUTF16(folder), std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>{}));
+        folder, std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>{}));
     List(*manager);
     if (!terms.empty()) {
         Search(*manager, terms);

@@ -3,7 +3,6 @@
 #include <manager/detail/Delivery.h>
 #include <manager/detail/IndexEntries.h>
 #include <manager/detail/RequestProgress.h>
-#include <sources/SearchIndex.h>
 
 #include <algorithm>
 #include <optional>
@@ -143,7 +142,7 @@ void GraphicSourceManager::ListSources(const TokenPtr& token, const Callbacks& c
         return; // an older listing must not empty what a newer one is about to fill
     }
     std::optional<detail::ProgressEnd> end(std::in_place, *token);
-    ClearRapidFindDB({});
+    index_->Clear({});
     EntryList all;
     double progress = 0;
     for (const auto& source : sources) {
@@ -152,7 +151,7 @@ void GraphicSourceManager::ListSources(const TokenPtr& token, const Callbacks& c
             return;
         }
         detail::MoveProgress(*token, progress);
-        detail::IndexEntries(entries, *token);
+        detail::IndexEntries(*index_, entries, *token);
         all.insert(all.end(), entries.begin(), entries.end());
         const int delivered = static_cast<int>(all.size());
         const int expected = source == sources.back() ? delivered : -1;

@@ -1,6 +1,7 @@
 #include <manager/GraphicSourceManager.h>
 
 #include <sources/SearchIndex.h>
+#include <sources/detail/IndexSession.h>
 
 #include <orvcore/AsyncThreadedSubExecutor.h>
 #include <orvcore/Executor.h>
@@ -29,6 +30,7 @@ GraphicSourceManager::GraphicSourceManager(const orvcore::UTF16String& databaseP
     if (!databasePath_.empty()) {
         InitializeRapidFindDB(databasePath_);
     }
+    index_ = std::make_unique<const detail::IndexSession>();
     sort_ = std::make_shared<SortFunction>(NameIsLess);
 }
 

@@ -20,6 +20,10 @@ class AsyncThreadedSubExecutor;
 
 namespace orvcapsule {
 
+namespace detail {
+class IndexSession;
+}
+
 /// What a request is to list of one source.
 struct GraphicSourceState {
     std::string sourceID;                         ///< one of the source identifiers (SourceNames.h)
@@ -104,8 +108,9 @@ public:
     /// Searches. Index mode: the database callback receives the paths of the templates that every term finds.
     void RequestGraphics(const std::vector<orvcore::UTF16String>& terms);
     /// Lists everything. Index mode: the search index is emptied and filled anew; the partial-completion callback
-    /// receives each source's entries, then the local-request callback all of them, sorted. With `showProgress` each
-    /// source lists the folders that `states` names for it and the host's progress display shows it.
+    /// receives each source's entries, then the local-request callback all of them, sorted. With `showProgress` the
+    /// host's progress display shows it, and each source is handed the folders that `states` names for it; the local
+    /// folder source lists all of its own whatever they are.
     void RequestDefaultGraphicSet(const std::vector<GraphicSourceState>& states, bool showProgress);
     /// Suggests tags (index mode only): the tag callback receives those that hold a word beginning with `text`.
     void RequestSimilarTags(const orvcore::UTF16String& text);
@@ -132,7 +137,7 @@ public:
     /// host's progress display shows it, and why when it was cancelled.
     void LocalDirectoryChanged(const std::string& sourceID, const orvcore::UTF8String& directory,
                                const std::vector<orvcore::UTF8String>& files);
-    /// The folders that the local sources look into. Walks them on this thread.
+    /// The folders that the local sources look into. Walks them on this thread. What a source throws passes.
     std::set<orvcore::UTF8String> GetLocalDirectories() const;
     /// The path of an entry's still preview, made now by the entry's source if need be; may block. Empty when there is
     /// none, no source made the entry, or `token` (which may be empty) was aborted. Any thread. What the source throws
@@ -188,6 +193,7 @@ private:
     Callbacks callbacks_;
     orvcore::UTF16String databasePath_; // the main thread's; the tasks look at hasIndex_
     std::atomic<bool> hasIndex_;
+    std::unique_ptr<const detail::IndexSession> index_; // what tasks change the index through; never changes
     TokenPtr graphicsToken_;
     TokenPtr defaultSetToken_;
     TokenPtr indexSearchToken_;

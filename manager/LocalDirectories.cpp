@@ -4,7 +4,6 @@
 #include <manager/detail/IndexEntries.h>
 #include <manager/detail/RequestProgress.h>
 #include <sources/LocalGraphicsSource.h>
-#include <sources/SearchIndex.h>
 #include <sources/SourceNames.h>
 
 #include <orvcore/Files.h>
@@ -16,24 +15,25 @@ namespace orvcapsule {
 
 namespace {
 
-// What the index knew of changed and of listed files gives way to what was found. Of a cancelled relisting only the
-// files that are gone leave the index: whatever replaced it may not name them again.
-void ReplaceIndexed(const std::vector<orvcore::UTF8String>& files, const GraphicSourceManager::EntryList& entries,
-                    CheckCancel& token)
+// What the index knew of changed and of listed files gives way to what was found: of files that were not listed at
+// once, of the others entry by entry. Of a cancelled relisting only the files that are gone leave the index: whatever
+// replaced it may not name them again.
+void ReplaceIndexed(const detail::IndexSession& index, const std::vector<orvcore::UTF8String>& files,
+                    const GraphicSourceManager::EntryList& entries, CheckCancel& token)
 {
     const bool cancelled = token.GetAbort();
+    std::set<orvcore::UTF8String> listed;
+    for (const GraphicSourceManager::EntryPtr& entry : entries) {
+        listed.insert(entry->path);
+    }
     std::vector<orvcore::UTF8String> paths;
-    std::copy_if(files.begin(), files.end(), std::back_inserter(paths), [cancelled](const orvcore::UTF8String& file) {
-        return !cancelled || !orvcore::Exists(orvcore::PathFromUTF8(file));
+    std::copy_if(files.begin(), files.end(), std::back_inserter(paths), [&](const orvcore::UTF8String& file) {
+        return cancelled ? !orvcore::Exists(orvcore::PathFromUTF8(file)) : listed.count(file) == 0;
     });
-    if (!cancelled) {
-        std::transform(entries.begin(), entries.end(), std::back_inserter(paths),
-                       [](const GraphicSourceManager::EntryPtr& entry) { return entry->path; });
-    }
     if (!paths.empty()) { // no paths would mean all
-        ClearRapidFindDB(paths);
+        index.Clear(paths);
     }
-    detail::IndexEntries(entries, token);
+    detail::ReindexEntries(index, entries, token);
 }
 
 // What the source tells last of whether more follows. A source that fails contributes nothing.
@@ -122,7 +122,7 @@ void GraphicSourceManager::GetLocalGraphicsFromDirectory(const std::string& sour
         if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
             last = ListFolder(*local, orvcore::ToUTF16(directory), token, entries);
         }
-        ReplaceIndexed(files, entries, *token);
+        ReplaceIndexed(*index_, files, entries, *token);
     }
     orvcore::AsyncCallFromMainThread([entries = std::move(entries), directory, last, token, callback] {
         if (token->GetAbort()) {

@@ -5,11 +5,13 @@
 #include <package/detail/SafeFileName.h>
 
 #include <orvcore/Application.h>
+#include <orvcore/AtomicFile.h>
 #include <orvcore/Executor.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 
 #include <atomic>
+#include <chrono>
 #include <vector>
 
 namespace orvcapsule {
@@ -19,6 +21,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uint64_t kSizeLimitBytes = 314572800;
+constexpr std::chrono::hours kLongestMaking{1};
 constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
 
 fs::path WorkingFolder(bool local)
@@ -79,22 +82,32 @@ void DeleteWorkingFolder(const fs::path& folder, const fs::path& marker)
     }
 }
 
+void ThrowIf(const std::error_code& error, const fs::path& path)
+{
+    if (error) {
+        throw fs::filesystem_error("cannot tell the size of a working folder", path, error);
+    }
+}
+
 // Adds up the sizes of the files below `folder`; ends early when `total` passes the limit or the process ends.
 void AddSizes(const fs::path& folder, std::uint64_t limit, std::uint64_t& total)
 {
-    std::error_code ignored;
+    std::error_code error;
     const auto add = [&](const fs::path& path, orvcore::FileKind kind) {
         if (kind == orvcore::FileKind::Directory) {
             AddSizes(path, limit, total);
         } else if (kind == orvcore::FileKind::File && path.filename().native().front() != '.') {
-            total += orvcore::InspectPath(path, ignored).size;
+            std::error_code ofFile;
+            total += orvcore::InspectPath(path, ofFile).size;
+            ThrowIf(ofFile, path);
         }
         return total <= limit && !orvcore::IsTerminating();
     };
-    orvcore::ReadDirectory(folder, add, ignored);
+    orvcore::ReadDirectory(folder, add, error);
+    ThrowIf(error, folder);
 }
 
-// Runs in the background beside programs that write into the folder; any surprise ends it.
+// Runs in the background beside programs that write into the folder; any surprise ends it without a marker.
 void MarkIfLarger(std::uint64_t limit, const fs::path& folder, const fs::path& marker) noexcept
 {
     try {
@@ -108,8 +121,40 @@ void MarkIfLarger(std::uint64_t limit, const fs::path& folder, const fs::path& m
     }
 }
 
-void Cleanup(std::uint64_t limit, const fs::path& folder)
+// Files that a program was making when it was killed. They do not count for the size of the folder, which would grow
+// with them for good. What is younger may be in the making right now.
+void RemoveAbandoned(const fs::path& folder)
 {
+    std::error_code error;
+    std::vector<fs::path> abandoned;
+    const orvcore::FileTime young =
+        std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) - kLongestMaking;
+    const auto collect = [&](const fs::path& path, orvcore::FileKind kind) {
+        if (kind == orvcore::FileKind::File && orvcore::IsPrivateName(path.filename()) &&
+            orvcore::InspectPath(path, error).modified < young && !error) {
+            abandoned.push_back(path);
+        }
+        return true;
+    };
+    std::error_code ignored;
+    orvcore::ReadDirectory(folder, collect, ignored);
+    for (const fs::path& path : abandoned) {
+        orvcore::RemoveOne(path, ignored);
+    }
+}
+
+// The lock lies beside the folder, which a closing separator would hide.
+fs::path WithoutClosingSeparators(fs::path folder)
+{
+    while (!folder.has_filename() && folder.has_relative_path()) {
+        folder = folder.parent_path();
+    }
+    return folder.make_preferred();
+}
+
+void Cleanup(std::uint64_t limit, const fs::path& named)
+{
+    const fs::path folder = WithoutClosingSeparators(named);
     if (!orvcore::Exists(folder)) {
         return;
     }
@@ -141,6 +186,7 @@ void InitTempDirectory(bool local)
     }
     detail::MakeFolderLock(folder);
     Cleanup(kSizeLimitBytes, folder);
+    detail::WithFolderToOneself(folder, [&folder] { RemoveAbandoned(folder); });
     detail::HoldFolder(folder);
     orvcore::EnsureDirectory(folder);
 }

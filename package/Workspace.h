@@ -14,7 +14,8 @@ namespace orvcapsule {
 /// down as an empty file "cleanupRequest" inside it.
 ///
 /// A folder is never deleted while a process that initialised it still runs: each holds a lock (a file
-/// "ProBrowser.lock" or "ProStock.lock" beside the folder) until it ends.
+/// "ProBrowser.lock" or "ProStock.lock" beside the folder) until it ends. Half-made files that a killed process left
+/// are removed by the next that initialises the folder and is alone in it.
 
 /// Prepares the local working folder (`local`) or the stock one: deletes it if that was asked for, starts the search
 /// for its size, and makes sure that it exists. Only the first call for a folder in a process does anything.

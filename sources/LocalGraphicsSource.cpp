@@ -84,11 +84,8 @@ std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
     if (!root_.empty()) {
         directories.insert(orvcore::PathToUTF8(root_));
     }
-    try {
-        for (const auto& found : detail::FindPackages(root_, Depth::AllBelow, [] { return false; }).folders) {
-            directories.insert(orvcore::PathToUTF8(found.folder));
-        }
-    } catch (const fs::filesystem_error&) { // a root that cannot be listed is still one
+    for (const auto& found : detail::FindPackages(root_, Depth::AllBelow, [] { return false; }).folders) {
+        directories.insert(orvcore::PathToUTF8(found.folder));
     }
     for (const auto& [name, path] : customDirectories_) {
         if (orvcore::IsDirectory(orvcore::PathFromUTF8(path))) {

@@ -52,8 +52,8 @@ public:
     /// by name and, where names are equal, by path, both in byte order.
     void GetFilter(GraphicFilterID& filter) override;
     /// The root folder, every folder below it that directly holds a template, and the custom directories that exist.
-    /// Absolute paths without closing separator, but the custom directories as they were given. Throws nothing for the
-    /// file system's sake.
+    /// Absolute paths without closing separator, but the custom directories as they were given. Throws when the root
+    /// folder exists but cannot be listed, or when the process runs out of files or memory.
     std::set<orvcore::UTF8String> GetDirectories() const override;
     /// A PNG file. The preview of the package as it stands now, or of a package that is gone if it was extracted
     /// before.

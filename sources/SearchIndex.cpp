@@ -5,12 +5,16 @@
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
 #include <orvstorage/SQLiteCodes.h>
+#include <sources/detail/IndexSession.h>
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 namespace orvcapsule {
@@ -21,34 +25,73 @@ using orvmetadatadb::RapidFindDB;
 using Handle = std::shared_ptr<RapidFindDB>;
 
 constexpr int kMostTags = 100;
+constexpr std::chrono::seconds kPatience{2};
 
 struct Singleton {
     std::mutex mutex;
     Handle handle;
+    std::uint64_t session = 1; // how often the index was closed, and one
+    std::size_t open = 0;      // databases, those included that a running call still keeps from closing
+    std::condition_variable closed;
 };
 
+// Never destroyed: a worker may be in the index while the process exits.
 Singleton& TheSingleton()
 {
-    static Singleton singleton;
+    static Singleton& singleton = *new Singleton;
     return singleton;
 }
 
-// Each call works on a copy: the database closes when the last one goes, never under a running call.
-Handle TheDatabase()
+std::uint64_t ThisSession()
 {
     const std::lock_guard lock(TheSingleton().mutex);
-    return TheSingleton().handle;
+    return TheSingleton().session;
+}
+
+// Each call works on a copy: the database closes when the last one goes, never under a running call.
+Handle TheDatabase(std::optional<std::uint64_t> session)
+{
+    const std::lock_guard lock(TheSingleton().mutex);
+    return !session || *session == TheSingleton().session ? TheSingleton().handle : nullptr;
+}
+
+Handle MakeDatabase()
+{
+    auto database = std::make_unique<RapidFindDB>();
+    {
+        const std::lock_guard lock(TheSingleton().mutex);
+        ++TheSingleton().open;
+    }
+    const auto close = [](const RapidFindDB* closing) {
+        delete closing;
+        {
+            const std::lock_guard lock(TheSingleton().mutex);
+            --TheSingleton().open;
+        }
+        TheSingleton().closed.notify_all();
+    };
+    return Handle(database.release(), close);
 }
 
 Handle ExchangeDatabase(Handle handle)
 {
     const std::lock_guard lock(TheSingleton().mutex);
+    TheSingleton().session += handle ? 0U : 1U;
     return std::exchange(TheSingleton().handle, std::move(handle));
+}
+
+// Until no call is left in a database that was replaced or closed: what it still writes into the same file must come
+// before what the new one writes. Such a call was interrupted and soon ends.
+void AwaitEarlierDatabases()
+{
+    Singleton& singleton = TheSingleton();
+    std::unique_lock lock(singleton.mutex);
+    singleton.closed.wait_for(lock, kPatience, [&] { return singleton.open <= 1; });
 }
 
 const std::vector<orvcore::UTF16String>& Tables()
 {
-    static const std::vector<orvcore::UTF16String> tables = {u"nametable"};
+    static const auto& tables = *new std::vector<orvcore::UTF16String>{u"nametable"};
     return tables;
 }
 
@@ -75,10 +118,10 @@ Health CheckHealth(const RapidFindDB& database, bool succeeded)
 // Runs `operation` on the database, if there is one. Searching is a convenience: whatever goes wrong in it (memory
 // running out, say) ends the operation and not the host.
 template <class Operation>
-void OnDatabase(Operation&& operation) noexcept
+void OnDatabase(std::optional<std::uint64_t> session, Operation&& operation) noexcept
 {
     try {
-        if (const Handle database = TheDatabase()) {
+        if (const Handle database = TheDatabase(session)) {
             operation(*database);
         }
     } catch (...) {
@@ -103,24 +146,13 @@ void Prepare(RapidFindDB& database, const orvcore::UTF16String& path)
     database.UpdateTable(Tables());
 }
 
-} // namespace
-
-void InitializeRapidFindDB(const orvcore::UTF16String& path)
-{
-    try {
-        auto database = std::make_shared<RapidFindDB>();
-        Release(ExchangeDatabase(database));
-        Prepare(*database, path);
-    } catch (...) {
-    }
-}
-
-void InsertRow(const orvcore::UTF8String& path, const orvcore::UTF8String& text)
+void Insert(std::optional<std::uint64_t> session, const orvcore::UTF8String& path,
+            const orvcore::UTF8String& text) noexcept
 {
     if (path.empty() || text.empty()) {
         return;
     }
-    OnDatabase([&](RapidFindDB& database) {
+    OnDatabase(session, [&](RapidFindDB& database) {
         const auto key = orvmetadatadb::FixEscapeSequences(orvcore::ToUTF16(path));
         const bool inserted = Succeeded(database.InsertRow(key, {orvcore::ToUTF16(text)}));
         if (!inserted) {
@@ -129,12 +161,62 @@ void InsertRow(const orvcore::UTF8String& path, const orvcore::UTF8String& text)
     });
 }
 
+void ClearPaths(std::optional<std::uint64_t> session, const std::vector<orvcore::UTF8String>& paths) noexcept
+{
+    OnDatabase(session, [&](RapidFindDB& database) {
+        if (paths.empty()) {
+            database.DeleteTable();
+            database.UpdateTable(Tables());
+        }
+        for (const orvcore::UTF8String& path : paths) {
+            database.DeleteRow(orvmetadatadb::FixEscapeSequences(orvcore::ToUTF16(path)));
+        }
+    });
+}
+
+} // namespace
+
+namespace detail {
+
+IndexSession::IndexSession()
+    : number_(ThisSession())
+{
+}
+
+void IndexSession::InsertRow(const orvcore::UTF8String& path, const orvcore::UTF8String& text) const
+{
+    Insert(number_, path, text);
+}
+
+void IndexSession::Clear(const std::vector<orvcore::UTF8String>& paths) const
+{
+    ClearPaths(number_, paths);
+}
+
+} // namespace detail
+
+void InitializeRapidFindDB(const orvcore::UTF16String& path)
+{
+    try {
+        const Handle database = MakeDatabase();
+        Release(ExchangeDatabase(database));
+        AwaitEarlierDatabases();
+        Prepare(*database, path);
+    } catch (...) {
+    }
+}
+
+void InsertRow(const orvcore::UTF8String& path, const orvcore::UTF8String& text)
+{
+    Insert(std::nullopt, path, text);
+}
+
 void QueryRapidFindDB(const std::vector<orvcore::UTF16String>& terms, std::set<orvcore::UTF16String>& matches)
 {
     if (terms.empty()) {
         return;
     }
-    OnDatabase([&](RapidFindDB& database) {
+    OnDatabase(std::nullopt, [&](RapidFindDB& database) {
         std::vector<orvmetadatadb::MatchCondition> conditions;
         conditions.reserve(terms.size());
         for (const orvcore::UTF16String& term : terms) {
@@ -154,7 +236,7 @@ void QueryRapidFindDB(const std::vector<orvcore::UTF16String>& terms, std::set<o
 
 void GetTags(const orvcore::UTF16String& prefix, std::set<orvcore::UTF16String>& tags)
 {
-    OnDatabase([&](RapidFindDB& database) {
+    OnDatabase(std::nullopt, [&](RapidFindDB& database) {
         std::vector<orvmetadatadb::SimilarItem> items;
         const bool found = Succeeded(database.GetSimilarList(prefix, kMostTags, Tables(), items, 0));
         for (const orvmetadatadb::SimilarItem& item : items) {
@@ -168,15 +250,7 @@ void GetTags(const orvcore::UTF16String& prefix, std::set<orvcore::UTF16String>&
 
 void ClearRapidFindDB(const std::vector<orvcore::UTF8String>& paths)
 {
-    OnDatabase([&](RapidFindDB& database) {
-        if (paths.empty()) {
-            database.DeleteTable();
-            database.UpdateTable(Tables());
-        }
-        for (const orvcore::UTF8String& path : paths) {
-            database.DeleteRow(orvmetadatadb::FixEscapeSequences(orvcore::ToUTF16(path)));
-        }
-    });
+    ClearPaths(std::nullopt, paths);
 }
 
 void TerminateRapidFindDB()

@@ -18,10 +18,10 @@ namespace orvcapsule {
 /// finds.
 /// @{
 
-/// Opens or creates the index at `path`, replacing the one in use. A file that is damaged beyond use is kept beside it
-/// with
-/// ".damaged" appended to its name and an empty one is made; a file that cannot be used (locked, not writable, not a
-/// search index) is left as it is, and the host goes on without search. Meant to run once, before the first search.
+/// Opens or creates the index at `path`, replacing the one in use; calls that still run in that one are interrupted and
+/// waited for, at most two seconds. A file that is damaged beyond use is kept beside it with ".damaged" appended to its
+/// name and an empty one is made; a file that cannot be used (locked, not writable, not a search index) is left as it
+/// is, and the host goes on without search. Meant to run once, before the first search.
 ORVCAPSULE_API void InitializeRapidFindDB(const orvcore::UTF16String& path);
 
 /// Adds `text` to what finds the template at `path`; a row that is there already stays one. Nothing happens when either

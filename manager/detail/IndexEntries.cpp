@@ -1,19 +1,49 @@
 #include <manager/detail/IndexEntries.h>
 
-#include <sources/SearchIndex.h>
+#include <algorithm>
 
 namespace orvcapsule::detail {
 
-void IndexEntries(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries, CheckCancel& token)
+namespace {
+
+// Ends before a text for which `stop` is true; false then.
+template <class Stop>
+bool IndexTexts(const IndexSession& index, const CapsuleEntry& entry, Stop&& stop)
 {
-    for (const boost::shared_ptr<CapsuleEntry>& entry : entries) {
+    if (stop()) {
+        return false;
+    }
+    index.InsertRow(entry.path, orvcore::ToUTF8(entry.name));
+    const std::size_t count = std::min(entry.tags.size(), kMostIndexedTags);
+    return std::all_of(entry.tags.begin(), entry.tags.begin() + static_cast<std::ptrdiff_t>(count),
+                       [&](const orvcore::UTF16String& tag) {
+                           if (stop()) {
+                               return false;
+                           }
+                           index.InsertRow(entry.path, orvcore::ToUTF8(tag));
+                           return true;
+                       });
+}
+
+} // namespace
+
+void IndexEntries(const IndexSession& index, const EntryList& entries, CheckCancel& token)
+{
+    for (const auto& entry : entries) {
+        if (!IndexTexts(index, *entry, [&] { return token.GetAbort(); })) {
+            return;
+        }
+    }
+}
+
+void ReindexEntries(const IndexSession& index, const EntryList& entries, CheckCancel& token)
+{
+    for (const auto& entry : entries) {
         if (token.GetAbort()) {
             return;
         }
-        InsertRow(entry->path, orvcore::ToUTF8(entry->name));
-        for (const orvcore::UTF16String& tag : entry->tags) {
-            InsertRow(entry->path, orvcore::ToUTF8(tag));
-        }
+        index.Clear({entry->path});
+        IndexTexts(index, *entry, [] { return false; });
     }
 }
 

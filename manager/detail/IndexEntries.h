@@ -2,14 +2,27 @@
 
 #include <sources/CapsuleEntry.h>
 #include <sources/CheckCancel.h>
+#include <sources/detail/IndexSession.h>
 
 #include <boost/shared_ptr.hpp>
 
+#include <cstddef>
 #include <vector>
 
 namespace orvcapsule::detail {
 
-/// Adds the entries' texts, the display name and each tag, to the search index; ends early when the token is aborted.
-void IndexEntries(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries, CheckCancel& token);
+using EntryList = std::vector<boost::shared_ptr<CapsuleEntry>>;
+
+/// Of an entry's tags the first so many are indexed: no template has more in earnest, and one that does must not hold
+/// up the others.
+inline constexpr std::size_t kMostIndexedTags = 4096;
+
+/// Adds the entries' texts, the display name and each tag, to the search index; ends early, between any two texts, when
+/// the token is aborted.
+void IndexEntries(const IndexSession& index, const EntryList& entries, CheckCancel& token);
+
+/// Puts the entries' texts in the place of those the index has of them, entry by entry; ends early, between two
+/// entries, when the token is aborted. So an entry is found by what it was or by what it is.
+void ReindexEntries(const IndexSession& index, const EntryList& entries, CheckCancel& token);
 
 } // namespace orvcapsule::detail

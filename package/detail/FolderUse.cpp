@@ -29,6 +29,12 @@ std::filesystem::path LockPath(std::filesystem::path folder)
     return folder += ".lock";
 }
 
+// Who asks for the folder to itself must give up its own hold for a moment, and so must not meet another who asks.
+std::filesystem::path AskingPath(std::filesystem::path folder)
+{
+    return folder += ".ask.lock";
+}
+
 } // namespace
 
 void MakeFolderLock(const std::filesystem::path& folder)
@@ -58,6 +64,10 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
     if (!holds && !orvcore::Exists(LockPath(folder))) {
         action();
         return true;
+    }
+    const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
+    if (!asking || !asking->TryExclusive()) {
+        return false;
     }
     const auto other = holds ? nullptr : orvcore::FileLock::Open(LockPath(folder), false);
     orvcore::FileLock* const lock = holds ? own->second.get() : other.get();

@@ -84,7 +84,7 @@ bool ObjectHasProperty(const Variant& value, std::u8string_view key)
 
 const Variant& GetVariantInObject(const Variant& value, std::u8string_view key)
 {
-    static const Variant nothing;
+    static const Variant& nothing = *new Variant; // never destroyed: a worker may hold it while the process exits
     if (const Object* object = AsObject(value)) {
         if (const auto found = object->find(UTF8String(key)); found != object->end()) {
             return found->second ? *found->second : nothing;

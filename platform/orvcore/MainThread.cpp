@@ -57,26 +57,50 @@ public:
 
     void SetDispatcher(MainThreadDispatcher dispatcher)
     {
-        auto shared = std::make_shared<const MainThreadDispatcher>(std::move(dispatcher));
+        auto installed = std::make_shared<Installed>(Installed{std::move(dispatcher)});
         {
             const std::lock_guard lock(mutex_);
-            dispatcher_.swap(shared);
+            dispatcher_.swap(installed);
             dispatched_ = false;
         }
+        AwaitReturn(installed);
         Dispatch();
     }
 
-    void SetAccepting(bool accepting)
+    void Stop()
     {
         std::deque<OneTimeInvocation> dropped; // destroyed outside the lock
-        const std::lock_guard lock(mutex_);
-        accepting_ = accepting;
-        if (!accepting) {
+        std::shared_ptr<Installed> installed;
+        {
+            const std::lock_guard lock(mutex_);
+            accepting_ = false;
             dropped.swap(calls_);
+            installed = dispatcher_;
         }
+        AwaitReturn(installed);
+    }
+
+    void Start()
+    {
+        const std::lock_guard lock(mutex_);
+        accepting_ = true;
     }
 
 private:
+    struct Installed {
+        MainThreadDispatcher call;
+        std::size_t running = 0; // calls under way, guarded by the queue's mutex
+    };
+
+    // Until no other thread is inside the dispatcher. From inside one nothing is waited for: it may be the same.
+    void AwaitReturn(const std::shared_ptr<Installed>& installed)
+    {
+        std::unique_lock lock(mutex_);
+        if (installed && dispatchersOnThisThread == 0) {
+            returned_.wait(lock, [&] { return installed->running == 0; });
+        }
+    }
+
     // The number of the first call that this run leaves to the next.
     std::uint64_t BeginRun()
     {
@@ -98,26 +122,54 @@ private:
 
     void Dispatch()
     {
-        std::shared_ptr<const MainThreadDispatcher> dispatcher;
+        std::shared_ptr<Installed> dispatcher;
         {
             const std::lock_guard lock(mutex_);
-            if (dispatched_ || calls_.empty() || !dispatcher_ || !*dispatcher_) {
+            if (dispatched_ || calls_.empty() || !dispatcher_ || !dispatcher_->call) {
                 return;
             }
             dispatched_ = true;
             dispatcher = dispatcher_;
+            ++dispatcher->running;
         }
-        (*dispatcher)([] { RunMainThreadCalls(); });
+        const bool asked = Ask(dispatcher->call);
+        {
+            const std::lock_guard lock(mutex_);
+            --dispatcher->running;
+            if (!asked && dispatcher == dispatcher_) {
+                dispatched_ = false; // the next call asks again
+            }
+        }
+        returned_.notify_all();
     }
+
+    // False when the host's function threw, which is reported: the thread that queues has no part in it.
+    static bool Ask(const MainThreadDispatcher& dispatcher) noexcept
+    {
+        bool asked = false;
+        OneTimeInvocation ask([&] {
+            dispatcher([] { RunMainThreadCalls(); });
+            asked = true;
+        });
+        ++dispatchersOnThisThread;
+        RunTask(ask);
+        --dispatchersOnThisThread;
+        return asked;
+    }
+
+    static thread_local int dispatchersOnThisThread;
 
     std::mutex mutex_;
     std::condition_variable queued_;
+    std::condition_variable returned_;
     std::deque<OneTimeInvocation> calls_;
     std::uint64_t pushed_ = 0; // calls ever queued; the front's number is this less the queue's length
-    std::shared_ptr<const MainThreadDispatcher> dispatcher_;
+    std::shared_ptr<Installed> dispatcher_;
     bool dispatched_ = false; // the event loop was asked and has not come yet
     bool accepting_ = true;
 };
+
+thread_local int MainThreadQueue::dispatchersOnThisThread = 0;
 
 // Never destroyed: workers may still queue while the process exits.
 MainThreadQueue& TheQueue()
@@ -150,12 +202,12 @@ void SetMainThreadDispatcher(MainThreadDispatcher dispatcher)
 
 void StopMainThreadCalls()
 {
-    TheQueue().SetAccepting(false);
+    TheQueue().Stop();
 }
 
 void StartMainThreadCalls()
 {
-    TheQueue().SetAccepting(true);
+    TheQueue().Start();
 }
 
 } // namespace orvcore

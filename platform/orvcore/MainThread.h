@@ -29,16 +29,22 @@ ORVPLATFORM_API std::size_t RunMainThreadCalls(std::chrono::milliseconds budget 
 /// of its own.
 ORVPLATFORM_API bool WaitForMainThreadCalls(std::chrono::milliseconds timeout);
 
-/// Hands `run` to the host's event loop, which calls it once on the main thread soon.
+/// Hands `run` to the host's event loop, which calls it once on the main thread soon. Returns without waiting for the
+/// main thread. What it throws is reported as a task's exception is; it is asked again with the next call that is
+/// queued.
 using MainThreadDispatcher = std::function<void(std::function<void()> run)>;
 
 /// Installs what is told when there is something to run; empty (the default) for a host that pumps by itself. The
 /// dispatcher is called on whichever thread queues, once for a burst, with no lock held; it must not run its argument
 /// on the spot. Calls queued before the installation are dispatched at once.
+/// Returns when no other thread is inside the dispatcher that was installed before: what that one used may go then.
+/// (From inside a dispatcher it does not wait, so there nothing of the kind holds.) What was handed to the event loop
+/// earlier may still run and does no harm.
 ORVPLATFORM_API void SetMainThreadDispatcher(MainThreadDispatcher dispatcher);
 
 /// For a host about to end its event loop: destroys, unrun and on this thread, what is queued, and refuses further
-/// calls, so that nothing that they hold lingers. `StartMainThreadCalls` accepts calls again.
+/// calls, so that nothing that they hold lingers. Returns when no other thread is inside the dispatcher, which is not
+/// called again before `StartMainThreadCalls`; that accepts calls again.
 ORVPLATFORM_API void StopMainThreadCalls();
 ORVPLATFORM_API void StartMainThreadCalls();
 

@@ -1,5 +1,7 @@
 #include <tests/manager/ManagerFixture.h>
 
+#include <sources/SearchIndex.h>
+
 #include <random>
 
 namespace {
@@ -119,6 +121,50 @@ TEST_F(CancelTest, ShutdownDuringAListingReturnsAtOnce)
     EXPECT_THAT(told, ElementsAre("terminated"));
 }
 
+TEST_F(CancelTest, ATaskThatOutlivesItsManagerLeavesTheNextOnesIndexAlone)
+{
+    const auto gate = std::make_shared<Gate>();
+    source->onList = [gate](const auto&) { gate->Pass(); };
+    auto second = std::make_shared<FakeSource>("second");
+    std::future<void> relistingEnded = second->destroyed.get_future();
+    manager->AddGraphicSource(std::move(second));
+    manager->LocalDirectoryChanged("fake", u8"/", {u8"/n.zelt"}); // which is no file, so it would leave the index
+    gate->AwaitTask();
+    manager->Shutdown();
+    manager = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(folder / "index.db"));
+    SetCallbacks(*manager);
+    Add("fake", {u"n"});
+    manager->RequestDefaultGraphicSet({}, false);
+    Flush();
+    gate->Open();
+    Await(std::move(relistingEnded));
+    told.clear();
+    manager->RequestSimilarTags(u"n");
+    Flush();
+    EXPECT_THAT(told, ElementsAre("tags n"));
+}
+
+TEST_F(CancelTest, ARelistingCancelledHalfwayLosesNoTemplate)
+{
+    constexpr std::size_t kEntries = 5000;
+    std::vector<std::u16string> names;
+    for (std::size_t i = 0; i < kEntries; ++i) {
+        names.push_back(u"template " + orvcore::ToUTF16(std::to_string(i)));
+    }
+    const auto big = Add("big", names);
+    folder.Write("changed.zelt", "");
+    big->entries.back()->path = orvcore::PathToUTF8(folder / "changed.zelt");
+    manager->RequestDefaultGraphicSet({}, false);
+    Flush();
+    manager->LocalDirectoryChanged("big", u8"/", {big->entries.back()->path});
+    big->listed.AwaitAtLeast(2 * kEntries); // from here on the index is changed
+    manager->Abort();
+    Flush();
+    std::set<std::u16string> found;
+    orvcapsule::QueryRapidFindDB({u"template"}, found);
+    EXPECT_EQ(found.size(), kEntries);
+}
+
 TEST_F(CancelTest, ACancelledFolderRelistingSaysSo)
 {
     std::map<std::uint64_t, orvappsupport::ProgressReport> last;
@@ -158,14 +204,14 @@ TEST_F(CancelTest, TwoHundredRestartsAtRandomPointsLeaveOneAnswer)
             EXPECT_EQ(map.size(), kEntries + 1);
             ++answers;
         }));
-        const std::size_t before = big->listed;
+        const std::size_t before = big->listed.Get();
         manager->RequestDefaultGraphicSet({}, i % 2 == 0);
         if (i == kRestarts) {
             break;
         }
-        const std::size_t point = before + random() % kEntries;
-        for (std::size_t listed = before; i % 4 != 0 && listed <= point; listed = big->listed) {
-            big->listed.wait(listed);
+        const std::size_t point = before + 1 + random() % kEntries;
+        if (i % 4 != 0) {
+            big->listed.AwaitAtLeast(point);
         }
         if (i % 3 == 0) {
             manager->Abort();

@@ -11,13 +11,45 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <future>
+#include <mutex>
 #include <stdexcept>
 
 namespace test {
 
 using orvcapsule::GraphicSourceManager;
 using Manager = std::shared_ptr<GraphicSourceManager>;
+
+/// A number that grows on one thread while another waits for it. (The C++ library of the Windows cross-build loses
+/// wake-ups of `std::atomic::wait`.)
+class Tally {
+public:
+    void Add()
+    {
+        {
+            const std::lock_guard lock(mutex_);
+            ++count_;
+        }
+        grown_.notify_all();
+    }
+    std::size_t Get() const
+    {
+        const std::lock_guard lock(mutex_);
+        return count_;
+    }
+    void AwaitAtLeast(std::size_t count) const
+    {
+        std::unique_lock lock(mutex_);
+        ASSERT_TRUE(grown_.wait_for(lock, std::chrono::minutes(2), [&] { return count_ >= count; }));
+    }
+
+private:
+    mutable std::mutex mutex_;
+    mutable std::condition_variable grown_;
+    std::size_t count_ = 0;
+};
 
 /// A local source that lists what it is given and remembers what it was asked.
 class FakeSource : public orvcapsule::ILocalGraphicSource {
@@ -86,8 +118,7 @@ public:
                 break;
             }
             results.push_back(entry);
-            ++listed;
-            listed.notify_all();
+            listed.Add();
         }
         total = static_cast<int>(results.size());
     }
@@ -113,7 +144,7 @@ public:
     int initialized = 0;
     orvcore::UTF8String filterType;
     std::vector<std::u16string> directories;
-    mutable std::atomic<std::size_t> listed = 0; ///< entries in all listings so far
+    mutable Tally listed; ///< entries in all listings so far
     std::promise<void> destroyed;
 };
 

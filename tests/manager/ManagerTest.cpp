@@ -170,6 +170,22 @@ TEST_F(ManagerTest, ASearchDoesWithoutTheSourcesThatFail)
     EXPECT_THAT(told, ElementsAre("found", "found  b  A ü"));
 }
 
+TEST_F(ManagerTest, OfVeryManyTagsTheFirstAreFound)
+{
+    const auto source = Add("fake", {u"n"});
+    for (int i = 0; i < 5000; ++i) {
+        source->entries[0]->tags.push_back(u"tag" + orvcore::ToUTF16(std::to_string(i)));
+    }
+    manager->RequestDefaultGraphicSet({}, false);
+    manager->RequestSimilarTags(u"n");
+    Flush();
+    for (const char16_t* tag : {u"tag4095", u"tag4096"}) {
+        manager->RequestSimilarTags(tag);
+        Flush();
+    }
+    EXPECT_THAT(told, ElementsAre("fake 1/1: n", "all from 0 of 1: n", "tags n", "tags tag4095", "tags"));
+}
+
 TEST_F(ManagerTest, ADeliveryCopiesNoEntry)
 {
     const auto source = Add("big", std::vector<std::u16string>(10000, u"same"));

@@ -1,9 +1,11 @@
 #include <orvcore/Executor.h>
 #include <orvcore/MainThread.h>
+#include <tests/support/Latch.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
 #include <stdexcept>
 #include <thread>
@@ -28,7 +30,7 @@ TEST(MainThread, CallsOfEachThreadKeepTheirOrder)
     std::thread second(queueAll, 1);
     std::size_t ran = 0;
     while (ran < 2 * kCalls) {
-        ASSERT_TRUE(orvcore::WaitForMainThreadCalls(10s));
+        ASSERT_TRUE(orvcore::WaitForMainThreadCalls(120s));
         ran += RunMainThreadCalls();
     }
     first.join();
@@ -125,6 +127,67 @@ TEST(MainThread, DispatcherIsAskedOnceForABurstAndAgainForTheRest)
     EXPECT_EQ(ran, 3);
     orvcore::SetMainThreadDispatcher(nullptr);
     EXPECT_EQ(eventLoop.size(), 2U);
+}
+
+TEST(MainThread, ADispatcherThatThrowsIsReportedAndAskedAgain)
+{
+    int told = 0;
+    int asked = 0;
+    int ran = 0;
+    orvcore::SetTaskExceptionHandler([&told](const std::exception_ptr&) { ++told; });
+    orvcore::SetMainThreadDispatcher([&](const std::function<void()>&) {
+        if (++asked < 3) {
+            throw std::runtime_error("no event loop yet");
+        }
+    });
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(AsyncCallFromMainThread([&] { ++ran; }));
+    }
+    EXPECT_EQ(asked, 3);
+    EXPECT_EQ(told, 2);
+    EXPECT_EQ(RunMainThreadCalls(), 5U);
+    orvcore::SetMainThreadDispatcher(nullptr);
+    orvcore::SetTaskExceptionHandler(nullptr);
+    EXPECT_EQ(ran, 5);
+}
+
+TEST(MainThread, ADispatcherIsNotRunningAnyMoreOnceItWasReplaced)
+{
+    const auto replace = [] { orvcore::SetMainThreadDispatcher(nullptr); };
+    for (void (*const end)() : {static_cast<void (*)()>(replace), &orvcore::StopMainThreadCalls}) {
+        orvtest::Latch inside(1);
+        orvtest::Latch ending(1);
+        std::atomic<bool> left = false;
+        orvcore::SetMainThreadDispatcher([&](const std::function<void()>&) {
+            inside.count_down();
+            ending.wait();
+            for (int i = 0; i < 1000; ++i) { // long enough for an end that does not wait to come first
+                std::this_thread::yield();
+            }
+            left = true;
+        });
+        std::thread worker([] { static_cast<void>(AsyncCallFromMainThread([] {})); });
+        inside.wait();
+        ending.count_down();
+        end();
+        EXPECT_TRUE(left);
+        worker.join();
+        orvcore::SetMainThreadDispatcher(nullptr);
+        orvcore::StartMainThreadCalls();
+        RunMainThreadCalls();
+    }
+}
+
+TEST(MainThread, ADispatcherMayReplaceItself)
+{
+    int second = 0;
+    orvcore::SetMainThreadDispatcher([&](const std::function<void()>&) {
+        orvcore::SetMainThreadDispatcher([&](const std::function<void()>&) { ++second; });
+    });
+    EXPECT_TRUE(AsyncCallFromMainThread([] {}));
+    EXPECT_EQ(second, 1);
+    orvcore::SetMainThreadDispatcher(nullptr);
+    EXPECT_EQ(RunMainThreadCalls(), 1U);
 }
 
 } // namespace

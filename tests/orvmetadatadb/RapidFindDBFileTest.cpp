@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <thread>
 
@@ -86,6 +87,86 @@ TEST_F(RapidFindDBFileTest, TwoObjectsSeeEachOthersGroups)
     ASSERT_EQ(one.InsertRow(u"late", {u"text late"}), 0);
     ASSERT_EQ(two.DeleteTable(), 0);
     EXPECT_EQ(Find(one, {u"text"}), Texts{u"late"});
+}
+
+// `one` deletes what it has not read yet, or writes after another object's numbers have come free.
+TEST_F(RapidFindDBFileTest, ADeletionReachesWhatAnotherObjectWrote)
+{
+    const auto insert = [](RapidFindDB& index, const char16_t* key, const char16_t* text) {
+        EXPECT_EQ(index.InsertRow(key, {text}), 0) << orvcore::ToNarrow(orvcore::ToUTF8(text));
+    };
+    const auto save = [](RapidFindDB& index) { Find(index, {u"saves what is pending"}); };
+    using Step = std::function<void(RapidFindDB & one, RapidFindDB & two)>;
+    const struct {
+        const char* name;
+        Step step;
+        Texts found; ///< by "text"
+    } cases[] = {
+        {"a key that is new to the one that deletes",
+         [&](RapidFindDB& one, RapidFindDB& two) {
+             insert(two, u"new", u"text old");
+             save(two);
+             EXPECT_EQ(one.DeleteRow(u"new"), 0);
+         },
+         {u"a", u"b"}},
+        {"one that is new and comes again with a row of before",
+         [&](RapidFindDB& one, RapidFindDB& two) {
+             insert(two, u"new", u"text old");
+             insert(two, u"new", u"same");
+             save(two);
+             EXPECT_EQ(one.DeleteRow(u"new"), 0);
+             insert(one, u"new", u"same");
+             EXPECT_EQ(Find(one, {u"same"}), Texts{u"new"});
+         },
+         {u"a", u"b"}},
+        {"rows that came while the deletion was pending",
+         [&](RapidFindDB& one, RapidFindDB& two) {
+             EXPECT_EQ(one.DeleteRow(u"b"), 0);
+             insert(two, u"b", u"text more");
+             save(two);
+         },
+         {u"a"}},
+        {"a deletion pending while the other reads everything anew",
+         [&](RapidFindDB& one, RapidFindDB& two) {
+             EXPECT_EQ(one.DeleteRow(u"b"), 0);
+             insert(one, u"c", u"text pending");
+             EXPECT_EQ(two.DeleteRow(u"a"), 0);
+             save(two);
+         },
+         {u"c"}},
+        {"numbers that come free are given again",
+         [&](RapidFindDB& one, RapidFindDB& two) {
+             EXPECT_EQ(one.DeleteRow(u"b"), 0);
+             save(one);
+             insert(two, u"c", u"text in b's place");
+             save(two);
+             EXPECT_EQ(one.DeleteRow(u"c"), 0);
+             insert(one, u"d", u"other");
+             save(one);
+             insert(two, u"d", u"text of d");
+             save(two);
+         },
+         {u"a", u"d"}},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        RapidFindDB one;
+        RapidFindDB two;
+        ASSERT_EQ(Start(one), 0);
+        ASSERT_EQ(one.DeleteTable(), 0);
+        ASSERT_EQ(one.UpdateTable(test::kTables), 0);
+        ASSERT_EQ(Start(two), 0);
+        insert(one, u"a", u"text");
+        insert(one, u"b", u"text");
+        save(one);
+        save(two);
+        test.step(one, two);
+        EXPECT_EQ(Find(one, {u"text"}), test.found);
+        EXPECT_EQ(Find(two, {u"text"}), test.found);
+        RapidFindDB reader;
+        ASSERT_EQ(Start(reader), 0);
+        EXPECT_EQ(Find(reader, {u"text"}), test.found);
+    }
 }
 
 TEST_F(RapidFindDBFileTest, TwoProcessesWriteOneFile)

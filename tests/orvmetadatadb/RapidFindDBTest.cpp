@@ -125,6 +125,25 @@ TEST_F(RapidFindDBTest, RowsAreASet)
     EXPECT_EQ(Similar(index, u""), Texts{u"title"});
 }
 
+TEST_F(RapidFindDBTest, AKeyOfManyRowsIsASetToo)
+{
+    constexpr int kRows = 1000;
+    const auto insertAll = [this](orvmetadatadb::ResultCode expected) {
+        for (int i = 0; i < kRows; ++i) {
+            ASSERT_EQ(index.InsertRow(u"many", {u"text " + orvcore::ToUTF16(std::to_string(i))}), expected) << i;
+        }
+    };
+    Insert(u"few", {u"text 1", u"text 999"});
+    insertAll(orvmetadatadb::kSuccess);
+    insertAll(orvmetadatadb::kRowExists);
+    ASSERT_EQ(index.DeleteRow(u"many"), 0);
+    EXPECT_EQ(Find(index, {u"text"}), Texts{u"few"});
+    Insert(u"more", {u"text 999"});
+    insertAll(orvmetadatadb::kSuccess);
+    insertAll(orvmetadatadb::kRowExists);
+    EXPECT_EQ(Find(index, {u"text 999"}), (Texts{u"few", u"many", u"more"}));
+}
+
 TEST_F(RapidFindDBTest, CallsThatDoNotFitAreRefused)
 {
     Texts keys;

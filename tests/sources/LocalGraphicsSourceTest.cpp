@@ -359,7 +359,7 @@ TEST_F(LocalGraphicsSourceTest, AFolderThatCannotBeListedAsAWholeIsTold)
     int total = 5;
     EXPECT_THROW(source.Search({}, results, 0, 0, total, {}), fs::filesystem_error);
     EXPECT_EQ(results.size(), 2U);
-    EXPECT_THAT(source.GetDirectories(), ElementsAre(PathToUTF8(temp_ / "itself"), PathToUTF8(temp_ / "root")));
+    EXPECT_THROW(source.GetDirectories(), fs::filesystem_error);
 }
 
 TEST_F(LocalGraphicsSourceTest, PassesOverWhatTheSystemDoesNotLetItRead)
@@ -501,13 +501,15 @@ TEST_F(LocalGraphicsSourceTest, APreviewThatCanBeSeenIsWhole)
     for (int round = 0; round < 15; ++round) {
         ASSERT_TRUE(orvcore::RemoveTree(working_));
         orvtest::Latch start(4);
+        orvtest::Latch ended(3);
         const auto extract = [&] {
             start.arrive_and_wait();
             EXPECT_EQ(Content(source.GetThumbnailPath(entry, {})).size(), picture.size());
+            ended.count_down();
         };
         std::thread threads[] = {std::thread(extract), std::thread(extract), std::thread(extract)};
         start.arrive_and_wait();
-        while (!orvcore::Exists(PathFromUTF8(entry->thumbnailPath))) {
+        while (!orvcore::Exists(PathFromUTF8(entry->thumbnailPath)) && !ended.try_wait()) {
             std::this_thread::yield();
         }
         EXPECT_EQ(Content(entry->thumbnailPath).size(), picture.size());

@@ -1,10 +1,14 @@
 #include <tests/support/TempFolder.h>
 
+#include <tests/support/Latch.h>
+
+#include <orvcore/Executor.h>
 #include <orvcore/Paths.h>
 #include <sources/SearchIndex.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <thread>
 
 namespace {
@@ -137,5 +141,32 @@ TEST_F(SearchIndexTest, TerminationDoesNotDisturbCallsThatRun)
     orvcapsule::InsertRow(u8"last", u8"final");
     EXPECT_EQ(Query({u"final"}), Set{u"last"});
 }
+
+#if GTEST_HAS_DEATH_TEST
+TEST(SearchIndexDeathTest, AWorkerMayInsertWhileTheProcessExits)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    static const auto& folder = *new std::filesystem::path(orvcore::TempDirectory() / "orvcapsule-exit-test");
+    orvcore::EnsureDirectory(folder);
+    const auto leaveBusy = [] {
+        static auto& inserted = *new orvtest::Latch(1); // never destroyed, as the worker goes on
+        const auto executor = orvcore::GetCPUBoundExecutor();
+        orvcapsule::InitializeRapidFindDB(orvcore::PathToUTF16(folder / "index.db"));
+        static_cast<void>(executor->Post([] {
+            int left = 200; // once the exit is known
+            for (int i = 0; left > 0; ++i) {
+                left -= orvcore::IsTerminating() ? 1 : 0;
+                orvcapsule::InsertRow(orvcore::ToUTF8(std::to_string(i)), u8"text");
+                orvcapsule::ClearRapidFindDB({orvcore::ToUTF8(std::to_string(i))});
+                inserted.count_down();
+            }
+        }));
+        inserted.wait();
+        std::exit(7);
+    };
+    EXPECT_EXIT(leaveBusy(), testing::ExitedWithCode(7), "");
+    orvcore::RemoveTree(folder);
+}
+#endif
 
 } // namespace

@@ -733,7 +733,7 @@ class BrowseTest(ZeltTest):
                 self.assertEqual(process.stderr.readline(), b"zelt: listing: 0 %\n")
                 process.send_signal(signal.SIGINT)
                 out, err = process.communicate(timeout=120)
-            if process.returncode != 0:
+            if process.returncode not in (0, -signal.SIGINT):  # done already, or too far to be asked
                 break
         self.assertEqual((process.returncode, out, err.splitlines()[-1]), (130, b"", b"zelt: cancelled"))
         self.assertEqual(os.listdir(self.temp / "zelt"), [])

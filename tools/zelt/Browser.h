@@ -49,8 +49,8 @@ private:
     Texts RequestTexts(const std::function<void()>& request, SetCallback setCallback);
     void Await(const bool& answered);
 
+    InterruptWatch interrupt_; // goes last: an interrupt meanwhile must not leave the folder behind
     TempFolder folder_;
-    InterruptWatch interrupt_;
     std::shared_ptr<Failure> failure_;
     std::shared_ptr<WatchedSource> source_;
     std::shared_ptr<orvcapsule::GraphicSourceManager> manager_;

@@ -104,6 +104,8 @@ void IndexFile::UseTable(const orvcore::UTF16String& table)
         prepare("DELETE FROM " + rows + " WHERE key=?"),
         prepare("DELETE FROM " + keys),
         prepare("DELETE FROM " + rows),
+        prepare("SELECT coalesce(max(id),0) FROM " + keys),
+        prepare("SELECT coalesce(max(id),0) FROM " + rows),
         prepare("SELECT id,path FROM " + keys + " WHERE id>? ORDER BY id"),
         prepare("SELECT id,key,text FROM " + rows + " WHERE id>? ORDER BY id"),
     };
@@ -167,6 +169,16 @@ void IndexFile::RemoveAll()
 {
     table_->removeAllRows.Run();
     table_->removeAllKeys.Run();
+}
+
+std::int64_t IndexFile::LastKey()
+{
+    return table_->lastKey.Number();
+}
+
+std::int64_t IndexFile::LastRow()
+{
+    return table_->lastRow.Number();
 }
 
 Statement& IndexFile::KeysAfter(std::int64_t id)

@@ -57,6 +57,9 @@ public:
     void RemoveKey(std::int64_t key);
     void RemoveAll();
 
+    /// The highest numbers in use, 0 where there are none.
+    std::int64_t LastKey();
+    std::int64_t LastRow();
     /// The keys (id, path) and rows (id, key, text) above a number, ascending. Reset after the last.
     Statement& KeysAfter(std::int64_t id);
     Statement& RowsAfter(std::int64_t id);
@@ -66,6 +69,7 @@ private:
         Statement generation, countDeletion;
         Statement addKey, addRow;
         Statement removeKey, removeRows, removeAllKeys, removeAllRows;
+        Statement lastKey, lastRow;
         Statement keysAfter, rowsAfter;
     };
 

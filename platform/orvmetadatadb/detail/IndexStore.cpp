@@ -149,11 +149,14 @@ void IndexStore::Delete(std::u16string_view key)
     if (!loaded_) {
         Refresh();
     }
+    // Noted even when memory has no such key: another process may have written it since memory was last filled.
     const std::int64_t fileId = memory_.Delete(key);
+    std::int64_t& gone = goneKeys_.try_emplace(orvcore::UTF16String(key), 0).first->second;
     if (fileId != 0) {
-        goneKeys_.emplace_back(key, fileId);
-        SaveWhenDue();
+        gone = fileId;
+        FindFileId(fileId)->second = kNoKey;
     }
+    SaveWhenDue();
 }
 
 std::vector<orvcore::UTF16String> IndexStore::Match(const std::vector<orvcore::UTF8String>& terms)
@@ -205,7 +208,8 @@ void IndexStore::Save()
         Transaction transaction(file_.GetConnection(), Transaction::Kind::Write);
         try {
             CatchUp();
-            WritePending();
+            WriteDeletions();
+            WriteRows();
             transaction.Commit();
         } catch (...) {
             loaded_ = false; // memory knows numbers that the file does not have now
@@ -225,15 +229,33 @@ void IndexStore::Save()
     }
 }
 
-void IndexStore::WritePending()
+// Memory is up to date, so that the numbers of all keys are known that the file has.
+void IndexStore::WriteDeletions()
 {
+    bool any = false;
     for (const auto& [key, fileId] : goneKeys_) {
-        file_.RemoveKey(fileId);
+        if (fileId != 0) {
+            file_.RemoveKey(fileId);
+            any = true;
+        }
     }
-    if (!goneKeys_.empty()) {
-        file_.CountDeletion();
-        generation_ = file_.Generation();
+    if (!any) {
+        return;
     }
+    file_.CountDeletion();
+    generation_ = file_.Generation();
+    // Numbers that were the highest are given again, by this process or another.
+    lastKey_ = file_.LastKey();
+    lastRow_ = file_.LastRow();
+    while (!keyOfFileId_.empty() && keyOfFileId_.back().first > lastKey_) {
+        keyOfFileId_.pop_back();
+    }
+}
+
+void IndexStore::WriteRows()
+{
+    std::sort(newRows_.begin(), newRows_.end()); // a row that was deleted and used again is there twice
+    newRows_.erase(std::unique(newRows_.begin(), newRows_.end()), newRows_.end());
     for (const MemoryIndex::RowId id : newRows_) {
         const MemoryIndex::Row& row = memory_[id];
         if (row.text == TextPool::kNone || row.stored) {

@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -56,6 +58,9 @@ private:
     // another process does not see yet, or that a crash loses, stay few.
     static constexpr std::size_t kGroupSize = 64;
 
+    static constexpr MemoryIndex::KeyId kNoKey = 0xFFFFFFFFU;
+
+    using KeyOfFileId = std::pair<std::int64_t, MemoryIndex::KeyId>;
     using RowText = std::pair<orvcore::UTF16String, orvcore::UTF16String>;
 
     void OpenOrReplace();
@@ -70,12 +75,14 @@ private:
     void ReplayPending();
     void LoadKeys();
     void LoadRows();
+    std::vector<KeyOfFileId>::iterator FindFileId(std::int64_t fileId) noexcept;
 
     void SaveLast() noexcept;
     void SaveWhenDue();
     void SaveIfFree();
     void Save();
-    void WritePending();
+    void WriteDeletions();
+    void WriteRows();
     std::size_t PendingCount() const noexcept
     {
         return newRows_.size() + goneKeys_.size();
@@ -92,13 +99,14 @@ private:
     std::int64_t generation_ = 0;
     std::int64_t lastKey_ = 0;
     std::int64_t lastRow_ = 0;
-    std::vector<std::pair<std::int64_t, MemoryIndex::KeyId>> keyOfFileId_; ///< ascending
+    std::vector<KeyOfFileId> keyOfFileId_; ///< ascending; kNoKey: the key waits for its deletion
 
     std::vector<MemoryIndex::RowId> newRows_;
-    std::vector<std::pair<orvcore::UTF16String, std::int64_t>> goneKeys_;
+    /// Keys to delete, each with its number in the file as far as that is known, otherwise 0. What the file holds of
+    /// them is not read in any more.
+    std::map<orvcore::UTF16String, std::int64_t, std::less<>> goneKeys_;
     std::size_t saveAt_ = kGroupSize;
     std::vector<RowText> replayRows_;
-    std::vector<orvcore::UTF16String> replayGone_;
 };
 
 } // namespace orvmetadatadb::detail

@@ -17,7 +17,6 @@ void IndexStore::Forget() noexcept
     newRows_.clear();
     goneKeys_.clear();
     replayRows_.clear();
-    replayGone_.clear();
     loaded_ = false;
     failure_ = 0;
     saveAt_ = kGroupSize;
@@ -72,7 +71,7 @@ void IndexStore::CatchUp()
 void IndexStore::KeepPendingForReplay()
 {
     for (auto& [key, fileId] : goneKeys_) {
-        replayGone_.push_back(std::move(key));
+        fileId = 0;
     }
     for (const MemoryIndex::RowId id : newRows_) {
         const MemoryIndex::Row& row = memory_[id];
@@ -80,7 +79,6 @@ void IndexStore::KeepPendingForReplay()
             replayRows_.emplace_back(memory_.KeyText(row.key), memory_.Text(row.text));
         }
     }
-    goneKeys_.clear();
     newRows_.clear();
     memory_.Clear();
     keyOfFileId_.clear();
@@ -89,19 +87,12 @@ void IndexStore::KeepPendingForReplay()
 
 void IndexStore::ReplayPending()
 {
-    for (orvcore::UTF16String& key : replayGone_) {
-        const std::int64_t fileId = memory_.Delete(key);
-        if (fileId != 0) {
-            goneKeys_.emplace_back(std::move(key), fileId);
-        }
-    }
     for (const auto& [key, text] : replayRows_) {
         const MemoryIndex::Inserted inserted = memory_.Insert(memory_.AddKey(key), text);
         if (inserted.isNew) {
             newRows_.push_back(inserted.row);
         }
     }
-    replayGone_.clear();
     replayRows_.clear();
 }
 
@@ -110,25 +101,37 @@ void IndexStore::LoadKeys()
     Statement& keys = file_.KeysAfter(lastKey_);
     while (keys.Step()) {
         lastKey_ = keys.Integer(0);
-        const MemoryIndex::KeyId key = memory_.AddKey(keys.Units(1));
+        const orvcore::UTF16String path = keys.Units(1);
+        const auto gone = goneKeys_.find(path);
+        if (gone != goneKeys_.end()) {
+            gone->second = lastKey_;
+            keyOfFileId_.emplace_back(lastKey_, kNoKey);
+            continue;
+        }
+        const MemoryIndex::KeyId key = memory_.AddKey(path);
         memory_.SetFileId(key, lastKey_);
         keyOfFileId_.emplace_back(lastKey_, key);
     }
 }
 
+std::vector<IndexStore::KeyOfFileId>::iterator IndexStore::FindFileId(std::int64_t fileId) noexcept
+{
+    return std::lower_bound(keyOfFileId_.begin(), keyOfFileId_.end(), fileId,
+                            [](const KeyOfFileId& known, std::int64_t id) { return known.first < id; });
+}
+
 void IndexStore::LoadRows()
 {
     Statement& rows = file_.RowsAfter(lastRow_);
-    auto known = keyOfFileId_.cend();
+    auto known = keyOfFileId_.end();
     while (rows.Step()) {
         lastRow_ = rows.Integer(0);
         const std::int64_t fileId = rows.Integer(1);
-        if (known == keyOfFileId_.cend() || known->first != fileId) { // a key's rows mostly lie together
-            known = std::lower_bound(keyOfFileId_.cbegin(), keyOfFileId_.cend(), fileId,
-                                     [](const auto& pair, std::int64_t id) { return pair.first < id; });
+        if (known == keyOfFileId_.end() || known->first != fileId) { // a key's rows mostly lie together
+            known = FindFileId(fileId);
         }
         const orvcore::UTF16String text = orvcore::ToUTF16(rows.Text(2));
-        if (known == keyOfFileId_.cend() || known->first != fileId || text.empty()) {
+        if (known == keyOfFileId_.end() || known->first != fileId || known->second == kNoKey || text.empty()) {
             continue; // a row without key or text finds nothing
         }
         memory_[memory_.Insert(known->second, text).row].stored = true;

@@ -15,6 +15,13 @@ constexpr std::size_t kWasteWorthClearing = 16384;
 // date, a small share of the keys does not pay for it.
 constexpr std::size_t kSmallAnswer = 256;
 constexpr std::size_t kSmallShare = 16;
+// A key with more rows than this has them in a table; few have.
+constexpr std::uint32_t kLongChain = 32;
+
+std::uint64_t RowName(StringTable::Id key, TextPool::Id text) noexcept
+{
+    return std::uint64_t{key} << 32 | text;
+}
 
 } // namespace
 
@@ -30,18 +37,45 @@ MemoryIndex::KeyId MemoryIndex::AddKey(std::u16string_view key)
 MemoryIndex::Inserted MemoryIndex::Insert(KeyId key, std::u16string_view text)
 {
     const TextPool::Id textId = texts_.Add(text);
-    RowId& first = keyRecords_[key].firstRow;
-    for (RowId row = first; row != kNoRow; row = rows_[row].next) {
-        if (rows_[row].text == textId) {
-            return {row, false};
-        }
+    const RowId known = FindRow(key, textId);
+    if (known != kNoRow) {
+        return {known, false};
     }
     const RowId row = NewRow();
-    rows_[row] = {key, textId, first, false};
-    liveKeys_ += first == kNoRow ? 1 : 0;
-    first = row;
+    KeyRecord& record = keyRecords_[key];
+    rows_[row] = {key, textId, record.firstRow, false};
+    record.firstRow = row;
+    liveKeys_ += record.rowCount == 0 ? 1 : 0;
+    ++record.rowCount;
     texts_.AddUse(textId);
+    if (record.rowCount > kLongChain) {
+        NoteLongChain(record);
+    }
     return {row, true};
+}
+
+MemoryIndex::RowId MemoryIndex::FindRow(KeyId key, TextPool::Id text) const
+{
+    const KeyRecord& record = keyRecords_[key];
+    if (record.rowCount > kLongChain) {
+        const auto found = rowsOfLongChains_.find(RowName(key, text));
+        return found == rowsOfLongChains_.end() ? kNoRow : found->second;
+    }
+    RowId row = record.firstRow;
+    while (row != kNoRow && rows_[row].text != text) {
+        row = rows_[row].next;
+    }
+    return row;
+}
+
+// The newest row of a long chain goes into the table, and all of them when the chain has just become long.
+void MemoryIndex::NoteLongChain(const KeyRecord& record)
+{
+    RowId row = record.firstRow;
+    for (std::uint32_t left = record.rowCount == kLongChain + 1 ? record.rowCount : 1; left != 0; --left) {
+        rowsOfLongChains_.emplace(RowName(rows_[row].key, rows_[row].text), row);
+        row = rows_[row].next;
+    }
 }
 
 MemoryIndex::RowId MemoryIndex::NewRow()
@@ -66,8 +100,11 @@ std::int64_t MemoryIndex::Delete(std::u16string_view key)
     }
     KeyRecord& record = keyRecords_[*keyId];
     const std::int64_t fileId = record.fileId;
-    liveKeys_ -= record.firstRow != kNoRow ? 1 : 0;
+    liveKeys_ -= record.rowCount != 0 ? 1 : 0;
     for (RowId row = record.firstRow; row != kNoRow; row = rows_[row].next) {
+        if (record.rowCount > kLongChain) {
+            rowsOfLongChains_.erase(RowName(*keyId, rows_[row].text));
+        }
         texts_.DropUse(rows_[row].text);
         rows_[row].text = TextPool::kNone;
         freeRows_.push_back(row);

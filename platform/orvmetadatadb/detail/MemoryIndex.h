@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace orvmetadatadb::detail {
@@ -72,8 +73,11 @@ private:
     struct KeyRecord {
         std::int64_t fileId = 0;
         RowId firstRow = kNoRow;
+        std::uint32_t rowCount = 0;
     };
 
+    RowId FindRow(KeyId key, TextPool::Id text) const;
+    void NoteLongChain(const KeyRecord& record);
     RowId NewRow();
     /// Leaves in `wanted` only the keys that `term` hits too; false when none is left.
     bool Narrow(const orvcore::UTF8String& term, std::vector<std::uint8_t>& wanted) const;
@@ -84,6 +88,7 @@ private:
     std::vector<KeyRecord> keyRecords_;
     std::vector<Row> rows_;
     std::vector<RowId> freeRows_;
+    std::unordered_map<std::uint64_t, RowId> rowsOfLongChains_; // by key and text
     TextPool texts_;
     std::vector<KeyId> sortedKeys_; // all keys that were there at the last big answer
     std::size_t liveKeys_ = 0;
