@@ -60,7 +60,7 @@ void GraphicSourceManager::Shutdown()
     sources_.clear();
 }
 
-void GraphicSourceManager::AddGraphicSource(SourcePtr source)
+void GraphicSourceManager::AddGraphicSource(const SourcePtr& source)
 {
     if (!source) {
         return;

@@ -79,7 +79,7 @@ public:
     /// @{
     /// Adds a source and initialises it on this thread; for local sources that prepares the working folder of their
     /// previews (Workspace.h). Duplicates are not detected. An empty pointer is ignored. What the source throws passes.
-    void AddGraphicSource(SourcePtr source);
+    void AddGraphicSource(const SourcePtr& source);
     /// The first source with this identifier, or an empty pointer. Any thread.
     SourcePtr FindGraphicSource(const std::string& sourceID) const;
     /// Appends each source's filter to `out`, in the order of the sources.
