@@ -13,7 +13,9 @@ constexpr const char16_t* kUnsupported = u"0";
 
 Capsule::Capsule() = default;
 Capsule::Capsule(const Capsule&) = default;
+Capsule::Capsule(Capsule&&) noexcept = default;
 Capsule& Capsule::operator=(const Capsule&) = default;
+Capsule& Capsule::operator=(Capsule&&) noexcept = default;
 Capsule::~Capsule() = default;
 
 Capsule::Capsule(const UTF16String& authorApp, const UTF16String& capsuleName, const UTF16String& capsuleID)

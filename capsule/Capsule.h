@@ -31,7 +31,8 @@ public:
     using FontMap = std::map<UTF16String, StringList>;
     using SourceInfoMap = std::map<UTF16String, kinlet::SourceInfo>;
 
-    /// A record with every field empty, the API version too.
+    /// A record with every field empty, the API version too. The localised name is a default-built `UIString`: one empty
+    /// text under the application language.
     Capsule();
     /// A record of the current API version with the given identity; all version markers "0".
     Capsule(const UTF16String& authorApp, const UTF16String& capsuleName, const UTF16String& capsuleID);
@@ -45,7 +46,9 @@ public:
             const UTF16String& mobileCompatibilityVersion, const UTF16String& internalEffectsVersion,
             const UTF16String& fontwellOnlyVersion);
     Capsule(const Capsule&);
+    Capsule(Capsule&&) noexcept;
     Capsule& operator=(const Capsule&);
+    Capsule& operator=(Capsule&&) noexcept;
     virtual ~Capsule();
 
     /// The version of the definition format that this library writes: "2.2".
