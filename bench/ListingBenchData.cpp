@@ -79,7 +79,7 @@ void MakePackages(const fs::path& folder, const PackageShape& shape)
     WriteFile(content / "thumb.mp4", Noise(shape.video));
     WriteFile(content / "project.tsgraphic", Noise(shape.project));
     const fs::path model = content / "model.zelt";
-    CapsuleZip(model).Zip(content, {}, nullptr);
+    static_cast<void>(CapsuleZip(model).Zip(content, {}, nullptr)); // what it did not make cannot be copied
     for (std::size_t i = 0; i < shape.packages; ++i) {
         const fs::path part = folder / ("part " + std::to_string(i / 100));
         orvcore::EnsureDirectory(part);

@@ -31,8 +31,8 @@ public:
     using FontMap = std::map<UTF16String, StringList>;
     using SourceInfoMap = std::map<UTF16String, kinlet::SourceInfo>;
 
-    /// A record with every field empty, the API version too. The localised name is a default-built `UIString`: one empty
-    /// text under the application language.
+    /// A record with every field empty, the API version too. The localised name is a default-built `UIString`: one
+    /// empty text under the application language.
     Capsule();
     /// A record of the current API version with the given identity; all version markers "0".
     Capsule(const UTF16String& authorApp, const UTF16String& capsuleName, const UTF16String& capsuleID);

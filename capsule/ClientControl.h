@@ -115,6 +115,8 @@ public:
     {
         return value_;
     }
+    /// Takes any alternative; one that is not of the control's kind shows only when the control is written. Literals
+    /// choose by their own type: a text control wants `UIString(u"Anna")`, a slider `75.0` and not `75`.
     void SetVal(const ControlValue& value)
     {
         value_ = value;

@@ -84,4 +84,27 @@ ControlPtr CreateSpreadsheetControl(const UTF16String& id, const UIString& name,
     return std::make_shared<SpreadsheetControl>(id, name, properties, minRows, maxRows, columns, value);
 }
 
+namespace {
+
+template <class... Kinds>
+ControlPtr CloneAsOneOf(const ClientControl& control)
+{
+    ControlPtr clone;
+    const auto cloneAs = [&]<class Kind>(const Kind* own) {
+        clone = own != nullptr ? std::make_shared<Kind>(*own) : nullptr;
+        return own != nullptr;
+    };
+    static_cast<void>((cloneAs(dynamic_cast<const Kinds*>(&control)) || ...));
+    return clone;
+}
+
+} // namespace
+
+ControlPtr CloneControl(const ClientControl& control)
+{
+    return CloneAsOneOf<CheckboxControl, SliderControl, AngleControl, ColorControl, Point2DControl, StringControl,
+                        CommentControl, ScaleControl, GroupControl, GroupDropZoneControl, MenuControl, MediaControl,
+                        SpreadsheetControl, ClientControl>(control);
+}
+
 } // namespace orvcapsule::factory

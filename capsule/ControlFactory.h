@@ -51,4 +51,8 @@ ORVCAPSULE_API ControlPtr CreateSpreadsheetControl(const UTF16String& id, const 
                                                    const std::vector<SpreadsheetColumnInfoLoc>& columns,
                                                    const kinlet::SpreadsheetValue& value);
 
+/// A control of its own with the same class, settings and value: copies of a `Capsule` share their controls, which are
+/// copied first where one of the records is to be changed alone.
+ORVCAPSULE_API ControlPtr CloneControl(const ClientControl& control);
+
 } // namespace orvcapsule::factory

@@ -2,6 +2,7 @@
 
 #include <capsule/Capsule.h>
 #include <capsule/ControlKinds.h>
+#include <capsule/ForeignValue.h>
 
 #include <orvcore/JSON.h>
 
@@ -11,12 +12,12 @@
 /// The JSON forms of a template and its parts. Thread-safe on distinct objects. Lists of more than 512 elements
 /// convert on all workers of the CPU-bound executor, in order.
 ///
-/// Writers raise `std::bad_variant_access` for a control whose value is not of its kind's alternative, `std::bad_cast`
-/// for one that is not of its kind's class where the kind has settings of its own, and
-/// `orvcore::serialization::json_write_exception` for a number that is not finite and for kept unknown keys that would
-/// lie too deep to be read. Readers raise `orvcore::serialization::missing_key_exception`, which names the key, for a
-/// required key that is absent or holds no usable value; those of value trees also `json_write_exception` for a tree
-/// that holds a value of a type that trees do not have, or is nested too deep.
+/// Writers raise `foreign_value_exception` (a `std::bad_variant_access` that names the control) for a control whose
+/// value is not of its kind's alternative, `std::bad_cast` for one that is not of its kind's class where the kind has
+/// settings of its own, and `orvcore::serialization::json_write_exception` for a number that is not finite and for kept
+/// unknown keys that would lie too deep to be read. Readers raise `orvcore::serialization::missing_key_exception`,
+/// which names the key, for a required key that is absent or holds no usable value; those of value trees also
+/// `json_write_exception` for a tree that holds a value of a type that trees do not have, or is nested too deep.
 namespace orvcapsule::serialization {
 
 /// The definition document of a template: compact UTF-8 JSON of the current format version, keys in ascending byte

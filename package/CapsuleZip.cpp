@@ -68,6 +68,8 @@ CapsuleZip::CapsuleZip(const fs::path& package, const std::string& password)
 
 CapsuleZip::CapsuleZip(const CapsuleZip& other) = default;
 CapsuleZip& CapsuleZip::operator=(const CapsuleZip& other) = default;
+CapsuleZip::CapsuleZip(CapsuleZip&& other) noexcept = default;
+CapsuleZip& CapsuleZip::operator=(CapsuleZip&& other) noexcept = default;
 CapsuleZip::~CapsuleZip() = default;
 
 void CapsuleZip::MoveToShortPath(const fs::path& package, const UTF8String& fullPath, const std::string& password)

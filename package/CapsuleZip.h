@@ -39,6 +39,9 @@ public:
     /// Copies share the open archive and the private copy, if there is one.
     CapsuleZip(const CapsuleZip& other);
     CapsuleZip& operator=(const CapsuleZip& other);
+    /// What was moved from may be assigned to and destroyed, nothing else.
+    CapsuleZip(CapsuleZip&& other) noexcept;
+    CapsuleZip& operator=(CapsuleZip&& other) noexcept;
     ~CapsuleZip();
 
     /// @name The definition document
@@ -47,7 +50,7 @@ public:
     orvcore::UTF8String GetZELTDescriptionJSON() const;
     /// Stores the file "definition.json" of `directory` in the package, in the place of the old one. Every other entry
     /// keeps its bytes; the old package is whole until the new one is complete.
-    bool SetZELTDescriptionJSON(const orvcore::UTF16String& directory);
+    [[nodiscard]] bool SetZELTDescriptionJSON(const orvcore::UTF16String& directory);
     /// @}
 
     /// @name Pictures and videos
@@ -74,12 +77,12 @@ public:
     /// Unpacks the package into a folder; see orvstorage::ZipFile::UnZip for what is refused and what is left after a
     /// failure. A folder with a long path is reached through a private one, for which this call waits.
     /// @param overwrite whether files that stand in the folder are replaced
-    bool UnZip(const std::filesystem::path& directory, bool overwrite) const;
+    [[nodiscard]] bool UnZip(const std::filesystem::path& directory, bool overwrite) const;
 
     /// Makes the package anew from all files of a folder, which bear the entries' names; see orvstorage::ZipFile::Zip.
     /// @param progress told the fraction done and `opaque`; its false cancels and leaves the old package as it was
-    bool Zip(const std::filesystem::path& directory, const std::function<bool(double, void*)>& progress,
-             void* opaque) const;
+    [[nodiscard]] bool Zip(const std::filesystem::path& directory, const std::function<bool(double, void*)>& progress,
+                           void* opaque) const;
 
     /// All files below `directory` with exactly this extension (case counts), a folder's sub-folders before its own
     /// files, each in name order. Empty when there is none.

@@ -21,6 +21,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uint64_t kSizeLimitBytes = 314572800;
+// What killed programs left half-made does not count for the size of the folder, which would grow with it for good.
 constexpr std::chrono::hours kLongestMaking{1};
 constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
 
@@ -121,40 +122,9 @@ void MarkIfLarger(std::uint64_t limit, const fs::path& folder, const fs::path& m
     }
 }
 
-// Files that a program was making when it was killed. They do not count for the size of the folder, which would grow
-// with them for good. What is younger may be in the making right now.
-void RemoveAbandoned(const fs::path& folder)
-{
-    std::error_code error;
-    std::vector<fs::path> abandoned;
-    const orvcore::FileTime young =
-        std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) - kLongestMaking;
-    const auto collect = [&](const fs::path& path, orvcore::FileKind kind) {
-        if (kind == orvcore::FileKind::File && orvcore::IsPrivateName(path.filename()) &&
-            orvcore::InspectPath(path, error).modified < young && !error) {
-            abandoned.push_back(path);
-        }
-        return true;
-    };
-    std::error_code ignored;
-    orvcore::ReadDirectory(folder, collect, ignored);
-    for (const fs::path& path : abandoned) {
-        orvcore::RemoveOne(path, ignored);
-    }
-}
-
-// The lock lies beside the folder, which a closing separator would hide.
-fs::path WithoutClosingSeparators(fs::path folder)
-{
-    while (!folder.has_filename() && folder.has_relative_path()) {
-        folder = folder.parent_path();
-    }
-    return folder.make_preferred();
-}
-
 void Cleanup(std::uint64_t limit, const fs::path& named)
 {
-    const fs::path folder = WithoutClosingSeparators(named);
+    const fs::path folder = orvcore::WithoutClosingSeparators(named).make_preferred(); // its lock lies beside it
     if (!orvcore::Exists(folder)) {
         return;
     }
@@ -186,7 +156,7 @@ void InitTempDirectory(bool local)
     }
     detail::MakeFolderLock(folder);
     Cleanup(kSizeLimitBytes, folder);
-    detail::WithFolderToOneself(folder, [&folder] { RemoveAbandoned(folder); });
+    detail::WithFolderToOneself(folder, [&folder] { orvcore::RemoveLeftBehind(folder, kLongestMaking); });
     detail::HoldFolder(folder);
     orvcore::EnsureDirectory(folder);
 }

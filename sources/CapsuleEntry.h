@@ -11,8 +11,16 @@
 
 namespace orvcapsule {
 
+// The size depends on a setting of Boost's that library and host must agree on.
+static_assert(sizeof(boost::posix_time::ptime) == sizeof(std::int64_t),
+              "build without BOOST_DATE_TIME_POSIX_TIME_STD_CONFIG, as the library is");
+
 /// One template as a browser shows it, made by a graphic source and held by `boost::shared_ptr`. The source fills it
-/// completely before handing it out; from then on it is only read, from any thread.
+/// completely before handing it out; from then on it is only read, from any thread. The one exception is `flag`, which
+/// the library never touches: the host keeps to one thread with it.
+///
+/// A package without a definition that this library can read (none, damaged, or newer than the library) is an entry,
+/// too: its name is the file's and its `apiVersion` is empty.
 class ORVCAPSULE_API CapsuleEntry {
 public:
     /// Which application made the template.
@@ -77,7 +85,7 @@ public:
     /// True when the template needs a newer version of the compositing host's library.
     bool needsTsUpgrade = false;
     bool hasUnsupportedEffects = false;
-    /// 2 for a template found on disk.
+    /// 2 for a template found on disk, 0 when it has no definition, or one that is refused.
     std::int32_t entryKind = 0;
     /// In the definition's order.
     std::vector<orvcore::UTF16String> usedFonts;

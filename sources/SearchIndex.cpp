@@ -197,7 +197,9 @@ void IndexSession::Clear(const std::vector<orvcore::UTF8String>& paths) const
 
 void InitializeRapidFindDB(const orvcore::UTF16String& path)
 {
+    static std::mutex& opening = *new std::mutex; // two at once would wait for each other's new database
     try {
+        const std::lock_guard one(opening);
         const Handle database = MakeDatabase();
         Release(ExchangeDatabase(database));
         AwaitEarlierDatabases();

@@ -2,6 +2,7 @@
 
 #include <capsule/ControlKinds.h>
 #include <capsule/DefinitionKeys.h>
+#include <capsule/ForeignValue.h>
 #include <capsule/detail/UIStringJSON.h>
 
 #include <kinlet/detail/ColorJSON.h>
@@ -54,7 +55,11 @@ struct ControlTables {
                 return true;
             },
             [](JSONSink& sink, const ClientControl& control) {
-                json::Codec<T>::Write(sink, std::get<T>(control.value_));
+                const T* value = std::get_if<T>(&control.value_);
+                if (value == nullptr) {
+                    throw foreign_value_exception(control.id_);
+                }
+                json::Codec<T>::Write(sink, *value);
             });
     }
 

@@ -48,6 +48,11 @@ void HoldFolder(const std::filesystem::path& folder)
     const std::lock_guard guard(held.mutex);
     auto& lock = held.locks[folder];
     if (!lock) {
+        // Not while someone asks: to see the folder in use now would keep it from being cleaned.
+        const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
+        if (asking) {
+            static_cast<void>(asking->WaitShared(kPatience));
+        }
         lock = orvcore::FileLock::Open(LockPath(folder), true);
         if (lock && !lock->WaitShared(kPatience)) {
             lock.reset();

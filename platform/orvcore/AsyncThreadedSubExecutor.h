@@ -16,7 +16,7 @@ public:
     ~AsyncThreadedSubExecutor() override;
 
     /// Queues `task`; false once stopped, or when the executor underneath refuses work.
-    bool Post(OneTimeInvocation task) override;
+    [[nodiscard]] bool Post(OneTimeInvocation task) override;
     std::size_t GetConcurrency() const override;
 
     /// Ends the taking of work: later posts are refused, queued tasks are destroyed (on this thread), and once the call

@@ -3,9 +3,9 @@
 #include <orvcore/FileError.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
+#include <orvcore/detail/NativeFile.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 
 namespace orvcore {
@@ -49,6 +49,7 @@ bool MayReplace(const fs::path& path, std::error_code& error)
 
 AtomicFile::AtomicFile(const fs::path& path)
     : target_(FollowLinks(path))
+    , file_(std::make_unique<detail::NativeFile>())
 {
 }
 
@@ -59,43 +60,29 @@ AtomicFile::~AtomicFile()
 
 void AtomicFile::RemoveLeftBehind() const noexcept
 {
-    try {
-        const FileTime yesterday =
-            std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) - std::chrono::hours(24);
-        std::error_code ignored;
-        const auto visit = [&](const fs::path& path, FileKind kind) {
-            std::error_code error;
-            if (kind == FileKind::File && IsPrivateName(path.filename()) &&
-                InspectPath(path, error).modified < yesterday && !error) {
-                RemoveOne(path, error);
-            }
-            return true;
-        };
-        ReadDirectory(target_.has_parent_path() ? target_.parent_path() : ".", visit, ignored);
-    } catch (...) { // it is only tidying up
-    }
+    orvcore::RemoveLeftBehind(target_.has_parent_path() ? target_.parent_path() : ".", std::chrono::hours(24));
 }
 
 bool AtomicFile::Open(std::error_code& error)
 {
     error.clear();
-    if (file_.IsOpen()) {
+    if (file_->IsOpen()) {
         return true;
     }
     if (!MayReplace(target_, error)) {
         return false;
     }
     private_ = PrivateSibling(target_);
-    file_ = detail::NativeFile::Open(private_, detail::NativeFile::Mode::CreateNew, error);
+    *file_ = detail::NativeFile::Open(private_, detail::NativeFile::Mode::CreateNew, error);
     if (error) {
         private_.clear();
         return false;
     }
     // At once: content that few may read is not shown to more while it is being written.
     if (!rightsOf_.empty()) {
-        file_.CopyPermissions(rightsOf_);
+        file_->CopyPermissions(rightsOf_);
     }
-    file_.CopyPermissions(target_);
+    file_->CopyPermissions(target_);
     return true;
 }
 
@@ -105,12 +92,12 @@ bool AtomicFile::FlushBuffer(std::error_code& error)
     if (buffer_.empty()) {
         return true;
     }
-    if (!Open(error) || !file_.WriteAt(bufferStart_, buffer_.data(), buffer_.size(), error)) {
+    if (!Open(error) || !file_->WriteAt(bufferStart_, buffer_.data(), buffer_.size(), error)) {
         return false;
     }
     const std::uint64_t end = bufferStart_ + buffer_.size();
     if (end >= writtenBack_ + kWritebackStep) {
-        file_.StartWriteback(writtenBack_, end - writtenBack_);
+        file_->StartWriteback(writtenBack_, end - writtenBack_);
         writtenBack_ = end;
     }
     buffer_.clear();
@@ -125,7 +112,7 @@ bool AtomicFile::Write(const void* data, std::size_t size, std::error_code& erro
         return false;
     }
     if (size > kBufferSize) {
-        if (!Open(error) || !file_.WriteAt(position_, data, size, error)) {
+        if (!Open(error) || !file_->WriteAt(position_, data, size, error)) {
             return false;
         }
     } else if (size > 0) {
@@ -148,7 +135,7 @@ bool AtomicFile::Commit(Durability durability, std::error_code& error)
     if (!FlushBuffer(error) || !Open(error)) {
         return false;
     }
-    if ((onDisk && !file_.FlushToDisk(error)) || !file_.Close(error) || !RenameOver(private_, target_, error)) {
+    if ((onDisk && !file_->FlushToDisk(error)) || !file_->Close(error) || !RenameOver(private_, target_, error)) {
         return false;
     }
     private_.clear();
@@ -158,7 +145,7 @@ bool AtomicFile::Commit(Durability durability, std::error_code& error)
 void AtomicFile::Rollback() noexcept
 {
     std::error_code ignored;
-    file_.Close(ignored);
+    file_->Close(ignored);
     buffer_.clear();
     if (!private_.empty()) {
         RemoveTree(private_);

@@ -1,20 +1,29 @@
 #pragma once
 
 #include <orvcore/Files.h>
-#include <orvcore/detail/NativeFile.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 #include <vector>
 
 namespace orvcore {
 
+namespace detail {
+class NativeFile;
+}
+
 /// A new, private path in the folder of `path`: where a file is made before it takes its place.
 ORVPLATFORM_API std::filesystem::path PrivateSibling(const std::filesystem::path& path);
 /// True for the file names that PrivateSibling makes; such a file left behind by a killed program is rubbish.
 ORVPLATFORM_API bool IsPrivateName(const std::filesystem::path& fileName);
+
+/// Removes the files and folders with such names in `folder` that last changed more than `age` ago: a younger one may
+/// still be in the making. Reads the folder, not those below it; what cannot be removed stays.
+ORVPLATFORM_API void RemoveLeftBehind(const std::filesystem::path& folder, std::chrono::hours age) noexcept;
 
 /// Whether a file may take the place of `path`: nothing stands there, or a file does, itself or behind a link. A
 /// folder, a device, a pipe or a socket is not replaced.
@@ -24,8 +33,8 @@ ORVPLATFORM_API bool MayReplace(const std::filesystem::path& path, std::error_co
 /// system. A link at `to` is itself replaced. On Windows a place that another program holds for a moment is tried again
 /// for about a second.
 /// @return false, with the reason in `error`, when nothing has changed: what MayReplace refuses stays, too.
-ORVPLATFORM_API bool RenameOver(const std::filesystem::path& from, const std::filesystem::path& to,
-                                std::error_code& error);
+[[nodiscard]] ORVPLATFORM_API bool RenameOver(const std::filesystem::path& from, const std::filesystem::path& to,
+                                              std::error_code& error);
 
 /// Writes a file that appears at its path whole or not at all. Content goes to a private file in the same folder,
 /// which Commit puts in place; without Commit the destructor removes it and whatever stood at the path stays as it
@@ -39,8 +48,7 @@ public:
     AtomicFile& operator=(const AtomicFile&) = delete;
     ~AtomicFile();
 
-    /// Removes the private files that killed programs left in the folder of the path, those of the last day excepted:
-    /// one of them may still be written. Reads the whole folder.
+    /// Removes what killed programs left in the folder of the path more than a day ago.
     void RemoveLeftBehind() const noexcept;
 
     /// A file that is new at the path gets the access rights of the one at `model`. To be said before the first write.
@@ -67,7 +75,7 @@ public:
 
     using Durability = orvcore::Durability;
     /// Puts the file in place. With an error nothing has changed at the path.
-    bool Commit(Durability durability, std::error_code& error);
+    [[nodiscard]] bool Commit(Durability durability, std::error_code& error);
     /// Gives the content up.
     void Rollback() noexcept;
 
@@ -78,7 +86,7 @@ private:
     std::filesystem::path target_;
     std::filesystem::path private_;
     std::filesystem::path rightsOf_;
-    detail::NativeFile file_;
+    std::unique_ptr<detail::NativeFile> file_;
     std::vector<char> buffer_; // bytes of [bufferStart_, bufferStart_ + buffer_.size()), not yet written
     std::uint64_t bufferStart_ = 0;
     std::uint64_t position_ = 0;

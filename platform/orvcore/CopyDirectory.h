@@ -18,7 +18,8 @@ struct CopyFailure {
 /// Copies all that `from` holds, files and folders, into `to` in the background and returns at once. `to` and its
 /// parents are created when missing. Symbolic links of `from` are left out; one below `to` that leads out of it makes
 /// the copy fail. Every file arrives whole; after a failure or a cancel the files and folders that this copy has
-/// created are removed again, and the future is settled after that.
+/// created are removed again, and the future is settled after that; only the reader's own cancel settles it at once,
+/// with the removal still to come.
 ///
 /// The future carries kResultOK, or kResultFileNotWritten when something could not be copied. It is cancelled when
 /// `progress` returns false, when its reader cancels it, or when the process ends first.

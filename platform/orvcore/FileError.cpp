@@ -30,7 +30,7 @@ public:
 
 std::error_code make_error_code(FileError error) noexcept
 {
-    static const FileErrorCategory category;
+    static const auto& category = *new FileErrorCategory; // never destroyed: tasks may report while the process exits
     return {static_cast<int>(error), category};
 }
 

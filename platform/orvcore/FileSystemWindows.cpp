@@ -153,10 +153,7 @@ bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess)
 bool MakeDirectories(const fs::path& path, std::error_code& error)
 {
     std::vector<fs::path> missing;
-    fs::path at = path;
-    if (at.filename().empty() && at.has_relative_path()) {
-        at = at.parent_path(); // a closing slash would make the folder its own parent
-    }
+    fs::path at = WithoutClosingSeparators(path); // a closing slash would make the folder its own parent
     for (; InspectTarget(at, error).kind == FileKind::Nothing && !error; at = at.parent_path()) {
         missing.push_back(at);
         if (!at.has_relative_path() || at == at.parent_path()) {

@@ -11,6 +11,9 @@ namespace orvcore::serialization {
 /// Inside an object every value is preceded by its key, and keys come in ascending byte order.
 class JSONSink {
 public:
+    JSONSink() = default;
+    JSONSink(const JSONSink&) = delete;
+    JSONSink& operator=(const JSONSink&) = delete;
     virtual ~JSONSink() = default;
 
     virtual void BeginObject() = 0;

@@ -63,7 +63,9 @@ public:
             dispatcher_.swap(installed);
             dispatched_ = false;
         }
-        AwaitReturn(installed);
+        if (AwaitReturn(installed)) {
+            installed->call = nullptr; // here, not on a worker that has yet to let go of it
+        }
         Dispatch();
     }
 
@@ -74,6 +76,7 @@ public:
         {
             const std::lock_guard lock(mutex_);
             accepting_ = false;
+            dispatched_ = false; // what was asked for may be lost with the host's event loop
             dropped.swap(calls_);
             installed = dispatcher_;
         }
@@ -92,13 +95,16 @@ private:
         std::size_t running = 0; // calls under way, guarded by the queue's mutex
     };
 
-    // Until no other thread is inside the dispatcher. From inside one nothing is waited for: it may be the same.
-    void AwaitReturn(const std::shared_ptr<Installed>& installed)
+    // Until no other thread is inside the dispatcher. From inside one nothing is waited for, and the result is false:
+    // it may be the same.
+    bool AwaitReturn(const std::shared_ptr<Installed>& installed)
     {
         std::unique_lock lock(mutex_);
-        if (installed && dispatchersOnThisThread == 0) {
-            returned_.wait(lock, [&] { return installed->running == 0; });
+        if (!installed || dispatchersOnThisThread != 0) {
+            return false;
         }
+        returned_.wait(lock, [&] { return installed->running == 0; });
+        return true;
     }
 
     // The number of the first call that this run leaves to the next.

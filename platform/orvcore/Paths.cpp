@@ -96,4 +96,12 @@ fs::path TempDirectory()
     return fs::temp_directory_path();
 }
 
+fs::path WithoutClosingSeparators(fs::path folder)
+{
+    while (!folder.has_filename() && folder.has_relative_path()) {
+        folder = folder.parent_path();
+    }
+    return folder;
+}
+
 } // namespace orvcore

@@ -24,6 +24,9 @@ ORVPLATFORM_API std::filesystem::path ToSystemPath(const std::filesystem::path& 
 /// True when `path` can name a file at all: it is not empty and holds no NUL, behind which a system would not look.
 ORVPLATFORM_API bool IsUsablePath(const std::filesystem::path& path);
 
+/// A folder's path without separators at its end; a root keeps its own.
+ORVPLATFORM_API std::filesystem::path WithoutClosingSeparators(std::filesystem::path folder);
+
 /// The system's folder for temporary files (TMPDIR and its like are honoured). Throws
 /// `std::filesystem::filesystem_error` when the system names none that exists.
 ORVPLATFORM_API std::filesystem::path TempDirectory();

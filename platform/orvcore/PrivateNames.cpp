@@ -1,7 +1,10 @@
 #include <orvcore/AtomicFile.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Guid.h>
 
+#include <algorithm>
 #include <string_view>
+#include <vector>
 
 namespace orvcore {
 
@@ -29,6 +32,26 @@ bool IsPrivateName(const fs::path& fileName)
     return view.starts_with(kPrefix) && view.ends_with(kSuffix) && view.size() > kPrefix.size() + kSuffix.size() &&
            Guid::FromString(AsNarrow(view.substr(kPrefix.size(), view.size() - kPrefix.size() - kSuffix.size())))
                .has_value();
+}
+
+void RemoveLeftBehind(const fs::path& folder, std::chrono::hours age) noexcept
+{
+    try {
+        const FileTime oldest = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) - age;
+        std::vector<fs::path> leftBehind;
+        const auto collect = [&](const fs::path& path, FileKind kind) {
+            std::error_code error;
+            if ((kind == FileKind::File || kind == FileKind::Directory) && IsPrivateName(path.filename()) &&
+                InspectPath(path, error).modified < oldest && !error) {
+                leftBehind.push_back(path);
+            }
+            return true;
+        };
+        std::error_code ignored;
+        ReadDirectory(folder, collect, ignored);
+        std::for_each(leftBehind.begin(), leftBehind.end(), [](const fs::path& path) { RemoveTree(path); });
+    } catch (...) { // it is only tidying up
+    }
 }
 
 #if !defined(_WIN32)

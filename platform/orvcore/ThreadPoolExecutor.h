@@ -16,7 +16,7 @@ public:
     explicit ThreadPoolExecutor(std::size_t workers);
     ~ThreadPoolExecutor() override;
 
-    bool Post(OneTimeInvocation task) override;
+    [[nodiscard]] bool Post(OneTimeInvocation task) override;
     std::size_t GetConcurrency() const override;
 
     /// Refuses work from now on; what is queued will not start. Tasks that run go on. Waits for nothing and destroys

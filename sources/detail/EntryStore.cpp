@@ -120,7 +120,7 @@ void EntryStore::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entrie
     std::error_code error; // a listing without this file is a slower one
     orvcore::AtomicFile file(file_);
     if (file.Write(checksum.data(), checksum.size(), error) && file.Write(bytes.data(), bytes.size(), error)) {
-        file.Commit(orvcore::AtomicFile::Durability::Cached, error);
+        static_cast<void>(file.Commit(orvcore::AtomicFile::Durability::Cached, error));
     }
 }
 

@@ -114,17 +114,9 @@ private:
     bool stopped_ = false;
 };
 
-fs::path WithoutClosingSeparators(fs::path folder)
-{
-    while (!folder.has_filename() && folder.has_relative_path()) {
-        folder = folder.parent_path();
-    }
-    return folder;
-}
-
 fs::path PlainPath(const fs::path& folder)
 {
-    return WithoutClosingSeparators(FullFolderPath(folder).lexically_normal());
+    return orvcore::WithoutClosingSeparators(FullFolderPath(folder).lexically_normal());
 }
 
 } // namespace
@@ -142,7 +134,7 @@ fs::path FullFolderPath(const fs::path& folder)
 {
     std::error_code error;
     fs::path full = folder.empty() ? folder : fs::absolute(folder, error);
-    return WithoutClosingSeparators(error ? folder : full);
+    return orvcore::WithoutClosingSeparators(error ? folder : full);
 }
 
 bool IsSamePath(const fs::path& one, const fs::path& other)

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <typeinfo>
+
 namespace {
 
 using namespace orvcapsule;
@@ -54,6 +56,20 @@ TEST(Control, EveryKindReadsBackWhatItWrites)
         EXPECT_EQ(read->GetVal(), control->GetVal()) << orvcore::ToNarrow(control->GetID());
         // The kind's own settings, by way of the text: equal objects write equal texts.
         EXPECT_EQ(GetJSONUTF8String(serialization::ClientControlToJson(read), false), GetJSONUTF8String(tree, false));
+    }
+}
+
+TEST(Control, AClonePassesForTheOriginalAndIsApart)
+{
+    auto controls = OneOfEachKind();
+    controls.push_back(factory::CreateGroupDropZoneControl(u"zone", UIString(u"Label"), {}, {u"a"}));
+    for (const auto& control : controls) {
+        const auto text = GetJSONUTF8String(serialization::ClientControlToJson(control), false);
+        const auto clone = factory::CloneControl(*control);
+        EXPECT_EQ(typeid(*clone), typeid(*control));
+        EXPECT_EQ(GetJSONUTF8String(serialization::ClientControlToJson(clone), false), text);
+        clone->SetID(u"other");
+        EXPECT_EQ(GetJSONUTF8String(serialization::ClientControlToJson(control), false), text);
     }
 }
 
@@ -139,7 +155,13 @@ TEST(Control, AForeignValueCannotBeWritten)
 {
     for (const auto& control : OneOfEachKind()) {
         control->SetVal(1.0F);
-        EXPECT_THROW(serialization::ClientControlToJson(control), std::bad_variant_access);
+        try {
+            serialization::ClientControlToJson(control);
+            ADD_FAILURE() << orvcore::ToNarrow(control->GetID());
+        } catch (const std::bad_variant_access& error) {
+            EXPECT_NE(std::string(error.what()).find('"' + orvcore::ToNarrow(control->GetID()) + '"'),
+                      std::string::npos);
+        }
     }
     const auto disguised =
         std::make_shared<ClientControl>(ClientControlType::kSlider, u"", UIString(), ControlProperties(), 1.0);

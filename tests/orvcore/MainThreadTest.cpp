@@ -178,6 +178,37 @@ TEST(MainThread, ADispatcherIsNotRunningAnyMoreOnceItWasReplaced)
     }
 }
 
+TEST(MainThread, ADispatcherIsAskedAgainAfterAStop)
+{
+    int asked = 0;
+    orvcore::SetMainThreadDispatcher([&](const std::function<void()>&) { ++asked; });
+    EXPECT_TRUE(AsyncCallFromMainThread([] {}));
+    orvcore::StopMainThreadCalls();
+    orvcore::StartMainThreadCalls();
+    EXPECT_TRUE(AsyncCallFromMainThread([] {}));
+    orvcore::SetMainThreadDispatcher(nullptr);
+    EXPECT_EQ(RunMainThreadCalls(), 1U);
+    EXPECT_EQ(asked, 2);
+}
+
+TEST(MainThread, ADispatcherGoesWhereItIsReplaced)
+{
+    const auto here = std::this_thread::get_id();
+    for (int i = 0; i < 100; ++i) {
+        std::thread::id goneOn;
+        std::shared_ptr<void> held(nullptr, [&](void*) { goneOn = std::this_thread::get_id(); });
+        orvtest::Latch inside(1);
+        orvcore::SetMainThreadDispatcher([&inside, held](const std::function<void()>&) { inside.count_down(); });
+        held.reset();
+        std::thread worker([] { static_cast<void>(AsyncCallFromMainThread([] {})); });
+        inside.wait();
+        orvcore::SetMainThreadDispatcher(nullptr);
+        EXPECT_EQ(goneOn, here);
+        worker.join();
+        RunMainThreadCalls();
+    }
+}
+
 TEST(MainThread, ADispatcherMayReplaceItself)
 {
     int second = 0;

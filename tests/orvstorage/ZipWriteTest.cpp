@@ -158,6 +158,8 @@ TEST(ZipWrite, WhatKilledProgramsLeftGoesAfterADay)
         folder.Write(c.path, "half");
         fs::last_write_time(c.path, fs::file_time_type::clock::now() - std::chrono::hours(c.hours));
     }
+    const fs::path staging = orvcore::PrivateSibling(folder / "in/a");
+    folder.Write(staging / "0", "half");
     std::error_code noLinks;
     const fs::path link = orvcore::PrivateSibling(folder / "a.zip");
     fs::create_symlink(cases[2].path, link, noLinks);
@@ -166,6 +168,10 @@ TEST(ZipWrite, WhatKilledProgramsLeftGoesAfterADay)
         EXPECT_EQ(orvcore::Exists(c.path), !c.isRemoved) << c.path;
     }
     EXPECT_EQ(orvcore::Exists(link), !noLinks);
+    EXPECT_EQ(ZipFile(folder / "a.zip").GetEntries().size(), 1U) << "what is left behind is not packed";
+    fs::last_write_time(staging, fs::file_time_type::clock::now() - std::chrono::hours(25));
+    ASSERT_TRUE(ZipFile(folder / "a.zip").UnZip(folder / "in", true));
+    EXPECT_FALSE(orvcore::Exists(staging));
 }
 
 TEST(ZipWrite, FoldersThatCannotBecomeAPackageAreRefused)

@@ -30,9 +30,12 @@ void Collect(const fs::path& folder, const fs::path& exclude, std::vector<fs::pa
     std::error_code failed;
     std::vector<fs::path> folders;
     const auto take = [&](const fs::path& path, FileKind kind) {
+        if (orvcore::IsPrivateName(path.filename())) {
+            return true;
+        }
         if (kind == FileKind::Directory) {
             folders.push_back(path);
-        } else if (!orvcore::IsPrivateName(path.filename()) && !orvcore::IsSameFile(path, exclude)) {
+        } else if (!orvcore::IsSameFile(path, exclude)) {
             NeedFile(path, kind);
             files.push_back(path);
         }

@@ -71,7 +71,10 @@ void CopyPart(const fs::path& from, const fs::path& to)
     try {
         orvcore::CopyOneFile(from, to);
     } catch (const fs::filesystem_error& error) {
-        throw FileError(ToText(from), error.code().message());
+        const std::error_code code = error.code();
+        const bool noRoom = code == std::errc::no_space_on_device || code == std::errc::file_too_large ||
+                            code == std::errc::read_only_file_system;
+        throw FileError(ToText(noRoom ? to : from), code.message());
     }
 }
 

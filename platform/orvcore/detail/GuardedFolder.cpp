@@ -5,6 +5,7 @@
 #include <orvcore/FileSystem.h>
 
 #include <algorithm>
+#include <chrono>
 
 namespace orvcore::detail {
 
@@ -43,9 +44,7 @@ fs::path GuardedFolder::Open(std::error_code& error)
 {
     error.clear();
     folder_ = IsUsablePath(folder_) ? fs::absolute(folder_, error).lexically_normal() : fs::path();
-    if (folder_.filename().empty() && folder_.has_relative_path()) {
-        folder_ = folder_.parent_path(); // a closing slash would make the folder its own parent
-    }
+    folder_ = WithoutClosingSeparators(folder_); // a closing slash would make the folder its own parent
     if (folder_.empty()) {
         error = std::make_error_code(std::errc::invalid_argument);
         return {};
@@ -60,6 +59,7 @@ fs::path GuardedFolder::Open(std::error_code& error)
         }
     }
     if (!error) {
+        RemoveLeftBehind(folder_, std::chrono::hours(24));
         canonical_ = RealPath(folder_, error);
         known_.insert(folder_);
     }

@@ -73,6 +73,9 @@ public:
         std::error_code error;
         bool taken = true;
         const auto take = [&](const fs::path& path, FileKind kind) {
+            if (orvcore::IsPrivateName(path.filename())) {
+                return true;
+            }
             const orvcore::UTF8String name = prefix + orvcore::PathToUTF8(path.filename());
             taken = kind == FileKind::Directory ? Scan(path, name + u8'/', failure) : Take(path, name, failure);
             return taken;
@@ -91,7 +94,7 @@ public:
 private:
     bool Take(const fs::path& path, const orvcore::UTF8String& name, ZipFailure& failure)
     {
-        if (orvcore::IsPrivateName(path.filename()) || orvcore::IsSameFile(path, exclude_)) {
+        if (orvcore::IsSameFile(path, exclude_)) {
             return true;
         }
         failure.entry = name;
