@@ -28,7 +28,7 @@ std::shared_ptr<Capsule> Read(const CapsuleZip& package)
 {
     const orvcore::UTF8String text = package.GetZELTDescriptionJSON();
     if (text.empty()) {
-        throw std::runtime_error(package.GetLastFailure().Message());
+        throw std::runtime_error("no definition: " + package.GetLastFailure().Message()); // which may be an empty file
     }
     auto capsule = orvcapsule::serialization::CapsuleFromJson(text); // throws when a required key is missing
     if (!capsule) {
