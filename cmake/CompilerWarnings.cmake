@@ -5,6 +5,9 @@ if(MSVC)
     /W4 /WX
     /permissive-   # the standard's own rules, as GCC and Clang apply them
     /utf-8         # sources are UTF-8 whatever the machine's code page
+    # Exported classes with standard-library members or bases: the library and its host share one runtime, so both
+    # have the same ones.
+    /wd4251 /wd4275
   )
 else()
   target_compile_options(orv_warnings INTERFACE

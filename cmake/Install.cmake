@@ -28,6 +28,10 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/orvcapsuleConfigVersion.
 install(FILES "${PROJECT_BINARY_DIR}/orvcapsuleConfig.cmake" "${PROJECT_BINARY_DIR}/orvcapsuleConfigVersion.cmake"
   DESTINATION "${ORV_CMAKE_DIR}" COMPONENT development)
 
+# Seen from where the file itself lies, so that an installed tree can be moved or packed for another place.
+set(ORV_PC_DIR "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH ORV_PC_TO_PREFIX "/prefix/${ORV_PC_DIR}" "/prefix")
+string(REGEX REPLACE "/$" "" ORV_PC_TO_PREFIX "${ORV_PC_TO_PREFIX}")
 configure_file(cmake/orvcapsule.pc.in "${PROJECT_BINARY_DIR}/orvcapsule.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/orvcapsule.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
-  COMPONENT development)
+install(FILES "${PROJECT_BINARY_DIR}/orvcapsule.pc" DESTINATION "${ORV_PC_DIR}" COMPONENT development)
+install(FILES NOTICES DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)

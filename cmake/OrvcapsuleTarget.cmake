@@ -8,4 +8,5 @@ target_include_directories(orvcapsule PUBLIC
   "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orvcapsule>")
 target_link_libraries(orvcapsule PUBLIC orvplatform PRIVATE $<BUILD_INTERFACE:orv_warnings>)
 orv_hide_dependencies(orvcapsule)
-set_target_properties(orvcapsule PROPERTIES INSTALL_RPATH "$ORIGIN" VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+set_target_properties(orvcapsule PROPERTIES
+  INSTALL_RPATH "$ORIGIN" VERSION ${PROJECT_VERSION} SOVERSION ${ORV_SOVERSION})

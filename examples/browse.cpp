@@ -15,11 +15,6 @@ namespace {
 
 using orvcapsule::GraphicSourceManager;
 
-std::string Narrow(const orvcore::UTF16String& text)
-{
-    return orvcore::ToNarrow(orvcore::ToUTF8(text));
-}
-
 // Runs main-thread calls until `done`; a host with an event loop has this work done there instead.
 void RunUntil(const bool& done)
 {
@@ -37,13 +32,14 @@ void List(GraphicSourceManager& manager)
         [&done](GraphicSourceManager::ResultMap& results, int /*first*/, int total) {
             std::cout << total << " templates\n";
             for (const auto& [position, entry] : results) {
-                std::cout << "  " << Narrow(entry->name) << "  " << entry->frameWidth << " x " << entry->frameHeight
-                          << "  " << entry->durationMs << " ms\n";
+                std::cout << "  " << orvcore::ToNarrow(entry->name) << "  " << entry->frameWidth << " x "
+                          << entry->frameHeight << "  " << entry->durationMs << " ms\n";
             }
             done = true;
         }));
     manager.RequestDefaultGraphicSet({}, false);
     RunUntil(done);
+    manager.SetLocalRequestCallback(nullptr); // it refers to this function's variable
 }
 
 // Searches the index that the listing has filled.
@@ -60,12 +56,14 @@ void Search(GraphicSourceManager& manager, const std::vector<orvcore::UTF16Strin
         }));
     manager.RequestGraphics(terms);
     RunUntil(done);
+    manager.SetDatabaseRequestCallback(nullptr);
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
+    orvcore::SetConsoleUTF8();
     const std::vector<std::string> arguments = orvcore::UTF8Arguments(argc, argv);
     if (arguments.size() < 2) {
         std::cerr << "usage: browse FOLDER [TERM...]\n";

@@ -1,0 +1,98 @@
+// The smallest host that changes a template: gives it a name in one language and sets a number that the user may edit.
+// docs/hosting.md goes through it.
+
+#include <capsule/Serialization.h>
+#include <orvcore/CommandLine.h>
+#include <orvcore/Files.h>
+#include <package/CapsuleZip.h>
+#include <package/PackageNames.h>
+
+#include <charconv>
+#include <iostream>
+#include <stdexcept>
+
+namespace {
+
+using orvcapsule::Capsule;
+using orvcapsule::CapsuleZip;
+
+struct TempFolder {
+    const std::filesystem::path path = orvcore::CreatePrivateDirectory(u8"orvcapsule-edit");
+    ~TempFolder()
+    {
+        orvcore::RemoveTree(path);
+    }
+};
+
+std::shared_ptr<Capsule> Read(const CapsuleZip& package)
+{
+    const orvcore::UTF8String text = package.GetZELTDescriptionJSON();
+    if (text.empty()) {
+        throw std::runtime_error("no definition: " + package.GetLastFailure().Message()); // which may be an empty file
+    }
+    auto capsule = orvcapsule::serialization::CapsuleFromJson(text); // throws when a required key is missing
+    if (!capsule) {
+        throw std::runtime_error("the definition names no version, or one that this library does not know");
+    }
+    if (capsule->GetAPIVersion().empty()) { // an empty record: storing it would overwrite what can still be mended
+        throw std::runtime_error("the definition is damaged");
+    }
+    return capsule;
+}
+
+void SetNumber(const Capsule& capsule, const orvcore::UTF16String& id, const std::string& text)
+{
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        throw std::runtime_error(text + " is no number");
+    }
+    for (const auto& control : capsule.GetControls()) {
+        // The kind tells the value's type: a document with another cannot be written.
+        if (control->GetID() == id && std::holds_alternative<double>(control->GetVal())) {
+            control->SetVal(number);
+            return;
+        }
+    }
+    throw std::runtime_error("there is no slider or angle " + orvcore::ToNarrow(id));
+}
+
+void Store(CapsuleZip& package, const std::shared_ptr<Capsule>& capsule)
+{
+    const orvcore::UTF8String text = orvcapsule::serialization::CapsuleToJson(capsule);
+    const TempFolder folder;
+    const auto file = folder.path / orvcapsule::kJSONFileName;
+    if (orvcore::WriteBufferToFile(file, text.data(), text.size()) != orvcore::kResultOK) {
+        throw std::runtime_error("the definition cannot be written into the temporary folder");
+    }
+    if (!package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.path))) { // takes the folder, not the file
+        throw std::runtime_error(package.GetLastFailure().Message());
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    orvcore::SetConsoleUTF8();
+    const std::vector<std::string> arguments = orvcore::UTF8Arguments(argc, argv);
+    if (arguments.size() != 6) {
+        std::cerr << "usage: edit PACKAGE LANGUAGE NAME CONTROL NUMBER\n";
+        return 2;
+    }
+    try {
+        CapsuleZip package(orvcore::ToUTF8(arguments[1]));
+        const std::shared_ptr<Capsule> capsule = Read(package);
+        orvcapsule::UIString name = capsule->GetCapsuleNameLocalized();
+        name.SetString(orvcore::ToUTF16(std::string_view(arguments[3])),
+                       orvcore::ToUTF16(std::string_view(arguments[2])));
+        capsule->SetCapsuleNameLocalized(name);
+        SetNumber(*capsule, orvcore::ToUTF16(std::string_view(arguments[4])), arguments[5]);
+        Store(package, capsule);
+    } catch (const std::exception& error) {
+        std::cerr << arguments[1] << ": " << error.what() << '\n';
+        return 1;
+    }
+    std::cout << "stored\n";
+    return 0;
+}
