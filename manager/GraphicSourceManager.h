@@ -137,7 +137,8 @@ public:
     /// host's progress display shows it, and why when it was cancelled.
     void LocalDirectoryChanged(const std::string& sourceID, const orvcore::UTF8String& directory,
                                const std::vector<orvcore::UTF8String>& files);
-    /// The folders that the local sources look into. Walks them on this thread. What a source throws passes.
+    /// The folders that the local sources look into. Walks them on this thread, which may be any. What a source throws
+    /// passes.
     std::set<orvcore::UTF8String> GetLocalDirectories() const;
     /// The path of an entry's still preview, made now by the entry's source if need be; may block. Empty when there is
     /// none, no source made the entry, or `token` (which may be empty) was aborted. Any thread. What the source throws
