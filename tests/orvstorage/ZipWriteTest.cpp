@@ -169,9 +169,10 @@ TEST(ZipWrite, WhatKilledProgramsLeftGoesAfterADay)
     }
     EXPECT_EQ(orvcore::Exists(link), !noLinks);
     EXPECT_EQ(ZipFile(folder / "a.zip").GetEntries().size(), 1U) << "what is left behind is not packed";
-    fs::last_write_time(staging, fs::file_time_type::clock::now() - std::chrono::hours(25));
+    std::error_code notOld; // the C++ library of the Windows cross-build cannot set the time of a folder
+    fs::last_write_time(staging, fs::file_time_type::clock::now() - std::chrono::hours(25), notOld);
     ASSERT_TRUE(ZipFile(folder / "a.zip").UnZip(folder / "in", true));
-    EXPECT_FALSE(orvcore::Exists(staging));
+    EXPECT_EQ(orvcore::Exists(staging), bool(notOld));
 }
 
 TEST(ZipWrite, FoldersThatCannotBecomeAPackageAreRefused)
