@@ -1,8 +1,10 @@
 #include <orvmetadatadb/detail/MemoryIndex.h>
 
+#include <orvcore/ParallelFor.h>
 #include <orvmetadatadb/detail/CodeUnitOrder.h>
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 #include <stdexcept>
 
@@ -15,6 +17,7 @@ constexpr std::size_t kWasteWorthClearing = 16384;
 // date, a small share of the keys does not pay for it.
 constexpr std::size_t kSmallAnswer = 256;
 constexpr std::size_t kSmallShare = 16;
+constexpr std::size_t kCopiedAtOnce = 4096; // copying the texts takes most of a big answer's time
 // A key with more rows than this has them in a table; few have.
 constexpr std::uint32_t kLongChain = 32;
 
@@ -158,9 +161,9 @@ std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::ui
 {
     std::vector<orvcore::UTF16String> keys;
     const auto count = static_cast<std::size_t>(std::count(wanted.begin(), wanted.end(), std::uint8_t{1}));
-    keys.reserve(count);
     const bool ordered = sortedKeys_.size() == keys_.Size();
     if (count < kSmallAnswer || (!ordered && count < wanted.size() / kSmallShare)) {
+        keys.reserve(count);
         for (std::size_t key = 0; key < wanted.size(); ++key) {
             if (wanted[key] != 0) {
                 keys.emplace_back(keys_[static_cast<KeyId>(key)]);
@@ -170,11 +173,16 @@ std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::ui
         return keys;
     }
     SortKeys();
-    for (const KeyId key : sortedKeys_) {
-        if (wanted[key] != 0) {
-            keys.emplace_back(keys_[key]);
+    std::vector<KeyId> found;
+    found.reserve(count);
+    std::copy_if(sortedKeys_.begin(), sortedKeys_.end(), std::back_inserter(found),
+                 [&](KeyId key) { return wanted[key] != 0; });
+    keys.resize(count);
+    orvcore::ParallelFor(count, kCopiedAtOnce, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i) {
+            keys[i] = keys_[found[i]];
         }
-    }
+    });
     return keys;
 }
 
