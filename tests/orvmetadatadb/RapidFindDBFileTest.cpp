@@ -1,6 +1,7 @@
 #include <tests/orvmetadatadb/IndexFixture.h>
 
 #include <orvstorage/SQLiteCodes.h>
+#include <tests/support/ProgramName.h>
 
 #include <sqlite3.h>
 
@@ -173,9 +174,8 @@ TEST_F(RapidFindDBFileTest, TwoProcessesWriteOneFile)
 {
     RapidFindDB index;
     ASSERT_EQ(Start(index), 0);
-    // The program's name is not quoted: one of the systems' command processors would take off the wrong quotes.
-    const std::string program = std::filesystem::path(ORV_INDEX_WRITER).make_preferred().string();
-    const std::string command = program + " \"" + orvcore::ToNarrow(File()) + "\" other 3000";
+    const std::string command =
+        orvtest::ProgramName(ORV_INDEX_WRITER) + " \"" + orvcore::ToNarrow(File()) + "\" other 3000";
     auto other = std::async(std::launch::async, [&] { return std::system(command.c_str()); });
     Fill(index, 3000);
     EXPECT_EQ(other.get(), 0);

@@ -5,6 +5,7 @@
 #include <orvcore/Executor.h>
 #include <orvcore/FileLock.h>
 #include <tests/support/Latch.h>
+#include <tests/support/ProgramName.h>
 #include <tests/support/TempFolder.h>
 
 #include <gtest/gtest.h>
@@ -123,8 +124,7 @@ TEST(Workspace, TwoProcessesAtOnceKeepWhatEachOtherUses)
     std::ofstream(folder / "cleanupRequest").close();
     const TempFolder meeting;
     const auto run = [&meeting](const char* name, const char* other) {
-        // The program's name is not quoted: one of the systems' command processors would take off the wrong quotes.
-        const std::string program = fs::path(ORV_WORKSPACE_USER).make_preferred().string();
+        const std::string program = orvtest::ProgramName(ORV_WORKSPACE_USER);
         return std::system((program + " " + name + " " + other + " \"" + meeting.Path().string() + "\"").c_str());
     };
     auto first = std::async(std::launch::async, run, "first", "second");
