@@ -1,4 +1,5 @@
 #include <orvcore/Guid.h>
+#include <orvcore/Printable.h>
 #include <orvcore/Strings.h>
 #include <orvcore/detail/SameText.h>
 
@@ -49,6 +50,27 @@ TEST(Strings, IllFormedUTF8BecomesOneReplacementABrokenCharacter)
     for (const Case& c : cases) {
         EXPECT_EQ(orvcore::ToUTF16(c.bytes), c.expected);
         EXPECT_FALSE(orvcore::IsWellFormedUTF8(c.bytes));
+    }
+}
+
+TEST(Strings, WhatIsShownSteersNothing)
+{
+    const struct {
+        std::string text;
+        std::string shown;
+    } cases[] = {
+        {"a \u5b57 \u200f\U0001F3AC", "a \u5b57 \u200f\U0001F3AC"},
+        {std::string("\0\n\x1b[2J\x7f", 7), "???[2J?"},
+        {"\xc2\x80\xc2\x9b"
+         "1m\xc2\xa0",
+         "??1m\xc2\xa0"},
+        {"\u2028\u202e"
+         "gpj.exe\u2066\u206a",
+         "??gpj.exe?\u206a"},
+        {"\x9b\xe5\xad", "???"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(orvcore::Printable(c.text), c.shown);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <orvcore/FileSystem.h>
 #include <orvcore/JSONTextWriter.h>
 #include <orvcore/Paths.h>
+#include <orvcore/Printable.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -36,20 +37,7 @@ bool FlushOutput()
 
 std::string Printable(std::string_view text)
 {
-    std::string safe;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto c = static_cast<unsigned char>(text[i]);
-        const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0U;
-        if (c < ' ' || c == 0x7F) {
-            safe += '?';
-        } else if (c == 0xC2 && next >= 0x80 && next < 0xA0) { // U+0080 to U+009F
-            safe += '?';
-            ++i;
-        } else {
-            safe += text[i];
-        }
-    }
-    return safe;
+    return orvcore::Printable(text);
 }
 
 std::string OneMember(std::string_view key, std::string_view text, bool json)
