@@ -2,6 +2,7 @@
 
 #include <orvcore/FileError.h>
 #include <orvcore/Paths.h>
+#include <orvcore/Printable.h>
 
 #include <cerrno>
 #include <utility>
@@ -31,6 +32,8 @@ constexpr ErrorText TextOf(ZipError error) noexcept
         return {"Truncated", "it is cut short"};
     case ZipError::Inconsistent:
         return {"Inconsistent", "its directory is damaged"};
+    case ZipError::Zip64FieldMissing:
+        return {"Zip64FieldMissing", "its directory leaves out the zip64 field that an entry needs"};
     case ZipError::SeveralDisks:
         return {"SeveralDisks", "it is one part of an archive split into several files"};
     case ZipError::TooManyEntries:
@@ -63,6 +66,8 @@ constexpr ErrorText TextOf(ZipError error) noexcept
         return {"ChecksumMismatch", "its content does not match its checksum"};
     case ZipError::SizeMismatch:
         return {"SizeMismatch", "its content does not have the size it declares"};
+    case ZipError::HeaderMismatch:
+        return {"HeaderMismatch", "the header at its data says something else than the directory"};
     case ZipError::ReadFailed:
         return {"ReadFailed", "it cannot be read"};
     case ZipError::EmptyName:
@@ -132,11 +137,7 @@ constexpr std::string_view VerbOf(ZipAction action) noexcept
 
 std::string Quoted(std::u8string_view text)
 {
-    std::string quoted = "\"";
-    for (const char c : orvcore::AsNarrow(text)) {
-        quoted += (c >= 0 && c < ' ') || c == '\x7f' ? '?' : c;
-    }
-    return quoted + '"';
+    return '"' + orvcore::Printable(orvcore::AsNarrow(text)) + '"';
 }
 
 std::string_view VerbOf(const ZipFailure& failure) noexcept

@@ -19,6 +19,7 @@ enum class ZipError : std::uint8_t {
     NotAZip,
     Truncated,
     Inconsistent,
+    Zip64FieldMissing,
     SeveralDisks,
     TooManyEntries,
     DirectoryTooLarge,
@@ -36,6 +37,7 @@ enum class ZipError : std::uint8_t {
     DataCorrupt,
     ChecksumMismatch,
     SizeMismatch,
+    HeaderMismatch,
     ReadFailed,
     // An entry's name
     EmptyName,
@@ -82,8 +84,8 @@ struct ORVPLATFORM_API ZipFailure {
     {
         return error != ZipError::None;
     }
-    /// One line of UTF-8 English: what was tried, on which archive and entry, and what was wrong. Control characters
-    /// of hostile names are shown as "?". Empty without a failure.
+    /// One line of UTF-8 English: what was tried, on which archive and entry, and what was wrong. Of names it shows
+    /// what orvcore::Printable leaves of them. Empty without a failure.
     std::string Message() const;
     /// The same without the archive, for callers that name it themselves: `cannot read "thumb.png": ...`, or only what
     /// was wrong where the archive as a whole is concerned.

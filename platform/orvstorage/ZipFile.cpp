@@ -111,10 +111,22 @@ std::vector<ZipFailure> ZipFile::Check(bool readContents) const
             plan.refused.push_back(failure);
             return false;
         }
+        const ZipFailure blank = failure;
+        const auto test = [&](std::size_t index) {
+            ZipFailure found = blank;
+            if (!detail::TestEntry(*state.archive, index, found)) {
+                plan.refused.push_back(std::move(found));
+            }
+        };
         for (std::size_t i = 0; readContents && i < plan.files.size(); ++i) {
-            ZipFailure found = failure;
-            if (!detail::TestEntry(*state.archive, plan.files[i].index, found)) {
-                plan.refused.push_back(found);
+            test(plan.files[i].index);
+        }
+        const auto& entries = state.archive->Entries();
+        for (std::size_t i = 0; readContents && i < entries.size(); ++i) {
+            ZipFailure ignored; // told among the refusals
+            if (entries[i].kind == detail::EntryKind::Directory &&
+                detail::EntryReader::MayRead(entries[i], state.limits, ignored)) {
+                test(i);
             }
         }
         failure = plan.refused.empty() ? failure : plan.refused.front();

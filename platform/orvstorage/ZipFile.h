@@ -63,7 +63,8 @@ public:
     /// True when the archive can be read and has an entry of exactly this name. The last failure stays as it is.
     bool Contains(std::u8string_view entryName) const;
     /// Everything that keeps the archive from being unpacked: its own failure, or one for each refused entry; with
-    /// `readContents` each entry's data is read and checked as well. Empty when all is well. Writes nothing.
+    /// `readContents` each entry's data is read and checked as well, and what a folder has of it. Empty when all is
+    /// well. Writes nothing.
     std::vector<ZipFailure> Check(bool readContents) const;
     /// @}
 

@@ -2,6 +2,7 @@
 #include <orvstorage/detail/EntryName.h>
 #include <orvstorage/detail/NameRegister.h>
 #include <orvstorage/detail/Packer.h>
+#include <orvstorage/detail/Unpacker.h>
 #include <orvstorage/detail/ZipState.h>
 
 namespace orvstorage {
@@ -39,6 +40,32 @@ bool FindPlace(const ZipArchive& archive, const orvcore::UTF8String& name, bool 
     return FitsIn(archive, name, failure);
 }
 
+std::optional<std::size_t> SmallestEncrypted(const std::vector<detail::ArchiveEntry>& entries)
+{
+    std::optional<std::size_t> smallest;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (entries[i].shown.isEncrypted && (!smallest || entries[i].shown.size < entries[*smallest].shown.size)) {
+            smallest = i;
+        }
+    }
+    return smallest;
+}
+
+// One archive has one password: it must open the entry that is replaced, or else another one.
+bool PasswordFits(const ZipArchive& archive, std::optional<std::size_t> replaced, bool hasPassword, ZipFailure& failure)
+{
+    const auto& entries = archive.Entries();
+    const bool isOpened = replaced && entries[*replaced].shown.isEncrypted;
+    const auto asked = isOpened ? replaced : hasPassword ? SmallestEncrypted(entries) : std::nullopt;
+    ZipFailure found;
+    if (asked && !detail::TestEntry(archive, *asked, found) &&
+        (found.error == ZipError::PasswordNeeded || found.error == ZipError::WrongPassword)) {
+        failure.error = found.error;
+        failure.detail = found.detail;
+    }
+    return !failure; // damage of what is replaced, or is copied as it is, is no hindrance
+}
+
 // Asked before the work, which may take minutes.
 bool MayWrite(const std::filesystem::path& archive, ZipFailure& failure)
 {
@@ -71,7 +98,8 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
         }
         if (!isThere) {
             failure = {ZipError::None, ZipAction::Add, state.path, name.relative, {}};
-        } else if (!FindPlace(*state.archive, name.relative, replace, replaced, failure)) {
+        } else if (!FindPlace(*state.archive, name.relative, replace, replaced, failure) ||
+                   !PasswordFits(*state.archive, replaced, !state.password.empty(), failure)) {
             return false;
         }
         auto old = isThere ? state.archive->File() : nullptr;

@@ -17,6 +17,7 @@ namespace {
 using orvstorage::ZipError;
 using orvstorage::ZipFile;
 using test::TempFolder;
+using test::ZipBytes;
 
 // Runs `work` in a process of its own and returns how it ended.
 template <class Work>
@@ -152,6 +153,54 @@ TEST(ZipPosix, SpecialFilesAreNotReplaced)
     EXPECT_EQ(good.GetLastFailure().Reason(), "cannot unpack \"a\": " + expected);
     EXPECT_TRUE(std::filesystem::is_fifo(folder / "pipe"));
     EXPECT_TRUE(std::filesystem::is_fifo(folder / "out/a"));
+}
+
+TEST(ZipPosix, ArchivesAreRegularFilesAndNothingElseIsWaitedFor)
+{
+    const TempFolder folder;
+    folder.Write("good.zip", ZipBytes().Add({.name = "a", .data = "1"}).Finish());
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    std::filesystem::create_symlink("pipe", folder / "to pipe");
+    std::filesystem::create_symlink("good.zip", folder / "to good");
+    const struct {
+        std::filesystem::path path;
+        const char* reason;
+    } cases[] = {
+        {folder / "pipe", "the file cannot be opened (it is not a regular file)"},
+        {folder / "to pipe", "the file cannot be opened (it is not a regular file)"},
+        {"/dev/null", "the file cannot be opened (it is not a regular file)"},
+        {folder.Path(), "the file cannot be opened (Is a directory)"},
+        {folder / "to good", ""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(InChild([&] {
+                      ::alarm(30); // ends the child that waits
+                      const ZipFile zip(c.path);
+                      return (zip.UnzipItem(u8"a") != nullptr) == (*c.reason == 0) &&
+                                     zip.GetLastFailure().Reason() == c.reason
+                                 ? 0
+                                 : 1;
+                  }),
+                  0)
+            << c.path;
+    }
+}
+
+TEST(ZipPosix, AnEntryIsStoppedAtTheSizeThatItDeclares)
+{
+    const TempFolder folder;
+    const test::Zeros zeros(40000);
+    folder.Write("a.zip",
+                 ZipBytes().Add({.name = "a", .data = zeros.deflated, .method = 8, .declaredSize = 1000}).Finish());
+    const ZipFile zip(folder / "a.zip");
+    const auto isStopped = [&](bool done) { return !done && zip.GetLastFailure().error == ZipError::SizeMismatch; };
+    EXPECT_EQ(InChild([&] {
+                  return WithFileSizeLimit(1U << 20, [&] {
+                      return isStopped(zip.UnZip(folder / "out", true)) &&
+                             isStopped(zip.UnzipItems(u8"a", folder / "single"));
+                  });
+              }),
+              0);
 }
 
 } // namespace

@@ -37,6 +37,10 @@ TEST(ZipRead, EveryRefusedEntryHasItsReasonAndLeavesTheOthersAlone)
         {{.name = "..\\out", .data = "x", .system = 10}, ZipError::ParentComponent},
         {{.name = "a\\b", .data = "x"}, ZipError::ReservedCharacter},
         {{.name = std::string("good\0bad", 8), .data = "x"}, ZipError::ControlCharacter},
+        {{.name = "good\x01\u5b57", .data = "x"}, ZipError::ControlCharacter},
+        {{.name = "good\x1f", .data = "x", .flags = 0}, ZipError::ControlCharacter},
+        {{.name = "packed", .data = "x", .method = 12}, ZipError::CompressionUnsupported},
+        {{.name = "packed", .data = "x", .method = 97}, ZipError::CompressionUnsupported},
         {{.name = "con.png", .data = "x"}, ZipError::ReservedName},
         {{.name = "GOOD/ONE", .data = "x"}, ZipError::NameClash},
         {{.name = "good/one/deeper", .data = "x"}, ZipError::NameClash},
@@ -63,8 +67,7 @@ TEST(ZipRead, EveryRefusedEntryHasItsReasonAndLeavesTheOthersAlone)
             EXPECT_EQ(zip.Check(true).size(), 1U);
         }
         EXPECT_EQ(Text(zip.UnzipItem(u8"good/one")), "1");
-        const bool isNameless = c.error == ZipError::ControlCharacter; // a NUL's name cannot be asked for
-        if (!isNameless && c.error != ZipError::NameClash) {
+        if (c.error != ZipError::NameClash) {
             const auto name = zip.GetEntries().at(2).name;
             EXPECT_EQ(zip.UnzipItem(name), nullptr);
             EXPECT_FALSE(zip.UnzipItems(name, folder / "single"));
@@ -83,6 +86,8 @@ TEST(ZipRead, ArchivesThatAreNoneSayWhy)
     farDirectory.replace(farDirectory.size() - 6, 4, ZipBytes::Number(1U << 30, 4));
     std::string split = good;
     split.replace(split.size() - 18, 2, "\1\0", 2);
+    std::string twoArchives = ZipBytes().Add({.name = "a"}).Finish64();
+    twoArchives.replace(twoArchives.size() - 6, 4, ZipBytes::Number(0, 4));
     const struct {
         std::string bytes;
         ZipError error;
@@ -94,6 +99,9 @@ TEST(ZipRead, ArchivesThatAreNoneSayWhy)
         {farDirectory, ZipError::Truncated},
         {lying, ZipError::Inconsistent},
         {split, ZipError::SeveralDisks},
+        {twoArchives, ZipError::Inconsistent},
+        {"a program" + good, ZipError::Inconsistent},
+        {ZipBytes().Add({.name = "a", .declaredSize = 0xffffffff}).Finish(), ZipError::Zip64FieldMissing},
         {ZipBytes().Add({.name = "bad\xff", .data = "x"}).Finish(), ZipError::BadEncoding},
         {ZipBytes().Add({.name = "a", .extra = std::string("\2\0\xff\xff more", 9)}).Finish(), ZipError::Inconsistent},
     };
@@ -122,7 +130,6 @@ TEST(ZipRead, DamagedContentFailsTheWholeCallAndLeavesNothing)
         {{.name = "bad", .data = "\x07", .method = 8, .declaredSize = 3}, ZipError::DataCorrupt},
         {{.name = "bad", .data = "\x4b\x04\x00", .method = 8, .crc = 0xe8b7be43, .declaredSize = 9},
          ZipError::SizeMismatch},
-        {{.name = "bad", .data = "x", .method = 97}, ZipError::CompressionUnsupported},
         {{.name = "bad", .data = "x", .flags = 0x0801}, ZipError::PasswordNeeded},
     };
     for (const auto& c : cases) {
@@ -144,6 +151,123 @@ TEST(ZipRead, DamagedContentFailsTheWholeCallAndLeavesNothing)
     }
 }
 
+TEST(ZipRead, HeadersAtTheDataAgreeWithTheDirectory)
+{
+    const ZipItem plain{.name = "a.txt", .data = "content"};
+    const std::string sizes = ZipBytes::Number(7, 4) + ZipBytes::Number(7, 4);
+    const std::string signedCrc = "PK\7\x8" + ZipBytes::Number(test::Crc32("content"), 4);
+    const auto streamed = [](const std::string& behind) {
+        return ZipItem{.name = "a.txt",
+                       .data = "content" + behind,
+                       .flags = 0x0808,
+                       .crc = test::Crc32("content"),
+                       .declaredSize = 7,
+                       .declaredPacked = 7};
+    };
+    const struct {
+        ZipItem item;
+        std::size_t at; ///< where the header is changed
+        std::string bytes;
+        ZipError error = ZipError::HeaderMismatch;
+    } cases[] = {
+        {plain, 0, "PK\3\5"},
+        {plain, 30, "b"},
+        {plain, 26, "\6"},
+        {plain, 8, "\x8"},
+        {plain, 6, "\1"},
+        {plain, 14, "?"},
+        {plain, 18, "\x8"},
+        {plain, 22, "\x8"},
+        {plain, 18, std::string(8, '\xff')},
+        {plain, 28, "\xff", ZipError::OverlappingEntries},
+        {{.name = "\u5b57", .data = "content"}, 7, std::string(1, '\0')},
+        {streamed(""), 18, "\x8"},
+        {streamed("PK\7\x8" + ZipBytes::Number(1, 4) + sizes), 0, ""},
+        {streamed(signedCrc + ZipBytes::Number(7, 4) + ZipBytes::Number(8, 4)), 0, ""},
+        // What real writers leave.
+        {plain, 6, "\2", ZipError::None},
+        {plain, 7, std::string(1, '\0'), ZipError::None},
+        {streamed(""), 14, std::string(12, '\0'), ZipError::None},
+        {streamed(""), 14, std::string(4, '\0') + std::string(8, '\xff'), ZipError::None},
+        {streamed(signedCrc + sizes), 14, std::string(12, '\0'), ZipError::None},
+        {streamed(signedCrc + ZipBytes::Number(7, 8) + ZipBytes::Number(7, 8)), 0, "", ZipError::None},
+        {streamed(ZipBytes::Number(test::Crc32("content"), 4) + sizes), 14, std::string(12, '\0'), ZipError::None},
+    };
+    const TempFolder folder;
+    for (const auto& c : cases) {
+        std::string bytes = ZipBytes().Add(c.item).Finish();
+        folder.Write("a.zip", bytes.replace(c.at, c.bytes.size(), c.bytes));
+        const ZipFile zip(folder / "a.zip");
+        EXPECT_EQ(Text(zip.UnzipItem(orvcore::AsUTF8(c.item.name))), c.error == ZipError::None ? "content" : "(null)");
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error)) << &c - cases;
+        EXPECT_EQ(zip.Check(true).size(), c.error == ZipError::None ? 0U : 1U);
+    }
+}
+
+TEST(ZipRead, FoldersAndEmptyEntriesAreCheckedToo)
+{
+    const struct {
+        ZipItem item;
+        ZipError error;
+        const char* name = nullptr; ///< in the directory, when it is another
+    } cases[] = {
+        {{.name = "folder/"}, ZipError::None},
+        {{.name = "folder/", .data = std::string("\3\0", 2), .method = 8, .crc = 0, .declaredSize = 0}, ZipError::None},
+        {{.name = "folder/", .data = "x"}, ZipError::None},
+        {{.name = "folder/", .data = "x", .crc = 1}, ZipError::ChecksumMismatch},
+        {{.name = "folder/"}, ZipError::HeaderMismatch, "folde2/"},
+        {{.name = "empty", .crc = 1}, ZipError::ChecksumMismatch},
+    };
+    const TempFolder folder;
+    for (const auto& c : cases) {
+        std::string bytes = ZipBytes().Add(c.item).Finish();
+        if (c.name != nullptr) {
+            bytes.replace(bytes.rfind(c.item.name), c.item.name.size(), c.name);
+        }
+        folder.Write("a.zip", bytes);
+        const std::vector<orvstorage::ZipFailure> found = ZipFile(folder / "a.zip").Check(true);
+        ASSERT_EQ(found.size(), c.error == ZipError::None ? 0U : 1U) << &c - cases;
+        EXPECT_EQ(found.empty() ? ZipError::None : found.front().error, c.error) << &c - cases;
+    }
+}
+
+TEST(ZipRead, AnEntryReachesOverSeveralOthers)
+{
+    const TempFolder folder;
+    folder.Write("a.zip", ZipBytes()
+                              .Add({.name = "a", .data = "1", .declaredPacked = 40}) // to the middle of "c"
+                              .Add({.name = "b", .data = "2"})
+                              .Add({.name = "c", .data = "3"})
+                              .Add({.name = "d", .data = "4"})
+                              .Finish());
+    const ZipFile zip(folder / "a.zip");
+    for (const char8_t* name : {u8"a", u8"b", u8"c"}) {
+        EXPECT_EQ(zip.UnzipItem(name), nullptr);
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(ZipError::OverlappingEntries));
+    }
+    EXPECT_EQ(Text(zip.UnzipItem(u8"d")), "4");
+}
+
+TEST(ZipRead, WhatStandsInADirectoryIsNotTakenForItsEnd)
+{
+    const TempFolder folder;
+    folder.Write("in/c", "3");
+    const std::string locator = "PK\6\7" + std::string(16, '\1');
+    for (const char* last : {"\u5b57", "b"}) {
+        folder.Write("a.zip", ZipBytes()
+                                  .Add({.name = "a", .data = "1"})
+                                  .Add({.name = last, .data = "2", .comment = "\1\xff" + locator})
+                                  .Finish("of the archive"));
+        const ZipFile zip(folder / "a.zip");
+        EXPECT_TRUE(zip.Check(true).empty());
+        EXPECT_EQ(Text(zip.UnzipItem(orvcore::AsUTF8(last))), "2") << zip.GetLastFailure().Message();
+        EXPECT_TRUE(zip.AddItem(u8"c", folder / "in", false)) << zip.GetLastFailure().Message();
+        EXPECT_THAT(folder.Read("a.zip"), HasSubstr(locator));
+        EXPECT_TRUE(folder.Read("a.zip").ends_with("of the archive"));
+        EXPECT_EQ(zip.GetEntries().size(), 3U);
+    }
+}
+
 TEST(ZipRead, LimitsAreHeldBeforeAnythingIsWritten)
 {
     const struct {
@@ -153,8 +277,9 @@ TEST(ZipRead, LimitsAreHeldBeforeAnythingIsWritten)
         {{.maxEntries = 2}, ZipError::TooManyEntries},
         {{.maxDirectorySize = 100}, ZipError::DirectoryTooLarge},
         {{.maxEntrySize = 999}, ZipError::EntryTooLarge},
-        {{.maxTotalSize = 1001}, ZipError::TotalTooLarge},
+        {{.maxTotalSize = 2001}, ZipError::TotalTooLarge},
         {{.maxRatio = 30, .ratioFloor = 1000}, ZipError::RatioTooHigh},
+        {{.maxRatio = 30, .ratioFloor = 1001}, ZipError::RatioTooHigh}, // of both together
     };
     for (const auto& c : cases) {
         TempFolder folder;
@@ -163,6 +288,7 @@ TEST(ZipRead, LimitsAreHeldBeforeAnythingIsWritten)
         folder.Write("a.zip", ZipBytes()
                                   .Add({.name = "1", .data = "1"})
                                   .Add({.name = "zeros", .data = zeros, .method = 8, .declaredSize = 1000})
+                                  .Add({.name = "more", .data = zeros, .method = 8, .declaredSize = 1000})
                                   .Add({.name = "2", .data = "2"})
                                   .Finish());
         ZipFile zip(folder / "a.zip");
@@ -203,7 +329,9 @@ TEST(ZipRead, NamesAreExactAndRepeatedOnesTrustedForNothing)
     EXPECT_EQ(Text(zip.UnzipItem(std::u8string_view(u8"empty\0x", 7))), "(null)");
     EXPECT_EQ(Text(zip.UnzipItem(u8"empty")), "");
     EXPECT_EQ(Text(zip.UnzipItem(u8"twice")), "(null)");
-    EXPECT_EQ(zip.GetLastFailure().error, ZipError::DuplicateName);
+    EXPECT_TRUE(zip.Contains(u8"empty"));
+    EXPECT_FALSE(zip.Contains(u8"none"));
+    EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(ZipError::DuplicateName)) << "as it was before";
     EXPECT_FALSE(zip.UnZip(folder / "out", true));
     EXPECT_THAT(folder.Names(), ElementsAre("a.zip", "out/Win/dows/file", "out/empty"));
 }

@@ -310,6 +310,14 @@ TEST(ZipWrite, PasswordsOpenWhatTheyEncrypt)
         EXPECT_EQ(zip.UnzipItem(u8"definition.json") != nullptr, c.error == ZipError::None);
         EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error));
         EXPECT_EQ(zip.UnZip(folder / "out", true), c.error == ZipError::None);
+        for (const std::u8string_view name : {u8"thumb.PNG", u8"new"}) {
+            folder.Write(fs::path("add") / name, "added");
+            const std::string before = folder.Read("a.zelt");
+            const bool mayAdd = c.error == ZipError::None || (*c.password == 0 && name == u8"new");
+            EXPECT_EQ(zip.AddItem(name, folder / "add", true), mayAdd) << zip.GetLastFailure().Message();
+            EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(mayAdd ? ZipError::None : c.error));
+            folder.Write("a.zelt", before);
+        }
     }
     EXPECT_EQ(folder.Read("out/definition.json"), std::string(5000, 'j'));
 }

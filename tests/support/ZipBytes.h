@@ -34,6 +34,19 @@ struct ZipItem {
     std::int64_t offset = -1;
     bool zip64 = false;
     std::string extra = {};
+    std::string comment = {};
+};
+
+/// `blocks` + 1 times 775 bytes of zero and more, deflated as tightly as the format allows: some thousand to one.
+struct Zeros {
+    explicit Zeros(std::size_t blocks)
+        : deflated(std::string("\xed\xc0\x01\x01\0\0\0\x80\x90\xfe\xaf\xee\x08\x01", 14) + std::string(blocks, '\0') +
+                   '\3')
+        , size(static_cast<std::int64_t>(775 + 1032 * blocks))
+    {
+    }
+    std::string deflated;
+    std::int64_t size;
 };
 
 /// Writes archives byte by byte, honest or not.
@@ -55,7 +68,8 @@ public:
                                    Number(extra.size(), 2);
         bytes_ += "PK\3\4" + Number(45, 2) + common + item.name + extra + item.data;
         directory_ += "PK\1\2" + Number(std::uint64_t{item.system} << 8 | 45U, 2) + Number(45, 2) + common +
-                      Number(0, 2) + Number(0, 4) + Number(item.attributes, 4) + Number(offset, 4) + item.name + extra;
+                      Number(item.comment.size(), 2) + Number(0, 4) + Number(item.attributes, 4) + Number(offset, 4) +
+                      item.name + extra + item.comment;
         ++count_;
         return *this;
     }

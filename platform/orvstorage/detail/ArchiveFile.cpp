@@ -6,14 +6,13 @@ namespace orvstorage::detail {
 
 namespace {
 
-// The end record of 22 bytes and its longest comment, with the zip64 locator and record before them.
-constexpr std::uint64_t kTailSize = 65535 + 22 + 20 + 56;
+constexpr std::uint64_t kTailSize = 65535 + ArchiveFile::kLongestEnd; // with the longest comment
 
 using orvcore::detail::NativeFile;
 
 } // namespace
 
-std::shared_ptr<const ArchiveFile> ArchiveFile::Open(const std::filesystem::path& path, ZipFailure& failure)
+std::shared_ptr<ArchiveFile> ArchiveFile::Open(const std::filesystem::path& path, ZipFailure& failure)
 {
     auto archive = std::make_shared<ArchiveFile>();
     std::error_code error;
@@ -24,10 +23,7 @@ std::shared_ptr<const ArchiveFile> ArchiveFile::Open(const std::filesystem::path
                             : ZipError::CannotOpen;
     } else {
         archive->size_ = archive->file_.Size(error);
-        archive->tailSize_ = std::min(archive->size_, kTailSize);
-        archive->tail_ = std::make_unique_for_overwrite<unsigned char[]>(archive->tailSize_);
-        const std::size_t wanted = archive->tailSize_;
-        if (!error && archive->file_.ReadAt(archive->TailOffset(), archive->tail_.get(), wanted, error) == wanted) {
+        if (!error && archive->ReadTail(archive->size_ - std::min(archive->size_, kTailSize), error)) {
             return archive;
         }
         failure.error = ZipError::ReadFailed;
@@ -38,16 +34,51 @@ std::shared_ptr<const ArchiveFile> ArchiveFile::Open(const std::filesystem::path
     return nullptr;
 }
 
+bool ArchiveFile::ReadTail(std::uint64_t offset, std::error_code& error)
+{
+    const std::size_t wanted = size_ - offset;
+    auto bytes = std::make_unique_for_overwrite<unsigned char[]>(wanted + kLongestEnd);
+    if (file_.ReadAt(offset, bytes.get(), wanted, error) != wanted) {
+        return false;
+    }
+    tail_ = std::move(bytes);
+    tailSize_ = wanted;
+    return true;
+}
+
+bool ArchiveFile::Keep(std::uint64_t offset, std::span<unsigned char>& bytes)
+{
+    std::error_code error;
+    if (offset < TailOffset() && !ReadTail(offset, error)) {
+        return false;
+    }
+    bytes = std::span(tail_.get(), tailSize_).subspan(offset - TailOffset());
+    return true;
+}
+
+void ArchiveFile::ReplaceEnd(std::uint64_t offset, std::span<const unsigned char> end)
+{
+    const std::size_t kept = offset - TailOffset();
+    std::copy(end.begin(), end.end(), tail_.get() + kept);
+    tailSize_ = kept + end.size();
+    size_ = offset + end.size();
+}
+
 std::size_t ArchiveFile::Read(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const
 {
     error.clear();
-    if (offset < TailOffset() || offset >= size_) {
-        return file_.ReadAt(offset, data, size, error);
+    std::size_t done = 0;
+    if (offset < TailOffset()) {
+        const std::size_t wanted = std::min<std::uint64_t>(size, TailOffset() - offset);
+        done = file_.ReadAt(offset, data, wanted, error);
+        if (done < wanted) {
+            return done;
+        }
     }
-    const std::size_t at = offset - TailOffset();
-    const std::size_t count = std::min(size, tailSize_ - at);
-    std::copy_n(tail_.get() + at, count, static_cast<unsigned char*>(data));
-    return count;
+    const std::size_t at = std::min<std::uint64_t>(offset + done - TailOffset(), tailSize_);
+    const std::size_t count = std::min(size - done, tailSize_ - at);
+    std::copy_n(tail_.get() + at, count, static_cast<unsigned char*>(data) + done);
+    return done + count;
 }
 
 } // namespace orvstorage::detail

@@ -13,8 +13,11 @@ namespace orvstorage::detail {
 /// first and twice. Reading is safe from several threads.
 class ArchiveFile {
 public:
+    /// The most bytes of an end record with those of zip64, without its comment.
+    static constexpr std::size_t kLongestEnd = 56 + 20 + 22;
+
     /// Null, with the reason in `failure`, when the file cannot be opened.
-    static std::shared_ptr<const ArchiveFile> Open(const std::filesystem::path& path, ZipFailure& failure);
+    static std::shared_ptr<ArchiveFile> Open(const std::filesystem::path& path, ZipFailure& failure);
 
     std::uint64_t Size() const noexcept
     {
@@ -31,10 +34,23 @@ public:
     /// Reads up to `size` bytes; fewer only at the end of the file or after an error.
     std::size_t Read(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const;
 
+    /// @name What readers are shown
+    /// For the one thread that opens the archive.
+    /// @{
+    /// Takes all from `offset` on into the tail and lends it for changes, which readers see, until the next call of
+    /// these two. False when it cannot be read.
+    bool Keep(std::uint64_t offset, std::span<unsigned char>& bytes);
+    /// Lets the file end with `end` in the place of all from `offset` on, which must be in the tail.
+    /// @param end  at most kLongestEnd bytes more than what it replaces
+    void ReplaceEnd(std::uint64_t offset, std::span<const unsigned char> end);
+    /// @}
+
 private:
+    bool ReadTail(std::uint64_t offset, std::error_code& error);
+
     orvcore::detail::NativeFile file_;
     std::uint64_t size_ = 0;
-    std::unique_ptr<unsigned char[]> tail_;
+    std::unique_ptr<unsigned char[]> tail_; // with room for kLongestEnd bytes more
     std::size_t tailSize_ = 0;
 };
 

@@ -8,8 +8,11 @@
 
 namespace orvstorage::detail {
 
-/// Reads one entry's content piece by piece, checking it: never more bytes than the entry declares, its checksum at
-/// the end. Memory does not depend on the entry's size.
+/// True when so many bytes unpack from so few that the limits do not allow it, of one entry or of several together.
+bool IsBeyondRatio(std::uint64_t size, std::uint64_t compressedSize, const ZipLimits& limits);
+
+/// Reads one entry's content piece by piece, checking it: its own header against the directory, never more bytes than
+/// the entry declares, its checksum at the end. Memory does not depend on the entry's size.
 class EntryReader {
 public:
     /// Looks at what the directory says of the entry; False when that alone refuses it.
@@ -47,7 +50,8 @@ private:
     static constexpr std::uint64_t kTrustedSize = std::uint64_t{4} << 20; // given on the directory's word alone
 
     EntryHandle handle_;
-    std::uint64_t declared_;
+    const std::uint64_t declared_;
+    const bool hasWeakPassword_;
     std::uint64_t done_ = 0;
 };
 

@@ -45,17 +45,27 @@ public:
                 return false;
             }
         }
-        return true;
+        return IsWithinRatio(failure);
     }
 
 private:
+    // Many entries together may be what none is alone.
+    bool IsWithinRatio(ZipFailure& failure) const
+    {
+        std::uint64_t size = 0;
+        std::uint64_t packed = 0;
+        for (const UnpackPlan::File& file : plan_.files) {
+            size += archive_.Entries()[file.index].shown.size;
+            packed += archive_.Entries()[file.index].shown.compressedSize;
+        }
+        failure.error = IsBeyondRatio(size, packed, limits_) ? ZipError::RatioTooHigh : ZipError::None;
+        return !failure;
+    }
+
     ZipError Judge(std::size_t index, ZipFailure& failure)
     {
         const ArchiveEntry& entry = archive_.Entries()[index];
         const EntryName& name = names_[index];
-        if (entry.nameHasNul) {
-            return ZipError::ControlCharacter;
-        }
         if (name.error != ZipError::None) {
             return name.error;
         }

@@ -50,6 +50,23 @@ void DropCurrentFolder(orvcore::UTF8String& name)
     }
 }
 
+orvcore::UTF8String NameOf(const DirectoryRecord& record, const zip_stat_t& stat)
+{
+    const bool isOurs = record.nameHasControls && orvcore::IsWellFormedUTF8(record.name);
+    orvcore::UTF8String name = orvcore::ToUTF8(isOurs ? record.name : std::string_view(stat.name));
+    if (MadeOnWindows(record.system)) {
+        std::replace(name.begin(), name.end(), u8'\\', u8'/');
+    }
+    DropCurrentFolder(name);
+    return name;
+}
+
+// What the zip library knows besides depends on how it was built: a package must be good everywhere or nowhere.
+bool IsSupported(std::uint16_t method)
+{
+    return method == ZIP_CM_STORE || method == ZIP_CM_DEFLATE;
+}
+
 } // namespace
 
 std::shared_ptr<ZipArchive> ZipArchive::Open(const std::filesystem::path& path, const std::string& password,
@@ -57,10 +74,11 @@ std::shared_ptr<ZipArchive> ZipArchive::Open(const std::filesystem::path& path, 
 {
     auto archive = std::make_shared<ZipArchive>();
     std::vector<DirectoryRecord> records;
-    archive->file_ = ArchiveFile::Open(path, failure);
-    if (!archive->file_ || !ReadCentralDirectory(*archive->file_, limits, records, failure)) {
+    const std::shared_ptr<ArchiveFile> file = ArchiveFile::Open(path, failure);
+    if (!file || !ReadCentralDirectory(*file, limits, records, failure)) {
         return nullptr;
     }
+    archive->file_ = file;
     archive->password_ = password;
     archive->handle_ = archive->NewHandle(failure);
     return archive->handle_ && archive->ReadEntries(records, failure) ? archive : nullptr;
@@ -73,6 +91,24 @@ ArchiveHandle ZipArchive::NewHandle(ZipFailure& failure) const
         zip_set_default_password(handle.get(), password_.c_str());
     }
     return handle;
+}
+
+ArchiveEntry ZipArchive::MakeEntry(const DirectoryRecord& record, const zip_stat_t& stat) const
+{
+    ArchiveEntry entry;
+    entry.shown.name = NameOf(record, stat);
+    entry.shown.size = record.size;
+    entry.shown.compressedSize = record.compressedSize;
+    entry.shown.isEncrypted = stat.encryption_method != ZIP_EM_NONE;
+    entry.record = record;
+    if (!IsSupported(stat.comp_method) && record.dataError == ZipError::None) {
+        entry.record.dataError = ZipError::CompressionUnsupported;
+    }
+    entry.kind = KindOf(record, entry.shown.name.ends_with(u8'/'));
+    entry.shown.isDirectory = entry.kind == EntryKind::Directory;
+    entry.hasWeakPassword = stat.encryption_method == ZIP_EM_TRAD_PKWARE;
+    entry.file = file_.get();
+    return entry;
 }
 
 // Two readers of one directory must agree, or what was judged would not be what is read.
@@ -88,19 +124,7 @@ bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records, ZipFai
         agreed = zip_stat_index(handle_.get(), i, 0, &stat) == 0 && (stat.valid & ZIP_STAT_NAME) != 0 &&
                  stat.size == record.size && stat.comp_size == record.compressedSize && stat.crc == record.crc;
         if (agreed) {
-            ArchiveEntry& entry = entries_.emplace_back();
-            entry.shown.name = orvcore::ToUTF8(std::string_view(stat.name));
-            if (MadeOnWindows(record.system)) {
-                std::replace(entry.shown.name.begin(), entry.shown.name.end(), u8'\\', u8'/');
-            }
-            DropCurrentFolder(entry.shown.name);
-            entry.shown.size = record.size;
-            entry.shown.compressedSize = record.compressedSize;
-            entry.shown.isEncrypted = stat.encryption_method != ZIP_EM_NONE;
-            entry.kind = KindOf(record, entry.shown.name.ends_with(u8'/'));
-            entry.shown.isDirectory = entry.kind == EntryKind::Directory;
-            entry.dataError = record.dataError;
-            entry.nameHasNul = record.nameHasNul;
+            entries_.push_back(MakeEntry(record, stat));
         }
     }
     failure.error = agreed ? failure.error : ZipError::Inconsistent;
@@ -109,7 +133,7 @@ bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records, ZipFai
 
 bool ZipArchive::Find(std::u8string_view name, std::size_t& index, ZipFailure& failure) const
 {
-    const auto hasName = [name](const ArchiveEntry& entry) { return entry.shown.name == name && !entry.nameHasNul; };
+    const auto hasName = [name](const ArchiveEntry& entry) { return entry.shown.name == name; };
     const auto found = std::find_if(entries_.begin(), entries_.end(), hasName);
     if (found == entries_.end()) {
         failure.error = ZipError::EntryMissing;

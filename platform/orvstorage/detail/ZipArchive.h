@@ -13,9 +13,10 @@ enum class EntryKind : std::uint8_t { File, Directory, SymbolicLink, Special };
 
 struct ArchiveEntry {
     ZipEntry shown;
+    DirectoryRecord record;
     EntryKind kind = EntryKind::File;
-    ZipError dataError = ZipError::None;
-    bool nameHasNul = false;
+    bool hasWeakPassword = false; ///< encrypted so that one wrong password in 256 is taken for the right one
+    const ArchiveFile* file = nullptr;
 };
 
 /// One archive open for reading: its entries and a handle of the zip library. Used by one thread; a second thread
@@ -47,6 +48,7 @@ public:
 
 private:
     bool ReadEntries(const std::vector<DirectoryRecord>& records, ZipFailure& failure);
+    ArchiveEntry MakeEntry(const DirectoryRecord& record, const zip_stat_t& stat) const;
 
     std::shared_ptr<const ArchiveFile> file_;
     std::string password_;
