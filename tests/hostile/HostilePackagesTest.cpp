@@ -1,0 +1,140 @@
+// Small packages made to cost much: each command of zelt gives its answer and stays below the ceiling that
+// docs/package-format.md states. A new trick is a new row.
+#include "MeasuredRun.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <tests/support/TempFolder.h>
+#include <tests/support/ZipBytes.h>
+
+namespace {
+
+using test::MeasuredRun;
+using test::TempFolder;
+using test::Zeros;
+using test::ZipBytes;
+using testing::AnyOf;
+using testing::HasSubstr;
+
+constexpr double kMostProcessorSeconds = 5;
+constexpr std::uint64_t kMostBytes = std::uint64_t{256} << 20;
+constexpr std::size_t kMebibyte = 1016; // in blocks of Zeros
+
+// A thousand to one, and no entry alone is beyond a limit.
+std::string ManyBombs()
+{
+    const Zeros zeros(60 * kMebibyte);
+    ZipBytes bytes;
+    for (const char* name : {"definition.json", "thumb.png", "thumb.mp4", "thumb_de_DE.png", "project.tsgraphic"}) {
+        bytes.Add({.name = name, .data = zeros.deflated, .method = 8, .declaredSize = zeros.size});
+    }
+    return bytes.Finish();
+}
+
+// Says that it is small, and is not.
+std::string LyingBomb()
+{
+    const Zeros zeros(300 * kMebibyte);
+    ZipBytes bytes;
+    for (const char* name : {"definition.json", "thumb.png", "project.tsgraphic"}) {
+        bytes.Add({.name = name, .data = zeros.deflated, .method = 8, .declaredSize = 1000});
+    }
+    return bytes.Finish();
+}
+
+// Claims more memory and disk than there is.
+std::string HugeClaim()
+{
+    ZipBytes bytes;
+    for (const char* name : {"definition.json", "thumb.png", "project.tsgraphic"}) {
+        bytes.Add({.name = name, .data = "x", .declaredSize = std::int64_t{1} << 50, .zip64 = true});
+    }
+    return bytes.Finish();
+}
+
+// A thousand entries that all have the same bytes of data.
+std::string SharedData()
+{
+    const Zeros zeros(200);
+    ZipBytes bytes;
+    for (int i = 0; i < 1000; ++i) {
+        bytes.Add({.name = std::to_string(i),
+                   .data = i == 0 ? zeros.deflated : "",
+                   .method = 8,
+                   .declaredSize = zeros.size,
+                   .declaredPacked = static_cast<std::int64_t>(zeros.deflated.size()),
+                   .offset = 0});
+    }
+    return bytes.Finish();
+}
+
+std::string ManyEntries()
+{
+    ZipBytes bytes;
+    for (int i = 0; i < 10000; ++i) {
+        bytes.Add({.name = std::to_string(i)});
+    }
+    return bytes.Finish();
+}
+
+// Pictures that are nothing but blank, which a listing extracts.
+std::string BlankPreviews()
+{
+    const Zeros zeros(60 * kMebibyte);
+    ZipBytes bytes;
+    const auto crc = static_cast<std::int64_t>(test::Crc32(std::string(static_cast<std::size_t>(zeros.size), '\0')));
+    for (const char* name : {"thumb.png", "thumb.mp4"}) {
+        bytes.Add({.name = name, .data = zeros.deflated, .method = 8, .crc = crc, .declaredSize = zeros.size});
+    }
+    return bytes.Finish();
+}
+
+struct Hostile {
+    const char* name;
+    std::string (*make)();
+    const char* answer; ///< of `zelt check`, among others
+};
+
+class HostilePackages : public testing::TestWithParam<Hostile> {};
+
+TEST_P(HostilePackages, CostLittle)
+{
+    const TempFolder folder;
+    folder.Write("in/a.zelt", GetParam().make());
+    ASSERT_LE(orvcore::ReadWholeFile(folder / "in/a.zelt")->size(), std::size_t{1} << 20);
+    const auto at = [&](const char* name) { return orvcore::ToNarrow(orvcore::PathToUTF8(folder / name)); };
+    const std::string package = at("in/a.zelt");
+    const std::vector<std::string> commands[] = {
+        {"check", package},
+        {"info", package},
+        {"list", at("in")},
+        {"index", "build", at("index.db"), package},
+        {"unpack", package, at("out")},
+        {"set", package, "--name", "x"},
+    };
+    for (const auto& command : commands) {
+        const MeasuredRun run = test::RunMeasured(ORV_ZELT, command, folder / "output");
+        EXPECT_THAT(run.exitCode, AnyOf(0, 1)) << command[0] << ": " << folder.Read("output");
+        if (&command == commands) {
+            EXPECT_THAT(folder.Read("output"), HasSubstr(GetParam().answer));
+        }
+#if !defined(ORV_SANITIZED)
+        EXPECT_LE(run.processorSeconds, kMostProcessorSeconds) << command[0];
+        EXPECT_LE(run.peakBytes, kMostBytes) << command[0];
+#endif
+        EXPECT_GT(run.peakBytes, 0U);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Tricks, HostilePackages,
+    testing::Values(Hostile{"ManyBombs", ManyBombs, "it unpacks to more bytes for each packed byte than allowed"},
+                    Hostile{"LyingBomb", LyingBomb, "its content does not have the size it declares"},
+                    Hostile{"HugeClaim", HugeClaim, "it is larger than allowed"},
+                    Hostile{"SharedData", SharedData, "its data overlaps another entry's"},
+                    Hostile{"ManyEntries", ManyEntries, "there is no definition.json in it"},
+                    Hostile{"BlankPreviews", BlankPreviews, "there is no definition.json in it"}),
+    [](const auto& tested) { return std::string(tested.param.name); });
+
+} // namespace
