@@ -7,8 +7,11 @@ namespace orvstorage {
 /// How much one archive may ask of this machine. An archive that asks for more is refused before anything is
 /// written; one that lies about its sizes is stopped when it reaches what it declared.
 struct ZipLimits {
-    /// Entries in the archive; as many folders may there be in it, those that are only part of a name included.
+    /// Entries in the archive.
     std::uint64_t maxEntries = 100'000;
+    /// Folders in the archive, those that are only part of a name included. Two bytes of a name may make one, which
+    /// costs the system much more than that.
+    std::uint64_t maxFolders = 20'000;
     /// Folders in one another.
     std::uint64_t maxDepth = 64;
     /// Bytes of the archive's directory: names, extra fields and comments of all entries.

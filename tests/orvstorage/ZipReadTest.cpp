@@ -154,7 +154,7 @@ TEST(ZipRead, LimitsAreHeldBeforeAnythingIsWritten)
         {{.maxDirectorySize = 100}, ZipError::DirectoryTooLarge},
         {{.maxEntrySize = 999}, ZipError::EntryTooLarge},
         {{.maxTotalSize = 1001}, ZipError::TotalTooLarge},
-        {{.maxEntries = 4}, ZipError::TooManyEntries}, // of which one leads through five folders
+        {{.maxFolders = 4}, ZipError::TooManyEntries},
         {{.maxDepth = 4}, ZipError::TooDeep},
         {{.maxRatio = 30, .ratioFloor = 1000}, ZipError::RatioTooHigh},
     };

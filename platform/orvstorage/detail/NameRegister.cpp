@@ -14,7 +14,7 @@ ZipError NameRegister::EnterOne(Tree::Node& node, std::u8string_view name, bool 
         folders_ += isDirectory ? 1 : 0;
         node = names_.Add(node, folded);
         taken_.push_back({orvcore::UTF8String(name), isDirectory});
-        return folders_ > limits_.maxEntries ? ZipError::TooManyEntries : ZipError::None;
+        return folders_ > limits_.maxFolders ? ZipError::TooManyEntries : ZipError::None;
     }
     node = *found;
     const Taken& taken = taken_[node - 1];
