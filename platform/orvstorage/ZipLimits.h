@@ -9,6 +9,11 @@ namespace orvstorage {
 struct ZipLimits {
     /// Entries in the archive.
     std::uint64_t maxEntries = 100'000;
+    /// Folders in the archive, those that are only part of a name included. Two bytes of a name may make one, which
+    /// costs the system much more than that.
+    std::uint64_t maxFolders = 20'000;
+    /// Folders in one another.
+    std::uint64_t maxDepth = 64;
     /// Bytes of the archive's directory: names, extra fields and comments of all entries.
     std::uint64_t maxDirectorySize = std::uint64_t{64} << 20;
     /// Unpacked bytes of one entry that is written to a file.

@@ -230,6 +230,33 @@ TEST(ParallelFor, FirstExceptionReachesTheCallerAfterRunningPiecesEnded)
                      std::out_of_range);
         EXPECT_EQ(inside, 0);
     }
+    std::atomic<std::size_t> begun = 0;
+    const auto fail = [&](std::size_t, std::size_t) {
+        ++begun;
+        throw std::out_of_range("piece");
+    };
+    EXPECT_THROW(orvcore::ParallelFor(10000, 1, fail), std::out_of_range);
+    EXPECT_LE(begun, orvcore::GetCPUBoundExecutor()->GetConcurrency() + 1) << "more than one piece on a thread";
+}
+
+TEST(ParallelFor, ACallerThatOnlyWaitsIsToldSo)
+{
+    const auto caller = std::this_thread::get_id();
+    orvtest::Latch begun(1);
+    orvtest::Latch told(1);
+    const auto piece = [&](std::size_t, std::size_t) {
+        if (std::this_thread::get_id() == caller) {
+            begun.wait(); // so the other piece is another thread's
+        } else {
+            begun.count_down();
+            told.wait();
+        }
+    };
+    orvcore::ParallelFor(2, 1, piece, [&] {
+        EXPECT_EQ(std::this_thread::get_id(), caller);
+        told.count_down();
+    });
+    EXPECT_TRUE(told.try_wait());
 }
 
 #if GTEST_HAS_DEATH_TEST

@@ -1,5 +1,6 @@
 // What only a POSIX system has: pipes with a name in a folder, and access rights of files and folders.
 #include <orvcore/AtomicFile.h>
+#include <orvcore/CopyDirectory.h>
 #include <orvcore/FileError.h>
 #include <orvcore/FileSystem.h>
 
@@ -9,6 +10,7 @@
 #include <tests/support/TempFolder.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -57,6 +59,7 @@ TEST(FilesPosix, NothingReplacesWhatIsNoFile)
         EXPECT_EQ(error, c.error) << c.name;
         EXPECT_EQ(ErrorOf([&] { orvcore::CopyOneFile(folder / "new", folder / c.name); }), c.error) << c.name;
         EXPECT_EQ(ErrorOf([&] { orvcore::CopyOneFile(folder / c.name, folder / "copy"); }), c.error) << c.name;
+        EXPECT_FALSE(orvcore::ReadWholeFile(folder / c.name)) << "nor does it wait for a pipe's other end";
     }
     EXPECT_THAT(folder.Names(), ElementsAre("folder/x/", "link", "new", "pipe"));
     EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
@@ -77,6 +80,51 @@ TEST(FilesPosix, ACopyKeepsLinksAndRightsOfWhatItReplaces)
     EXPECT_EQ(RightsOf(folder / "real/target"), fs::perms(0600));
     orvcore::CopyOneFile(folder / "real/target", folder / "fresh");
     EXPECT_EQ(RightsOf(folder / "fresh"), fs::perms(0600)) << "a copy shows its content to nobody else";
+}
+
+// For as long as it lives, the process works for a user who owns nothing.
+class AsNobody {
+public:
+    AsNobody()
+    {
+        static_cast<void>(::seteuid(kNobody));
+    }
+    AsNobody(const AsNobody&) = delete;
+    AsNobody& operator=(const AsNobody&) = delete;
+    ~AsNobody()
+    {
+        static_cast<void>(::seteuid(::getuid()));
+    }
+    static constexpr uid_t kNobody = 65534;
+};
+
+TEST(FilesPosix, WhatOthersOwnIsNeitherReadNorRemoved)
+{
+    const TempFolder folder;
+    for (const char* name : {"source/a", "source/secret/x"}) {
+        folder.Write(name, "x");
+    }
+    fs::permissions(folder / "source/secret", fs::perms::none);
+    fs::permissions(folder.Path(), fs::perms(0777));
+    const fs::path leftBehind = orvcore::PrivateSibling(folder / "x");
+    folder.Write(leftBehind, "");
+    fs::last_write_time(leftBehind, fs::file_time_type::clock::now() - std::chrono::hours(25));
+    orvcore::CopyFailure failure;
+    {
+        const AsNobody nobody; // of no effect for a user who is not root, to whom the secret folder is closed as well
+        EXPECT_EQ(CopyDirectory(folder / "source", folder / "to", orvcore::IfExists::Keep, {}, failure),
+                  orvcore::kResultFileNotWritten);
+        if (::getuid() == 0) {
+            orvcore::RemoveLeftBehind(folder.Path(), std::chrono::hours(24));
+        }
+    }
+    EXPECT_EQ(failure.path, "secret");
+    EXPECT_EQ(failure.error, std::errc::permission_denied);
+    EXPECT_FALSE(orvcore::Exists(folder / "to"));
+    EXPECT_TRUE(orvcore::Exists(leftBehind)) << "another user may remove it";
+    fs::permissions(folder / "source/secret", fs::perms::owner_all);
+    orvcore::RemoveLeftBehind(folder.Path(), std::chrono::hours(24));
+    EXPECT_FALSE(orvcore::Exists(leftBehind));
 }
 
 TEST(FilesPosix, ContentIsHiddenFromTheFirstByteOn)

@@ -1,4 +1,5 @@
 #include <orvcore/AtomicFile.h>
+#include <orvcore/CopyDirectory.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 
@@ -156,6 +157,61 @@ TEST(AtomicFile, AppearsWholeOrNotAtAll)
     AtomicFile nowhere(folder / "missing/target");
     EXPECT_FALSE(nowhere.Commit(AtomicFile::Durability::Cached, error));
     EXPECT_EQ(error, std::errc::no_such_file_or_directory);
+}
+
+TEST(CopyDirectory, CopiesAllOrTellsWhatItCouldNot)
+{
+    using orvcore::IfExists;
+    constexpr orvcore::ResultCode kFailed = orvcore::kResultFileNotWritten;
+    const std::function<bool(double)> always = [](double) { return true; };
+    const std::function<bool(double)> untilLast = [](double fraction) { return fraction < 0.9; };
+    const struct {
+        const char* from;
+        const char* to;
+        IfExists ifExists;
+        const std::function<bool(double)>& progress;
+        orvcore::ResultCode result;
+        std::errc error;
+        const char* failed;
+        std::string content; // of the file that was there
+    } cases[] = {
+        {"source", "to", IfExists::Overwrite, always, orvcore::kResultOK, {}, "", "new"},
+        {"source", "to", IfExists::Keep, always, orvcore::kResultOK, {}, "", "old"},
+        {"source", "to", IfExists::Overwrite, untilLast, orvcore::kFutureCancelled, {}, "", "old"},
+        {"missing", "to", IfExists::Overwrite, always, kFailed, std::errc::no_such_file_or_directory, "", "old"},
+        {"to/a", "to", IfExists::Overwrite, always, kFailed, std::errc::not_a_directory, "", "old"},
+        {"source", "to/a", IfExists::Overwrite, always, kFailed, std::errc::not_a_directory, "", "old"},
+        {"blocked", "to", IfExists::Overwrite, always, kFailed, std::errc::is_a_directory, "b", "old"},
+    };
+    for (const auto& c : cases) {
+        const TempFolder folder;
+        for (const char* name : {"source/a", "source/inner/deep/x", "blocked/a", "blocked/b"}) {
+            folder.Write(name, "new");
+        }
+        orvcore::EnsureDirectory(folder / "source/empty");
+        folder.Write("to/a", "old");
+        folder.Write("to/b/x", "in the way");
+        const auto before = folder.Names();
+        for (const bool inBackground : {false, true}) {
+            const auto failure = std::make_shared<orvcore::CopyFailure>();
+            const auto from = folder / c.from;
+            const auto to = folder / c.to;
+            const auto result = inBackground
+                                    ? WaitForResultCode(CopyDirectoryAsync(from, to, c.ifExists, c.progress, failure),
+                                                        std::chrono::hours(1))
+                                    : CopyDirectory(from, to, c.ifExists, c.progress, *failure);
+            EXPECT_EQ(result, c.result) << c.from;
+            EXPECT_EQ(failure->error, c.result == kFailed ? std::make_error_code(c.error) : std::error_code());
+            EXPECT_EQ(failure->path, c.failed);
+            EXPECT_EQ(folder.Read("to/a"), c.content);
+            if (c.result == orvcore::kResultOK) {
+                EXPECT_EQ(folder.Read("to/inner/deep/x"), "new");
+                EXPECT_TRUE(orvcore::IsDirectory(folder / "to/empty"));
+            } else {
+                EXPECT_EQ(folder.Names(), before) << c.from;
+            }
+        }
+    }
 }
 
 TEST(AtomicFile, PatchesWhatWasWrittenBefore)

@@ -1,4 +1,5 @@
 // What only a POSIX system lets a test do: kill a process in the middle of its work, and run out of room.
+#include <orvcore/CopyDirectory.h>
 #include <orvstorage/ZipFile.h>
 
 #include <gtest/gtest.h>
@@ -89,13 +90,19 @@ TEST(ZipPosix, OutOfRoomNothingChangesAndNothingStays)
     const auto failsFull = [](const ZipFile& file, bool done) {
         return !done && file.GetLastFailure().error == ZipError::DiskFull;
     };
+    const auto copyFailsFull = [&] {
+        orvcore::CopyFailure failure;
+        return CopyDirectory(folder / "in", folder / "made/copy", orvcore::IfExists::Keep, {}, failure) ==
+                   orvcore::kResultFileNotWritten &&
+               failure.error == std::errc::file_too_large;
+    };
     for (const rlim_t room : {0U, 100U, 1U << 20}) {
         EXPECT_EQ(InChild([&] {
                       return WithFileSizeLimit(room, [&] {
                           return failsFull(zip, zip.Zip(folder / "in", {}, nullptr)) &&
                                  failsFull(good, good.UnZip(folder / "out", true)) &&
-                                 failsFull(good, good.UnzipItems(u8"a.bin", folder / "single")) &&
-                                 failsFull(good, good.AddItem(u8"a.bin", folder / "in", true));
+                                 failsFull(good, good.UnzipItems(u8"a.bin", folder / "made/deep/single")) &&
+                                 failsFull(good, good.AddItem(u8"a.bin", folder / "in", true)) && copyFailsFull();
                       });
                   }),
                   0);
@@ -119,6 +126,29 @@ TEST(ZipPosix, MemoryDoesNotGrowWithAnEntry)
     ASSERT_TRUE(zip.UnZip(folder / "all", true));
     ::getrusage(RUSAGE_SELF, &after);
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 48 << 10); // KiB
+}
+
+TEST(ZipPosix, LongNamesOfManyFoldersCostLittleMemory)
+{
+    const TempFolder folder;
+    ZipBytes bytes;
+    for (int i = 0; i < 300; ++i) {
+        std::string name;
+        for (int depth = 0; depth < 64; ++depth) {
+            name += std::to_string(1000 + i) + std::string(27, 'n') + '/';
+        }
+        bytes.Add({.name = name});
+    }
+    folder.Write("a.zip", bytes.Finish());
+    EXPECT_EQ(InChild([&] {
+                  rusage before{};
+                  rusage after{};
+                  ::getrusage(RUSAGE_SELF, &before);
+                  const bool good = ZipFile(folder / "a.zip").Check(false).empty();
+                  ::getrusage(RUSAGE_SELF, &after);
+                  return good && after.ru_maxrss - before.ru_maxrss < 16 << 10 ? 0 : 1; // KiB
+              }),
+              0);
 }
 
 TEST(ZipPosix, SpecialFilesAreNotPacked)

@@ -141,7 +141,7 @@ TEST(ZipRead, DamagedContentFailsTheWholeCallAndLeavesNothing)
         EXPECT_FALSE(zip.UnZip(folder / "kept", true));
         EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(c.error)) << zip.GetLastFailure().Message();
         EXPECT_FALSE(zip.UnZip(folder / "fresh/deep", true));
-        EXPECT_FALSE(zip.UnzipItems(u8"bad", folder / "single"));
+        EXPECT_FALSE(zip.UnzipItems(u8"bad", folder / "made/deep/single"));
         EXPECT_EQ(zip.UnzipItem(u8"bad"), nullptr);
         EXPECT_THAT(folder.Names(), ElementsAre("a.zip", "kept/good"));
         EXPECT_EQ(folder.Read("kept/good"), "older");
@@ -278,6 +278,8 @@ TEST(ZipRead, LimitsAreHeldBeforeAnythingIsWritten)
         {{.maxDirectorySize = 100}, ZipError::DirectoryTooLarge},
         {{.maxEntrySize = 999}, ZipError::EntryTooLarge},
         {{.maxTotalSize = 2001}, ZipError::TotalTooLarge},
+        {{.maxFolders = 4}, ZipError::TooManyEntries},
+        {{.maxDepth = 4}, ZipError::TooDeep},
         {{.maxRatio = 30, .ratioFloor = 1000}, ZipError::RatioTooHigh},
         {{.maxRatio = 30, .ratioFloor = 1001}, ZipError::RatioTooHigh}, // of both together
     };
@@ -290,6 +292,7 @@ TEST(ZipRead, LimitsAreHeldBeforeAnythingIsWritten)
                                   .Add({.name = "zeros", .data = zeros, .method = 8, .declaredSize = 1000})
                                   .Add({.name = "more", .data = zeros, .method = 8, .declaredSize = 1000})
                                   .Add({.name = "2", .data = "2"})
+                                  .Add({.name = "f/g/h/i/j/"})
                                   .Finish());
         ZipFile zip(folder / "a.zip");
         zip.SetLimits(c.limits);
@@ -353,6 +356,35 @@ TEST(ZipRead, ExistingFilesAreKeptOrReplacedAsAsked)
     EXPECT_FALSE(zip.UnZip(folder / "out", true));
     EXPECT_EQ(zip.GetLastFailure().error, ZipError::WriteFailed);
     EXPECT_THAT(folder.Names(), ElementsAre("a.zip", "out/file/inside"));
+}
+
+TEST(ZipRead, AFailureAtAnyStepPutsBackWhatWasReplaced)
+{
+    const std::vector<std::string> files = {"new/deep/x", "a", "sub/b", "c"};
+    ZipBytes bytes;
+    for (const std::string& file : files) {
+        bytes.Add({.name = file, .data = "new"});
+    }
+    bytes.Add({.name = "made/deep/"});
+    for (const std::string bad : {"new/deep/x", "a", "sub/b", "c", "made"}) {
+        const TempFolder folder;
+        folder.Write("a.zip", bytes.Finish());
+        for (const char* file : {"a", "sub/b", "c"}) {
+            if (file != bad) {
+                folder.Write(fs::path("out") / file, "old");
+            }
+        }
+        // A folder where a file is to go, or a file where a folder is.
+        folder.Write("out/" + bad + (bad == "made" ? "" : "/inside"), "old");
+        const auto before = folder.Names();
+        const ZipFile zip(folder / "a.zip");
+        EXPECT_FALSE(zip.UnZip(folder / "out", true));
+        EXPECT_EQ(NameOf(zip.GetLastFailure().error), NameOf(ZipError::WriteFailed)) << bad;
+        EXPECT_EQ(folder.Names(), before);
+        for (const std::string& name : before) {
+            EXPECT_TRUE(name == "a.zip" || folder.Read(name) == "old") << bad << ' ' << name;
+        }
+    }
 }
 
 TEST(ZipRead, AFolderThatCannotBeWrittenIsNamed)

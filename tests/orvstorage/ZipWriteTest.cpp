@@ -8,6 +8,7 @@
 #include <tests/support/ZipBytes.h>
 
 #include <random>
+#include <thread>
 
 namespace {
 
@@ -140,6 +141,50 @@ TEST(ZipWrite, CancelledAtAnyPointTheOldArchiveIsWhole)
     EXPECT_EQ(zip.Check(true).size(), 0U);
 }
 
+TEST(ZipWrite, AnUnpackingCancelledAtAnyPointLeavesNothing)
+{
+    const TempFolder folder;
+    WritePackageFolder(folder);
+    folder.Write("in/large", Noise(6 << 20)); // enough for several threads
+    const ZipFile zip(folder / "a.zelt");
+    ASSERT_TRUE(zip.Zip(folder / "in", {}, nullptr));
+    folder.Write("out/empty", "old");
+    const auto before = folder.Names();
+    const std::function<bool(const orvstorage::ZipProgress&)> calls[] = {
+        [&](const auto& progress) { return zip.UnzipItems(u8"large", folder / "made/deep/large", progress, nullptr); },
+        [&](const auto& progress) { return zip.UnZip(folder / "out", true, progress, nullptr); },
+    };
+    const auto caller = std::this_thread::get_id();
+    for (const auto& call : calls) {
+        EXPECT_THROW(call([](double, void*) -> bool { throw std::runtime_error("host"); }), std::runtime_error);
+        int asked = 0;
+        int cancelAt = 0;
+        double last = 0;
+        const auto progress = [&](double fraction, void*) {
+            EXPECT_EQ(std::this_thread::get_id(), caller);
+            EXPECT_GE(fraction, last);
+            last = fraction;
+            return ++asked != cancelAt;
+        };
+        const auto cancelled = [&] {
+            ++cancelAt;
+            asked = 0;
+            last = 0;
+            return !call(progress);
+        };
+        while (cancelled()) {
+            ASSERT_EQ(zip.GetLastFailure().error, ZipError::Cancelled);
+            ASSERT_EQ(asked, cancelAt) << "asked on after the answer was no";
+            ASSERT_EQ(folder.Names(), before);
+            ASSERT_EQ(folder.Read("out/empty"), "old");
+        }
+        EXPECT_EQ(last, 1.0);
+        EXPECT_GT(cancelAt, 3);
+        orvcore::RemoveTree(folder / "made");
+    }
+    EXPECT_EQ(folder.Read("out/empty"), "");
+}
+
 TEST(ZipWrite, WhatKilledProgramsLeftGoesAfterADay)
 {
     const TempFolder folder;
@@ -152,11 +197,15 @@ TEST(ZipWrite, WhatKilledProgramsLeftGoesAfterADay)
         {orvcore::PrivateSibling(folder / "a.zip"), 25, true},
         {orvcore::PrivateSibling(folder / "a.zip"), 23, false},
         {folder / ".orv-mine.part", 25, false},
+        {folder / ".orv-{12345678-1234-1234-1234-123456789abc}.part", 25, false},
         {orvcore::PrivateSibling(folder / "in/a"), 25, false},
     };
+    const auto leave = [&](const fs::path& path, int hours) {
+        folder.Write(path, "half");
+        fs::last_write_time(path, fs::file_time_type::clock::now() - std::chrono::hours(hours));
+    };
     for (const auto& c : cases) {
-        folder.Write(c.path, "half");
-        fs::last_write_time(c.path, fs::file_time_type::clock::now() - std::chrono::hours(c.hours));
+        leave(c.path, c.hours);
     }
     const fs::path staging = orvcore::PrivateSibling(folder / "in/a");
     folder.Write(staging / "0", "half");
@@ -168,6 +217,12 @@ TEST(ZipWrite, WhatKilledProgramsLeftGoesAfterADay)
         EXPECT_EQ(orvcore::Exists(c.path), !c.isRemoved) << c.path;
     }
     EXPECT_EQ(orvcore::Exists(link), !noLinks);
+    leave(cases[0].path, 25);
+    EXPECT_TRUE(ZipFile(folder / "a.zip").UnzipItems(u8"a", folder / "single"));
+    EXPECT_FALSE(orvcore::Exists(cases[0].path));
+    leave(cases[0].path, 25);
+    orvcore::CopyOneFile(folder / "single", folder / "copy");
+    EXPECT_FALSE(orvcore::Exists(cases[0].path));
     EXPECT_EQ(ZipFile(folder / "a.zip").GetEntries().size(), 1U) << "what is left behind is not packed";
     std::error_code notOld; // the C++ library of the Windows cross-build cannot set the time of a folder
     fs::last_write_time(staging, fs::file_time_type::clock::now() - std::chrono::hours(25), notOld);
@@ -189,6 +244,12 @@ TEST(ZipWrite, FoldersThatCannotBecomeAPackageAreRefused)
     fails({}, ZipError::SourceMissing);
     fs::create_directory(folder / "empty");
     fails(folder / "empty", ZipError::NothingToPack);
+    fs::path deep = "deep";
+    for (int i = 0; i < 65; ++i) {
+        deep /= "d";
+    }
+    folder.Write(deep / "x", "x");
+    fails(folder / "deep", ZipError::TooDeep);
     std::error_code error;
     folder.Write("linked/file", "x");
     fs::create_symlink("file", folder / "linked/link", error);

@@ -2,7 +2,9 @@
 #include <package/PackageNames.h>
 
 #include <orvcore/Application.h>
+#include <orvcore/Executor.h>
 #include <orvcore/FileSystem.h>
+#include <orvcore/Future.h>
 #include <orvcore/Guid.h>
 
 #include <gmock/gmock.h>
@@ -174,6 +176,25 @@ TEST_F(CapsuleZipTest, UnZipReachesLongFoldersByTheSameRules)
         EXPECT_EQ(folder_.Read(target / "a"), "1");
         EXPECT_FALSE(bad.UnZip(folder_ / sub / "none", true));
         EXPECT_FALSE(orvcore::Exists(folder_ / sub / "none"));
+    }
+}
+
+TEST_F(CapsuleZipTest, UnZipReachesLongFoldersOnTheCallersOwnThread)
+{
+    const CapsuleZip zip(Package("good.zelt", ZipBytes().Add({.name = "a/" + unique_, .data = "new"})));
+    const fs::path target = folder_ / std::string(230, 'l');
+    const auto promise = std::make_shared<orvcore::Promise<bool>>();
+    const auto done = promise->GetFuture();
+    // One task at a time runs here: what waits for another waits for ever.
+    ASSERT_TRUE(orvcore::GetPreTerminationExecutor()->Post([=] { promise->SetValue(zip.UnZip(target, true)); }));
+    ASSERT_EQ(done.Wait(std::chrono::minutes(1)), orvcore::FutureStatus::Ready);
+    EXPECT_TRUE(done.Get());
+    for (const double until : {0.2, 0.7}) { // while unpacking, while copying
+        folder_.Write(target / "a" / unique_, "old");
+        EXPECT_FALSE(zip.UnZip(
+            target, true, [&](double fraction, void*) { return fraction < until; }, nullptr));
+        EXPECT_EQ(zip.GetLastFailure().error, orvstorage::ZipError::Cancelled);
+        EXPECT_EQ(folder_.Read(target / "a" / unique_), "old");
     }
 }
 
