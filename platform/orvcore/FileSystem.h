@@ -77,6 +77,10 @@ ORVPLATFORM_API void ReadDirectory(const std::filesystem::path& directory,
 /// Copies a file's content and access rights to a path where nothing is.
 ORVPLATFORM_API void CopyToNewFile(const std::filesystem::path& from, const std::filesystem::path& to,
                                    std::error_code& error);
+
+/// Whether what lies at `path` itself belongs to the user this process works for. False when that cannot be found out;
+/// true for all there is where files are not told apart by their owners.
+ORVPLATFORM_API bool IsOwn(const std::filesystem::path& path) noexcept;
 /// @}
 
 } // namespace orvcore

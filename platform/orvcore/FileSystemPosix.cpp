@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace orvcore {
 
@@ -128,6 +129,12 @@ void ReadDirectory(const fs::path& directory, const std::function<bool(const fs:
 void CopyToNewFile(const fs::path& from, const fs::path& to, std::error_code& error)
 {
     fs::copy_file(from, to, error);
+}
+
+bool IsOwn(const fs::path& path) noexcept
+{
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 && status.st_uid == ::geteuid();
 }
 
 } // namespace orvcore

@@ -293,6 +293,12 @@ void CopyToNewFile(const fs::path& from, const fs::path& to, std::error_code& er
     }
 }
 
+// A folder's rights, which files inherit, decide here, not their owners.
+bool IsOwn(const fs::path& path) noexcept
+{
+    return ::GetFileAttributesW(ToSystemPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
 } // namespace orvcore
 
 #endif

@@ -55,6 +55,7 @@ enum class ZipError : std::uint8_t {
     OutsideTarget,
     // Writing
     EntryExists,
+    ArchiveChanged,
     SourceMissing,
     NothingToPack,
     WriteFailed,

@@ -2,6 +2,7 @@
 #include <orvstorage/detail/EntryName.h>
 #include <orvstorage/detail/NameRegister.h>
 #include <orvstorage/detail/Packer.h>
+#include <orvstorage/detail/Unpacker.h>
 #include <orvstorage/detail/ZipState.h>
 
 namespace orvstorage {
@@ -39,6 +40,40 @@ bool FindPlace(const ZipArchive& archive, const orvcore::UTF8String& name, bool 
     return FitsIn(archive, name, failure);
 }
 
+// The smallest of the encrypted entries.
+std::optional<std::size_t> OneEncrypted(const std::vector<detail::ArchiveEntry>& entries)
+{
+    std::optional<std::size_t> found;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (entries[i].shown.isEncrypted && (!found || entries[i].shown.size < entries[*found].shown.size)) {
+            found = i;
+        }
+    }
+    return found;
+}
+
+// No archive is to end with two passwords, nor is an entry to lose its own: what is encrypted must open with the
+// password that the new entry gets. One entry stands for all.
+bool PasswordFits(const ZipArchive& archive, const ZipLimits& limits, bool hasPassword,
+                  std::optional<std::size_t> replaced, ZipFailure& failure)
+{
+    const auto& entries = archive.Entries();
+    const bool isEncrypted = replaced && entries[*replaced].shown.isEncrypted;
+    const auto probe = isEncrypted ? replaced : hasPassword ? OneEncrypted(entries) : std::nullopt;
+    if (!probe) {
+        return true;
+    }
+    ZipFailure found = failure;
+    if (entries[*probe].shown.size > limits.maxItemSize) {
+        found.error = ZipError::EntryTooLarge;
+    } else if (detail::EntryReader::MayRead(entries[*probe], limits, found)) {
+        detail::TestEntry(archive, *probe, found);
+    }
+    failure.error = found.error;
+    failure.detail = found.detail;
+    return !failure;
+}
+
 // Asked before the work, which may take minutes.
 bool MayWrite(const std::filesystem::path& archive, ZipFailure& failure)
 {
@@ -65,18 +100,20 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
                                   item, failure)) {
             return false;
         }
-        const bool isThere = state.Open() != nullptr;
-        if (!isThere && failure.error != ZipError::FileMissing) {
+        bool isThere = false;
+        if (!state.OpenToChange(isThere, failure)) {
             return false;
         }
-        if (!isThere) {
-            failure = {ZipError::None, ZipAction::Add, state.path, name.relative, {}};
-        } else if (!FindPlace(*state.archive, name.relative, replace, replaced, failure)) {
+        if (isThere && (!FindPlace(*state.archive, name.relative, replace, replaced, failure) ||
+                        !PasswordFits(*state.archive, state.limits, !state.password.empty(), replaced, failure))) {
             return false;
         }
         auto old = isThere ? state.archive->File() : nullptr;
         state.archive.reset(); // what it has read is about to be replaced
-        return detail::PackOne({state.path, state.password}, std::move(old), replaced, item, failure);
+        const bool done =
+            detail::PackOne({state.path, state.password, state.seen}, std::move(old), replaced, item, failure);
+        state.isOutdated = failure.error == ZipError::ArchiveChanged;
+        return done;
     });
 }
 
@@ -95,7 +132,8 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
         }
         state.archive.reset();
         detail::PackProgress packing(progress, opaque, total);
-        const bool done = detail::PackAll({state.path, state.password}, items, packing, failure);
+        const bool done = detail::PackAll({state.path, state.password, state.seen}, items, packing, failure);
+        state.isOutdated = state.isOutdated && !done;
         thrown = packing.Thrown();
         return done;
     });

@@ -23,8 +23,8 @@ std::shared_ptr<const ArchiveFile> ArchiveFile::Open(const std::filesystem::path
                             ? ZipError::FileMissing
                             : ZipError::CannotOpen;
     } else {
-        archive->size_ = archive->file_.Size(error);
-        archive->tailSize_ = std::min(archive->size_, kTailSize);
+        archive->version_ = archive->file_.Version(error);
+        archive->tailSize_ = std::min(archive->Size(), kTailSize);
         archive->tail_ = std::make_unique_for_overwrite<unsigned char[]>(archive->tailSize_);
         const std::size_t wanted = archive->tailSize_;
         if (!error && archive->file_.ReadAt(archive->TailOffset(), archive->tail_.get(), wanted, error) == wanted) {
@@ -38,10 +38,16 @@ std::shared_ptr<const ArchiveFile> ArchiveFile::Open(const std::filesystem::path
     return nullptr;
 }
 
+bool ArchiveFile::IsStillAt(const std::filesystem::path& path) const
+{
+    std::error_code error;
+    return file_.Version(error) == version_ && orvcore::detail::VersionAt(path) == version_;
+}
+
 std::size_t ArchiveFile::Read(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const
 {
     error.clear();
-    if (offset < TailOffset() || offset >= size_) {
+    if (offset < TailOffset() || offset >= Size()) {
         return file_.ReadAt(offset, data, size, error);
     }
     const std::size_t at = offset - TailOffset();

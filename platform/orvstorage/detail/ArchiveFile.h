@@ -18,11 +18,18 @@ public:
 
     std::uint64_t Size() const noexcept
     {
-        return size_;
+        return version_.size;
     }
+    /// The file as it was when it was opened.
+    const orvcore::detail::FileVersion& Version() const noexcept
+    {
+        return version_;
+    }
+    /// Whether `path` still leads to this file, and nobody has written into it.
+    bool IsStillAt(const std::filesystem::path& path) const;
     std::uint64_t TailOffset() const noexcept
     {
-        return size_ - tailSize_;
+        return version_.size - tailSize_;
     }
     std::span<const unsigned char> Tail() const noexcept
     {
@@ -33,7 +40,7 @@ public:
 
 private:
     orvcore::detail::NativeFile file_;
-    std::uint64_t size_ = 0;
+    orvcore::detail::FileVersion version_;
     std::unique_ptr<unsigned char[]> tail_;
     std::size_t tailSize_ = 0;
 };
