@@ -1,20 +1,25 @@
 #include <package/CapsuleZip.h>
 
 #include <orvcore/Application.h>
+#include <orvcore/AtomicFile.h>
 #include <orvcore/CopyDirectory.h>
 #include <orvcore/Files.h>
 #include <package/PackageNames.h>
-#include <package/detail/ShortPath.h>
-
-#include <chrono>
+#include <package/detail/PackageFile.h>
 
 namespace orvcapsule {
 
 namespace fs = std::filesystem;
 using orvcore::UTF16String;
 using orvcore::UTF8String;
+using orvstorage::ZipError;
+using orvstorage::ZipFailure;
+using orvstorage::ZipFile;
 
 namespace {
+
+constexpr std::u8string_view kCorvidExtension = u8".cvgraphic";
+constexpr std::u8string_view kTesselExtension = u8".tsgraphic";
 
 UTF8String Localized(std::u8string_view stem, std::u8string_view extension)
 {
@@ -32,11 +37,11 @@ UTF8String Joined(std::u8string_view stem, std::u8string_view extension)
     return name;
 }
 
-UTF8String FullPath(const fs::path& path)
+fs::path Absolute(const fs::path& path)
 {
     std::error_code error;
-    const fs::path full = fs::absolute(path, error);
-    return orvcore::PathToUTF8(error ? path : full);
+    fs::path full = fs::absolute(path, error);
+    return error ? path : full;
 }
 
 bool IsEmpty(const fs::path& folder)
@@ -45,14 +50,101 @@ bool IsEmpty(const fs::path& folder)
     return listing.directories.empty() && listing.files.empty();
 }
 
+// Only what is not there has a substitute: another entry in the place of a damaged one would pass for it.
+bool WasMissing(const ZipFile& zip)
+{
+    return zip.GetLastFailure().error == ZipError::EntryMissing;
+}
+
+bool WriteEntry(const ZipFile& zip, std::u8string_view entry, const UTF8String& outputPath, bool& isMissing)
+{
+    const orvstorage::ZipBuffer content = zip.UnzipItem(entry);
+    isMissing = content ? content->empty() : WasMissing(zip);
+    return content && !isMissing &&
+           orvcore::WriteBufferToFile(orvcore::PathFromUTF8(outputPath), content->data(), content->size()) >= 0;
+}
+
+bool WriteLocalized(const ZipFile& zip, std::u8string_view stem, std::u8string_view extension,
+                    const UTF8String& outputPath)
+{
+    bool isMissing = false;
+    return WriteEntry(zip, Localized(stem, extension), outputPath, isMissing) ||
+           (isMissing && WriteEntry(zip, Joined(stem, extension), outputPath, isMissing));
+}
+
+// On this thread: a caller that is itself a worker must not wait for another.
+bool CopyUnzipped(const ZipFile& zip, const fs::path& from, const fs::path& directory, bool overwrite,
+                  const std::function<bool(double)>& progress)
+{
+    constexpr std::chrono::hours kLongestWait(24);
+    const auto end = std::chrono::steady_clock::now() + kLongestWait;
+    const auto goesOn = [&](double fraction) { return std::chrono::steady_clock::now() < end && progress(fraction); };
+    orvcore::CopyFailure failed;
+    const std::int32_t result = orvcore::CopyDirectory(
+        from, directory, overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep, goesOn, failed);
+    if (result >= 0) {
+        return true;
+    }
+    ZipFailure failure{ZipError::Cancelled, orvstorage::ZipAction::Unpack, zip.GetPath(), {}, {}};
+    if (result == orvcore::kResultFileNotWritten) {
+        failure.entry = failed.path.generic_u8string();
+        failure.folder = failed.path.empty() ? directory : fs::path();
+        orvstorage::TranslateWriteError(failed.error, failure);
+    }
+    zip.SetLastFailure(failure);
+    return false;
+}
+
+// The entries of a project are extracted one after the other from one archive, under one caller's progress.
+struct ProjectExtraction {
+    const ZipFile& zip;
+    const fs::path& directory;
+    const orvstorage::ZipProgress& progress;
+    void* opaque;
+
+    bool Extract(std::u8string_view entry, const fs::path& fileName) const
+    {
+        return zip.UnzipItems(entry, directory / fileName, progress, opaque);
+    }
+
+    bool ExtractProject(std::u8string_view extension, const fs::path& fileName) const
+    {
+        return Extract(Localized(u8"project", extension), fileName) ||
+               (WasMissing(zip) && Extract(Joined(u8"project", extension), fileName));
+    }
+
+    // Without its side file a project is slower, but whole: the result is true, and the last failure tells.
+    void ExtractSideFile() const
+    {
+        constexpr std::u8string_view kSideFile = u8"ZeltOptimizations.bin";
+        if (zip.Contains(kSideFile)) {
+            Extract(kSideFile, kSideFile);
+        }
+    }
+
+    // Empty when there is no project, or none that can be had.
+    std::optional<fs::path> ExtractAnyProject(const UTF16String& name) const
+    {
+        const auto fileName = [&name](std::u8string_view extension) {
+            return orvcore::PathFromUTF16(name + orvcore::ToUTF16(extension));
+        };
+        if (ExtractProject(kCorvidExtension, fileName(kCorvidExtension))) {
+            return fileName(kCorvidExtension);
+        }
+        if (!WasMissing(zip) || !ExtractProject(kTesselExtension, fileName(kTesselExtension))) {
+            return std::nullopt;
+        }
+        ExtractSideFile();
+        return fileName(kTesselExtension);
+    }
+};
+
 } // namespace
 
 CapsuleZip::CapsuleZip(const UTF8String& packagePath, const std::string& password)
-    : packagePath_(packagePath)
-    , workingPath_(packagePath)
-    , zip_(orvcore::PathFromUTF8(packagePath), password)
+    : file_(
+          std::make_shared<detail::PackageFile>(orvcore::PathFromUTF8(packagePath), packagePath, packagePath, password))
 {
-    MoveToShortPath(orvcore::PathFromUTF8(packagePath), packagePath, password);
 }
 
 CapsuleZip::CapsuleZip(const char8_t* packagePath, const std::string& password)
@@ -61,11 +153,9 @@ CapsuleZip::CapsuleZip(const char8_t* packagePath, const std::string& password)
 }
 
 CapsuleZip::CapsuleZip(const fs::path& package, const std::string& password)
-    : packagePath_(orvcore::PathToUTF8(package))
-    , workingPath_(packagePath_)
-    , zip_(package, password)
+    : file_(std::make_shared<detail::PackageFile>(package, orvcore::PathToUTF8(package),
+                                                  orvcore::PathToUTF8(Absolute(package)), password))
 {
-    MoveToShortPath(package, FullPath(package), password);
 }
 
 CapsuleZip::CapsuleZip(const CapsuleZip& other) = default;
@@ -74,94 +164,37 @@ CapsuleZip::CapsuleZip(CapsuleZip&& other) noexcept = default;
 CapsuleZip& CapsuleZip::operator=(CapsuleZip&& other) noexcept = default;
 CapsuleZip::~CapsuleZip() = default;
 
-void CapsuleZip::MoveToShortPath(const fs::path& package, const UTF8String& fullPath, const std::string& password)
-{
-    if (!detail::IsLongPath(fullPath) || !orvcore::Exists(package)) {
-        return;
-    }
-    privateCopy_ = detail::FolderForLongPath(fullPath);
-    const fs::path copy = privateCopy_->Path() / package.filename();
-    orvcore::CopyOneFile(package, copy);
-    workingPath_ = orvcore::PathToUTF8(copy);
-    zip_ = orvstorage::ZipFile(copy, password);
-}
-
 UTF8String CapsuleZip::GetZELTDescriptionJSON() const
 {
-    return zip_.UnzipText(kJSONFileName).value_or(UTF8String());
+    return GetArchive().UnzipText(kJSONFileName).value_or(UTF8String());
 }
 
 bool CapsuleZip::SetZELTDescriptionJSON(const UTF16String& directory)
 {
-    return zip_.AddItem(kJSONFileName, orvcore::PathFromUTF16(directory), true) && CopyBack();
+    return file_->Change([&directory](const ZipFile& package) {
+        return package.AddItem(kJSONFileName, orvcore::PathFromUTF16(directory), true);
+    });
 }
 
-// A change of the private copy is a change of the package.
-bool CapsuleZip::CopyBack() const
+void CapsuleZip::Reopen()
 {
-    if (privateCopy_) {
-        orvcore::CopyOneFile(orvcore::PathFromUTF8(workingPath_), orvcore::PathFromUTF8(packagePath_),
-                             orvcore::Durability::OnDisk);
-    }
-    return true;
-}
-
-bool CapsuleZip::WriteEntry(std::u8string_view entry, const UTF8String& outputPath, bool& found) const
-{
-    const orvstorage::ZipBuffer content = zip_.UnzipItem(entry);
-    found = content && !content->empty();
-    return found &&
-           orvcore::WriteBufferToFile(orvcore::PathFromUTF8(outputPath), content->data(), content->size()) >= 0;
-}
-
-bool CapsuleZip::WriteLocalized(std::u8string_view stem, std::u8string_view extension,
-                                const UTF8String& outputPath) const
-{
-    bool found = false;
-    const bool written = WriteEntry(Localized(stem, extension), outputPath, found);
-    return found ? written : WriteEntry(Joined(stem, extension), outputPath, found);
+    file_->Reopen();
 }
 
 bool CapsuleZip::GetZELTThumbnailPNG(const UTF8String& outputPath) const
 {
-    return WriteLocalized(u8"thumb", u8".png", outputPath);
+    return WriteLocalized(GetArchive(), u8"thumb", u8".png", outputPath);
 }
 
 bool CapsuleZip::GetZELTThumbnailVideo(const UTF8String& outputPath) const
 {
-    return WriteLocalized(u8"thumb", u8".mp4", outputPath);
+    return WriteLocalized(GetArchive(), u8"thumb", u8".mp4", outputPath);
 }
 
 bool CapsuleZip::GetZELTMediaThumbnailPNG(const UTF8String& name, const UTF8String& outputPath) const
 {
-    bool found = false;
-    return WriteEntry(u8"Thumbnails/" + name, outputPath, found);
-}
-
-bool CapsuleZip::ExtractProject(const fs::path& directory, const UTF16String& name, std::u8string_view extension,
-                                UTF16String& outProjectPath, const orvstorage::ZipProgress& progress,
-                                void* opaque) const
-{
-    const fs::path fileName = orvcore::PathFromUTF16(name + orvcore::ToUTF16(extension));
-    const auto privateFolder = detail::FolderForLongPath(orvcore::PathToUTF8(directory));
-    const fs::path& unpackDirectory = privateFolder ? privateFolder->Path() : directory;
-    const fs::path destination = unpackDirectory / fileName;
-    if (!zip_.UnzipItems(Localized(u8"project", extension), destination, progress, opaque) &&
-        !zip_.UnzipItems(Joined(u8"project", extension), destination, progress, opaque)) {
-        return false;
-    }
-    const fs::path target = directory / fileName;
-    if (privateFolder) {
-        orvcore::EnsureDirectory(directory);
-        orvcore::CopyOneFile(destination, target);
-    }
-    outProjectPath = orvcore::PathToUTF16(target);
-    constexpr std::u8string_view kSideFile = u8"ZeltOptimizations.bin";
-    if (extension == u8".tsgraphic" && zip_.Contains(kSideFile) &&
-        zip_.UnzipItems(kSideFile, unpackDirectory / kSideFile, progress, opaque) && privateFolder) {
-        orvcore::CopyOneFile(unpackDirectory / kSideFile, directory / kSideFile);
-    }
-    return true;
+    bool isMissing = false;
+    return WriteEntry(GetArchive(), u8"Thumbnails/" + name, outputPath, isMissing);
 }
 
 bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const UTF16String& subDirectory,
@@ -174,11 +207,20 @@ bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const U
                                        const UTF16String& projectName, UTF16String& outProjectPath,
                                        const orvstorage::ZipProgress& progress, void* opaque) const
 {
-    // An absolute sub-directory would otherwise take the base's place.
-    const fs::path directory =
-        orvcore::PathFromUTF16(baseDirectory) / orvcore::PathFromUTF16(subDirectory).relative_path();
-    return ExtractProject(directory, projectName, u8".cvgraphic", outProjectPath, progress, opaque) ||
-           ExtractProject(directory, projectName, u8".tsgraphic", outProjectPath, progress, opaque);
+    const ZipFile& zip = GetArchive();
+    const fs::path base = orvcore::PathFromUTF16(baseDirectory);
+    const fs::path sub = orvcore::PathFromUTF16(subDirectory);
+    // Beside a base, an absolute sub-directory would take the base's place.
+    const fs::path directory = base.empty() ? sub : base / sub.relative_path();
+    const auto privateFolder = detail::FolderForLongPath(orvcore::PathToUTF8(directory));
+    const fs::path& unpackDirectory = privateFolder ? privateFolder->Path() : directory;
+    const auto file = ProjectExtraction{zip, unpackDirectory, progress, opaque}.ExtractAnyProject(projectName);
+    const auto always = [](double) { return true; };
+    if (!file || (privateFolder && !CopyUnzipped(zip, privateFolder->Path(), directory, true, always))) {
+        return false;
+    }
+    outProjectPath = orvcore::PathToUTF16(directory / *file);
+    return true;
 }
 
 bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite) const
@@ -189,49 +231,26 @@ bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite) const
 bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite, const orvstorage::ZipProgress& progress,
                        void* opaque) const
 {
-    const auto privateFolder = detail::FolderForLongPath(FullPath(directory));
+    const ZipFile& zip = GetArchive();
+    const auto privateFolder = detail::FolderForLongPath(orvcore::PathToUTF8(Absolute(directory)));
     if (!privateFolder) {
-        return zip_.UnZip(directory, overwrite, progress, opaque);
+        return zip.UnZip(directory, overwrite, progress, opaque);
     }
     // Unpacking is one half of the work, copying the other.
     const auto ask = [&](double fraction) { return !progress || progress(fraction, opaque); };
-    const bool unzipped = zip_.UnZip(
+    const bool unzipped = zip.UnZip(
         privateFolder->Path(), true, [&](double fraction, void*) { return ask(fraction / 2); }, nullptr);
     // What was refused is missing in the private folder; what was not is wanted even so.
     if (!unzipped && IsEmpty(privateFolder->Path())) {
         return false;
     }
     const auto askAgain = [&](double fraction) { return ask((1 + fraction) / 2); };
-    return CopyUnzipped(privateFolder->Path(), directory, overwrite, askAgain) && unzipped;
-}
-
-// On this thread: a caller that is itself a worker must not wait for another.
-bool CapsuleZip::CopyUnzipped(const fs::path& from, const fs::path& directory, bool overwrite,
-                              const std::function<bool(double)>& progress) const
-{
-    constexpr std::chrono::hours kLongestWait(24);
-    const auto end = std::chrono::steady_clock::now() + kLongestWait;
-    const auto goesOn = [&](double fraction) { return std::chrono::steady_clock::now() < end && progress(fraction); };
-    orvcore::CopyFailure failed;
-    const std::int32_t result = orvcore::CopyDirectory(
-        from, directory, overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep, goesOn, failed);
-    if (result >= 0) {
-        return true;
-    }
-    using orvstorage::ZipError;
-    orvstorage::ZipFailure failure{ZipError::Cancelled, orvstorage::ZipAction::Unpack, zip_.GetPath(), {}, {}};
-    if (result == orvcore::kResultFileNotWritten) {
-        failure.entry = failed.path.generic_u8string();
-        failure.folder = failed.path.empty() ? directory : fs::path();
-        orvstorage::TranslateWriteError(failed.error, failure);
-    }
-    zip_.SetLastFailure(failure);
-    return false;
+    return CopyUnzipped(zip, privateFolder->Path(), directory, overwrite, askAgain) && unzipped;
 }
 
 bool CapsuleZip::Zip(const fs::path& directory, const std::function<bool(double, void*)>& progress, void* opaque) const
 {
-    return zip_.Zip(directory, progress, opaque) && CopyBack();
+    return file_->Change([&](const ZipFile& package) { return package.Zip(directory, progress, opaque); });
 }
 
 std::optional<std::vector<UTF16String>> CapsuleZip::GetPathOfUnZippedProject(const char* extension,
@@ -239,7 +258,7 @@ std::optional<std::vector<UTF16String>> CapsuleZip::GetPathOfUnZippedProject(con
 {
     const fs::path wanted = orvcore::PathFromUTF8(u8"." + orvcore::ToUTF8(extension != nullptr ? extension : ""));
     std::vector<UTF16String> found;
-    orvcore::WalkFiles(orvcore::PathFromUTF16(directory), [&](const fs::path& file) {
+    orvcore::WalkFiles(Absolute(orvcore::PathFromUTF16(directory)), [&](const fs::path& file) {
         if (file.extension() == wanted) {
             found.push_back(orvcore::PathToUTF16(file));
         }
@@ -250,28 +269,28 @@ std::optional<std::vector<UTF16String>> CapsuleZip::GetPathOfUnZippedProject(con
 
 const UTF8String& CapsuleZip::GetPackagePath() const noexcept
 {
-    return packagePath_;
+    return file_->PackagePath();
 }
 
 const UTF8String& CapsuleZip::GetWorkingPath() const noexcept
 {
-    return workingPath_;
+    return file_->WorkingPath();
 }
 
-orvstorage::ZipFile& CapsuleZip::GetArchive() noexcept
+ZipFile& CapsuleZip::GetArchive() noexcept
 {
-    return zip_;
+    return file_->Archive();
 }
 
-const orvstorage::ZipFile& CapsuleZip::GetArchive() const noexcept
+const ZipFile& CapsuleZip::GetArchive() const noexcept
 {
-    return zip_;
+    return file_->Archive();
 }
 
-orvstorage::ZipFailure CapsuleZip::GetLastFailure() const
+ZipFailure CapsuleZip::GetLastFailure() const
 {
-    orvstorage::ZipFailure failure = zip_.GetLastFailure();
-    failure.archive = orvcore::PathFromUTF8(packagePath_);
+    ZipFailure failure = GetArchive().GetLastFailure();
+    failure.archive = orvcore::PathFromUTF8(GetPackagePath());
     return failure;
 }
 

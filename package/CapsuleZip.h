@@ -9,25 +9,24 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace orvcapsule {
 
 namespace detail {
-class PrivateFolder;
+class PackageFile;
 }
 
 /// A template package (".zelt") on disk: reads and writes its definition document, extracts its pictures and host
 /// projects, unpacks and packs it.
 ///
-/// A package whose path is longer than 220 UTF-8 bytes is worked on through a private copy under the temporary folder;
-/// what is changed there is copied back. The copy is deleted with the last object that uses it.
+/// A package whose path is longer than 220 UTF-8 bytes is read through a private copy under the temporary folder. The
+/// copy is deleted with the last object that uses it. Changes are made in the package itself.
 ///
 /// A missing or damaged package is no error of construction: every read then returns false or nothing, and
 /// GetLastFailure tells why. The language of localised entries is the application's at the time of the call.
 /// Several reads open the package once. An object and its copies are used by one thread at a time; objects made apart
-/// may be used in parallel. Exceptions come from copying to or from a private folder alone
+/// may be used in parallel. Exceptions come from making a private folder or copy alone
 /// (`std::filesystem::filesystem_error`), and from a caller's own callback.
 class ORVCAPSULE_API CapsuleZip {
 public:
@@ -50,12 +49,20 @@ public:
     orvcore::UTF8String GetZELTDescriptionJSON() const;
     /// Stores the file "definition.json" of `directory` in the package, in the place of the old one. Every other entry
     /// keeps its bytes; the old package is whole until the new one is complete.
+    ///
+    /// What another program has done is not undone: when the package is no longer the one that this object read, or
+    /// wrote, last, nothing is stored and the failure is `ZipError::ArchiveChanged`. Call Reopen, read the definition
+    /// again and make the change in that. A package that this object has not read is changed as it is found.
     [[nodiscard]] bool SetZELTDescriptionJSON(const orvcore::UTF16String& directory);
+    /// Forgets what has been read: from now on this object and its copies read the package as it is now, and changes
+    /// build on that. Throws as the constructor does; the package can be used after that.
+    void Reopen();
     /// @}
 
     /// @name Pictures and videos
-    /// Each writes one file and returns whether it did. An empty entry counts as missing. The output's folder must
-    /// exist; a file that stands at the path is overwritten.
+    /// Each writes one file and returns whether it did. The second name is tried when there is no entry of the first or
+    /// an empty one, not when that cannot be read. The output's folder must exist; a file that stands at the path is
+    /// overwritten.
     /// @{
     /// The poster: "thumb_<language>.png", else "thumb.png".
     bool GetZELTThumbnailPNG(const orvcore::UTF8String& outputPath) const;
@@ -67,8 +74,11 @@ public:
 
     /// Extracts the host project: a Corvid one when the package has it ("project_<language>.cvgraphic", else
     /// "project.cvgraphic"), otherwise a Tessel one, by the same names with ".tsgraphic", together with
-    /// "ZeltOptimizations.bin" beside it when present.
-    /// @param baseDirectory, subDirectory joined, the project's folder; created when missing
+    /// "ZeltOptimizations.bin" beside it when present. Each name is tried when there is no entry of the one before it;
+    /// an entry that is there and cannot be extracted makes the call fail. Only when the side file cannot be is the
+    /// result true, and the last failure tells of it.
+    /// @param baseDirectory, subDirectory joined, the project's folder; created when missing. Without a base it is the
+    ///        sub-directory, with one it lies below the base even when `subDirectory` is absolute.
     /// @param projectName the project file's name without extension
     /// @param outProjectPath receives the project file's path; left alone when the result is false
     bool GetZELTProjectPackage(const orvcore::UTF16String& baseDirectory, const orvcore::UTF16String& subDirectory,
@@ -96,8 +106,8 @@ public:
     [[nodiscard]] bool Zip(const std::filesystem::path& directory, const std::function<bool(double, void*)>& progress,
                            void* opaque) const;
 
-    /// All files below `directory` with exactly this extension (case counts), a folder's sub-folders before its own
-    /// files, each in name order. Empty when there is none.
+    /// The full paths of all files below `directory` with exactly this extension (case counts), a folder's sub-folders
+    /// before its own files, each in name order. Empty when there is none.
     /// @param extension without dot
     static std::optional<std::vector<orvcore::UTF16String>>
     GetPathOfUnZippedProject(const char* extension, const orvcore::UTF16String& directory);
@@ -108,7 +118,7 @@ public:
     const orvcore::UTF8String& GetPackagePath() const noexcept;
     /// The file that is really open: the package, or its private copy.
     const orvcore::UTF8String& GetWorkingPath() const noexcept;
-    /// The archive itself: entries, limits, checks.
+    /// The archive that is read: entries, limits, checks.
     orvstorage::ZipFile& GetArchive() noexcept;
     const orvstorage::ZipFile& GetArchive() const noexcept;
     /// Why the last operation on the archive failed, naming the package as it was given. A read that found nothing
@@ -117,22 +127,7 @@ public:
     /// @}
 
 private:
-    void MoveToShortPath(const std::filesystem::path& package, const orvcore::UTF8String& fullPath,
-                         const std::string& password);
-    bool WriteEntry(std::u8string_view entry, const orvcore::UTF8String& outputPath, bool& found) const;
-    bool WriteLocalized(std::u8string_view stem, std::u8string_view extension,
-                        const orvcore::UTF8String& outputPath) const;
-    bool ExtractProject(const std::filesystem::path& directory, const orvcore::UTF16String& name,
-                        std::u8string_view extension, orvcore::UTF16String& outProjectPath,
-                        const orvstorage::ZipProgress& progress, void* opaque) const;
-    bool CopyBack() const;
-    bool CopyUnzipped(const std::filesystem::path& from, const std::filesystem::path& directory, bool overwrite,
-                      const std::function<bool(double)>& progress) const;
-
-    orvcore::UTF8String packagePath_;
-    orvcore::UTF8String workingPath_;
-    std::shared_ptr<const detail::PrivateFolder> privateCopy_; // outlives the archive that is open in it
-    orvstorage::ZipFile zip_;
+    std::shared_ptr<detail::PackageFile> file_;
 };
 
 } // namespace orvcapsule

@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <vector>
 
 namespace orvcapsule {
@@ -25,10 +26,19 @@ constexpr std::uint64_t kSizeLimitBytes = 314572800;
 constexpr std::chrono::hours kLongestMaking{1};
 constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
 
+// Where users share a temporary folder, somebody may have put a folder, or a link to one, in the place of ours.
+bool IsOursOrFree(const fs::path& path)
+{
+    std::error_code error;
+    return orvcore::IsOwn(path) || (orvcore::InspectPath(path, error).kind == orvcore::FileKind::Nothing && !error);
+}
+
+// Empty when there is none to use.
 fs::path WorkingFolder(bool local)
 {
     try {
-        return orvcore::TempDirectory() / (local ? "ProBrowser" : "ProStock");
+        fs::path folder = orvcore::TempDirectory() / (local ? "ProBrowser" : "ProStock");
+        return IsOursOrFree(folder) ? folder : fs::path();
     } catch (const fs::filesystem_error&) {
         return {};
     }
@@ -108,6 +118,16 @@ void AddSizes(const fs::path& folder, std::uint64_t limit, std::uint64_t& total)
     ThrowIf(error, folder);
 }
 
+// Moved to its place, so that a link that stands there is not written through.
+void Mark(const fs::path& marker)
+{
+    const fs::path made = orvcore::PrivateSibling(marker);
+    std::error_code error;
+    if (orvcore::WriteBufferToFile(made, "", 0) < 0 || !orvcore::RenameOver(made, marker, error)) {
+        orvcore::RemoveTree(made);
+    }
+}
+
 // Runs in the background beside programs that write into the folder; any surprise ends it without a marker.
 void MarkIfLarger(std::uint64_t limit, const fs::path& folder, const fs::path& marker) noexcept
 {
@@ -115,31 +135,43 @@ void MarkIfLarger(std::uint64_t limit, const fs::path& folder, const fs::path& m
         std::uint64_t total = 0;
         AddSizes(folder, limit, total);
         if (total > limit) {
-            static_cast<void>(orvcore::WriteBufferToFile(marker, "", 0));
+            Mark(marker);
         }
     } catch (...) {
         return;
     }
 }
 
+// Where files are read one after another, which is not for the caller to wait for.
+void InBackground(std::function<void()> task)
+{
+    orvcore::KeepModuleLoaded(&kMarkerName);
+    static_cast<void>(orvcore::GetPreTerminationExecutor()->Post(std::move(task)));
+}
+
+// A link counts by itself, and goes with the folder; what it leads to does not matter.
+bool IsMarked(const fs::path& marker)
+{
+    std::error_code error;
+    return orvcore::InspectPath(marker, error).kind != orvcore::FileKind::Nothing;
+}
+
 void Cleanup(std::uint64_t limit, const fs::path& named)
 {
     const fs::path folder = orvcore::WithoutClosingSeparators(named).make_preferred(); // its lock lies beside it
-    if (!orvcore::Exists(folder)) {
+    if (!orvcore::Exists(folder) || !orvcore::IsOwn(folder)) {
         return;
     }
     const fs::path marker = folder / orvcore::PathFromUTF8(kMarkerName);
-    if (orvcore::Exists(marker)) {
+    if (IsMarked(marker)) {
         detail::WithFolderToOneself(folder, [&] {
-            if (orvcore::Exists(marker)) { // another process may have been quicker
+            if (IsMarked(marker)) { // another process may have been quicker
                 DeleteWorkingFolder(folder, marker);
             }
         });
         return;
     }
-    orvcore::KeepModuleLoaded(&kMarkerName);
-    static_cast<void>(
-        orvcore::GetPreTerminationExecutor()->Post([limit, folder, marker] { MarkIfLarger(limit, folder, marker); }));
+    InBackground([limit, folder, marker] { MarkIfLarger(limit, folder, marker); });
 }
 
 } // namespace
@@ -156,9 +188,10 @@ void InitTempDirectory(bool local)
     }
     detail::MakeFolderLock(folder);
     Cleanup(kSizeLimitBytes, folder);
-    detail::WithFolderToOneself(folder, [&folder] { orvcore::RemoveLeftBehind(folder, kLongestMaking); });
-    detail::HoldFolder(folder);
-    orvcore::EnsureDirectory(folder);
+    detail::MakeAndHoldFolder(folder);
+    InBackground([folder] {
+        detail::WithFolderToOneself(folder, [&folder] { orvcore::RemoveLeftBehind(folder, kLongestMaking); });
+    });
 }
 
 orvcore::UTF8String GetTempLocalDirectory()

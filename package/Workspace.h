@@ -13,17 +13,23 @@ namespace orvcapsule {
 /// is deleted the next time a process initialises it; which one that is, is found out in the background and written
 /// down as an empty file "cleanupRequest" inside it.
 ///
-/// A folder is never deleted while a process that initialised it still runs: each holds a lock (a file
-/// "ProBrowser.lock" or "ProStock.lock" beside the folder) until it ends. Half-made files that a killed process left
-/// are removed by the next that initialises the folder and is alone in it.
+/// A folder is never deleted while a process that initialised it still runs: each holds locks (on a file
+/// "ProBrowser.lock" or "ProStock.lock" beside the folder, and except on Windows on the folder itself) until it ends.
+/// Half-made files that a killed process left are removed, in the background, by the next that initialises the folder
+/// and is alone in it.
+///
+/// Where several users share the temporary folder, the working folder may belong to another of them. It is not used
+/// then: the functions below do as if the system named no temporary folder.
 
 /// Prepares the local working folder (`local`) or the stock one: deletes it if that was asked for, starts the search
-/// for its size, and makes sure that it exists. Only the first call for a folder in a process does anything.
-/// The deletion goes as far as it can: what is in use by another program stays, and the next process tries again.
-/// Throws `std::filesystem::filesystem_error` when the folder cannot be created. For the host's main thread.
+/// for its size, and makes sure that it exists. Does nothing when there is no temporary folder. Only the first call for
+/// a folder in a process does anything. The deletion goes as far as it can: what is in use by another program stays,
+/// and the next process tries again. Throws `std::filesystem::filesystem_error` when the folder cannot be created. For
+/// the host's main thread.
 ORVCAPSULE_API void InitTempDirectory(bool local);
 
 /// Full path of the local working folder, which this does not create. Empty when the system names no temporary folder.
+/// Any thread.
 ORVCAPSULE_API orvcore::UTF8String GetTempLocalDirectory();
 
 /// Full path of a stock asset's folder, created with its parents when missing: the stock folder, then the host
@@ -44,7 +50,8 @@ ORVCAPSULE_API orvcore::UTF8String GetTempStockAssetVideoThumbPath(const orvcore
 /// Deletes `folder` with all it holds when its "cleanupRequest" file exists and no other process has initialised it.
 /// Without that file it returns at once, and a background task adds up the sizes of all files in and below the folder,
 /// those whose names begin with "." left out, and makes the file if the sum is greater than `sizeLimitBytes`. Whatever
-/// goes wrong there ends the task without a trace. Does nothing when the folder does not exist.
+/// goes wrong there ends the task without a trace. Does nothing when the folder does not exist or belongs to another
+/// user.
 ORVCAPSULE_API void CleanupTempDirectory(std::uint64_t sizeLimitBytes, const orvcore::UTF16String& folder);
 
 } // namespace orvcapsule

@@ -12,16 +12,32 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{5};
 
-// The folders that this process holds. Never destroyed: the system releases the locks when the process has ended.
-struct HeldFolders {
-    std::mutex mutex;
-    std::map<std::filesystem::path, std::unique_ptr<orvcore::FileLock>> locks;
+// The use of a folder is a lock on a file beside it, which may be there before the folder is, and one on the folder
+// itself where the system has such: somebody who tidies up may remove the file, and the next process would make
+// another.
+struct UseLocks {
+    std::unique_ptr<orvcore::FileLock> beside;
+    std::unique_ptr<orvcore::FileLock> folder; // may be empty
+
+    bool TryExclusive() const
+    {
+        return (!beside || beside->TryExclusive()) && (!folder || folder->TryExclusive());
+    }
 };
 
-HeldFolders& TheHeldFolders()
+// How this process holds one folder.
+struct Hold {
+    std::mutex mutex;
+    UseLocks locks; // empty: not at all
+};
+
+// Never destroyed: the system releases the locks when the process has ended.
+Hold& HoldOf(const std::filesystem::path& path)
 {
-    static HeldFolders& held = *new HeldFolders;
-    return held;
+    static std::mutex& mutex = *new std::mutex;
+    static auto& holds = *new std::map<std::filesystem::path, Hold>;
+    const std::lock_guard guard(mutex);
+    return holds[path];
 }
 
 std::filesystem::path LockPath(std::filesystem::path folder)
@@ -35,6 +51,15 @@ std::filesystem::path AskingPath(std::filesystem::path folder)
     return folder += ".ask.lock";
 }
 
+// The folder may be another one than it was.
+void HoldItself(const std::filesystem::path& folder, UseLocks& locks)
+{
+    locks.folder = orvcore::FileLock::Open(folder, false);
+    if (locks.folder) {
+        locks.folder->TryShared();
+    }
+}
+
 } // namespace
 
 void MakeFolderLock(const std::filesystem::path& folder)
@@ -42,46 +67,47 @@ void MakeFolderLock(const std::filesystem::path& folder)
     orvcore::FileLock::Open(LockPath(folder), true);
 }
 
-void HoldFolder(const std::filesystem::path& folder)
+void MakeAndHoldFolder(const std::filesystem::path& folder)
 {
-    HeldFolders& held = TheHeldFolders();
-    const std::lock_guard guard(held.mutex);
-    auto& lock = held.locks[folder];
-    if (!lock) {
+    Hold& own = HoldOf(folder);
+    const std::lock_guard guard(own.mutex);
+    UseLocks& locks = own.locks;
+    if (!locks.beside) {
         // Not while someone asks: to see the folder in use now would keep it from being cleaned.
         const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
         if (asking) {
             static_cast<void>(asking->WaitShared(kPatience));
         }
-        lock = orvcore::FileLock::Open(LockPath(folder), true);
-        if (lock && !lock->WaitShared(kPatience)) {
-            lock.reset();
+        locks.beside = orvcore::FileLock::Open(LockPath(folder), true);
+        if (locks.beside && !locks.beside->WaitShared(kPatience)) {
+            locks.beside.reset();
         }
     }
+    orvcore::EnsureDirectory(folder);
+    HoldItself(folder, locks);
 }
 
 bool WithFolderToOneself(const std::filesystem::path& folder, const std::function<void()>& action)
 {
-    HeldFolders& held = TheHeldFolders();
-    const std::lock_guard guard(held.mutex);
-    const auto own = held.locks.find(folder);
-    const bool holds = own != held.locks.end() && own->second;
-    if (!holds && !orvcore::Exists(LockPath(folder))) {
-        action();
-        return true;
-    }
-    const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
-    if (!asking || !asking->TryExclusive()) {
+    Hold& own = HoldOf(folder);
+    const std::lock_guard guard(own.mutex);
+    const bool holds = own.locks.beside != nullptr;
+    const bool isShared = holds || orvcore::Exists(LockPath(folder));
+    const auto asking = isShared ? orvcore::FileLock::Open(AskingPath(folder), true) : nullptr;
+    if (isShared && (!asking || !asking->TryExclusive())) {
         return false;
     }
-    const auto other = holds ? nullptr : orvcore::FileLock::Open(LockPath(folder), false);
-    orvcore::FileLock* const lock = holds ? own->second.get() : other.get();
-    const bool alone = lock != nullptr && lock->TryExclusive();
+    const UseLocks others =
+        holds ? UseLocks()
+              : UseLocks{orvcore::FileLock::Open(LockPath(folder), false), orvcore::FileLock::Open(folder, false)};
+    const UseLocks& locks = holds ? own.locks : others;
+    const bool alone = (locks.beside || !isShared) && locks.TryExclusive();
     if (alone) {
         action();
     }
     if (holds) {
-        lock->WaitShared(kPatience);
+        own.locks.beside->WaitShared(kPatience);
+        HoldItself(folder, own.locks);
     }
     return alone;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <orvcore/FileLock.h>
 #include <orvcore/Strings.h>
 
 #include <filesystem>
@@ -8,7 +9,8 @@
 namespace orvcapsule::detail {
 
 /// A folder of our own under the temporary folder, deleted with all it holds when the object goes; errors of that are
-/// swallowed.
+/// swallowed. A lock beside it says that it is in use: making a folder removes those of the same user that killed
+/// programs left there more than a day ago.
 class PrivateFolder {
 public:
     /// Creates it; throws `std::filesystem::filesystem_error` when that fails.
@@ -24,6 +26,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    std::unique_ptr<orvcore::FileLock> use_;
 };
 
 /// The short-path rule: a path of 221 UTF-8 bytes or more is too long to be worked on. The limit is fixed and does not

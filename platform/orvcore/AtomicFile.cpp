@@ -1,6 +1,7 @@
 #include <orvcore/AtomicFile.h>
 
 #include <orvcore/FileError.h>
+#include <orvcore/FileLock.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <orvcore/detail/NativeFile.h>
@@ -17,6 +18,11 @@ namespace {
 constexpr std::size_t kBufferSize = std::size_t{512} << 10;
 // Writing to the disk begins while more is being made, so that the flush at the end finds little left to do.
 constexpr std::uint64_t kWritebackStep = std::uint64_t{8} << 20;
+
+fs::path FolderOf(const fs::path& file)
+{
+    return file.has_parent_path() ? file.parent_path() : ".";
+}
 
 fs::path FollowLinks(const fs::path& path)
 {
@@ -43,6 +49,8 @@ bool MayReplace(const fs::path& path, std::error_code& error)
         error = std::make_error_code(std::errc::is_a_directory);
     } else if (kind == FileKind::Other) {
         error = FileError::NotARegularFile;
+    } else if (kind == FileKind::Nothing && InspectPath(path, unknown).kind == FileKind::Link) {
+        error = FileError::LinkToNothing;
     }
     return !error;
 }
@@ -60,7 +68,7 @@ AtomicFile::~AtomicFile()
 
 void AtomicFile::RemoveLeftBehind() const noexcept
 {
-    orvcore::RemoveLeftBehind(target_.has_parent_path() ? target_.parent_path() : ".", std::chrono::hours(24));
+    orvcore::RemoveLeftBehind(FolderOf(target_), std::chrono::hours(24));
 }
 
 bool AtomicFile::Open(std::error_code& error)
@@ -129,17 +137,43 @@ bool AtomicFile::Write(const void* data, std::size_t size, std::error_code& erro
     return true;
 }
 
-bool AtomicFile::Commit(Durability durability, std::error_code& error)
+bool AtomicFile::Complete(Durability durability, std::error_code& error)
 {
-    const bool onDisk = durability == Durability::OnDisk;
-    if (!FlushBuffer(error) || !Open(error)) {
-        return false;
-    }
-    if ((onDisk && !file_->FlushToDisk(error)) || !file_->Close(error) || !RenameOver(private_, target_, error)) {
+    return FlushBuffer(error) && Open(error) && (durability == Durability::Cached || file_->FlushToDisk(error)) &&
+           file_->Close(error);
+}
+
+bool AtomicFile::PutInPlace(std::error_code& error)
+{
+    if (!RenameOver(private_, target_, error)) {
         return false;
     }
     private_.clear();
     return true;
+}
+
+bool AtomicFile::Commit(Durability durability, std::error_code& error)
+{
+    return Complete(durability, error) && PutInPlace(error);
+}
+
+bool AtomicFile::CommitIf(const std::function<bool()>& isWanted, Durability durability,
+                          std::optional<detail::FileVersion>& placed, std::error_code& error)
+{
+    constexpr std::chrono::seconds kPatience{10}; // others hold the lock for a rename only
+    if (!Complete(durability, error)) {
+        return false;
+    }
+    const auto lock = FileLock::ForMoment(FolderOf(target_), kPatience, error);
+    if (error) {
+        return false;
+    }
+    if (!isWanted()) {
+        error = std::make_error_code(std::errc::operation_canceled);
+        return false;
+    }
+    placed = detail::VersionAt(private_); // a rename changes none of it
+    return PutInPlace(error);
 }
 
 void AtomicFile::Rollback() noexcept

@@ -6,7 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -14,7 +16,8 @@ namespace orvcore {
 
 namespace detail {
 class NativeFile;
-}
+struct FileVersion;
+} // namespace detail
 
 /// A new, private path in the folder of `path`: where a file is made before it takes its place.
 ORVPLATFORM_API std::filesystem::path PrivateSibling(const std::filesystem::path& path);
@@ -27,7 +30,8 @@ ORVPLATFORM_API bool IsPrivateName(const std::filesystem::path& fileName);
 ORVPLATFORM_API void RemoveLeftBehind(const std::filesystem::path& folder, std::chrono::hours age) noexcept;
 
 /// Whether a file may take the place of `path`: nothing stands there, or a file does, itself or behind a link. A
-/// folder, a device, a pipe or a socket is not replaced.
+/// folder, a device, a pipe or a socket is not replaced; nor is a link that leads nowhere, whose file may be on a disk
+/// that is away for the moment.
 ORVPLATFORM_API bool MayReplace(const std::filesystem::path& path, std::error_code& error);
 
 /// Puts the file `from` in the place of `to` in one step, whether `to` exists or not; both lie in one folder's file
@@ -77,12 +81,19 @@ public:
     using Durability = orvcore::Durability;
     /// Puts the file in place. With an error nothing has changed at the path.
     [[nodiscard]] bool Commit(Durability durability, std::error_code& error);
+    /// As Commit, if `isWanted` says so at the last moment; its false is the error `operation_canceled`. From when it
+    /// is asked until the file is in place, nobody else commits so in that folder, in this process or another.
+    /// @param placed what the new file is then known by, where that can be told
+    [[nodiscard]] bool CommitIf(const std::function<bool()>& isWanted, Durability durability,
+                                std::optional<detail::FileVersion>& placed, std::error_code& error);
     /// Gives the content up.
     void Rollback() noexcept;
 
 private:
     bool Open(std::error_code& error);
     bool FlushBuffer(std::error_code& error);
+    bool Complete(Durability durability, std::error_code& error);
+    bool PutInPlace(std::error_code& error);
 
     std::filesystem::path target_;
     std::filesystem::path private_;

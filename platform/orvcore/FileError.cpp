@@ -19,6 +19,8 @@ public:
             return "its path is empty";
         case FileError::NotARegularFile:
             return "it is not a regular file";
+        case FileError::LinkToNothing:
+            return "it is a link that leads nowhere";
         case FileError::OutsideTarget:
             return "a link in the target folder would lead it elsewhere";
         }

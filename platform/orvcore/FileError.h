@@ -10,6 +10,7 @@ namespace orvcore {
 enum class FileError {
     EmptyPath = 1,   ///< a path of no characters names no file
     NotARegularFile, ///< a device, a pipe or a socket, which no file may replace
+    LinkToNothing,   ///< a link whose file is not there, and which no file may replace
     OutsideTarget,   ///< a link that was there before leads out of the folder that is written to
 };
 

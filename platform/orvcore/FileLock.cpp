@@ -4,6 +4,7 @@
 #include <thread>
 
 #if defined(_WIN32)
+#include <orvcore/detail/WindowsError.h>
 #include <windows.h>
 #else
 #include <cerrno>
@@ -14,13 +15,50 @@
 
 namespace orvcore {
 
+namespace {
+
+// Tries again and again while `attempt` answers "busy"; neither system can wait with a limit.
+template <class Attempt>
+std::error_code Wait(std::chrono::milliseconds patience, const Attempt& attempt)
+{
+    const auto end = std::chrono::steady_clock::now() + patience;
+    std::error_code error = attempt();
+    while (error == std::errc::device_or_resource_busy && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        error = attempt();
+    }
+    return error;
+}
+
+} // namespace
+
 #if defined(_WIN32)
 
 std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool create)
 {
-    const HANDLE handle = ::CreateFileW(ToSystemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                        create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE handle =
+        ::CreateFileW(ToSystemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                      nullptr, create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return nullptr;
+    }
+    return std::unique_ptr<FileLock>(new FileLock(reinterpret_cast<std::intptr_t>(handle)));
+}
+
+// A folder cannot be locked here. A file that nobody else may open, and that goes when it is closed, does as well. It
+// is named like the private files beside the ones they replace: should the machine fail, it is removed like those.
+std::unique_ptr<FileLock> FileLock::ForMoment(const std::filesystem::path& folder, std::chrono::milliseconds patience,
+                                              std::error_code& error)
+{
+    const std::filesystem::path path = ToSystemPath(folder / L".orv-00000000-0000-0000-0000-000000000000.part");
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    error = Wait(patience, [&] {
+        handle = ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                               FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        const DWORD reason = handle == INVALID_HANDLE_VALUE ? ::GetLastError() : ERROR_SUCCESS;
+        const bool isBusy = reason == ERROR_SHARING_VIOLATION || reason == ERROR_ACCESS_DENIED; // the latter as it goes
+        return isBusy ? std::make_error_code(std::errc::device_or_resource_busy) : std::error_code();
+    });
     if (handle == INVALID_HANDLE_VALUE) {
         return nullptr;
     }
@@ -32,25 +70,43 @@ FileLock::~FileLock()
     ::CloseHandle(reinterpret_cast<HANDLE>(handle_));
 }
 
-bool FileLock::Try(bool exclusive)
+std::error_code FileLock::Try(bool exclusive)
 {
     const auto handle = reinterpret_cast<HANDLE>(handle_);
     OVERLAPPED start{};
     ::UnlockFileEx(handle, 0, 1, 0, &start);
     const DWORD flags = LOCKFILE_FAIL_IMMEDIATELY | (exclusive ? LOCKFILE_EXCLUSIVE_LOCK : 0U);
-    return ::LockFileEx(handle, flags, 0, 1, 0, &start) != 0;
+    const bool locked = ::LockFileEx(handle, flags, 0, 1, 0, &start) != 0;
+    return locked ? std::error_code() : std::make_error_code(std::errc::device_or_resource_busy);
 }
 
 #else
 
 std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool create)
 {
-    // Read access is enough to lock, so the file of another user serves too.
-    const int handle = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | (create ? O_CREAT : 0), 0666);
+    // Read access is enough to lock, so the file of another user serves too. In a folder that users share, somebody may
+    // have put a link or a pipe there: a link would have its target made, opening a pipe would wait.
+    const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | (create ? O_CREAT | O_NOFOLLOW : 0);
+    const int handle = ::open(path.c_str(), flags, 0666);
     if (handle < 0) {
         return nullptr;
     }
     return std::unique_ptr<FileLock>(new FileLock(handle));
+}
+
+std::unique_ptr<FileLock> FileLock::ForMoment(const std::filesystem::path& folder, std::chrono::milliseconds patience,
+                                              std::error_code& error)
+{
+    error.clear();
+    auto lock = Open(folder, false);
+    const std::error_code failure = lock ? Wait(patience, [&] { return lock->Try(true); }) : std::error_code();
+    if (failure == std::errc::device_or_resource_busy) {
+        error = failure;
+    }
+    if (failure) {
+        lock.reset();
+    }
+    return lock;
 }
 
 FileLock::~FileLock()
@@ -58,40 +114,33 @@ FileLock::~FileLock()
     ::close(static_cast<int>(handle_));
 }
 
-bool FileLock::Try(bool exclusive)
+std::error_code FileLock::Try(bool exclusive)
 {
-    int result = 0;
+    int failure = 0;
     do {
-        result = ::flock(static_cast<int>(handle_), (exclusive ? LOCK_EX : LOCK_SH) | LOCK_NB);
-    } while (result != 0 && errno == EINTR);
-    if (result != 0) {
+        failure = ::flock(static_cast<int>(handle_), (exclusive ? LOCK_EX : LOCK_SH) | LOCK_NB) == 0 ? 0 : errno;
+    } while (failure == EINTR);
+    if (failure != 0) {
         ::flock(static_cast<int>(handle_), LOCK_UN); // whether a failed change keeps the old lock varies
     }
-    return result == 0;
+    return {failure == EWOULDBLOCK ? EBUSY : failure, std::generic_category()};
 }
 
 #endif
 
 bool FileLock::TryExclusive()
 {
-    return Try(true);
+    return !Try(true);
 }
 
 bool FileLock::TryShared()
 {
-    return Try(false);
+    return !Try(false);
 }
 
 bool FileLock::WaitShared(std::chrono::milliseconds patience)
 {
-    const auto end = std::chrono::steady_clock::now() + patience;
-    while (!TryShared()) {
-        if (std::chrono::steady_clock::now() >= end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5)); // neither system can wait with a limit
-    }
-    return true;
+    return !Wait(patience, [this] { return Try(false); });
 }
 
 } // namespace orvcore

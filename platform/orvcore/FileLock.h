@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <system_error>
 
 namespace orvcore {
 
@@ -14,8 +15,16 @@ namespace orvcore {
 /// within a process too. One thread at a time.
 class ORVPLATFORM_API FileLock {
 public:
-    /// Opens the lock at `path`, whose file is created when missing if `create` says so. Empty when that fails.
+    /// Opens the lock at `path`, whose file is created when missing if `create` says so. Empty when that fails, and
+    /// where a link is in the place of a file that may be created. A folder that exists is a lock, too, which lasts as
+    /// long as the folder; only on Windows it is none, while the file of an open lock cannot be removed there.
     static std::unique_ptr<FileLock> Open(const std::filesystem::path& path, bool create);
+
+    /// Has `folder` exclusively, for a moment's work on what it holds, among those who ask this function. Nothing is
+    /// left in the folder, however the holder ends. Waits for at most `patience`.
+    /// @return empty with an `error` when others did not let go in time; empty without one where there are no locks
+    static std::unique_ptr<FileLock> ForMoment(const std::filesystem::path& folder, std::chrono::milliseconds patience,
+                                               std::error_code& error);
 
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
@@ -33,7 +42,7 @@ private:
         : handle_(handle)
     {
     }
-    bool Try(bool exclusive);
+    std::error_code Try(bool exclusive);
 
     const std::intptr_t handle_;
 };

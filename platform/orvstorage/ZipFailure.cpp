@@ -104,6 +104,8 @@ constexpr ErrorText TextOf(ZipError error) noexcept
         return {"OutsideTarget", "a link in the target folder would lead it elsewhere"};
     case ZipError::EntryExists:
         return {"EntryExists", "the archive has an entry of this name already"};
+    case ZipError::ArchiveChanged:
+        return {"ArchiveChanged", "another program has changed it since it was read"};
     case ZipError::SourceMissing:
         return {"SourceMissing", "the file to pack cannot be read"};
     case ZipError::NothingToPack:

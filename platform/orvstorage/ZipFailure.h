@@ -58,6 +58,7 @@ enum class ZipError : std::uint8_t {
     OutsideTarget,
     // Writing
     EntryExists,
+    ArchiveChanged,
     SourceMissing,
     NothingToPack,
     WriteFailed,

@@ -161,6 +161,13 @@ const std::filesystem::path& ZipFile::GetPath() const noexcept
     return state_->path;
 }
 
+void ZipFile::Reopen() const
+{
+    state_->archive.reset();
+    state_->seen.reset();
+    state_->isOutdated = false;
+}
+
 void ZipFile::SetLimits(const ZipLimits& limits)
 {
     state_->limits = limits;

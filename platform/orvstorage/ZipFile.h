@@ -30,8 +30,8 @@ using ZipProgress = std::function<bool(double fraction, void* opaque)>;
 /// GetLastFailure says why.
 ///
 /// The file is opened when first needed and then stays open, so that several entries are read with one opening, until
-/// the last copy of the object goes or this object changes the archive. Others may read, replace or delete the file
-/// meanwhile. Copies share one open archive, its limits and its last failure. An object and its copies are used by
+/// the last copy of the object goes, this object changes the archive, or Reopen. Others may read, replace or delete the
+/// file meanwhile. Copies share one open archive, its limits and its last failure. An object and its copies are used by
 /// one thread at a time; objects on different archives, or opened apart on the same one, may be used in parallel.
 class ORVPLATFORM_API ZipFile {
 public:
@@ -85,6 +85,11 @@ public:
     /// @{
     /// Adds the file `entryName` of `directory` under that name; a slash in the name leads into a sub-folder. The
     /// archive is created when missing. Other entries keep their bytes as they are packed.
+    ///
+    /// The archive must still be the one that this object read, or wrote, last: when another program has changed it
+    /// since, or does so meanwhile, the call fails with `ZipError::ArchiveChanged`, now and until Reopen. An archive
+    /// that this object has not read is changed as it is found. Where entries are encrypted, the password must open
+    /// them.
     /// @param replace whether an entry of that name is replaced; otherwise it makes the call fail
     bool AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace) const;
     /// Builds the archive anew from all files below `directory`. The same folder gives the same bytes: entries come in
@@ -95,6 +100,9 @@ public:
     ///        on to the caller, nothing changed.
     bool Zip(const std::filesystem::path& directory, const ZipProgress& progress, void* opaque) const;
     /// @}
+
+    /// Forgets what has been read: the next operation opens the archive as it is then, and changes build on that.
+    void Reopen() const;
 
     const std::filesystem::path& GetPath() const noexcept;
     /// Applies to archives opened from now on; an open one is opened again.

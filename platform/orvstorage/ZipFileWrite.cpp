@@ -93,19 +93,20 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
                                   item, failure)) {
             return false;
         }
-        const bool isThere = state.Open() != nullptr;
-        if (!isThere && failure.error != ZipError::FileMissing) {
+        bool isThere = false;
+        if (!state.OpenToChange(isThere, failure)) {
             return false;
         }
-        if (!isThere) {
-            failure = {ZipError::None, ZipAction::Add, state.path, name.relative, {}};
-        } else if (!FindPlace(*state.archive, state.limits, name.relative, replace, replaced, failure) ||
-                   !PasswordFits(*state.archive, replaced, !state.password.empty(), failure)) {
+        if (isThere && (!FindPlace(*state.archive, state.limits, name.relative, replace, replaced, failure) ||
+                        !PasswordFits(*state.archive, replaced, !state.password.empty(), failure))) {
             return false;
         }
         auto old = isThere ? state.archive->File() : nullptr;
         state.archive.reset(); // what it has read is about to be replaced
-        return detail::PackOne({state.path, state.password}, std::move(old), replaced, item, failure);
+        const bool done =
+            detail::PackOne({state.path, state.password, state.seen}, std::move(old), replaced, item, failure);
+        state.isOutdated = failure.error == ZipError::ArchiveChanged;
+        return done;
     });
 }
 
@@ -124,7 +125,8 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
         }
         state.archive.reset();
         detail::ByteProgress packing(progress, opaque, total);
-        const bool done = detail::PackAll({state.path, state.password}, items, packing, failure);
+        const bool done = detail::PackAll({state.path, state.password, state.seen}, items, packing, failure);
+        state.isOutdated = state.isOutdated && !done;
         thrown = packing.Thrown();
         return done;
     });

@@ -36,7 +36,8 @@ fs::path FileFor(const std::string& sourceID, const fs::path& top)
         .Add(sourceID)
         .Add(orvcore::Application::GetLanguage())
         .Add(orvcore::PathToUTF8(top));
-    return orvcore::PathFromUTF8(GetTempLocalDirectory()) / (mixer.GetResult().ToString() + ".entries");
+    const fs::path folder = orvcore::PathFromUTF8(GetTempLocalDirectory());
+    return folder.empty() ? fs::path() : folder / (mixer.GetResult().ToString() + ".entries");
 }
 
 std::string ChecksumOf(std::string_view bytes)
@@ -54,7 +55,7 @@ EntryStore::EntryStore(const std::string& sourceID, const fs::path& top, std::fu
     , stop_(std::move(stop))
 {
     const std::int64_t settle = orvcore::DebugSettings::GetInt("ORV.entrysettletime", kSettleMilliseconds);
-    isUsed_ = settle >= 0;
+    isUsed_ = settle >= 0 && !file_.empty();
     settled_ = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) -
                std::chrono::milliseconds(settle);
     if (isUsed_) {

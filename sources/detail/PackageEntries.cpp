@@ -86,10 +86,11 @@ orvcore::UTF8String PackageEntries::Preview(PreviewKind kind, const CapsuleEntry
 {
     using Outcome = PreviewCache::Outcome;
     bool& has = kind == PreviewKind::Still ? state.hasStill : state.hasVideo;
-    if (!has || stop_()) {
+    const fs::path target = has && !stop_() ? previews_.PathOf(kind, entry.capsuleID, package, state.facts.modified)
+                                            : fs::path(); // which is empty without a working folder, too
+    if (target.empty()) {
         return {};
     }
-    const fs::path target = previews_.PathOf(kind, entry.capsuleID, package, state.facts.modified);
     const Outcome outcome = orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, target);
     has = outcome != Outcome::None;
     state.isKnown = state.isKnown && outcome != Outcome::Failed;

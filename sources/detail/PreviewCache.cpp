@@ -58,7 +58,7 @@ fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& caps
         .Add(static_cast<std::uint64_t>(modified.time_since_epoch().count()))
         // Copies keep their time, and a copy that was worked on may keep its identifier: the folder tells them apart.
         .Add(package.Folder());
-    return folder_ / mixer.GetResult().ToString().append(orvcore::AsNarrow(extension));
+    return folder_.empty() ? fs::path() : folder_ / mixer.GetResult().ToString().append(orvcore::AsNarrow(extension));
 }
 
 PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, OnePackage& package, const fs::path& target) const

@@ -41,6 +41,7 @@ TEST(FilesPosix, NothingReplacesWhatIsNoFile)
     folder.Write("new", "new");
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     fs::create_symlink("pipe", folder / "link");
+    fs::create_symlink("away/file", folder / "lost");
     orvcore::EnsureDirectory(folder / "folder/x");
     const struct {
         const char* name;
@@ -49,6 +50,7 @@ TEST(FilesPosix, NothingReplacesWhatIsNoFile)
         {"pipe", orvcore::FileError::NotARegularFile},
         {"link", orvcore::FileError::NotARegularFile},
         {"folder", std::make_error_code(std::errc::is_a_directory)},
+        {"lost", orvcore::FileError::LinkToNothing},
     };
     for (const auto& c : cases) {
         std::error_code error;
@@ -58,10 +60,12 @@ TEST(FilesPosix, NothingReplacesWhatIsNoFile)
         EXPECT_FALSE(file.Commit(Durability::Cached, error));
         EXPECT_EQ(error, c.error) << c.name;
         EXPECT_EQ(ErrorOf([&] { orvcore::CopyOneFile(folder / "new", folder / c.name); }), c.error) << c.name;
-        EXPECT_EQ(ErrorOf([&] { orvcore::CopyOneFile(folder / c.name, folder / "copy"); }), c.error) << c.name;
+        const std::error_code noSource =
+            c.name == std::string_view("lost") ? std::make_error_code(std::errc::no_such_file_or_directory) : c.error;
+        EXPECT_EQ(ErrorOf([&] { orvcore::CopyOneFile(folder / c.name, folder / "copy"); }), noSource) << c.name;
         EXPECT_FALSE(orvcore::ReadWholeFile(folder / c.name)) << "nor does it wait for a pipe's other end";
     }
-    EXPECT_THAT(folder.Names(), ElementsAre("folder/x/", "link", "new", "pipe"));
+    EXPECT_THAT(folder.Names(), ElementsAre("folder/x/", "link", "lost", "new", "pipe"));
     EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
     EXPECT_TRUE(fs::is_symlink(folder / "link"));
 }

@@ -3,6 +3,7 @@
 
 #include <orvcore/Application.h>
 #include <orvcore/Executor.h>
+#include <orvcore/FileLock.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/Future.h>
 #include <orvcore/Guid.h>
@@ -69,6 +70,7 @@ TEST_F(CapsuleZipTest, PathsOf220BytesAreOpenedInPlaceAndLongerOnesThroughACopy)
         const fs::path path = PathOfLength(folder_, length, unique_ + ".zelt");
         orvcore::CopyOneFile(Package("p.zelt", ZipBytes().Add({.name = "definition.json", .data = "{}"})), path);
         CapsuleZip byText(PathToUTF8(path));
+        EXPECT_EQ(byText.GetZELTDescriptionJSON(), u8"{}"); // opens the copy that the assignment removes
         const auto byFile = std::make_unique<CapsuleZip>(path);
         const CapsuleZip copy = *byFile;
         byText = *byFile;
@@ -92,6 +94,103 @@ TEST_F(CapsuleZipTest, ChangesOfALongPackageReachThePackage)
     folder_.Write("new/thumb.png", "png");
     EXPECT_TRUE(zip.Zip(folder_ / "new", {}, nullptr));
     EXPECT_TRUE(CapsuleZip(path).GetArchive().Contains(u8"thumb.png"));
+}
+
+TEST_F(CapsuleZipTest, AChangeNeverUndoesAnothers)
+{
+    folder_.Write("other/definition.json", "other's");
+    folder_.Write("mine/definition.json", "mine");
+    for (const std::size_t length : {220U, 221U}) {
+        const fs::path path = PathOfLength(folder_, length, unique_ + ".zelt");
+        orvcore::CopyOneFile(Package("p.zelt", ZipBytes().Add({.name = "definition.json", .data = "old"})), path);
+        CapsuleZip zip(path);
+        const CapsuleZip copy = zip;
+        EXPECT_EQ(zip.GetZELTDescriptionJSON(), u8"old");
+        EXPECT_TRUE(CapsuleZip(path).SetZELTDescriptionJSON(PathToUTF16(folder_ / "other")));
+        EXPECT_FALSE(zip.SetZELTDescriptionJSON(PathToUTF16(folder_ / "mine")));
+        EXPECT_EQ(zip.GetLastFailure().Reason(), "another program has changed it since it was read");
+        EXPECT_EQ(CapsuleZip(path).GetZELTDescriptionJSON(), u8"other's");
+        zip.Reopen();
+        EXPECT_EQ(copy.GetZELTDescriptionJSON(), u8"other's");
+        EXPECT_TRUE(zip.SetZELTDescriptionJSON(PathToUTF16(folder_ / "mine")));
+        EXPECT_EQ(copy.GetZELTDescriptionJSON(), u8"mine");
+        EXPECT_EQ(CapsuleZip(path).GetZELTDescriptionJSON(), u8"mine");
+    }
+}
+
+TEST_F(CapsuleZipTest, WhatKilledProgramsLeftInPrivateGoesAfterADay)
+{
+    const fs::path area = orvcore::TempDirectory() / "Capsule";
+    const auto path = [&](const char* name) { return area / (orvcore::Guid::Create().ToString() + name); };
+    const struct {
+        fs::path folder;
+        int hours; // old
+        bool isHeld;
+        bool isRemoved;
+    } cases[] = {
+        {path(""), 25, false, true},
+        {path(""), 23, false, false},
+        {path(""), 25, true, false},
+        {path(".mine"), 25, false, false},
+    };
+    std::error_code error;
+    std::unique_ptr<orvcore::FileLock> held;
+    for (const auto& c : cases) {
+        orvcore::EnsureDirectory(c.folder);
+        std::ofstream(c.folder / "package").close();
+        auto lock = orvcore::FileLock::Open(fs::path(c.folder) += ".lock", true);
+        ASSERT_TRUE(lock && lock->TryShared());
+        held = c.isHeld ? std::move(lock) : std::move(held);
+        const auto time = fs::file_time_type::clock::now() - std::chrono::hours(c.hours);
+        fs::last_write_time(c.folder, time, error);
+        if (!error) {
+            fs::last_write_time(fs::path(c.folder) += ".lock", time);
+        }
+    }
+    const fs::path longPath = PathOfLength(folder_, 240, unique_ + ".zelt");
+    orvcore::CopyOneFile(Package("p.zelt", ZipBytes()), longPath);
+    static_cast<void>(CapsuleZip(longPath));
+    held.reset();
+    for (const auto& c : cases) {
+        EXPECT_EQ(orvcore::Exists(c.folder), !c.isRemoved || error) << c.folder; // not every C++ library sets the time
+        EXPECT_EQ(orvcore::Exists(fs::path(c.folder) += ".lock"), !c.isRemoved || error);
+        orvcore::RemoveTree(c.folder);
+        orvcore::RemoveTree(fs::path(c.folder) += ".lock");
+    }
+}
+
+TEST_F(CapsuleZipTest, OnlyWhatIsMissingHasASubstitute)
+{
+    orvcore::Application::SetLanguage("de_DE");
+    const auto damaged = [](const std::string& name) { return test::ZipItem{.name = name, .data = "x", .crc = 5}; };
+    const struct {
+        const char* bad;
+        const char* next;
+    } projects[] = {{"project_de_DE.cvgraphic", "project.cvgraphic"},
+                    {"project.cvgraphic", "project.tsgraphic"},
+                    {"project_de_DE.tsgraphic", "project.tsgraphic"}};
+    for (const auto& c : projects) {
+        const CapsuleZip zip(Package("p.zelt", ZipBytes().Add(damaged(c.bad)).Add({.name = c.next, .data = "good"})));
+        for (const std::string& sub : {std::string("short"), std::string(230, 's')}) {
+            UTF16String out = u"untouched";
+            EXPECT_FALSE(zip.GetZELTProjectPackage(PathToUTF16(folder_ / "base"), orvcore::ToUTF16(sub), u"p", out));
+            EXPECT_EQ(out, u"untouched");
+            EXPECT_EQ(NameOf(zip.GetLastFailure().error), "ChecksumMismatch") << c.bad;
+            EXPECT_EQ(orvcore::ToNarrow(zip.GetLastFailure().entry), c.bad);
+        }
+    }
+    const CapsuleZip zip(Package("p.zelt", ZipBytes()
+                                               .Add(damaged("thumb_de_DE.png"))
+                                               .Add({.name = "thumb.png", .data = "good"})
+                                               .Add({.name = "project.tsgraphic", .data = "good"})
+                                               .Add(damaged("ZeltOptimizations.bin"))));
+    EXPECT_FALSE(zip.GetZELTThumbnailPNG(PathToUTF8(folder_ / "out")));
+    EXPECT_EQ(NameOf(zip.GetLastFailure().error), "ChecksumMismatch");
+    EXPECT_FALSE(orvcore::Exists(folder_ / "out"));
+    UTF16String out;
+    EXPECT_TRUE(zip.GetZELTProjectPackage(u"", PathToUTF16(folder_ / "project"), u"p", out)) << "whole without it";
+    EXPECT_EQ(out, PathToUTF16(folder_ / "project/p.tsgraphic")) << "an absolute folder is where it says";
+    EXPECT_EQ(orvcore::ToNarrow(zip.GetLastFailure().entry), "ZeltOptimizations.bin");
 }
 
 TEST_F(CapsuleZipTest, PostersAndVideosFallBackToTheDefault)
@@ -274,6 +373,9 @@ TEST_F(CapsuleZipTest, FindsUnpackedProjectsByExactExtension)
     const auto found = CapsuleZip::GetPathOfUnZippedProject("cvgraphic", PathToUTF16(tree));
     ASSERT_TRUE(found);
     EXPECT_THAT(*found, ElementsAre(in("a/deep/b.cvgraphic"), in("a/x.cvgraphic"), in("z.cvgraphic")));
+    const fs::path relative = fs::absolute(tree).lexically_proximate(fs::current_path());
+    EXPECT_TRUE(
+        fs::path(CapsuleZip::GetPathOfUnZippedProject("cvgraphic", PathToUTF16(relative))->front()).is_absolute());
     EXPECT_FALSE(CapsuleZip::GetPathOfUnZippedProject("tsgraphic", PathToUTF16(tree)));
     EXPECT_FALSE(CapsuleZip::GetPathOfUnZippedProject("cvgraphic", PathToUTF16(folder_ / "missing")));
     EXPECT_FALSE(CapsuleZip::GetPathOfUnZippedProject(nullptr, PathToUTF16(tree)));

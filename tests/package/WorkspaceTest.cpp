@@ -90,6 +90,35 @@ TEST(Workspace, AFolderThatAnotherProcessUsesIsLeftToTheNextStart)
     EXPECT_FALSE(Exists(temp / "work"));
 }
 
+TEST(Workspace, AFolderStaysInUseWhenItsLockFileIsTidiedAway)
+{
+    const TempFolder temp;
+    temp.Write("work/preview.mp4", "shown there now");
+    temp.Write("work/cleanupRequest", "");
+    const auto file = orvcore::FileLock::Open(temp / "work.lock", true);
+    const auto folder = orvcore::FileLock::Open(temp / "work", false); // which not every system has
+    ASSERT_TRUE(file && file->TryShared() && (!folder || folder->TryShared()));
+    std::error_code error;
+    EXPECT_NE(fs::remove(temp / "work.lock", error), !folder) << "who has no lock on the folder keeps its file";
+    Cleanup(0, temp / "work");
+    EXPECT_EQ(temp.Read("work/preview.mp4"), "shown there now");
+}
+
+TEST(Workspace, AFolderOfAnotherUserIsNotUsed)
+{
+    const fs::path folder = orvcore::TempDirectory() / "ProBrowser";
+    orvcore::EnsureDirectory(folder);
+    std::ofstream(folder / "cleanupRequest").close();
+    if (std::system(("chown 12345 \"" + folder.string() + "\"").c_str()) != 0) {
+        orvcore::RemoveTree(folder);
+        GTEST_SKIP() << "only an administrator can give a folder away";
+    }
+    EXPECT_EQ(orvcapsule::GetTempLocalDirectory(), u8"");
+    Cleanup(0, folder);
+    EXPECT_TRUE(Exists(folder / "cleanupRequest"));
+    orvcore::RemoveTree(folder);
+}
+
 TEST(Workspace, ASearchThatCannotReadEverythingLeavesNoMarker)
 {
     if (!std::is_same_v<fs::path::value_type, char>) {
@@ -158,7 +187,9 @@ TEST(Workspace, DeletionNeverFollowsALinkOutOfTheFolder)
     temp.Write("outside/precious", "kept");
     temp.Write("work/cleanupRequest", "");
     temp.Write("outside/cleanupRequest", "");
+    temp.Write("marked/file", "content");
     std::error_code error;
+    fs::create_symlink(temp / "outside/precious", temp / "marked/cleanupRequest", error);
     fs::create_directory_symlink(temp / "outside", temp / "work/link", error);
     fs::create_directory_symlink(temp / "outside", temp / "workLink", error);
     if (error) {
@@ -166,6 +197,8 @@ TEST(Workspace, DeletionNeverFollowsALinkOutOfTheFolder)
     }
     Cleanup(0, temp / "work");
     Cleanup(0, temp / "workLink");
+    Cleanup(0, temp / "marked");
+    EXPECT_FALSE(Exists(temp / "marked"));
     EXPECT_FALSE(Exists(temp / "work"));
     EXPECT_FALSE(fs::exists(fs::symlink_status(temp / "workLink")));
     EXPECT_EQ(temp.Read("outside/precious"), "kept");
@@ -188,6 +221,9 @@ TEST(Workspace, EachFolderIsInitialisedOnceAndThenHeld)
     ASSERT_TRUE(otherProcess);
     EXPECT_FALSE(otherProcess->TryExclusive());
     EXPECT_TRUE(otherProcess->TryShared());
+    WaitForScans();                                                 // which hold the folder alone for a moment
+    const auto folderLock = orvcore::FileLock::Open(folder, false); // which not every system has
+    EXPECT_FALSE(folderLock && folderLock->TryExclusive());
 
     const fs::path stock = orvcore::TempDirectory() / "ProStock";
     orvcore::EnsureDirectory(stock);
@@ -200,6 +236,7 @@ TEST(Workspace, EachFolderIsInitialisedOnceAndThenHeld)
         fs::last_write_time(file, fs::file_time_type::clock::now() - age);
     }
     orvcapsule::InitTempDirectory(false);
+    WaitForScans();
     EXPECT_TRUE(orvcore::IsDirectory(stock)) << "the two folders have a flag each";
     EXPECT_FALSE(Exists(abandoned));
     EXPECT_TRUE(Exists(inTheMaking));

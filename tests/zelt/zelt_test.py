@@ -390,6 +390,14 @@ class ZeltTest(unittest.TestCase):
         self.run_zelt("set", "lower-third.zelt", "--name", "In place")
         self.assertEqual(json.loads(self.run_zelt("info", "--json", "lower-third.zelt")[0])["name"], "In place")
 
+    def test_sets_at_the_same_time_all_arrive(self):
+        locales = [f"{language}_XX" for language in ("aa", "bb", "cc", "dd", "ee", "ff", "gg", "hh")]
+        running = [subprocess.Popen([*EMULATOR, ZELT, "set", "lower-third.zelt", "--locale", locale, "--name", locale],
+                                    stdout=subprocess.DEVNULL) for locale in locales]
+        self.assertEqual([program.wait(120) for program in running], [0] * len(running))
+        names = json.loads(definition_of("lower-third.zelt"))["capsuleNameLocalized"]["strDB"]
+        self.assertLessEqual(set(locales), {name["localeString"] for name in names})
+
     def test_set_keeps_the_bytes_of_the_document(self):
         text = ('\ufeff{\r\n  "x-unknown" : [ 1.50, 1e2, "\\u00e9" ],\n\t"apiVersion": "2.2", "description":"one",\n'
                 '  "description" : "two",\n  "clientControls": [ { "type":5, "id":"a\\u003db", "canAnimate": true,'

@@ -18,14 +18,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void StoreIn(const fs::path& package, std::string_view definition)
+bool StoreIn(orvcapsule::CapsuleZip& package, const std::string& name, std::string_view definition)
 {
     const TempFolder folder;
     WriteText(folder.Path() / orvcapsule::kJSONFileName, definition);
-    orvcapsule::CapsuleZip zip(package);
-    if (!zip.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()))) {
-        throw FileError(ToText(package), zip.GetLastFailure().Reason());
+    if (package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()))) {
+        return true;
     }
+    const orvstorage::ZipFailure failure = package.GetLastFailure();
+    if (failure.error != orvstorage::ZipError::ArchiveChanged) {
+        throw FileError(name, failure.Reason());
+    }
+    return false;
 }
 
 // A copy of a package with another definition. Errors are those of the package that is to be.
@@ -33,9 +37,8 @@ void MakeDraft(const fs::path& source, const fs::path& draft, std::string_view d
 {
     try {
         orvcore::CopyOneFile(source, draft);
-        StoreIn(draft, definition);
-    } catch (const FileError& error) {
-        throw FileError(to, error.what());
+        orvcapsule::CapsuleZip package(draft);
+        static_cast<void>(StoreIn(package, to, definition)); // nobody else knows the draft
     } catch (const fs::filesystem_error& error) {
         throw FileError(to, error.code().message());
     }
@@ -51,15 +54,15 @@ void NeedReadable(const std::string& file, std::string_view definition)
     }
 }
 
-void StoreDefinition(const std::string& from, const std::string& to, std::string_view definition,
+bool StoreDefinition(Template& from, const std::string& to, std::string_view definition,
                      const InterruptWatch& interrupt)
 {
-    const fs::path source = ToPath(from);
+    const fs::path source = ToPath(from.file);
     const fs::path target = ToPath(to);
     interrupt.Check();
-    if (from == to || orvcore::IsSameFile(source, target)) {
+    if (from.file == to || orvcore::IsSameFile(source, target)) {
         const Progress progress("storing");
-        return StoreIn(target, definition);
+        return StoreIn(from.package, to, definition);
     }
     const TempFolder folder;
     const fs::path draft = folder.Path() / u8"package.zelt";
@@ -69,6 +72,7 @@ void StoreDefinition(const std::string& from, const std::string& to, std::string
     }
     interrupt.Check();
     PutInPlace(draft, target);
+    return true;
 }
 
 } // namespace zelt

@@ -17,6 +17,19 @@ std::string Describe(const EditOptions& edit)
     return done.substr(2) + " set";
 }
 
+// False when the command line is at fault.
+bool SetOnce(const SetOptions& options, const std::string& output, const InterruptWatch& interrupt, bool& isStored)
+{
+    Template read = NeedCapsule(options.file);
+    DefinitionEditor editor(orvcore::AsNarrow(read.text));
+    if (!editor.Apply(options.edit, options.file)) {
+        return false;
+    }
+    NeedReadable(options.file, editor.Text());
+    isStored = StoreDefinition(read, output, editor.Text(), interrupt);
+    return true;
+}
+
 } // namespace
 
 ExitCode RunSet(const SetOptions& options)
@@ -28,13 +41,18 @@ ExitCode RunSet(const SetOptions& options)
     }
     bool understood = true;
     const ExitCode exit = OnFile(options.file, [&] {
+        // Where several programs change one package at a time, each round stores the work of one of them.
+        constexpr int kMostAttempts = 100;
         const InterruptWatch interrupt;
         const std::string& output = options.output.empty() ? options.file : options.output;
-        DefinitionEditor editor(orvcore::AsNarrow(NeedCapsule(options.file).text));
-        understood = editor.Apply(edit, options.file);
+        bool isStored = false;
+        for (int attempt = 0; understood && !isStored; ++attempt) {
+            if (attempt == kMostAttempts) {
+                throw FileError(output, "other programs keep changing it");
+            }
+            understood = SetOnce(options, output, interrupt, isStored);
+        }
         if (understood) {
-            NeedReadable(options.file, editor.Text());
-            StoreDefinition(options.file, output, editor.Text(), interrupt);
             PrintLine(Printable(output) + ": " + Describe(edit));
         }
     });

@@ -1,5 +1,7 @@
 #include <orvcore/detail/NativeFile.h>
 
+#include <orvcore/Files.h>
+
 #include <utility>
 
 namespace orvcore::detail {
@@ -19,6 +21,17 @@ NativeFile::~NativeFile()
 {
     std::error_code ignored;
     Close(ignored);
+}
+
+std::optional<FileVersion> VersionAt(const std::filesystem::path& path)
+{
+    std::error_code error;
+    if (!IsFile(path)) {
+        return std::nullopt;
+    }
+    const NativeFile file = NativeFile::Open(path, NativeFile::Mode::Read, error);
+    const FileVersion version = error ? FileVersion() : file.Version(error);
+    return error ? std::nullopt : std::optional(version);
 }
 
 } // namespace orvcore::detail

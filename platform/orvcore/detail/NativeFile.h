@@ -5,9 +5,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 namespace orvcore::detail {
+
+/// What tells one file, and one state of its content, from another. The system may give the number of a file that is
+/// gone to a new one; of one that is open it does not.
+struct FileVersion {
+    std::uint64_t volume = 0;
+    std::uint64_t number = 0;
+    std::uint64_t size = 0;
+    std::uint64_t modified = 0; // in the system's own count
+
+    bool operator==(const FileVersion&) const = default;
+};
 
 /// One open file of the system, read and written at given offsets. Others may read, write, rename or delete it
 /// meanwhile on every system. Movable; closed on destruction. Reading through one object from several threads is
@@ -34,6 +46,7 @@ public:
         return handle_ != kNoHandle;
     }
     std::uint64_t Size(std::error_code& error) const;
+    FileVersion Version(std::error_code& error) const;
     /// Reads up to `size` bytes; fewer only at the end of the file or after an error.
     std::size_t ReadAt(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const;
     bool WriteAt(std::uint64_t offset, const void* data, std::size_t size, std::error_code& error);
@@ -49,5 +62,8 @@ private:
     static constexpr std::intptr_t kNoHandle = -1;
     std::intptr_t handle_ = kNoHandle;
 };
+
+/// The version of the file at `path` now; empty when there is none, or none that may be read.
+ORVPLATFORM_API std::optional<FileVersion> VersionAt(const std::filesystem::path& path);
 
 } // namespace orvcore::detail

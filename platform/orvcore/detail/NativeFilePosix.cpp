@@ -76,6 +76,19 @@ std::uint64_t NativeFile::Size(std::error_code& error) const
     return static_cast<std::uint64_t>(status.st_size);
 }
 
+FileVersion NativeFile::Version(std::error_code& error) const
+{
+    error.clear();
+    struct stat status {};
+    if (::fstat(static_cast<int>(handle_), &status) != 0) {
+        error = LastError();
+        return {};
+    }
+    return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+            static_cast<std::uint64_t>(status.st_mtim.tv_sec) * 1'000'000'000U +
+                static_cast<std::uint64_t>(status.st_mtim.tv_nsec)};
+}
+
 std::size_t NativeFile::ReadAt(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const
 {
     error.clear();

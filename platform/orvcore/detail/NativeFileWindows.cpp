@@ -68,6 +68,20 @@ std::uint64_t NativeFile::Size(std::error_code& error) const
     return static_cast<std::uint64_t>(size.QuadPart);
 }
 
+FileVersion NativeFile::Version(std::error_code& error) const
+{
+    error.clear();
+    BY_HANDLE_FILE_INFORMATION data{};
+    if (!::GetFileInformationByHandle(AsHandle(handle_), &data)) {
+        error = LastWindowsError();
+        return {};
+    }
+    const auto joined = [](DWORD high, DWORD low) { return static_cast<std::uint64_t>(high) << 32 | low; };
+    const FILETIME& time = data.ftLastWriteTime;
+    return {data.dwVolumeSerialNumber, joined(data.nFileIndexHigh, data.nFileIndexLow),
+            joined(data.nFileSizeHigh, data.nFileSizeLow), joined(time.dwHighDateTime, time.dwLowDateTime)};
+}
+
 std::size_t NativeFile::ReadAt(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const
 {
     error.clear();

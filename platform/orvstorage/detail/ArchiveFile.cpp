@@ -22,7 +22,8 @@ std::shared_ptr<ArchiveFile> ArchiveFile::Open(const std::filesystem::path& path
                             ? ZipError::FileMissing
                             : ZipError::CannotOpen;
     } else {
-        archive->size_ = archive->file_.Size(error);
+        archive->version_ = archive->file_.Version(error);
+        archive->size_ = archive->version_.size;
         if (!error && archive->ReadTail(archive->size_ - std::min(archive->size_, kTailSize), error)) {
             return archive;
         }
@@ -62,6 +63,12 @@ void ArchiveFile::ReplaceEnd(std::uint64_t offset, std::span<const unsigned char
     std::copy(end.begin(), end.end(), tail_.get() + kept);
     tailSize_ = kept + end.size();
     size_ = offset + end.size();
+}
+
+bool ArchiveFile::IsStillAt(const std::filesystem::path& path) const
+{
+    std::error_code error;
+    return file_.Version(error) == version_ && orvcore::detail::VersionAt(path) == version_;
 }
 
 std::size_t ArchiveFile::Read(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const

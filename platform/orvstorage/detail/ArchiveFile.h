@@ -23,6 +23,13 @@ public:
     {
         return size_;
     }
+    /// The file as it was when it was opened.
+    const orvcore::detail::FileVersion& Version() const noexcept
+    {
+        return version_;
+    }
+    /// Whether `path` still leads to this file, and nobody has written into it.
+    bool IsStillAt(const std::filesystem::path& path) const;
     std::uint64_t TailOffset() const noexcept
     {
         return size_ - tailSize_;
@@ -49,7 +56,8 @@ private:
     bool ReadTail(std::uint64_t offset, std::error_code& error);
 
     orvcore::detail::NativeFile file_;
-    std::uint64_t size_ = 0;
+    orvcore::detail::FileVersion version_;
+    std::uint64_t size_ = 0;                // as readers are shown it
     std::unique_ptr<unsigned char[]> tail_; // with room for kLongestEnd bytes more
     std::size_t tailSize_ = 0;
 };

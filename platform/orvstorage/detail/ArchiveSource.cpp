@@ -15,11 +15,9 @@ namespace {
 // the end. One object a handle; the library frees it.
 class Source {
 public:
-    /// @param target what is written in the end; null: the source is only read
-    Source(std::shared_ptr<const ArchiveFile> file, const std::filesystem::path* target, std::function<bool()> approve)
-        : isWritable_(target != nullptr)
-        , target_(isWritable_ ? *target : std::filesystem::path())
-        , approve_(std::move(approve))
+    /// @param placing of what is written in the end; empty: the source is only read
+    Source(std::shared_ptr<const ArchiveFile> file, std::optional<Placing> placing)
+        : placing_(std::move(placing))
     {
         if (file) {
             reader_.emplace(std::move(file));
@@ -45,9 +43,7 @@ private:
     zip_int64_t Commit();
 
     std::optional<ReadAhead> reader_;
-    const bool isWritable_;
-    std::filesystem::path target_;
-    std::function<bool()> approve_;
+    std::optional<Placing> placing_;
     std::optional<orvcore::AtomicFile> writer_;
     std::uint64_t position_ = 0;
     zip_error_t error_{};
@@ -57,7 +53,7 @@ zip_int64_t Source::Supports() const
 {
     constexpr zip_int64_t kRead = ZIP_SOURCE_SUPPORTS_SEEKABLE;
     constexpr zip_int64_t kWrite = ZIP_SOURCE_SUPPORTS_WRITABLE;
-    return isWritable_ ? kWrite : kRead;
+    return placing_ ? kWrite : kRead;
 }
 
 zip_int64_t Source::Fail(int zipError, const std::error_code& reason)
@@ -117,12 +113,18 @@ zip_int64_t Source::SeekWrite(void* data, zip_uint64_t length)
 zip_int64_t Source::Commit()
 {
     std::error_code error;
-    if (approve_ && !approve_()) {
+    if (placing_->approve && !placing_->approve()) {
         return Fail(ZIP_ER_CANCELLED, error);
     }
-    reader_.reset(); // some systems do not replace a file that is open
-    if (!writer_->Commit(orvcore::AtomicFile::Durability::OnDisk, error)) {
-        return Fail(ZIP_ER_WRITE, error);
+    bool isUnchanged = true;
+    const auto isWanted = [&] {
+        isUnchanged = placing_->isUnchanged();
+        placing_->isUnchanged = {}; // it and the reader may hold the old file, and
+        reader_.reset();            // some systems do not replace a file that is open
+        return isUnchanged;
+    };
+    if (!writer_->CommitIf(isWanted, orvcore::AtomicFile::Durability::OnDisk, placing_->placed, error)) {
+        return isUnchanged ? Fail(ZIP_ER_WRITE, error) : Fail(ZIP_ER_CHANGED, {});
     }
     writer_.reset();
     return 0;
@@ -153,7 +155,7 @@ zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t comma
     case ZIP_SOURCE_SUPPORTS:
         return Supports();
     case ZIP_SOURCE_BEGIN_WRITE:
-        writer_.emplace(target_);
+        writer_.emplace(placing_->path);
         writer_->RemoveLeftBehind();
         return 0;
     case ZIP_SOURCE_WRITE:
@@ -197,14 +199,13 @@ ArchiveHandle Open(std::unique_ptr<Source> source, int flags, ZipFailure& failur
 
 ArchiveHandle OpenForReading(const std::shared_ptr<const ArchiveFile>& file, ZipFailure& failure)
 {
-    return Open(std::make_unique<Source>(file, nullptr, nullptr), ZIP_RDONLY, failure);
+    return Open(std::make_unique<Source>(file, std::nullopt), ZIP_RDONLY, failure);
 }
 
-ArchiveHandle OpenForWriting(std::shared_ptr<const ArchiveFile> old, const std::filesystem::path& path,
-                             std::function<bool()> approve, ZipFailure& failure)
+ArchiveHandle OpenForWriting(std::shared_ptr<const ArchiveFile> old, Placing placing, ZipFailure& failure)
 {
     const int flags = old ? 0 : ZIP_CREATE;
-    return Open(std::make_unique<Source>(std::move(old), &path, std::move(approve)), flags, failure);
+    return Open(std::make_unique<Source>(std::move(old), std::move(placing)), flags, failure);
 }
 
 } // namespace orvstorage::detail

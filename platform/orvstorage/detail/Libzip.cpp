@@ -38,6 +38,8 @@ ZipError ErrorOf(int code)
         return ZipError::WrongPassword;
     case ZIP_ER_CANCELLED:
         return ZipError::Cancelled;
+    case ZIP_ER_CHANGED:
+        return ZipError::ArchiveChanged;
     case ZIP_ER_RENAME:
     case ZIP_ER_CLOSE:
     case ZIP_ER_WRITE:

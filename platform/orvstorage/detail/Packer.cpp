@@ -1,5 +1,6 @@
 #include <orvstorage/detail/Packer.h>
 
+#include <orvcore/Files.h>
 #include <orvstorage/detail/ArchiveSource.h>
 
 #include <algorithm>
@@ -80,7 +81,7 @@ bool Close(ArchiveHandle archive, ByteProgress& progress, ZipFailure& failure)
     TranslateError(*zip_get_error(archive.get()), failure);
     // What is written is the archive as a whole, and a host that cancels means all of it.
     const bool isWhole = failure.error == ZipError::Cancelled || failure.error == ZipError::WriteFailed ||
-                         failure.error == ZipError::DiskFull;
+                         failure.error == ZipError::DiskFull || failure.error == ZipError::ArchiveChanged;
     failure.entry = isWhole ? orvcore::UTF8String() : progress.current;
     return false;
 }
@@ -89,8 +90,9 @@ bool Close(ArchiveHandle archive, ByteProgress& progress, ZipFailure& failure)
 
 bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteProgress& progress, ZipFailure& failure)
 {
-    ArchiveHandle archive = OpenForWriting(
-        nullptr, target.path, [&] { return progress.Finish(); }, failure);
+    const auto approve = [&] { return progress.Finish(); };
+    const auto always = [] { return true; };
+    ArchiveHandle archive = OpenForWriting(nullptr, {target.path, approve, always, target.version}, failure);
     if (!archive) {
         return false;
     }
@@ -113,7 +115,9 @@ bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, s
 {
     const ZipProgress none;
     ByteProgress progress(none, nullptr, item.size);
-    ArchiveHandle archive = OpenForWriting(std::move(old), target.path, {}, failure);
+    Placing placing{target.path, {}, {}, target.version};
+    placing.isUnchanged = [old, at = target.path] { return old ? old->IsStillAt(at) : !orvcore::Exists(at); };
+    ArchiveHandle archive = OpenForWriting(std::move(old), std::move(placing), failure);
     if (!archive) {
         return false;
     }

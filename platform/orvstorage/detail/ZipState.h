@@ -16,6 +16,8 @@ struct ZipFile::State {
     ZipLimits limits;
     ZipFailure failure;
     std::shared_ptr<detail::ZipArchive> archive;
+    std::optional<orvcore::detail::FileVersion> seen; // the archive's file, as it was last opened or written here
+    bool isOutdated = false;                          // a change was refused because the file was another one
 
     // Every operation begins here and leaves its failure, if any, in `failure`.
     template <class Operation>
@@ -49,11 +51,35 @@ struct ZipFile::State {
         if (!archive) {
             ZipFailure opening{ZipError::None, ZipAction::Open, path, {}, {}};
             archive = detail::ZipArchive::Open(path, password, limits, opening);
-            if (!archive) {
+            if (archive) {
+                seen = archive->File()->Version();
+            } else {
                 failure = opening;
             }
         }
         return archive.get();
+    }
+
+    // Opens what a change builds on, if there is anything. Not when that is something else than what this object knows.
+    bool OpenToChange(bool& isThere, ZipFailure& failing)
+    {
+        const auto known = seen;
+        const ZipFailure before = failing;
+        isThere = Open() != nullptr;
+        if (!isThere && failing.error != ZipError::FileMissing) {
+            return false;
+        }
+        failing = before;
+        const bool isKnown =
+            !known || (isThere && archive->File()->Version() == *known && archive->File()->IsStillAt(path));
+        if (isKnown && !isOutdated) {
+            return true;
+        }
+        isOutdated = true;
+        archive.reset();
+        failing.error = ZipError::ArchiveChanged;
+        failing.entry.clear();
+        return false;
     }
 
     // The entry's index when it is there and may be read. A name that unpacking refuses is refused here too: a caller

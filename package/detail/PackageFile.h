@@ -1,0 +1,54 @@
+#pragma once
+
+#include <orvstorage/ZipFile.h>
+#include <package/detail/ShortPath.h>
+
+#include <functional>
+#include <memory>
+
+namespace orvcapsule::detail {
+
+/// A package's archive, which is read through a private copy when the package's path is a long one. Changes are made in
+/// the package itself: the file layer takes paths of any length, so a change has one way to fail, and what is read
+/// afterwards is what the package holds.
+class PackageFile {
+public:
+    /// @param name the path as it was given, `fullPath` the one whose length counts
+    /// Throws `std::filesystem::filesystem_error` when a private copy cannot be made.
+    PackageFile(const std::filesystem::path& package, orvcore::UTF8String name, orvcore::UTF8String fullPath,
+                std::string password);
+
+    const orvcore::UTF8String& PackagePath() const
+    {
+        return name_;
+    }
+    const orvcore::UTF8String& WorkingPath() const
+    {
+        return workingPath_;
+    }
+    /// What is read.
+    orvstorage::ZipFile& Archive()
+    {
+        return archive_;
+    }
+
+    /// Runs `change` on the package, and passes its result on.
+    bool Change(const std::function<bool(const orvstorage::ZipFile& package)>& change);
+    /// Forgets what has been read. Throws as the constructor does; the package is then read in its place.
+    void Reopen();
+
+private:
+    void Open();
+    void ReadInPlace();
+
+    std::filesystem::path path_;
+    orvcore::UTF8String name_;
+    orvcore::UTF8String fullPath_;
+    std::string password_;
+    orvcore::UTF8String workingPath_;
+    orvstorage::ZipFile package_;
+    std::unique_ptr<const PrivateFolder> privateFolder_; // outlives the archive that is open in it
+    orvstorage::ZipFile archive_;                        // the package, or its private copy
+};
+
+} // namespace orvcapsule::detail
