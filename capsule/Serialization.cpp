@@ -4,6 +4,8 @@
 #include <capsule/detail/ControlTables.h>
 #include <capsule/detail/VersionGate.h>
 
+#include <orvcore/detail/JSONText.h>
+
 namespace orvcapsule::serialization {
 
 namespace {
@@ -40,7 +42,15 @@ T FromWideText(const UTF16String& text)
 
 UTF8String CapsuleToJson(const std::shared_ptr<Capsule>& capsule)
 {
-    return capsule ? json::ToText(*capsule) : UTF8String();
+    if (!capsule) {
+        return {};
+    }
+    UTF8String text = json::ToText(*capsule);
+    if (const char* reason = json::BeyondJSONLimits(orvcore::AsNarrow(text))) {
+        throw orvcore::serialization::json_write_exception(std::string("no reader would take the definition: ") +
+                                                           reason);
+    }
+    return text;
 }
 
 std::shared_ptr<Capsule> CapsuleFromJson(const UTF8String& text)

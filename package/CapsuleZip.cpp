@@ -3,6 +3,7 @@
 #include <orvcore/Application.h>
 #include <orvcore/CopyDirectory.h>
 #include <orvcore/Files.h>
+#include <orvcore/JSON.h>
 #include <package/PackageNames.h>
 #include <package/detail/ShortPath.h>
 
@@ -86,7 +87,7 @@ void CapsuleZip::MoveToShortPath(const fs::path& package, const UTF8String& full
 
 UTF8String CapsuleZip::GetZELTDescriptionJSON() const
 {
-    return zip_.UnzipText(kJSONFileName).value_or(UTF8String());
+    return zip_.UnzipText(kJSONFileName, orvcore::serialization::kMaxJSONSize).value_or(UTF8String());
 }
 
 bool CapsuleZip::SetZELTDescriptionJSON(const UTF16String& directory)

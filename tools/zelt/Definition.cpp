@@ -5,6 +5,9 @@
 
 #include <capsule/DefinitionKeys.h>
 #include <capsule/Serialization.h>
+#include <orvcore/JSONDocument.h>
+
+#include <optional>
 
 namespace zelt {
 
@@ -13,17 +16,11 @@ namespace {
 namespace json = orvcore::serialization;
 using orvcapsule::UTF8String;
 
-const json::Variant* Member(const json::Variant& object, std::string_view key)
+std::string TextMember(const json::JSONNode& object, std::string_view key)
 {
-    const auto name = orvcore::AsUTF8(key);
-    return json::ObjectHasProperty(object, name) ? &json::GetVariantInObject(object, name) : nullptr;
-}
-
-std::string TextMember(const json::Variant& object, std::string_view key)
-{
-    const json::Variant* value = Member(object, key);
-    const UTF8String* text = value != nullptr ? json::AsString(*value) : nullptr;
-    return text != nullptr ? orvcore::ToNarrow(*text) : std::string();
+    const json::JSONNode* value = object.Find(key);
+    std::string_view text;
+    return value != nullptr && value->Get(text) ? std::string(text) : std::string();
 }
 
 // The parser's reason, and the place when the text is malformed in a way that has one.
@@ -49,39 +46,42 @@ void CollectMissingKey(Problems& problems, const std::string& where, Read&& read
     try {
         read();
     } catch (const json::missing_key_exception& error) {
-        problems.push_back({"MissingKey", LacksKey(where, error)});
+        problems.Add({"MissingKey", LacksKey(where, error)});
     }
 }
 
-void CollectCompositionKeys(const json::Variant& root, Problems& problems)
+void CollectCompositionKeys(const json::JSONNode& root, Problems& problems)
 {
-    if (const auto* older = Member(root, orvcapsule::CAPSULE_SOURCE_INFO_STR); older && json::AsObject(*older)) {
-        CollectMissingKey(problems, "composition", [&] { orvcapsule::serialization::SourceInfoFromJson(*older); });
+    const auto collect = [&](const std::string& where, const json::JSONNode& composition) {
+        CollectMissingKey(problems, where,
+                          [&] { orvcapsule::serialization::SourceInfoFromJson(composition.ToTree()); });
+    };
+    const json::JSONNode* older = root.Find(orvcapsule::CAPSULE_SOURCE_INFO_STR);
+    if (older != nullptr && older->IsObject()) {
+        collect("composition", *older);
     }
-    const auto* localized = Member(root, orvcapsule::CAPSULE_SOURCE_INFO_LOC_STR);
-    if (localized == nullptr || json::AsObject(*localized) == nullptr) {
-        return;
-    }
-    for (const auto& entry : *json::AsObject(*localized)) {
-        CollectMissingKey(problems, "composition for \"" + orvcore::ToNarrow(entry.first) + '"',
-                          [&] { orvcapsule::serialization::SourceInfoFromJson(*entry.second); });
+    const json::JSONNode* localized = root.Find(orvcapsule::CAPSULE_SOURCE_INFO_LOC_STR);
+    if (localized != nullptr && localized->IsObject()) {
+        for (const json::JSONNode& entry : localized->Children()) {
+            collect("composition for \"" + Shortened(entry.Key()) + '"', entry);
+        }
     }
 }
 
 // Every control of the document. Kinds without a record of their own have an id all the same.
-std::vector<DocumentControl> ReadControls(const json::Variant& root, Problems& problems)
+std::vector<DocumentControl> ReadControls(const json::JSONNode& root, Problems& problems)
 {
     std::vector<DocumentControl> controls;
-    const auto* list = Member(root, orvcapsule::CAPSULE_CONTROLS_STR);
-    if (list == nullptr || json::AsArray(*list) == nullptr) {
+    const json::JSONNode* list = root.Find(orvcapsule::CAPSULE_CONTROLS_STR);
+    if (list == nullptr || !list->IsArray()) {
         return controls;
     }
-    for (const auto& value : *json::AsArray(*list)) {
+    for (const json::JSONNode& value : list->Children()) {
         DocumentControl control;
-        control.id = TextMember(*value, orvcapsule::CAPSULE_CONTROL_ID_STR);
-        control.label = "control " + std::to_string(controls.size() + 1) + " (\"" + control.id + "\")";
+        control.id = TextMember(value, orvcapsule::CAPSULE_CONTROL_ID_STR);
+        control.label = "control " + std::to_string(controls.size() + 1) + " (\"" + Shortened(control.id) + "\")";
         CollectMissingKey(problems, control.label,
-                          [&] { control.record = orvcapsule::serialization::ClientControlFromJson(*value); });
+                          [&] { control.record = orvcapsule::serialization::ClientControlFromJson(value.ToTree()); });
         controls.push_back(std::move(control));
     }
     return controls;
@@ -97,39 +97,50 @@ Problem VersionRefusal(const UTF8String& text, const std::string& declared)
                                 orvcapsule::Capsule::GetCurrentAPIVersion()};
 }
 
-// A document that the version gate lets through, as a value tree.
+// A definition as it was read and, where it is JSON, the document.
 struct ParsedDefinition {
     Definition definition;
-    json::Variant tree;
+    std::optional<json::JSONDocument> document;
 };
+
+void ReadCapsule(const UTF8String& text, ParsedDefinition& parsed)
+{
+    Definition& definition = parsed.definition;
+    try {
+        definition.capsule = orvcapsule::serialization::CapsuleFromJson(text);
+        if (definition.capsule == nullptr) {
+            definition.refusals.Add(VersionRefusal(text, definition.declaredVersion));
+        } else if (parsed.document && definition.capsule->GetAPIVersion().empty()) {
+            definition.refusals.Add({"NoVersion", "definition.json's \"apiVersion\" is no text or an empty one"});
+        }
+    } catch (const json::missing_key_exception& error) {
+        CollectCompositionKeys(parsed.document->Root(), definition.refusals);
+        ReadControls(parsed.document->Root(), definition.refusals);
+        if (definition.refusals.empty()) {
+            definition.refusals.Add({"MissingKey", LacksKey("definition.json", error)});
+        }
+    }
+}
 
 ParsedDefinition Parse(const UTF8String& text)
 {
     ParsedDefinition parsed;
-    Problems& refusals = parsed.definition.refusals;
+    Definition& definition = parsed.definition;
     try {
-        parsed.tree = json::JSONParse(text);
-        if (json::AsObject(parsed.tree) == nullptr) {
-            refusals.push_back({"MalformedJSON", "definition.json is no JSON object"});
+        auto document = json::JSONDocument::Parse(text);
+        if (document.Root().IsObject()) {
+            definition.declaredVersion = TextMember(document.Root(), orvcapsule::CAPSULE_API_VERSION_STR);
+            parsed.document = std::move(document);
+        } else {
+            definition.refusals.Add({"MalformedJSON", "definition.json is no JSON object"});
         }
     } catch (const json::json_parse_exception& error) {
-        refusals.push_back({"MalformedJSON", "definition.json is malformed: " + MalformedText(text, error.what())});
+        definition.refusals.Add(
+            {"MalformedJSON", "definition.json is malformed: " + MalformedText(text, error.what())});
     }
-    parsed.definition.declaredVersion = TextMember(parsed.tree, orvcapsule::CAPSULE_API_VERSION_STR);
-    try {
-        parsed.definition.capsule = orvcapsule::serialization::CapsuleFromJson(text);
-        if (parsed.definition.capsule == nullptr) {
-            refusals.push_back(VersionRefusal(text, parsed.definition.declaredVersion));
-        }
-    } catch (const json::missing_key_exception& error) {
-        CollectCompositionKeys(parsed.tree, refusals);
-        ReadControls(parsed.tree, refusals);
-        if (refusals.empty()) {
-            refusals.push_back({"MissingKey", LacksKey("definition.json", error)});
-        }
-    }
-    if (!refusals.empty()) {
-        parsed.definition.capsule = nullptr;
+    ReadCapsule(text, parsed);
+    if (!definition.refusals.empty()) {
+        definition.capsule = nullptr;
     }
     return parsed;
 }
@@ -141,17 +152,19 @@ Definition ReadDefinition(const UTF8String& text)
     return Parse(text).definition;
 }
 
-Problems CheckDefinition(const UTF8String& text)
+void CheckDefinition(const UTF8String& text, Problems& problems)
 {
     ParsedDefinition parsed = Parse(text);
-    Problems problems = std::move(parsed.definition.refusals);
-    // What a newer format means by its keys is not known.
-    const bool understood = problems.empty() || problems.front().code == "MissingKey";
-    if (understood) {
-        Problems reported;
-        CheckControls(ReadControls(parsed.tree, reported), problems);
+    const bool isRead = parsed.definition.capsule != nullptr;
+    parsed.definition.capsule = nullptr; // its controls are read again, one by one
+    const std::vector<Problem> refusals = parsed.definition.refusals.Told();
+    for (const Problem& refusal : refusals) {
+        problems.Add(refusal);
     }
-    return problems;
+    // What a newer format means by its keys is not known.
+    if (isRead || refusals.front().code == "MissingKey") {
+        CheckControls(ReadControls(parsed.document->Root(), problems), problems);
+    }
 }
 
 } // namespace zelt
