@@ -4,8 +4,6 @@
 #include <capsule/detail/ControlTables.h>
 #include <capsule/detail/VersionGate.h>
 
-#include <orvcore/detail/JSONText.h>
-
 namespace orvcapsule::serialization {
 
 namespace {
@@ -46,7 +44,7 @@ UTF8String CapsuleToJson(const std::shared_ptr<Capsule>& capsule)
         return {};
     }
     UTF8String text = json::ToText(*capsule);
-    if (const char* reason = json::BeyondJSONLimits(orvcore::AsNarrow(text))) {
+    if (const char* reason = JSONDocument::BeyondLimits(orvcore::AsNarrow(text))) {
         throw orvcore::serialization::json_write_exception(std::string("no reader would take the definition: ") +
                                                            reason);
     }

@@ -96,6 +96,19 @@ JSONDocument::~JSONDocument()
     Storage::Recycle(std::move(storage_));
 }
 
+const char* JSONDocument::BeyondLimits(std::string_view json) noexcept
+{
+    static_assert(kMaxJSONSize == 8U << 20U && kMaxJSONValues == 262144, "the reasons name the limits");
+    if (json.size() > kMaxJSONSize) {
+        return "The text is larger than 8 MiB.";
+    }
+    // A value takes two bytes and more, so most texts need no counting.
+    if (json.size() > 2 * kMaxJSONValues && detail::CountValues(json) > kMaxJSONValues) {
+        return "The text holds more than 262144 values.";
+    }
+    return nullptr;
+}
+
 JSONDocument JSONDocument::Parse(std::u8string_view text)
 {
     constexpr std::u8string_view byteOrderMark = u8"\uFEFF";
@@ -103,7 +116,7 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
         text.remove_prefix(byteOrderMark.size());
     }
     const std::string_view json = AsNarrow(text);
-    if (const char* reason = detail::BeyondJSONLimits(json)) {
+    if (const char* reason = BeyondLimits(json)) {
         throw json_parse_exception(reason);
     }
     auto storage = Storage::Obtain();

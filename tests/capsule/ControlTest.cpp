@@ -243,8 +243,8 @@ TEST(Control, LongListsKeepTheirOrder)
         members[i] = orvcore::ToUTF16(std::to_string(i));
     }
     auto capsule = std::make_shared<Capsule>(u"tsfx", u"Long", u"");
-    std::vector<std::shared_ptr<ClientControl>> controls(700,
-                                                         factory::CreateScaleControl(u"", {}, {}, true, 2, values));
+    std::vector<std::shared_ptr<ClientControl>> controls(700, factory::CreateAngleControl(u"", {}, {}, 0));
+    controls[0] = factory::CreateScaleControl(u"", {}, {}, true, 2, values);
     controls[699] = factory::CreateGroupControl(u"last", UIString(), {}, members, false);
     capsule->SetControls(controls);
     const auto read = serialization::CapsuleFromJson(serialization::CapsuleToJson(capsule));

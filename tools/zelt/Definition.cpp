@@ -5,9 +5,6 @@
 
 #include <capsule/DefinitionKeys.h>
 #include <capsule/Serialization.h>
-#include <orvcore/JSONDocument.h>
-
-#include <optional>
 
 namespace zelt {
 
@@ -16,11 +13,17 @@ namespace {
 namespace json = orvcore::serialization;
 using orvcapsule::UTF8String;
 
-std::string TextMember(const json::JSONNode& object, std::string_view key)
+const json::Variant* Member(const json::Variant& object, std::string_view key)
 {
-    const json::JSONNode* value = object.Find(key);
-    std::string_view text;
-    return value != nullptr && value->Get(text) ? std::string(text) : std::string();
+    const auto name = orvcore::AsUTF8(key);
+    return json::ObjectHasProperty(object, name) ? &json::GetVariantInObject(object, name) : nullptr;
+}
+
+std::string TextMember(const json::Variant& object, std::string_view key)
+{
+    const json::Variant* value = Member(object, key);
+    const UTF8String* text = value != nullptr ? json::AsString(*value) : nullptr;
+    return text != nullptr ? orvcore::ToNarrow(*text) : std::string();
 }
 
 // The parser's reason, and the place when the text is malformed in a way that has one.
@@ -50,38 +53,35 @@ void CollectMissingKey(Problems& problems, const std::string& where, Read&& read
     }
 }
 
-void CollectCompositionKeys(const json::JSONNode& root, Problems& problems)
+void CollectCompositionKeys(const json::Variant& root, Problems& problems)
 {
-    const auto collect = [&](const std::string& where, const json::JSONNode& composition) {
-        CollectMissingKey(problems, where,
-                          [&] { orvcapsule::serialization::SourceInfoFromJson(composition.ToTree()); });
-    };
-    const json::JSONNode* older = root.Find(orvcapsule::CAPSULE_SOURCE_INFO_STR);
-    if (older != nullptr && older->IsObject()) {
-        collect("composition", *older);
+    if (const auto* older = Member(root, orvcapsule::CAPSULE_SOURCE_INFO_STR); older && json::AsObject(*older)) {
+        CollectMissingKey(problems, "composition", [&] { orvcapsule::serialization::SourceInfoFromJson(*older); });
     }
-    const json::JSONNode* localized = root.Find(orvcapsule::CAPSULE_SOURCE_INFO_LOC_STR);
-    if (localized != nullptr && localized->IsObject()) {
-        for (const json::JSONNode& entry : localized->Children()) {
-            collect("composition for \"" + Shortened(entry.Key()) + '"', entry);
-        }
+    const auto* localized = Member(root, orvcapsule::CAPSULE_SOURCE_INFO_LOC_STR);
+    if (localized == nullptr || json::AsObject(*localized) == nullptr) {
+        return;
+    }
+    for (const auto& entry : *json::AsObject(*localized)) {
+        CollectMissingKey(problems, "composition for \"" + Shortened(orvcore::AsNarrow(entry.first)) + '"',
+                          [&] { orvcapsule::serialization::SourceInfoFromJson(*entry.second); });
     }
 }
 
 // Every control of the document. Kinds without a record of their own have an id all the same.
-std::vector<DocumentControl> ReadControls(const json::JSONNode& root, Problems& problems)
+std::vector<DocumentControl> ReadControls(const json::Variant& root, Problems& problems)
 {
     std::vector<DocumentControl> controls;
-    const json::JSONNode* list = root.Find(orvcapsule::CAPSULE_CONTROLS_STR);
-    if (list == nullptr || !list->IsArray()) {
+    const auto* list = Member(root, orvcapsule::CAPSULE_CONTROLS_STR);
+    if (list == nullptr || json::AsArray(*list) == nullptr) {
         return controls;
     }
-    for (const json::JSONNode& value : list->Children()) {
+    for (const auto& value : *json::AsArray(*list)) {
         DocumentControl control;
-        control.id = TextMember(value, orvcapsule::CAPSULE_CONTROL_ID_STR);
+        control.id = TextMember(*value, orvcapsule::CAPSULE_CONTROL_ID_STR);
         control.label = "control " + std::to_string(controls.size() + 1) + " (\"" + Shortened(control.id) + "\")";
         CollectMissingKey(problems, control.label,
-                          [&] { control.record = orvcapsule::serialization::ClientControlFromJson(value.ToTree()); });
+                          [&] { control.record = orvcapsule::serialization::ClientControlFromJson(*value); });
         controls.push_back(std::move(control));
     }
     return controls;
@@ -97,10 +97,10 @@ Problem VersionRefusal(const UTF8String& text, const std::string& declared)
                                 orvcapsule::Capsule::GetCurrentAPIVersion()};
 }
 
-// A definition as it was read and, where it is JSON, the document.
+// A definition and the value tree of its text; nothing in the tree where that is no JSON object.
 struct ParsedDefinition {
     Definition definition;
-    std::optional<json::JSONDocument> document;
+    json::Variant tree;
 };
 
 void ReadCapsule(const UTF8String& text, ParsedDefinition& parsed)
@@ -110,12 +110,12 @@ void ReadCapsule(const UTF8String& text, ParsedDefinition& parsed)
         definition.capsule = orvcapsule::serialization::CapsuleFromJson(text);
         if (definition.capsule == nullptr) {
             definition.refusals.Add(VersionRefusal(text, definition.declaredVersion));
-        } else if (parsed.document && definition.capsule->GetAPIVersion().empty()) {
+        } else if (parsed.tree.has_value() && definition.capsule->GetAPIVersion().empty()) {
             definition.refusals.Add({"NoVersion", "definition.json's \"apiVersion\" is no text or an empty one"});
         }
     } catch (const json::missing_key_exception& error) {
-        CollectCompositionKeys(parsed.document->Root(), definition.refusals);
-        ReadControls(parsed.document->Root(), definition.refusals);
+        CollectCompositionKeys(parsed.tree, definition.refusals);
+        ReadControls(parsed.tree, definition.refusals);
         if (definition.refusals.empty()) {
             definition.refusals.Add({"MissingKey", LacksKey("definition.json", error)});
         }
@@ -127,10 +127,10 @@ ParsedDefinition Parse(const UTF8String& text)
     ParsedDefinition parsed;
     Definition& definition = parsed.definition;
     try {
-        auto document = json::JSONDocument::Parse(text);
-        if (document.Root().IsObject()) {
-            definition.declaredVersion = TextMember(document.Root(), orvcapsule::CAPSULE_API_VERSION_STR);
-            parsed.document = std::move(document);
+        json::Variant tree = json::JSONParse(text);
+        if (json::AsObject(tree) != nullptr) {
+            definition.declaredVersion = TextMember(tree, orvcapsule::CAPSULE_API_VERSION_STR);
+            parsed.tree = std::move(tree);
         } else {
             definition.refusals.Add({"MalformedJSON", "definition.json is no JSON object"});
         }
@@ -163,7 +163,7 @@ void CheckDefinition(const UTF8String& text, Problems& problems)
     }
     // What a newer format means by its keys is not known.
     if (isRead || refusals.front().code == "MissingKey") {
-        CheckControls(ReadControls(parsed.document->Root(), problems), problems);
+        CheckControls(ReadControls(parsed.tree, problems), problems);
     }
 }
 

@@ -1,7 +1,5 @@
 #include <orvcore/detail/JSONText.h>
 
-#include <orvcore/JSON.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -18,6 +16,18 @@ std::size_t PastString(std::string_view json, std::size_t at) noexcept
     }
     return std::min(at + 1, json.size());
 }
+
+bool IsBigInteger(std::string_view number) noexcept
+{
+    const char* const end = number.data() + number.size();
+    std::int64_t negative = 0;
+    std::uint64_t positive = 0;
+    const auto [past, error] = number.starts_with('-') ? std::from_chars(number.data(), end, negative)
+                                                       : std::from_chars(number.data(), end, positive);
+    return past == end && error == std::errc::result_out_of_range;
+}
+
+} // namespace
 
 // A value stands behind every comma and every opening bracket that is not closed at once.
 std::size_t CountValues(std::string_view json) noexcept
@@ -36,31 +46,6 @@ std::size_t CountValues(std::string_view json) noexcept
         at = c == '"' ? PastString(json, at) : at + 1;
     }
     return count;
-}
-
-bool IsBigInteger(std::string_view number) noexcept
-{
-    const char* const end = number.data() + number.size();
-    std::int64_t negative = 0;
-    std::uint64_t positive = 0;
-    const auto [past, error] = number.starts_with('-') ? std::from_chars(number.data(), end, negative)
-                                                       : std::from_chars(number.data(), end, positive);
-    return past == end && error == std::errc::result_out_of_range;
-}
-
-} // namespace
-
-const char* BeyondJSONLimits(std::string_view json) noexcept
-{
-    static_assert(kMaxJSONSize == 8U << 20U && kMaxJSONValues == 262144, "the texts name the limits");
-    if (json.size() > kMaxJSONSize) {
-        return "The text is larger than 8 MiB.";
-    }
-    // A value takes two bytes and more, so most texts need no counting.
-    if (json.size() > 2 * kMaxJSONValues && CountValues(json) > kMaxJSONValues) {
-        return "The text holds more than 262144 values.";
-    }
-    return nullptr;
 }
 
 std::string WithBigIntegersAsDoubles(std::string_view json)
