@@ -6,6 +6,8 @@
 
 #include <kinlet/SourceInfo.h>
 
+#include <concepts>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <string>
@@ -245,6 +247,16 @@ public:
     /// Sets the fonts of the application language; other locales stay.
     void SetUsedFonts(const StringList& fonts);
     void SetUsedFonts(const std::vector<UTF8String>& fonts);
+    /// The same for names in braces: `SetUsedFonts({"Serif", "Sans"})`, `SetUsedFonts({})`.
+    void SetUsedFonts(std::initializer_list<std::string> fonts)
+    {
+        SetUsedFonts(StringList(fonts));
+    }
+    template <std::same_as<const char8_t*> Name>
+    void SetUsedFonts(std::initializer_list<Name> fonts)
+    {
+        SetUsedFonts(std::vector<UTF8String>(fonts.begin(), fonts.end()));
+    }
     /// Does what `SetUsedFonts` does, but only while no locale has fonts.
     void SetUsedFontsObsolete(const StringList& fonts);
     /// Replaces the fonts of all locales; an empty map changes nothing.

@@ -40,7 +40,15 @@ T FromWideText(const UTF16String& text)
 
 UTF8String CapsuleToJson(const std::shared_ptr<Capsule>& capsule)
 {
-    return capsule ? json::ToText(*capsule) : UTF8String();
+    if (!capsule) {
+        return {};
+    }
+    UTF8String text = json::ToText(*capsule);
+    if (const char* reason = JSONDocument::BeyondLimits(orvcore::AsNarrow(text))) {
+        throw orvcore::serialization::json_write_exception(std::string("no reader would take the definition: ") +
+                                                           reason);
+    }
+    return text;
 }
 
 std::shared_ptr<Capsule> CapsuleFromJson(const UTF8String& text)

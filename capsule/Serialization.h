@@ -14,22 +14,30 @@
 ///
 /// Writers raise `foreign_value_exception` (a `std::bad_variant_access` that names the control) for a control whose
 /// value is not of its kind's alternative, `std::bad_cast` for one that is not of its kind's class where the kind has
-/// settings of its own, and `orvcore::serialization::json_write_exception` for a number that is not finite and for kept
-/// unknown keys that would lie too deep to be read. Readers raise `orvcore::serialization::missing_key_exception`,
-/// which names the key, for a required key that is absent or holds no usable value; those of value trees also
-/// `json_write_exception` for a tree that holds a value of a type that trees do not have, or is nested too deep.
+/// settings of its own, and `orvcore::serialization::json_write_exception`, which names the key, for a number that is
+/// not finite and for kept unknown keys that are not JSON or would lie too deep to be read. Readers raise
+/// `orvcore::serialization::missing_key_exception`, which names the innermost key, for a required key that is absent,
+/// and for any key that holds no usable value (null, another type, a number out of range) but for those that readers
+/// pass over then: the top level's, a control's "id" and "uiName", a text control's optional parts as a whole. Those of
+/// value trees also raise `json_write_exception` for a tree that holds a value of a type that trees do not have, or is
+/// nested too deep.
 namespace orvcapsule::serialization {
 
 /// The definition document of a template: compact UTF-8 JSON of the current format version, keys in ascending byte
-/// order. A null pointer gives an empty text. @throws see above.
+/// order. A null pointer gives an empty text.
+/// @throws see above; `json_write_exception` also for a text larger than readers take (`kMaxJSONSize`,
+///         `kMaxJSONValues`).
 ORVCAPSULE_API UTF8String CapsuleToJson(const std::shared_ptr<Capsule>& capsule);
 
 /// Reads a definition document.
 ///
 /// @return an empty pointer when the document is refused: it names no "apiVersion" anywhere in its text, or one newer
-///         than this library's. A text that is no JSON object gives an empty record. Optional keys that hold a value
-///         of the wrong type are ignored.
-/// @throws missing_key_exception  for a composition or a control that lacks a required key.
+///         than this library's. A text that is no JSON object, or beyond the limits of `JSONParse`, gives an empty
+///         record. Keys of the top level that hold a value of the wrong type are ignored. A record whose
+///         `GetAPIVersion` is empty comes from a definition that is not to be used: it is empty, or its "apiVersion" is
+///         no text.
+/// @throws missing_key_exception  for a composition or a control with a required key that is absent, or a key that
+///         holds no usable value.
 ORVCAPSULE_API std::shared_ptr<Capsule> CapsuleFromJson(const UTF8String& json);
 
 /// @name Value trees of single records

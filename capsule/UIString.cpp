@@ -21,6 +21,11 @@ UIString::UIString(const std::vector<LocStrPair>& pairs)
     }
 }
 
+UIString::UIString(std::initializer_list<LocStrPair> pairs)
+    : UIString(std::vector<LocStrPair>(pairs))
+{
+}
+
 UTF16String UIString::GetString() const
 {
     const auto found = detail::FindForLanguage(strings_, detail::kFallbackLocale);

@@ -3,7 +3,9 @@
 #include <capsule/Export.h>
 #include <orvcore/Strings.h>
 
+#include <initializer_list>
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace orvcapsule {
@@ -35,6 +37,8 @@ public:
     /// One entry a pair, in list order: a later pair with the same locale replaces the earlier text. An empty list
     /// gives the only `UIString` without any entry.
     explicit UIString(const std::vector<LocStrPair>& pairs);
+    /// The same for pairs in braces: `UIString({{u"en_US", u"Title"}, {u"de_DE", u"Titel"}})`, `UIString({})`.
+    explicit UIString(std::initializer_list<LocStrPair> pairs);
     /// The text for the application language; else the one for "en_US"; else the one of the smallest locale; else
     /// an empty text. An entry that holds an empty text counts as found.
     UTF16String GetString() const;
@@ -43,10 +47,14 @@ public:
     /// Sets or replaces the text of `locale`. The text comes first.
     void SetString(const UTF16String& text, const UTF16String& locale);
 
-    /// All texts by locale; valid as long as this object is.
-    const std::map<UTF16String, UTF16String>& GetLocaleStrings() const noexcept
+    /// All texts by locale; valid as long as this object is. A temporary hands its texts over.
+    const std::map<UTF16String, UTF16String>& GetLocaleStrings() const& noexcept
     {
         return strings_;
+    }
+    std::map<UTF16String, UTF16String> GetLocaleStrings() &&
+    {
+        return std::move(strings_);
     }
 
     /// Equal when both hold the same locales and texts, code unit for code unit.

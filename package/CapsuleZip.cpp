@@ -4,6 +4,7 @@
 #include <orvcore/AtomicFile.h>
 #include <orvcore/CopyDirectory.h>
 #include <orvcore/Files.h>
+#include <orvcore/JSON.h>
 #include <package/PackageNames.h>
 #include <package/detail/PackageFile.h>
 
@@ -166,7 +167,7 @@ CapsuleZip::~CapsuleZip() = default;
 
 UTF8String CapsuleZip::GetZELTDescriptionJSON() const
 {
-    return GetArchive().UnzipText(kJSONFileName).value_or(UTF8String());
+    return GetArchive().UnzipText(kJSONFileName, orvcore::serialization::kMaxJSONSize).value_or(UTF8String());
 }
 
 bool CapsuleZip::SetZELTDescriptionJSON(const UTF16String& directory)

@@ -45,7 +45,8 @@ public:
 
     /// @name The definition document
     /// @{
-    /// The text of "definition.json" as it is stored; empty when there is none.
+    /// The text of "definition.json" as it is stored; empty when there is none, or one larger than readers take
+    /// (`orvcore::serialization::kMaxJSONSize`).
     orvcore::UTF8String GetZELTDescriptionJSON() const;
     /// Stores the file "definition.json" of `directory` in the package, in the place of the old one. Every other entry
     /// keeps its bytes; the old package is whole until the new one is complete.

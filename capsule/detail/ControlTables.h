@@ -138,13 +138,17 @@ struct ControlTables {
         return Kind(Required(CAPSULE_MENU_CONTENT_STR, &MenuControl::entries_), Value<std::int32_t>());
     }
 
+    // A media control keeps unknown keys. "value" is none of them: other kinds' key, passed over and never written.
     static constexpr auto Media()
     {
         return std::tuple_cat(Common(),
                               json::Lift<MediaControl>(&MediaControl::replacement_,
                                                        json::JSONTable<kinlet::MediaReplacementProperties>::fields),
                               Fields(Value<UTF16String>(CAPSULE_MEDIA_CACHE_VALUE_STR),
-                                     Required(CAPSULE_ISEXPANDED_STR, &MediaControl::expanded_)));
+                                     Required(CAPSULE_ISEXPANDED_STR, &MediaControl::expanded_),
+                                     json::CustomField(
+                                         CAPSULE_CONTROL_VALUE_STR, Presence::kLenient,
+                                         [](const JSONNode&, MediaControl&) { return true; }, json::NotWritten{})));
     }
 
     static constexpr auto Spreadsheet()

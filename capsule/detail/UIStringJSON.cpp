@@ -18,16 +18,25 @@ namespace {
 using orvcapsule::LocStrPair;
 using Entry = std::map<UTF16String, UTF16String>::value_type;
 
+// One entry as it is read. An unusable part makes the whole text unusable, which is for the text's own key to judge.
+struct ReadEntry {
+    LocStrPair pair;
+    bool isUsable = true;
+};
+
+template <UTF16String LocStrPair::*Part>
+bool ReadPart(const JSONNode& node, ReadEntry& entry)
+{
+    entry.isUsable = Codec<UTF16String>::Read(node, entry.pair.*Part) && entry.isUsable;
+    return true;
+}
+
 // Entries are read as pairs, in list order, and written straight from the map.
 constexpr auto kEntryFields =
-    Fields(CustomField(
-               orvcapsule::CAPSULE_STR_STR, Presence::kLenient,
-               [](const JSONNode& node, LocStrPair& pair) { return Codec<UTF16String>::Read(node, pair.text); },
-               [](JSONSink& sink, const Entry& entry) { Codec<UTF16String>::Write(sink, entry.second); }),
-           CustomField(
-               orvcapsule::CAPSULE_LOCALE_STR, Presence::kLenient,
-               [](const JSONNode& node, LocStrPair& pair) { return Codec<UTF16String>::Read(node, pair.locale); },
-               [](JSONSink& sink, const Entry& entry) { Codec<UTF16String>::Write(sink, entry.first); }));
+    Fields(CustomField(orvcapsule::CAPSULE_STR_STR, Presence::kLenient, ReadPart<&LocStrPair::text>,
+                       [](JSONSink& sink, const Entry& entry) { Codec<UTF16String>::Write(sink, entry.second); }),
+           CustomField(orvcapsule::CAPSULE_LOCALE_STR, Presence::kLenient, ReadPart<&LocStrPair::locale>,
+                       [](JSONSink& sink, const Entry& entry) { Codec<UTF16String>::Write(sink, entry.first); }));
 
 } // namespace
 
@@ -43,10 +52,13 @@ bool Codec<orvcapsule::UIString>::Read(const JSONNode& node, orvcapsule::UIStrin
             return false;
         }
         // An entry without a locale is from the time when every text was American English.
-        LocStrPair pair{UTF16String(orvcapsule::detail::kFallbackLocale), {}};
-        TableWalker<LocStrPair, kEntryFields>::Read(element, pair, nullptr);
+        ReadEntry entry{{UTF16String(orvcapsule::detail::kFallbackLocale), {}}};
+        TableWalker<ReadEntry, kEntryFields>::Read(element, entry, nullptr);
+        if (!entry.isUsable) {
+            return false;
+        }
         // Writers put the locales in ascending order, so the end is the place as a rule.
-        strings.insert_or_assign(strings.end(), std::move(pair.locale), std::move(pair.text));
+        strings.insert_or_assign(strings.end(), std::move(entry.pair.locale), std::move(entry.pair.text));
     }
     out.*orvcapsule::serialization::detail::UIStringTable::kStrings = std::move(strings);
     return true;

@@ -25,8 +25,9 @@ void MediaReplacementProperties::ConvertToObject(serialization::Object& control)
     for (const auto& [key, text] : unknownKeys) {
         orvcore::UTF8String name = orvcore::ToUTF8(std::string_view(key));
         if (!control.contains(name)) {
-            control.emplace(std::move(name),
-                            std::make_shared<serialization::Variant>(serialization::JSONParse(orvcore::AsUTF8(text))));
+            builder.Key(key);
+            builder.Raw(text);
+            control.emplace(std::move(name), std::make_shared<serialization::Variant>(builder.Take()));
         }
     }
 }

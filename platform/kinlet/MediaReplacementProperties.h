@@ -41,7 +41,7 @@ struct ORVPLATFORM_API MediaReplacementProperties {
 
     /// Puts the properties into a control's object: "replacementFit", "replacementKinds", "replacementLayerID" and
     /// "replacementTrimToSlot", replacing earlier ones, and the unknown keys that are not there yet.
-    /// @throws orvcore::serialization::json_parse_exception  when an unknown key's text is not JSON.
+    /// @throws orvcore::serialization::json_write_exception  when an unknown key's text is not JSON.
     void ConvertToObject(orvcore::serialization::Object& control) const;
 
     /// Reads the properties out of a control's object; absent keys take their defaults. `ownKeys` names the keys that

@@ -22,8 +22,8 @@ concept MediaLinkRecord = std::same_as<T, Time> || std::same_as<T, FrameRate> ||
 
 /// A record as a JSON value tree: an object whose keys are always all there (but for `ColorSpace`, which leaves out
 /// what equals its default), an array for `ColorRGBA`, a scalar or an object for a `SpreadsheetCell`. Thread-safe.
-/// @throws orvcore::serialization::json_write_exception  for a number that is not finite.
-/// @throws orvcore::serialization::json_parse_exception  when the text of a kept unknown key is not JSON.
+/// @throws orvcore::serialization::json_write_exception  for a number that is not finite, and for a kept unknown key
+///         whose text is not JSON.
 template <MediaLinkRecord Record>
 ORVPLATFORM_API orvcore::serialization::Variant ToJSON(const Record& record);
 

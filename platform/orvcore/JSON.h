@@ -21,19 +21,25 @@ using Object = std::map<UTF8String, VariantPtr>;
 using Array = std::vector<VariantPtr>;
 
 /// The keys that a record read and does not know, each with its value as compact, well-formed JSON text. A record that
-/// has a member of this type puts them out again when it is written.
+/// has a member of this type puts them out again when it is written, and cannot be written when one of the texts is not
+/// JSON (`json_write_exception`, which names the key).
 using UnknownKeys = std::map<std::string, std::string>;
 
 /// The most objects and arrays that a value may lie in; documents that nest deeper are neither read nor written.
 inline constexpr std::size_t kMaxJSONDepth = 256;
+/// The most bytes that a text may have to be read.
+inline constexpr std::size_t kMaxJSONSize = std::size_t{8} << 20U;
+/// The most values (objects, arrays and scalars, the outermost one included) that a text may hold to be read.
+inline constexpr std::size_t kMaxJSONValues = std::size_t{1} << 18U;
 
 /// Reads a whole JSON text into a value tree.
 ///
 /// The text is strict JSON in UTF-8; a leading byte-order mark is skipped. Integers are exact: those up to
-/// 2^63-1 become `std::int64_t`, larger ones up to 2^64-1 `std::uint64_t`; numbers with a fraction or an exponent
-/// become `double`. Of keys that repeat in one object the last one counts.
-/// @throws json_parse_exception  for malformed text, ill-formed UTF-8, a lone surrogate escape, an integer outside
-///         64 bits, or nesting deeper than `kMaxJSONDepth`. Takes time and memory linear in the text.
+/// 2^63-1 become `std::int64_t`, larger ones up to 2^64-1 `std::uint64_t`; numbers with a fraction or an exponent, and
+/// integers outside 64 bits, become the nearest `double`. Of keys that repeat in one object the last one counts.
+/// @throws json_parse_exception  for malformed text, ill-formed UTF-8, a lone surrogate escape, a number too large for
+///         a double, nesting deeper than `kMaxJSONDepth`, or a text beyond `kMaxJSONSize` or `kMaxJSONValues`. Takes
+///         time and memory linear in the text.
 ORVPLATFORM_API Variant JSONParse(std::u8string_view text);
 
 /// Writes a value tree as UTF-8 JSON text: compact, or over several lines with two spaces of indentation when

@@ -1,6 +1,7 @@
 #include <orvcore/JSONDocument.h>
 
 #include <orvcore/detail/JSONDocumentBuilder.h>
+#include <orvcore/detail/JSONText.h>
 
 #include <array>
 #include <mutex>
@@ -15,12 +16,18 @@ struct JSONDocument::Storage {
     JSONNode root;
     std::vector<char> padded;
 
-    // The parser reads a little past the end of its text.
-    const char* CopyPadded(std::string_view text)
+    simdjson::error_code Parse(std::string_view text)
     {
+        // simdjson counts the document itself as one level.
+        if (parser.capacity() < text.size() || parser.max_depth() != kMaxJSONDepth + 1) {
+            if (const auto error = parser.allocate(text.size(), kMaxJSONDepth + 1); error != simdjson::SUCCESS) {
+                return error;
+            }
+        }
+        // The parser reads a little past the end of its text.
         padded.resize(std::max(padded.size(), text.size() + simdjson::SIMDJSON_PADDING));
         std::copy(text.begin(), text.end(), padded.begin());
-        return padded.data();
+        return parser.parse(padded.data(), text.size(), false).error();
     }
 
     static std::unique_ptr<Storage> Obtain();
@@ -89,18 +96,36 @@ JSONDocument::~JSONDocument()
     Storage::Recycle(std::move(storage_));
 }
 
+const char* JSONDocument::BeyondLimits(std::string_view json) noexcept
+{
+    static_assert(kMaxJSONSize == 8U << 20U && kMaxJSONValues == 262144, "the reasons name the limits");
+    if (json.size() > kMaxJSONSize) {
+        return "The text is larger than 8 MiB.";
+    }
+    // A value takes two bytes and more, so most texts need no counting.
+    if (json.size() > 2 * kMaxJSONValues && detail::CountValues(json) > kMaxJSONValues) {
+        return "The text holds more than 262144 values.";
+    }
+    return nullptr;
+}
+
 JSONDocument JSONDocument::Parse(std::u8string_view text)
 {
     constexpr std::u8string_view byteOrderMark = u8"\uFEFF";
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(byteOrderMark.size());
     }
+    const std::string_view json = AsNarrow(text);
+    if (const char* reason = BeyondLimits(json)) {
+        throw json_parse_exception(reason);
+    }
     auto storage = Storage::Obtain();
-    // simdjson counts the document itself as one level.
-    const bool fits = storage->parser.capacity() >= text.size() && storage->parser.max_depth() == kMaxJSONDepth + 1;
-    simdjson::error_code error = fits ? simdjson::SUCCESS : storage->parser.allocate(text.size(), kMaxJSONDepth + 1);
-    if (error == simdjson::SUCCESS) {
-        error = storage->parser.parse(storage->CopyPadded(AsNarrow(text)), text.size(), false).error();
+    simdjson::error_code error = storage->Parse(json);
+    if (error != simdjson::SUCCESS) {
+        // Integers beyond 64 bits make the parser give up; as doubles they are numbers like others.
+        if (const std::string again = detail::WithBigIntegersAsDoubles(json); !again.empty()) {
+            error = storage->Parse(again);
+        }
     }
     if (error == simdjson::MEMALLOC) {
         throw std::bad_alloc();

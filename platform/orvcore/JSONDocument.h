@@ -105,6 +105,9 @@ public:
     /// @throws json_write_exception for a foreign node or too deep a tree.
     static JSONDocument FromTree(const Variant& tree);
 
+    /// Why `Parse` refuses so large a text (`kMaxJSONSize`, `kMaxJSONValues`); null when it does not.
+    static const char* BeyondLimits(std::string_view json) noexcept;
+
     JSONDocument(JSONDocument&&) noexcept;
     JSONDocument& operator=(JSONDocument&&) noexcept;
     ~JSONDocument();

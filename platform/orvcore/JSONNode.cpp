@@ -42,7 +42,8 @@ bool JSONNode::Get(std::int64_t& out) const noexcept
         out = static_cast<std::int64_t>(value_.uint64);
         return true;
     }
-    if (kind_ == JSONKind::kDouble && value_.number >= -kInt64End && value_.number < kInt64End &&
+    // The double -2^63 may come from an integer below the range, too.
+    if (kind_ == JSONKind::kDouble && value_.number > -kInt64End && value_.number < kInt64End &&
         std::trunc(value_.number) == value_.number) {
         out = static_cast<std::int64_t>(value_.number);
         return true;

@@ -3,6 +3,7 @@
 #include <orvcore/Strings.h>
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 namespace orvcore::serialization {
@@ -42,10 +43,14 @@ public:
     virtual void String(std::string_view text) = 0;
     /// A UTF-16 text; lone surrogates become U+FFFD.
     virtual void String(std::u16string_view text) = 0;
-    /// One whole value that is already compact, well-formed JSON text.
+    /// One whole value that is JSON text already. @throws json_write_exception, which names the key, when it is not
     virtual void Raw(std::string_view json) = 0;
-    /// All elements of a compact, well-formed JSON array, added to the array that is open.
-    virtual void RawElements(std::string_view jsonArray) = 0;
+
+    /// A sink of the same kind for some elements of the array that is open, which another thread may fill: with one
+    /// array. The last key's bytes must outlive it.
+    virtual std::unique_ptr<JSONSink> NewPart() const = 0;
+    /// Adds the elements of a part's array to the array that is open.
+    virtual void AddPart(JSONSink& part) = 0;
 };
 
 } // namespace orvcore::serialization

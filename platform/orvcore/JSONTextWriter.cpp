@@ -1,6 +1,5 @@
 #include <orvcore/JSONTextWriter.h>
 
-#include <orvcore/JSON.h>
 #include <orvcore/detail/JSONWriteError.h>
 
 #include <algorithm>
@@ -47,25 +46,12 @@ char8_t* PutEscape(unsigned char byte, char8_t* to)
     return to;
 }
 
-// The most objects and arrays of a compact, well-formed JSON text that one of its values lies in.
-std::size_t DeepestValue(std::string_view json)
+// The most objects and arrays of this value that one of its values lies in.
+std::size_t DeepestValue(const JSONNode& value)
 {
     std::size_t deepest = 0;
-    std::size_t depth = 0;
-    for (std::size_t i = 0; i < json.size(); ++i) {
-        const char c = json[i];
-        if (c == ']' || c == '}') {
-            --depth;
-            continue;
-        }
-        deepest = std::max(deepest, depth);
-        if (c == '[' || c == '{') {
-            ++depth;
-        } else if (c == '"') {
-            for (++i; i < json.size() && json[i] != '"'; ++i) {
-                i += json[i] == '\\' ? 1U : 0U;
-            }
-        }
+    for (const JSONNode& child : value.Children()) {
+        deepest = std::max(deepest, 1 + DeepestValue(child));
     }
     return deepest;
 }
@@ -109,13 +95,6 @@ char8_t* PutEscaped(std::u16string_view text, char8_t* to)
 
 JSONTextWriter::JSONTextWriter(bool formatted)
     : formatted_(formatted)
-{
-}
-
-JSONTextWriter::JSONTextWriter(std::string_view key, std::size_t depth)
-    : depth_(depth)
-    , formatted_(false)
-    , lastKey_(key)
 {
 }
 
@@ -320,18 +299,28 @@ void JSONTextWriter::String(std::u16string_view text)
 
 void JSONTextWriter::Raw(std::string_view json)
 {
-    if (depth_ + DeepestValue(json) > kMaxJSONDepth) {
+    if (depth_ + DeepestValue(detail::ReadRaw(json, lastKey_).Root()) > kMaxJSONDepth) {
         throw json_write_exception("a value" + detail::UnderKey(lastKey_) + " is nested too deep");
     }
     BeforeValue();
     Put(json);
 }
 
-void JSONTextWriter::RawElements(std::string_view jsonArray)
+std::unique_ptr<JSONSink> JSONTextWriter::NewPart() const
 {
-    if (jsonArray.size() > 2) {
+    auto part = std::make_unique<JSONTextWriter>();
+    part->depth_ = depth_ - 1; // the part's own array stands for the one that is open
+    part->lastKey_ = lastKey_;
+    return part;
+}
+
+void JSONTextWriter::AddPart(JSONSink& part)
+{
+    const auto& written = dynamic_cast<const JSONTextWriter&>(part);
+    const std::string_view array = AsNarrow({written.buffer_.get(), written.size_});
+    if (array.size() > 2) {
         BeforeValue();
-        Put(jsonArray.substr(1, jsonArray.size() - 2));
+        Put(array.substr(1, array.size() - 2));
     }
 }
 

@@ -8,14 +8,11 @@
 namespace orvcore::serialization {
 
 /// Writes JSON text: compact by default, or indented by two spaces a level. Not thread-safe.
-/// A number that is not finite raises `json_write_exception`, which names the key; so does a raw value that would lie
-/// deeper than `kMaxJSONDepth`, where no reader would take it.
+/// A number that is not finite raises `json_write_exception`, which names the key; so does a raw value that is not
+/// JSON, or would lie deeper than `kMaxJSONDepth`, where no reader would take it.
 class ORVPLATFORM_API JSONTextWriter final : public JSONSink {
 public:
     explicit JSONTextWriter(bool formatted = false);
-    /// A writer of a part: of a compact value that is to lie `depth` deep in a whole, under `key`, for messages. The
-    /// key's bytes must outlive this writer.
-    JSONTextWriter(std::string_view key, std::size_t depth);
     ~JSONTextWriter() override;
 
     void BeginObject() override;
@@ -40,7 +37,8 @@ public:
     void String(std::string_view text) override;
     void String(std::u16string_view text) override;
     void Raw(std::string_view json) override;
-    void RawElements(std::string_view jsonArray) override;
+    std::unique_ptr<JSONSink> NewPart() const override;
+    void AddPart(JSONSink& part) override;
 
     /// Hands the text over and leaves the writer empty.
     UTF8String Take();

@@ -78,14 +78,20 @@ void JSONTreeBuilder::String(std::u16string_view text)
 }
 void JSONTreeBuilder::Raw(std::string_view json)
 {
-    Place(JSONParse(AsUTF8(json)));
+    Place(detail::ReadRaw(json, LastKey()).Root().ToTree());
 }
-void JSONTreeBuilder::RawElements(std::string_view jsonArray)
+std::unique_ptr<JSONSink> JSONTreeBuilder::NewPart() const
 {
-    const Variant elements = JSONParse(AsUTF8(jsonArray));
+    auto part = std::make_unique<JSONTreeBuilder>();
+    part->key_ = key_;
+    return part;
+}
+void JSONTreeBuilder::AddPart(JSONSink& part)
+{
+    Variant elements = dynamic_cast<JSONTreeBuilder&>(part).Take();
+    auto& added = std::any_cast<Array&>(elements);
     auto& open = std::any_cast<Array&>(*open_.back());
-    const auto& added = std::any_cast<const Array&>(elements);
-    open.insert(open.end(), added.begin(), added.end());
+    open.insert(open.end(), std::make_move_iterator(added.begin()), std::make_move_iterator(added.end()));
 }
 
 Variant JSONTreeBuilder::Take()

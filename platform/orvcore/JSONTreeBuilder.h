@@ -7,8 +7,8 @@
 
 namespace orvcore::serialization {
 
-/// Builds a value tree from what is written to it. A number that is not finite raises `json_write_exception`, which
-/// names the key. Not thread-safe.
+/// Builds a value tree from what is written to it. A number that is not finite and a raw value that is not JSON raise
+/// `json_write_exception`, which names the key. Not thread-safe.
 class ORVPLATFORM_API JSONTreeBuilder final : public JSONSink {
 public:
     JSONTreeBuilder();
@@ -35,7 +35,8 @@ public:
     void String(std::string_view text) override;
     void String(std::u16string_view text) override;
     void Raw(std::string_view json) override;
-    void RawElements(std::string_view jsonArray) override;
+    std::unique_ptr<JSONSink> NewPart() const override;
+    void AddPart(JSONSink& part) override;
 
     /// The finished tree; nothing when nothing was written.
     Variant Take();

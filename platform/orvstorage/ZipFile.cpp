@@ -17,7 +17,7 @@ ZipFile::ZipFile(const std::filesystem::path& archive, const std::string& passwo
 }
 
 template <class Container>
-bool ZipFile::ReadItem(std::u8string_view entryName, Container& content) const
+bool ZipFile::ReadItem(std::u8string_view entryName, std::uint64_t maxSize, Container& content) const
 {
     State& state = *state_;
     return state.Run(ZipAction::Read, entryName, [&](ZipFailure& failure) {
@@ -26,7 +26,7 @@ bool ZipFile::ReadItem(std::u8string_view entryName, Container& content) const
             return false;
         }
         const detail::ArchiveEntry& entry = state.archive->Entries()[index];
-        if (entry.shown.size > state.limits.maxItemSize) {
+        if (entry.shown.size > std::min(maxSize, state.limits.maxItemSize)) {
             failure.error = ZipError::EntryTooLarge;
             return false;
         }
@@ -38,13 +38,13 @@ bool ZipFile::ReadItem(std::u8string_view entryName, Container& content) const
 ZipBuffer ZipFile::UnzipItem(std::u8string_view entryName) const
 {
     auto content = std::make_shared<std::vector<std::uint8_t>>();
-    return ReadItem(entryName, *content) ? content : nullptr;
+    return ReadItem(entryName, std::numeric_limits<std::uint64_t>::max(), *content) ? content : nullptr;
 }
 
-std::optional<orvcore::UTF8String> ZipFile::UnzipText(std::u8string_view entryName) const
+std::optional<orvcore::UTF8String> ZipFile::UnzipText(std::u8string_view entryName, std::uint64_t maxSize) const
 {
     std::optional<orvcore::UTF8String> text(std::in_place);
-    if (!ReadItem(entryName, *text)) {
+    if (!ReadItem(entryName, maxSize, *text)) {
         text.reset();
     }
     return text;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -46,7 +47,9 @@ public:
     /// left out.
     ZipBuffer UnzipItem(std::u8string_view entryName) const;
     /// The same bytes as text, as they are: no decoding.
-    std::optional<orvcore::UTF8String> UnzipText(std::u8string_view entryName) const;
+    /// @param maxSize  refuses a larger entry; holds beside the archive's own limit
+    std::optional<orvcore::UTF8String>
+    UnzipText(std::u8string_view entryName, std::uint64_t maxSize = std::numeric_limits<std::uint64_t>::max()) const;
     /// Writes the entry's content to the file `destination`, which keeps its own name and appears whole or not at all;
     /// its folder is created when missing, and gone again after a failure. Memory does not depend on the entry's size.
     bool UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination) const;
@@ -116,7 +119,7 @@ public:
 private:
     struct State;
     template <class Container>
-    bool ReadItem(std::u8string_view entryName, Container& content) const;
+    bool ReadItem(std::u8string_view entryName, std::uint64_t maxSize, Container& content) const;
     std::shared_ptr<State> state_;
 };
 

@@ -1,36 +1,14 @@
 #include <sources/detail/PackageEntries.h>
 
-#include <capsule/Serialization.h>
 #include <orvcore/Files.h>
 #include <sources/detail/EntryFields.h>
+#include <sources/detail/ListedDefinition.h>
 
 #include <boost/smart_ptr/make_shared.hpp>
 
 namespace orvcapsule::detail {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-// False, with the entry as it was, when there is no definition that can be read.
-bool ReadDefinition(CapsuleEntry& entry, const CapsuleZip& content)
-{
-    const orvcore::UTF8String text = content.GetZELTDescriptionJSON();
-    if (text.empty()) {
-        return false;
-    }
-    try {
-        const std::shared_ptr<Capsule> capsule = serialization::CapsuleFromJson(text);
-        if (capsule) {
-            FillFromCapsule(entry, *capsule);
-        }
-        return capsule != nullptr;
-    } catch (const std::exception&) { // what its reader gives up
-        return false;
-    }
-}
-
-} // namespace
 
 PackageEntries::PackageEntries(const std::string& sourceID, std::function<bool()> stop)
     : sourceID_(sourceID)
@@ -72,7 +50,7 @@ void PackageEntries::FillFromContent(CapsuleEntry& entry, OnePackage& package, c
 {
     bool hasDefinition = known.Recall(entry, state);
     if (!hasDefinition) {
-        hasDefinition = ReadDefinition(entry, package.Content());
+        hasDefinition = FillFromDefinition(entry, package.Content(), stop_);
         state.hasStill = hasDefinition;
         state.hasVideo = true; // until it is looked for
         state.isKnown = hasDefinition;

@@ -117,6 +117,12 @@ TEST(Capsule, OlderSettersYieldAndEmptyMapsChangeNothing)
     EXPECT_EQ(capsule.GetUsedFonts(), Capsule::StringList{"old"});
     capsule.SetUsedFonts(std::vector<orvcore::UTF8String>{u8"ＭＳ 明朝"});
     EXPECT_EQ(capsule.GetUsedFonts(), Capsule::StringList{orvcore::ToNarrow(u8"ＭＳ 明朝")});
+    capsule.SetUsedFonts({"Serif", "Sans"});
+    EXPECT_EQ(capsule.GetUsedFonts(), (Capsule::StringList{"Serif", "Sans"}));
+    capsule.SetUsedFonts({});
+    EXPECT_TRUE(capsule.GetUsedFonts().empty());
+    capsule.SetUsedFonts({u8"明朝", u8"Ä"});
+    EXPECT_EQ(capsule.GetUsedFonts(), (Capsule::StringList{orvcore::ToNarrow(u8"明朝"), orvcore::ToNarrow(u8"Ä")}));
 }
 
 TEST(Capsule, EmptyLocalisedNameGivesTheOlderName)

@@ -128,7 +128,10 @@ TEST(Control, RequiredKeysAreNamedWhenMissing)
         {u8R"({"type":10,"canAnimate":true,"value":[]})", "groupexpanded"},
         {u8R"({"type":13,"canAnimate":true,"value":0})", "menucontent"},
         {u8R"({"type":13,"canAnimate":true,"menucontent":[],"value":3000000000})", "value"},
+        {u8R"({"type":13,"canAnimate":true,"menucontent":[],"value":100000000000000000000})", "value"},
         {u8R"({"type":14,"canAnimate":true,"isExpanded":true})", "cacheID"},
+        {u8R"({"type":6,"canAnimate":true,"value":{"strDB":[{"str":{}}]}})", "value"},
+        {u8R"({"type":8,"canAnimate":true,"value":{"strDB":[{"str":""},{"str":"","localeString":null}]}})", "value"},
         {u8R"({"type":11,"canAnimate":true,"minRows":-1,"maxRows":1,"columnInfo":[],"value":{}})", "minRows"},
     };
     for (const Case& c : cases) {
@@ -149,6 +152,32 @@ TEST(Control, OptionalPartsOfATextTakeDefaults)
     EXPECT_EQ(read->GetFontEditInfo(), kinlet::SourceTextFontEditInfo());
     EXPECT_EQ(read->GetAlternateRectInfo(), AlternateRectInfo());
     EXPECT_EQ(std::get<UIString>(read->GetVal()).GetLocaleStrings().at(u"en_US"), u"no locale");
+}
+
+TEST(Control, WhatReadersTakeThoughWritersPutItOtherwise)
+{
+    struct Case {
+        std::u8string_view json;
+        std::u8string_view key;
+        std::string_view written; // the text under the key; empty: the key is not written
+    };
+    const Case cases[] = {
+        {u8R"({"type":2,"canAnimate":true,"min":0,"max":100000000000000000000,"value":1})", u8"max", "1e+20"},
+        {u8R"({"type":3,"canAnimate":true,"value":1,"x":[-100000000000000000000]})", u8"value", "1.0"},
+        {u8R"({"type":14,"canAnimate":true,"cacheID":"","isExpanded":true,"value":"old"})", u8"value", ""},
+        {u8R"({"type":14,"canAnimate":true,"cacheID":"","isExpanded":true,"zoom":1})", u8"zoom", "1"},
+        {u8R"({"type":1,"canAnimate":true,"value":true,"uiName":{"strDB":[{"str":"a"},{"str":5}]}})", u8"uiName",
+         R"({"strDB":[{"localeString":"en_US","str":""}]})"},
+    };
+    for (const Case& c : cases) {
+        const auto tree = serialization::ClientControlToJson(serialization::ClientControlFromJson(JSONParse(c.json)));
+        const bool isThere = orvcore::serialization::ObjectHasProperty(tree, c.key);
+        EXPECT_EQ(isThere ? orvcore::ToNarrow(
+                                GetJSONUTF8String(orvcore::serialization::GetVariantInObject(tree, c.key), false))
+                          : "",
+                  c.written)
+            << orvcore::ToNarrow(c.json);
+    }
 }
 
 TEST(Control, AForeignValueCannotBeWritten)
@@ -214,8 +243,8 @@ TEST(Control, LongListsKeepTheirOrder)
         members[i] = orvcore::ToUTF16(std::to_string(i));
     }
     auto capsule = std::make_shared<Capsule>(u"tsfx", u"Long", u"");
-    std::vector<std::shared_ptr<ClientControl>> controls(700,
-                                                         factory::CreateScaleControl(u"", {}, {}, true, 2, values));
+    std::vector<std::shared_ptr<ClientControl>> controls(700, factory::CreateAngleControl(u"", {}, {}, 0));
+    controls[0] = factory::CreateScaleControl(u"", {}, {}, true, 2, values);
     controls[699] = factory::CreateGroupControl(u"last", UIString(), {}, members, false);
     capsule->SetControls(controls);
     const auto read = serialization::CapsuleFromJson(serialization::CapsuleToJson(capsule));

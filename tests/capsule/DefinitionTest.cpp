@@ -51,9 +51,14 @@ TEST(Definition, WhatIsNoObjectGivesAnEmptyRecord)
 {
     std::u8string deep = u8R"({"apiVersion":"2.2","authorApp":)";
     deep.append(1000000, u8'[');
+    std::u8string overlong = u8R"({"apiVersion":"2.2","capsuleTags":[0)";
+    for (std::size_t i = 0; i < orvcore::serialization::kMaxJSONValues; ++i) {
+        overlong += u8",0";
+    }
+    overlong += u8"]}";
     for (const std::u8string& text :
          {std::u8string(u8R"(["apiVersion","2.2"])"), std::u8string(u8R"({"apiVersion":"2.2",)"),
-          std::u8string(u8"{\"apiVersion\":\"2.2\",\"authorApp\":\"\xFF\"}"), deep}) {
+          std::u8string(u8"{\"apiVersion\":\"2.2\",\"authorApp\":\"\xFF\"}"), deep, overlong}) {
         const auto capsule = CapsuleFromJson(text);
         ASSERT_TRUE(capsule);
         EXPECT_EQ(capsule->GetAPIVersion(), "");
@@ -172,6 +177,15 @@ TEST(Definition, MissingKeysInsideCarryTheirName)
     } catch (const orvcore::serialization::missing_key_exception& error) {
         EXPECT_EQ(error.GetKey(), "parentprojectfile");
     }
+}
+
+TEST(Definition, WhatNoReaderWouldTakeCannotBeWritten)
+{
+    const auto capsule = std::make_shared<Capsule>(u"tsfx", u"n", u"");
+    capsule->SetTags(Capsule::StringList(orvcore::serialization::kMaxJSONValues, "t"));
+    EXPECT_THROW(CapsuleToJson(capsule), orvcore::serialization::json_write_exception);
+    capsule->SetTags({std::string(orvcore::serialization::kMaxJSONSize, 't')});
+    EXPECT_THROW(CapsuleToJson(capsule), orvcore::serialization::json_write_exception);
 }
 
 TEST(Definition, NumbersThatAreNotFiniteCannotBeWritten)

@@ -36,7 +36,17 @@ TEST(UIString, DefaultBuiltHoldsOneEmptyTextOfTheLanguage)
     const Language language("ja_JP");
     EXPECT_EQ(UIString(), UIString(std::vector<LocStrPair>{{u"ja_JP", u""}}));
     EXPECT_TRUE(UIString(std::vector<LocStrPair>()).GetLocaleStrings().empty());
+    EXPECT_EQ(UIString({}), UIString(std::vector<LocStrPair>()));
     EXPECT_NE(UIString(), UIString(std::vector<LocStrPair>()));
+}
+
+TEST(UIString, ATemporaryHandsItsTextsOver)
+{
+    std::u16string joined;
+    for (auto& [locale, text] : UIString({{u"de_DE", u"Titel"}, {u"en_US", u"Title"}}).GetLocaleStrings()) {
+        joined += locale + u' ' + text + u';';
+    }
+    EXPECT_EQ(joined, u"de_DE Titel;en_US Title;");
 }
 
 TEST(UIString, SettersTouchOneLocale)

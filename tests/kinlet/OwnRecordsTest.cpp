@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <functional>
 
 namespace {
 
@@ -83,6 +84,31 @@ TEST(UnknownKeys, ARecordsOwnKeysComeFirst)
     EXPECT_EQ(text.find("stale"), std::string::npos) << text;
     EXPECT_EQ(ThroughText(edit).text, u"new");
     EXPECT_EQ(ThroughText(edit).unknownKeys, (orvcore::serialization::UnknownKeys{{"zone", "1"}, {"a", "2"}}));
+}
+
+TEST(UnknownKeys, TextsThatAreNotJSONAreRefusedByKey)
+{
+    using orvcore::serialization::json_write_exception;
+    for (const std::string& text : std::initializer_list<std::string>{"", "x", "1 2", "1,\"b\":2", R"({"a":})", "[1",
+                                                                      "\xEF\xBB\xBF"
+                                                                      "1",
+                                                                      "\"\xFF\"", "1e400"}) {
+        MediaReplacementProperties media;
+        media.unknownKeys = {{"kept", text}};
+        kinlet::TextEditInfo edit;
+        edit.unknownKeys = media.unknownKeys;
+        Object control;
+        const std::function<void()> roads[] = {[&] { ToText(edit); }, [&] { kinlet::ToJSON(edit); },
+                                               [&] { media.ConvertToObject(control); }};
+        for (const auto& road : roads) {
+            try {
+                road();
+                ADD_FAILURE() << text;
+            } catch (const json_write_exception& error) {
+                EXPECT_THAT(error.what(), testing::HasSubstr("\"kept\""));
+            }
+        }
+    }
 }
 
 TEST(ToJSON, RefusesNumbersThatAreNotFinite)

@@ -3,6 +3,7 @@
 
 #include <orvcore/DebugSettings.h>
 #include <orvcore/FileSystem.h>
+#include <orvcore/JSON.h>
 #include <orvcore/MainThread.h>
 #include <package/CapsuleZip.h>
 #include <package/Workspace.h>
@@ -490,6 +491,17 @@ TEST_F(LocalGraphicsSourceTest, GoesOnWithoutPreviewsThatCannotBeHad)
     entry = Search(Source()).at(0);
     EXPECT_EQ(entry->capsuleID, u"large");
     EXPECT_EQ(entry->thumbnailPath, u8"");
+}
+
+TEST_F(LocalGraphicsSourceTest, DefinitionsAreReadUpToTheLargestSize)
+{
+    constexpr std::size_t most = orvcore::serialization::kMaxJSONSize;
+    for (const std::size_t size : {std::size_t{40'000}, std::size_t{600'000}, most, most + 1}) {
+        std::string definition = R"({"apiVersion":"2.2","capsuleID":"id"})";
+        definition.resize(size, ' ');
+        temp_.Write("root/x.zelt", test::ZipBytes().Add({.name = "definition.json", .data = definition}).Finish());
+        EXPECT_EQ(Search(Source()).at(0)->capsuleID, size <= most ? u"id" : u"") << size;
+    }
 }
 
 TEST_F(LocalGraphicsSourceTest, APreviewThatCanBeSeenIsWhole)

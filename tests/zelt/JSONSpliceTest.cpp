@@ -69,9 +69,18 @@ TEST(JSONOutline, AgreesWithTheReaderOnWhatIsJSON)
 
 TEST(JSONOutline, NestingIsBounded)
 {
-    const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
-    EXPECT_FALSE(Throws(nested(orvcore::serialization::kMaxJSONDepth)));
-    EXPECT_TRUE(Throws(nested(orvcore::serialization::kMaxJSONDepth + 1)));
+    using namespace orvcore::serialization;
+    const auto nested = [](std::size_t depth, const char* inner) {
+        return std::string(depth, '[') + inner + std::string(depth, ']');
+    };
+    for (const std::string& text : {nested(kMaxJSONDepth, "0"), nested(kMaxJSONDepth, "{ }")}) {
+        EXPECT_FALSE(Throws(text));
+        EXPECT_NO_THROW(JSONParse(orvcore::AsUTF8(text)));
+    }
+    for (const std::string& text : {nested(kMaxJSONDepth + 1, "0"), nested(kMaxJSONDepth + 1, "[]")}) {
+        EXPECT_TRUE(Throws(text));
+        EXPECT_THROW(JSONParse(orvcore::AsUTF8(text)), json_parse_exception);
+    }
     EXPECT_TRUE(Throws(std::string(1000000, '[')));
 }
 

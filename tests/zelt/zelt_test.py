@@ -229,6 +229,12 @@ class ZeltTest(unittest.TestCase):
             (changed(("sourceInfoLocalized", "de_DE", "duration", None), (controls, c["b-shadow"], "type", None)), {},
              ["MissingKey", "MissingKey"]),
             (changed(("apiVersion", None)), {}, ["NoVersion"]),
+            (changed(("apiVersion", 2.2)), {}, ["NoVersion"]),
+            (changed(("apiVersion", "")), {}, ["NoVersion"]),
+            (changed(("apiVersion", ["2.2"])), {}, ["NoVersion"]),
+            (changed().replace('"2.2"', "null", 1), {}, ["NoVersion"]),
+            (changed((controls, c["g-text"], "value", ["x%d" % i for i in range(300)])), {},
+             ["UnknownMember"] * 100 + ["MoreProblems"]),
             (changed(("apiVersion", "2.3")), {"thumb.png": b"", "project.tsgraphic": None},
              ["NewerVersion", "MissingPoster", "MissingProject"]),
             (changed(), {"thumb.png": None, "thumb_de_DE.png": b"x"}, []),
@@ -262,11 +268,19 @@ class ZeltTest(unittest.TestCase):
             ('{"apiVersion":"2.2",\n "é": x}', "line 2, column 7"),
             ('{"apiVersion":"2.2"', "line 1, column 20"),
             ('{"apiVersion":"2.2"}\n\n]', "line 3, column 1"),
-            ('{"apiVersion":"2.2","a":' + "[" * 1000000, "nested too deep at line 1, column 280"),
+            ('{"apiVersion":"2.2","a":' + "[" * 1000000, "nested too deep at line 1, column 281"),
             ('{"apiVersion":"2.2","a":"\\ud800"}', "malformed"),  # well-formed but for what the escape means
+            ('{"apiVersion":"2.2","a":[' + "0," * 262144 + "0]}", "more values than readers take at line 1"),
+            ('{"apiVersion":"2.2"}' + " " * (8 << 20), 'read "definition.json": it is larger than allowed'),
         ]:
             self.write_package("bad.zelt", text)
             self.assertIn(place, self.run_zelt("check", "bad.zelt", code=1)[0])
+
+    def test_nesting_has_one_limit(self):
+        for depth, is_read in ((256, True), (257, False)):
+            for command in (["info"], ["check"], ["set", "--description", "x"]):
+                file = self.write_package("deep.zelt", '{"apiVersion":"2.2","a":' + "[" * depth + "]" * depth + "}")
+                self.run_zelt(*command, file, code=0 if is_read else 1)
 
     def test_definition(self):
         for name in GOOD:

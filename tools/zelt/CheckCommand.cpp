@@ -19,7 +19,7 @@ std::string AsJSON(const std::string& file, const Problems& problems)
     writer.Bool(problems.empty());
     writer.Key("problems");
     writer.BeginArray();
-    for (const Problem& problem : problems) {
+    for (const Problem& problem : problems.Told()) {
         writer.BeginObject();
         writer.Key("code");
         writer.String(std::string_view(problem.code));
@@ -35,8 +35,10 @@ std::string AsJSON(const std::string& file, const Problems& problems)
 std::string AsLine(const std::string& file, const Problems& problems)
 {
     std::string line = file + (problems.empty() ? ": OK" : ": BAD");
-    for (const Problem& problem : problems) {
-        line += (&problem == &problems.front() ? ": " : "; ") + problem.text;
+    const char* separator = ": ";
+    for (const Problem& problem : problems.Told()) {
+        line += separator + problem.text;
+        separator = "; ";
     }
     return Printable(line);
 }

@@ -16,7 +16,7 @@ IdCounts CheckIds(const std::vector<DocumentControl>& controls, Problems& proble
     IdCounts uses;
     for (const DocumentControl& control : controls) {
         if (++uses[control.id] == 2) {
-            problems.push_back({"RepeatedId", control.label + ": another control has the same id"});
+            problems.Add({"RepeatedId", control.label + ": another control has the same id"});
         }
     }
     return uses;
@@ -32,7 +32,7 @@ void CheckGroup(const DocumentControl& control, const IdCounts& uses, Problems& 
     for (const UTF16String& member : *members) {
         const std::string id = orvcore::ToNarrow(member);
         if (!uses.contains(id)) {
-            problems.push_back({"UnknownMember", control.label + ": its member \"" + id + "\" names no control"});
+            problems.Add({"UnknownMember", control.label + ": its member \"" + Shortened(id) + "\" names no control"});
         }
     }
 }
@@ -45,8 +45,8 @@ void CheckSlider(const DocumentControl& control, Problems& problems)
     }
     const double value = std::get<double>(slider->GetVal());
     if (value < slider->GetMinimum() || value > slider->GetMaximum()) {
-        problems.push_back({"OutOfRange", control.label + ": its value " + ToJSON(value) + " is outside its range " +
-                                              ToJSON(slider->GetMinimum()) + " to " + ToJSON(slider->GetMaximum())});
+        problems.Add({"OutOfRange", control.label + ": its value " + ToJSON(value) + " is outside its range " +
+                                        ToJSON(slider->GetMinimum()) + " to " + ToJSON(slider->GetMaximum())});
     }
 }
 
@@ -59,8 +59,8 @@ void CheckMenu(const DocumentControl& control, Problems& problems)
     const std::int64_t index = std::get<std::int32_t>(menu->GetVal());
     const auto entries = static_cast<std::int64_t>(menu->GetEntries().size());
     if (index < 0 || index >= entries) {
-        problems.push_back({"OutOfRange", control.label + ": its value " + std::to_string(index) + " is outside its " +
-                                              std::to_string(entries) + " entries"});
+        problems.Add({"OutOfRange", control.label + ": its value " + std::to_string(index) + " is outside its " +
+                                        std::to_string(entries) + " entries"});
     }
 }
 

@@ -49,7 +49,7 @@ void CollectMissingKey(Problems& problems, const std::string& where, Read&& read
     try {
         read();
     } catch (const json::missing_key_exception& error) {
-        problems.push_back({"MissingKey", LacksKey(where, error)});
+        problems.Add({"MissingKey", LacksKey(where, error)});
     }
 }
 
@@ -63,7 +63,7 @@ void CollectCompositionKeys(const json::Variant& root, Problems& problems)
         return;
     }
     for (const auto& entry : *json::AsObject(*localized)) {
-        CollectMissingKey(problems, "composition for \"" + orvcore::ToNarrow(entry.first) + '"',
+        CollectMissingKey(problems, "composition for \"" + Shortened(orvcore::AsNarrow(entry.first)) + '"',
                           [&] { orvcapsule::serialization::SourceInfoFromJson(*entry.second); });
     }
 }
@@ -79,7 +79,7 @@ std::vector<DocumentControl> ReadControls(const json::Variant& root, Problems& p
     for (const auto& value : *json::AsArray(*list)) {
         DocumentControl control;
         control.id = TextMember(*value, orvcapsule::CAPSULE_CONTROL_ID_STR);
-        control.label = "control " + std::to_string(controls.size() + 1) + " (\"" + control.id + "\")";
+        control.label = "control " + std::to_string(controls.size() + 1) + " (\"" + Shortened(control.id) + "\")";
         CollectMissingKey(problems, control.label,
                           [&] { control.record = orvcapsule::serialization::ClientControlFromJson(*value); });
         controls.push_back(std::move(control));
@@ -97,39 +97,50 @@ Problem VersionRefusal(const UTF8String& text, const std::string& declared)
                                 orvcapsule::Capsule::GetCurrentAPIVersion()};
 }
 
-// A document that the version gate lets through, as a value tree.
+// A definition and the value tree of its text; nothing in the tree where that is no JSON object.
 struct ParsedDefinition {
     Definition definition;
     json::Variant tree;
 };
 
+void ReadCapsule(const UTF8String& text, ParsedDefinition& parsed)
+{
+    Definition& definition = parsed.definition;
+    try {
+        definition.capsule = orvcapsule::serialization::CapsuleFromJson(text);
+        if (definition.capsule == nullptr) {
+            definition.refusals.Add(VersionRefusal(text, definition.declaredVersion));
+        } else if (parsed.tree.has_value() && definition.capsule->GetAPIVersion().empty()) {
+            definition.refusals.Add({"NoVersion", "definition.json's \"apiVersion\" is no text or an empty one"});
+        }
+    } catch (const json::missing_key_exception& error) {
+        CollectCompositionKeys(parsed.tree, definition.refusals);
+        ReadControls(parsed.tree, definition.refusals);
+        if (definition.refusals.empty()) {
+            definition.refusals.Add({"MissingKey", LacksKey("definition.json", error)});
+        }
+    }
+}
+
 ParsedDefinition Parse(const UTF8String& text)
 {
     ParsedDefinition parsed;
-    Problems& refusals = parsed.definition.refusals;
+    Definition& definition = parsed.definition;
     try {
-        parsed.tree = json::JSONParse(text);
-        if (json::AsObject(parsed.tree) == nullptr) {
-            refusals.push_back({"MalformedJSON", "definition.json is no JSON object"});
+        json::Variant tree = json::JSONParse(text);
+        if (json::AsObject(tree) != nullptr) {
+            definition.declaredVersion = TextMember(tree, orvcapsule::CAPSULE_API_VERSION_STR);
+            parsed.tree = std::move(tree);
+        } else {
+            definition.refusals.Add({"MalformedJSON", "definition.json is no JSON object"});
         }
     } catch (const json::json_parse_exception& error) {
-        refusals.push_back({"MalformedJSON", "definition.json is malformed: " + MalformedText(text, error.what())});
+        definition.refusals.Add(
+            {"MalformedJSON", "definition.json is malformed: " + MalformedText(text, error.what())});
     }
-    parsed.definition.declaredVersion = TextMember(parsed.tree, orvcapsule::CAPSULE_API_VERSION_STR);
-    try {
-        parsed.definition.capsule = orvcapsule::serialization::CapsuleFromJson(text);
-        if (parsed.definition.capsule == nullptr) {
-            refusals.push_back(VersionRefusal(text, parsed.definition.declaredVersion));
-        }
-    } catch (const json::missing_key_exception& error) {
-        CollectCompositionKeys(parsed.tree, refusals);
-        ReadControls(parsed.tree, refusals);
-        if (refusals.empty()) {
-            refusals.push_back({"MissingKey", LacksKey("definition.json", error)});
-        }
-    }
-    if (!refusals.empty()) {
-        parsed.definition.capsule = nullptr;
+    ReadCapsule(text, parsed);
+    if (!definition.refusals.empty()) {
+        definition.capsule = nullptr;
     }
     return parsed;
 }
@@ -141,17 +152,19 @@ Definition ReadDefinition(const UTF8String& text)
     return Parse(text).definition;
 }
 
-Problems CheckDefinition(const UTF8String& text)
+void CheckDefinition(const UTF8String& text, Problems& problems)
 {
     ParsedDefinition parsed = Parse(text);
-    Problems problems = std::move(parsed.definition.refusals);
-    // What a newer format means by its keys is not known.
-    const bool understood = problems.empty() || problems.front().code == "MissingKey";
-    if (understood) {
-        Problems reported;
-        CheckControls(ReadControls(parsed.tree, reported), problems);
+    const bool isRead = parsed.definition.capsule != nullptr;
+    parsed.definition.capsule = nullptr; // its controls are read again, one by one
+    const std::vector<Problem> refusals = parsed.definition.refusals.Told();
+    for (const Problem& refusal : refusals) {
+        problems.Add(refusal);
     }
-    return problems;
+    // What a newer format means by its keys is not known.
+    if (isRead || refusals.front().code == "MissingKey") {
+        CheckControls(ReadControls(parsed.tree, problems), problems);
+    }
 }
 
 } // namespace zelt

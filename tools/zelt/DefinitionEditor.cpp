@@ -1,11 +1,13 @@
 #include "DefinitionEditor.h"
 
 #include "ControlInput.h"
+#include "Problems.h"
 
 #include <capsule/DefinitionKeys.h>
 #include <capsule/Serialization.h>
 #include <orvcore/Application.h>
 
+#include <algorithm>
 #include <map>
 
 namespace zelt {
@@ -35,6 +37,27 @@ std::string LocalizedList(const std::string& locale, std::string_view text, cons
         list += (list.empty() ? "[" : ",") + LocalizedEntry(name, value);
     }
     return list + ']';
+}
+
+// An entry as readers take it: of one that is not, the whole list is of no use to them.
+bool IsEntry(const JSONOutline& entry)
+{
+    const auto isText = [&](std::string_view key) {
+        const JSONOutline* member = entry.Find(key);
+        return member == nullptr || member->Is(Kind::kString);
+    };
+    return entry.Is(Kind::kObject) && isText(CAPSULE_STR_STR) && isText(CAPSULE_LOCALE_STR);
+}
+
+// The first ids of a list, for a message.
+std::string Named(const std::vector<std::string>& ids)
+{
+    constexpr std::size_t kMost = 30;
+    std::string named;
+    for (std::size_t i = 0; i < std::min(ids.size(), kMost); ++i) {
+        named += (i == 0 ? "" : ", ") + Shortened(ids[i]);
+    }
+    return ids.size() <= kMost ? named : named + " and " + std::to_string(ids.size() - kMost) + " more";
 }
 
 // An object with the members of another put over its own; both are JSON texts.
@@ -120,7 +143,7 @@ std::string DefinitionEditor::Decoded(const JSONOutline* text) const
 std::string DefinitionEditor::LocaleOf(const JSONOutline& entry) const
 {
     const JSONOutline* locale = entry.Find(CAPSULE_LOCALE_STR);
-    return locale != nullptr && locale->Is(Kind::kString) ? Decoded(locale) : kDefaultLocale;
+    return locale != nullptr ? Decoded(locale) : kDefaultLocale;
 }
 
 void DefinitionEditor::SetLocalized(const JSONOutline& owner, std::string_view key, std::string_view text,
@@ -128,7 +151,8 @@ void DefinitionEditor::SetLocalized(const JSONOutline& owner, std::string_view k
 {
     const JSONOutline* value = owner.Find(key);
     const JSONOutline* list = value != nullptr ? value->Find(CAPSULE_STRDB_STR) : nullptr;
-    if (list == nullptr || !list->Is(Kind::kArray)) {
+    if (list == nullptr || !list->Is(Kind::kArray) ||
+        !std::all_of(list->children.begin(), list->children.end(), IsEntry)) {
         splice_.SetMember(owner, key, "{\"strDB\":" + LocalizedList(locale, text, older) + '}');
         return;
     }
@@ -138,7 +162,7 @@ void DefinitionEditor::SetLocalized(const JSONOutline& owner, std::string_view k
     }
     const auto& entries = list->children;
     for (std::size_t i = entries.size(); i-- > 0;) { // the last entry of a locale counts
-        if (entries[i].Is(Kind::kObject) && LocaleOf(entries[i]) == locale) {
+        if (LocaleOf(entries[i]) == locale) {
             splice_.SetMember(entries[i], CAPSULE_STR_STR, ToJSON(text));
             return;
         }
@@ -159,12 +183,11 @@ const JSONOutline& DefinitionEditor::FindControl(std::string_view assignment, st
     }
     static const JSONOutline kNoControls;
     const JSONOutline* list = splice_.Root().Find(CAPSULE_CONTROLS_STR);
-    std::string known;
+    std::vector<std::string> known;
     std::map<std::string, std::vector<const JSONOutline*>> byId;
     for (const JSONOutline& control : (list != nullptr ? *list : kNoControls).children) {
-        const std::string id = Decoded(control.Find(CAPSULE_CONTROL_ID_STR));
-        byId[id].push_back(&control);
-        known += (known.empty() ? "" : ", ") + id;
+        known.push_back(Decoded(control.Find(CAPSULE_CONTROL_ID_STR)));
+        byId[known.back()].push_back(&control);
     }
     for (idLength = first; idLength != assignment.npos; idLength = assignment.find('=', idLength + 1)) {
         const auto found = byId.find(std::string(assignment.substr(0, idLength)));
@@ -176,7 +199,7 @@ const JSONOutline& DefinitionEditor::FindControl(std::string_view assignment, st
         }
     }
     throw UsageError("there is no control \"" + std::string(assignment.substr(0, first)) +
-                     (known.empty() ? "\"" : "\"; there are: " + known));
+                     (known.empty() ? "\"" : "\"; there are: " + Named(known)));
 }
 
 void DefinitionEditor::SetValue(const JSONOutline& control, std::string_view input, const std::string& locale,

@@ -25,6 +25,9 @@ public:
 
     JSONOutline Document()
     {
+        if (text_.size() - at_ > orvcore::serialization::kMaxJSONSize) {
+            Fail("the text is larger than readers take");
+        }
         JSONOutline root = Value(0);
         SkipSpace();
         if (at_ != text_.size()) {
@@ -57,14 +60,22 @@ private:
 
     JSONOutline Value(std::size_t depth)
     {
+        if (depth > orvcore::serialization::kMaxJSONDepth) {
+            Fail("objects and lists are nested too deep");
+        }
+        if (++values_ > orvcore::serialization::kMaxJSONValues) {
+            Fail("there are more values than readers take");
+        }
         SkipSpace();
         JSONOutline value;
         value.begin = at_;
         switch (Peek()) {
         case '{':
+            value.kind = JSONOutline::Kind::kObject;
             Members(value, depth + 1);
             break;
         case '[':
+            value.kind = JSONOutline::Kind::kArray;
             Elements(value, depth + 1);
             break;
         case '"':
@@ -89,18 +100,9 @@ private:
         return true;
     }
 
-    void Open(JSONOutline& value, JSONOutline::Kind kind, std::size_t depth)
-    {
-        if (depth > orvcore::serialization::kMaxJSONDepth) {
-            Fail("objects and lists are nested too deep");
-        }
-        value.kind = kind;
-        ++at_;
-    }
-
     void Members(JSONOutline& object, std::size_t depth)
     {
-        Open(object, JSONOutline::Kind::kObject, depth);
+        ++at_;
         if (Closes('}')) {
             return;
         }
@@ -121,7 +123,7 @@ private:
 
     void Elements(JSONOutline& array, std::size_t depth)
     {
-        Open(array, JSONOutline::Kind::kArray, depth);
+        ++at_;
         if (Closes(']')) {
             return;
         }
@@ -228,6 +230,7 @@ private:
 
     std::string_view text_;
     std::size_t at_;
+    std::size_t values_ = 0;
 };
 
 } // namespace

@@ -26,19 +26,6 @@ Problem FromFailure(const ZipFailure& failure)
     return {std::string(orvstorage::NameOf(failure.error)), failure.Reason(), failure.entry};
 }
 
-// Adds a problem that has not been told: what is wrong with an entry shows again in every way of reading it, and for
-// each of several entries of one name.
-void AddOnce(Problem problem, Problems& problems)
-{
-    const bool isKnown = std::any_of(problems.begin(), problems.end(), [&](const Problem& other) {
-        return other.code == problem.code && other.entry == problem.entry &&
-               (!problem.entry.empty() || other.text == problem.text);
-    });
-    if (!isKnown) {
-        problems.push_back(std::move(problem));
-    }
-}
-
 // Entries "stem.ext" and "stem_LOCALE.ext" with content count.
 bool HasPart(const std::vector<ZipEntry>& entries, std::u8string_view stem,
              std::initializer_list<std::u8string_view> extensions)
@@ -60,7 +47,7 @@ Template Open(const std::string& file)
         return {file, orvcapsule::CapsuleZip(ToPath(file)), false, {}, {}, {}};
     } catch (const std::filesystem::filesystem_error& error) {
         Definition none;
-        none.refusals.push_back({"CannotOpen", error.code().message()});
+        none.refusals.Add({"CannotOpen", error.code().message()});
         return {file, orvcapsule::CapsuleZip(u8""), false, {}, {}, std::move(none)};
     }
 }
@@ -74,9 +61,8 @@ Template Need(Template opened, bool isGood)
     return opened;
 }
 
-} // namespace
-
-Template ReadTemplate(const std::string& file)
+// Opens a package and reads its definition's text; tells in the definition's refusals why it could not.
+Template ReadText(const std::string& file)
 {
     Template read = Open(file);
     Problems& refusals = read.definition.refusals;
@@ -85,14 +71,23 @@ Template ReadTemplate(const std::string& file)
     }
     read.entries = read.package.GetArchive().GetEntries();
     if (const ZipFailure failure = read.package.GetLastFailure()) {
-        refusals.push_back(FromFailure(failure));
+        refusals.Add(FromFailure(failure));
         return read;
     }
     read.isArchive = true;
     read.text = read.package.GetZELTDescriptionJSON();
     if (const ZipFailure failure = read.package.GetLastFailure()) {
-        refusals.push_back(FromFailure(failure));
-    } else {
+        refusals.Add(FromFailure(failure));
+    }
+    return read;
+}
+
+} // namespace
+
+Template ReadTemplate(const std::string& file)
+{
+    Template read = ReadText(file);
+    if (read.definition.refusals.empty()) {
         read.definition = ReadDefinition(read.text);
     }
     return read;
@@ -114,17 +109,18 @@ Template NeedCapsule(const std::string& file)
 
 Problems CheckTemplate(const std::string& file)
 {
-    const Template read = ReadTemplate(file);
+    const Template read = ReadText(file);
     if (!read.isArchive) {
         return read.definition.refusals;
     }
     Problems problems;
     for (const ZipFailure& failure : read.package.GetArchive().Check(true)) {
-        AddOnce(FromFailure(failure), problems);
+        problems.Add(FromFailure(failure));
     }
-    const Problems ofText = read.text.empty() ? read.definition.refusals : CheckDefinition(read.text);
-    for (const Problem& problem : ofText) {
-        AddOnce(problem, problems);
+    if (read.definition.refusals.empty()) {
+        CheckDefinition(read.text, problems);
+    } else {
+        problems.Add(read.definition.refusals.front());
     }
     CheckParts(read.entries, problems);
     return problems;
@@ -133,10 +129,10 @@ Problems CheckTemplate(const std::string& file)
 void CheckParts(const std::vector<ZipEntry>& entries, Problems& problems)
 {
     if (!HasPart(entries, u8"thumb", {u8".png"})) {
-        problems.push_back({"MissingPoster", "there is no poster (thumb.png)"});
+        problems.Add({"MissingPoster", "there is no poster (thumb.png)"});
     }
     if (!HasPart(entries, u8"project", {u8".tsgraphic", u8".cvgraphic"})) {
-        problems.push_back({"MissingProject", "there is no project (project.tsgraphic or project.cvgraphic)"});
+        problems.Add({"MissingProject", "there is no project (project.tsgraphic or project.cvgraphic)"});
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include <orvcore/Guid.h>
 #include <orvcore/JSONDocument.h>
-#include <orvcore/JSONTextWriter.h>
+#include <orvcore/JSONSink.h>
 #include <orvcore/ParallelFor.h>
 
 #include <algorithm>
@@ -182,21 +182,20 @@ void WriteElements(JSONSink& sink, std::size_t count, const WriteElement& write)
             write(sink, i);
         }
     } else {
-        std::vector<UTF8String> pieces((count + kParallelGrain - 1) / kParallelGrain);
-        ParallelFor(pieces.size(), 1, [&](std::size_t begin, std::size_t end) {
-            for (std::size_t piece = begin; piece < end; ++piece) {
-                JSONTextWriter writer(sink.LastKey(), sink.Depth() - 1);
-                writer.BeginArray();
-                const std::size_t last = std::min(count, (piece + 1) * kParallelGrain);
-                for (std::size_t i = piece * kParallelGrain; i < last; ++i) {
-                    write(writer, i);
+        std::vector<std::unique_ptr<JSONSink>> parts((count + kParallelGrain - 1) / kParallelGrain);
+        ParallelFor(parts.size(), 1, [&](std::size_t begin, std::size_t end) {
+            for (std::size_t part = begin; part < end; ++part) {
+                parts[part] = sink.NewPart();
+                parts[part]->BeginArray();
+                const std::size_t last = std::min(count, (part + 1) * kParallelGrain);
+                for (std::size_t i = part * kParallelGrain; i < last; ++i) {
+                    write(*parts[part], i);
                 }
-                writer.EndArray();
-                pieces[piece] = writer.Take();
+                parts[part]->EndArray();
             }
         });
-        for (const UTF8String& piece : pieces) {
-            sink.RawElements(AsNarrow(piece));
+        for (const auto& part : parts) {
+            sink.AddPart(*part);
         }
     }
     sink.EndArray();

@@ -12,7 +12,6 @@ class JSONDocumentBuilder::Tape {
 public:
     explicit Tape(const simdjson::dom::document& document)
         : next_(document.tape.get() + 1) // past the root's own word
-        , begin_(document.tape.get())
         , texts_(document.string_buf.get())
     {
     }
@@ -21,11 +20,12 @@ public:
 
 private:
     static constexpr std::uint64_t kContent = (std::uint64_t{1} << 56U) - 1;
-    static constexpr std::size_t kCountLimit = 0xFFFFFF; // containers at the limit have to be counted
+    static constexpr std::size_t kMostCounted = 0xFFFFFF;
+    static_assert(kMaxJSONValues < kMostCounted, "the tape tells how many members every container has");
 
     static std::size_t CountOf(std::uint64_t word)
     {
-        return word >> 32U & kCountLimit;
+        return word >> 32U & kMostCounted;
     }
     static char KindOf(std::uint64_t word)
     {
@@ -43,43 +43,17 @@ private:
     {
         return std::bit_cast<Number>(*next_++);
     }
-    std::size_t CountElements(const std::uint64_t* first) const;
     void ReadArray(JSONDocumentBuilder& builder, JSONNode& node, std::string_view key, std::uint64_t word);
     void ReadObject(JSONDocumentBuilder& builder, JSONNode& node, std::string_view key, std::uint64_t word);
 
     const std::uint64_t* next_;
-    const std::uint64_t* begin_;
     const std::uint8_t* texts_;
 };
-
-// How many values stand between `first` and the end of their container: a member of an object counts twice.
-std::size_t JSONDocumentBuilder::Tape::CountElements(const std::uint64_t* first) const
-{
-    std::size_t count = 0;
-    for (;; ++count) {
-        switch (KindOf(*first)) {
-        case ']':
-        case '}':
-            return count;
-        case '[':
-        case '{':
-            first = begin_ + (*first & 0xFFFFFFFFU);
-            break;
-        case 'l':
-        case 'u':
-        case 'd':
-            first += 2;
-            break;
-        default:
-            ++first;
-        }
-    }
-}
 
 void JSONDocumentBuilder::Tape::ReadArray(JSONDocumentBuilder& builder, JSONNode& node, std::string_view key,
                                           std::uint64_t word)
 {
-    const std::size_t count = CountOf(word) < kCountLimit ? CountOf(word) : CountElements(next_);
+    const std::size_t count = CountOf(word);
     JSONNode* const children = builder.SetContainer(node, key, JSONKind::kArray, count);
     for (std::size_t i = 0; i < count; ++i) {
         ReadInto(builder, children[i], {});
@@ -90,7 +64,7 @@ void JSONDocumentBuilder::Tape::ReadArray(JSONDocumentBuilder& builder, JSONNode
 void JSONDocumentBuilder::Tape::ReadObject(JSONDocumentBuilder& builder, JSONNode& node, std::string_view key,
                                            std::uint64_t word)
 {
-    const std::size_t count = CountOf(word) < kCountLimit ? CountOf(word) : CountElements(next_) / 2;
+    const std::size_t count = CountOf(word);
     JSONNode* const children = builder.SetContainer(node, key, JSONKind::kObject, count);
     for (std::size_t i = 0; i < count; ++i) {
         const std::string_view name = TextAt(*next_++);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <orvcore/JSONTextWriter.h>
 #include <orvcore/JSONTreeBuilder.h>
 #include <orvcore/detail/JSONCodec.h>
 #include <orvcore/detail/SameText.h>
@@ -243,13 +244,13 @@ private:
     static void WriteRow(const Row& row, JSONSink& sink, const Record& record, UnknownKeys::const_iterator& next,
                          UnknownKeys::const_iterator end)
     {
+        for (; next != end && next->first < row.key; ++next) {
+            WriteUnknown(sink, *next);
+        }
+        if (next != end && next->first == row.key) {
+            ++next; // the record's own value holds, also where it is not written
+        }
         if constexpr (!std::is_same_v<std::remove_cvref_t<decltype(row.write)>, NotWritten>) {
-            for (; next != end && next->first < row.key; ++next) {
-                WriteUnknown(sink, *next);
-            }
-            if (next != end && next->first == row.key) {
-                ++next; // the record's own value holds, also where it is not written
-            }
             if (row.condition(record)) {
                 sink.PlainKey(row.key);
                 row.write(sink, record);

@@ -1,0 +1,101 @@
+#include <sources/detail/ListedDefinition.h>
+
+#include <capsule/Serialization.h>
+#include <package/PackageNames.h>
+#include <sources/detail/EntryFields.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+
+namespace orvcapsule::detail {
+
+namespace {
+
+// Bytes of definition text that all threads may have in hand. While it is read, a text that is made for the purpose
+// takes about 60 times its size.
+class TextBudget {
+public:
+    void Take(std::uint64_t bytes)
+    {
+        std::unique_lock lock(mutex_);
+        given_.wait(lock, [&] { return left_ >= bytes; });
+        left_ -= bytes;
+    }
+    void Give(std::uint64_t bytes)
+    {
+        {
+            const std::lock_guard lock(mutex_);
+            left_ += bytes;
+        }
+        given_.notify_all();
+    }
+
+    static constexpr std::uint64_t kAll = std::uint64_t{2} << 20U;
+
+private:
+    std::mutex mutex_;
+    std::condition_variable given_;
+    std::uint64_t left_ = kAll;
+};
+
+// What one thread has of the budget. A text as large as the budget or larger takes all of it.
+class BudgetShare {
+public:
+    explicit BudgetShare(std::uint64_t bytes)
+        : bytes_(std::min(bytes, TextBudget::kAll))
+    {
+        Budget().Take(bytes_);
+    }
+    BudgetShare(const BudgetShare&) = delete;
+    BudgetShare& operator=(const BudgetShare&) = delete;
+    ~BudgetShare()
+    {
+        Budget().Give(bytes_);
+    }
+
+private:
+    static TextBudget& Budget()
+    {
+        static TextBudget& budget = *new TextBudget; // never destroyed: a worker may outlive static objects
+        return budget;
+    }
+    std::uint64_t bytes_;
+};
+
+bool Fill(CapsuleEntry& entry, const orvcore::UTF8String& text)
+{
+    try {
+        const std::shared_ptr<Capsule> capsule = serialization::CapsuleFromJson(text);
+        if (capsule) {
+            FillFromCapsule(entry, *capsule);
+        }
+        return capsule != nullptr;
+    } catch (const std::exception&) { // what its reader gives up
+        return false;
+    }
+}
+
+} // namespace
+
+bool FillFromDefinition(CapsuleEntry& entry, const CapsuleZip& package, const std::function<bool()>& stop)
+{
+    // Nearly all definitions are of the first size; the size of one is known when it was found too large.
+    for (const std::uint64_t size :
+         {std::uint64_t{32} << 10U, std::uint64_t{512} << 10U, std::uint64_t{orvcore::serialization::kMaxJSONSize}}) {
+        const BudgetShare share(size);
+        if (stop()) {
+            return false;
+        }
+        const auto text = package.GetArchive().UnzipText(kJSONFileName, size);
+        if (text && !text->empty()) {
+            return Fill(entry, *text);
+        }
+        if (package.GetLastFailure().error != orvstorage::ZipError::EntryTooLarge) {
+            return false;
+        }
+    }
+    return false;
+}
+
+} // namespace orvcapsule::detail
