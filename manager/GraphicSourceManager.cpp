@@ -49,7 +49,11 @@ void GraphicSourceManager::Shutdown()
     executor_->Release();
 
     const std::lock_guard lock(lock_);
-    for (const SourcePtr& source : CopySources()) {
+    // A source leaves the list before it is asked to end: one whose end fails every time does not keep a further call
+    // from ending the others and closing the index.
+    while (!sources_.empty()) {
+        const SourcePtr source = sources_.front();
+        sources_.erase(sources_.begin());
         source->Terminate();
     }
     if (!databasePath_.empty()) {
@@ -57,7 +61,6 @@ void GraphicSourceManager::Shutdown()
         databasePath_.clear();
         hasIndex_ = false;
     }
-    sources_.clear();
 }
 
 void GraphicSourceManager::AddGraphicSource(const SourcePtr& source)

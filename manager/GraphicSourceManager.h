@@ -72,7 +72,8 @@ public:
 
     /// Ends the manager: cancels all requests, starts no further task, terminates the sources in the order in which
     /// they were added and closes the search index. It does not wait for a task in progress, which finds its request
-    /// cancelled at its next check. A second call is harmless. What a source throws passes.
+    /// cancelled at its next check. A second call is harmless. What a source throws from its `Terminate` passes; the
+    /// next call goes on with the sources after it.
     void Shutdown();
 
     /// @name Sources and filters

@@ -4,7 +4,6 @@
 #include <orvcore/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
-#include <orvstorage/SQLiteCodes.h>
 #include <sources/detail/IndexSession.h>
 
 #include <algorithm>
@@ -101,20 +100,6 @@ int ProgressInterval()
     return static_cast<int>(std::clamp<std::int64_t>(interval, 0, std::numeric_limits<int>::max()));
 }
 
-bool Succeeded(orvmetadatadb::ResultCode code) noexcept
-{
-    return code >= 0 || code == orvmetadatadb::kRowExists;
-}
-
-enum class Health { Healthy, Damaged };
-
-Health CheckHealth(const RapidFindDB& database, bool succeeded)
-{
-    const bool damaged = !succeeded && database.GetDBErrorCode() == orvmetadatadb::DBErrorCode::Storage &&
-                         database.GetSQLiteErrorCode() == orvstorage::sqlite::kCorrupt;
-    return damaged ? Health::Damaged : Health::Healthy;
-}
-
 // Runs `operation` on the database, if there is one. Searching is a convenience: whatever goes wrong in it (memory
 // running out, say) ends the operation and not the host.
 template <class Operation>
@@ -137,8 +122,7 @@ void Release(const Handle& handle) noexcept
 
 void Prepare(RapidFindDB& database, const orvcore::UTF16String& path)
 {
-    const bool opened = Succeeded(database.Open(path));
-    if (!opened || CheckHealth(database, opened) == Health::Damaged) {
+    if (database.Open(path) < 0) {
         return;
     }
     database.SetSynchronousMode(false);
@@ -154,10 +138,7 @@ void Insert(std::optional<std::uint64_t> session, const orvcore::UTF8String& pat
     }
     OnDatabase(session, [&](RapidFindDB& database) {
         const auto key = orvmetadatadb::FixEscapeSequences(orvcore::ToUTF16(path));
-        const bool inserted = Succeeded(database.InsertRow(key, {orvcore::ToUTF16(text)}));
-        if (!inserted) {
-            CheckHealth(database, inserted);
-        }
+        database.InsertRow(key, {orvcore::ToUTF16(text)});
     });
 }
 
@@ -225,10 +206,7 @@ void QueryRapidFindDB(const std::vector<orvcore::UTF16String>& terms, std::set<o
             conditions.push_back({term, Tables(), {orvmetadatadb::MatchCondition::kContains}});
         }
         std::vector<orvcore::UTF16String> keys;
-        const bool matched = Succeeded(database.Match(conditions, orvmetadatadb::kMatchAll, keys));
-        if (CheckHealth(database, matched) == Health::Damaged) {
-            return;
-        }
+        database.Match(conditions, orvmetadatadb::kMatchAll, keys); // none after a failure
         // The keys come in the set's order, so that each finds its place at once.
         for (orvcore::UTF16String& key : keys) {
             matches.insert(matches.end(), std::move(key));
@@ -240,13 +218,12 @@ void GetTags(const orvcore::UTF16String& prefix, std::set<orvcore::UTF16String>&
 {
     OnDatabase(std::nullopt, [&](RapidFindDB& database) {
         std::vector<orvmetadatadb::SimilarItem> items;
-        const bool found = Succeeded(database.GetSimilarList(prefix, kMostTags, Tables(), items, 0));
+        database.GetSimilarList(prefix, kMostTags, Tables(), items, 0); // none after a failure
         for (const orvmetadatadb::SimilarItem& item : items) {
             if (!item.text.empty()) {
                 tags.insert(orvcore::ToLowerCase(item.text));
             }
         }
-        CheckHealth(database, found);
     });
 }
 

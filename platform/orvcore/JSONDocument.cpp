@@ -10,6 +10,15 @@
 
 namespace orvcore::serialization {
 
+namespace {
+
+// The parser library keeps its choice of instructions in a static object that it destroys at exit. Choosing when this
+// library is loaded makes that object older than the executors' exit handler, which gives running tasks time to end: so
+// it outlives them. Made by the first parsing, it would die before the handler runs.
+[[maybe_unused]] const bool kHasChosen = !simdjson::get_active_implementation()->name().empty();
+
+} // namespace
+
 struct JSONDocument::Storage {
     simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
     NodeArena arena;

@@ -56,11 +56,7 @@ public:
     bool IsTable(const std::vector<orvcore::UTF16String>& tables) const
     {
         const std::lock_guard lock(mutex_);
-        return tables.size() == 1 && tables[0] == table_;
-    }
-    void SetTable(const orvcore::UTF16String& table)
-    {
-        table_ = table;
+        return tables.size() == 1 && tables[0] == store_.Table();
     }
 
     void Interrupt() noexcept
@@ -89,7 +85,6 @@ private:
 
     mutable std::mutex mutex_;
     detail::IndexStore store_;
-    orvcore::UTF16String table_;
     DBErrorCode error_ = DBErrorCode::None;
     int sqliteError_ = orvstorage::sqlite::kOk;
 };
@@ -130,7 +125,6 @@ ResultCode RapidFindDB::UpdateTable(const std::vector<orvcore::UTF16String>& tab
     const bool valid = tables.size() == 1 && !tables[0].empty();
     return impl_->RunOpen(valid, [&](detail::IndexStore& store) {
         store.UseTable(tables[0]);
-        impl_->SetTable(tables[0]);
         return kSuccess;
     });
 }

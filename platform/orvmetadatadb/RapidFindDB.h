@@ -38,7 +38,8 @@ enum class DBErrorCode : int {
 /// All searches run in memory, which is filled from the file by the first operation that needs it (about half a second
 /// for half a million rows) and follows it from then on. Rows are written in groups of 64; a search sees every earlier
 /// insert and deletion of its own object at once, and those of other objects and processes on the same file as soon as
-/// their group is written. The last group is written by the next search, or when the object is destroyed.
+/// their group is written. The last group is written by the next search, or when the object is destroyed; that waits at
+/// most 10 ms for a lock held elsewhere, and gives up what it cannot write.
 ///
 /// The file is a cache. One that is damaged beyond use, or of another version, is renamed to the same name with
 /// ".damaged" appended and replaced by an empty one: by `Open` when that shows on opening, else by `DeleteTable`. A
@@ -82,8 +83,10 @@ public:
     /// Removes all rows of `key`, which need not have any.
     ResultCode DeleteRow(const orvcore::UTF16String& key);
 
-    /// Removes the table in use with all its rows; `UpdateTable` takes one into use again. Also the remedy for a
-    /// damaged file, see above. (In the file an empty table stays, so that no other process finds it missing.)
+    /// Removes the table in use with all its rows; `UpdateTable` takes one into use again. No search finds the rows from
+    /// then on, also when the file cannot be written: while it is locked elsewhere the removal waits as inserts do, and
+    /// after another failure until a new call or the end of the object. Also the remedy for a damaged file, see above.
+    /// (In the file an empty table stays, so that no other process finds it missing.)
     ResultCode DeleteTable();
 
     /// Sets `keys` to the keys that fulfil the conditions combined by `matchOperator` (a MatchOperator), without

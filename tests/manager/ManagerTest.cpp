@@ -74,11 +74,20 @@ TEST_F(ManagerTest, KnowsItsSourcesUntilShutdown)
 
 TEST_F(ManagerTest, ShutdownKeepsTwoCallbacksAndPassesWhatASourceThrows)
 {
-    const auto source = Add("fake");
-    source->onTerminate = [] { throw std::runtime_error("cannot end"); };
+    std::string ended;
+    for (const char* id : {"a", "b", "c", "d"}) {
+        Add(id)->onTerminate = [&ended, id] {
+            ended += id;
+            if (std::string("bc").find(id) != std::string::npos) {
+                throw std::runtime_error("cannot end");
+            }
+        };
+    }
     EXPECT_THROW(manager->Shutdown(), std::runtime_error);
-    source->onTerminate = [] {};
+    EXPECT_EQ(ended, "ab");
+    EXPECT_THROW(manager->Shutdown(), std::runtime_error);
     manager->Shutdown();
+    EXPECT_EQ(ended, "abcd");
     EXPECT_EQ(partial.use_count(), 2);
     EXPECT_EQ(directory.use_count(), 2);
     EXPECT_EQ(local.use_count() + stock.use_count() + database.use_count() + tags.use_count(), 4);

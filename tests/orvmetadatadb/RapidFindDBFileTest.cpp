@@ -135,6 +135,14 @@ TEST_F(RapidFindDBFileTest, ADeletionReachesWhatAnotherObjectWrote)
              save(two);
          },
          {u"c"}},
+        {"a row that the other has deleted comes again",
+         [&](RapidFindDB& one, RapidFindDB& two) {
+             EXPECT_EQ(two.DeleteRow(u"a"), 0);
+             save(two);
+             insert(one, u"a", u"text");
+             EXPECT_EQ(one.InsertRow(u"b", {u"text"}), orvmetadatadb::kRowExists);
+         },
+         {u"a", u"b"}},
         {"numbers that come free are given again",
          [&](RapidFindDB& one, RapidFindDB& two) {
              EXPECT_EQ(one.DeleteRow(u"b"), 0);
@@ -297,6 +305,82 @@ TEST_F(RapidFindDBFileTest, AFileLockedElsewhereKeepsRowsInMemory)
     sqlite3_close(other);
     Find(index, {u"x"});
     EXPECT_EQ(Find(second, {u"waiting"}).size(), 200U);
+    ASSERT_EQ(sqlite3_open((folder / "index.db").string().c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    ASSERT_EQ(index.InsertRow(u"lost", {u"text"}), 0);
+    ASSERT_EQ(index.DeleteTable(), 0); // waits too
+    ASSERT_EQ(index.DeleteTable(), 0);
+    ASSERT_EQ(index.UpdateTable(test::kTables), 0);
+    ASSERT_EQ(index.InsertRow(u"after", {u"text"}), 0);
+    EXPECT_EQ(Find(index, {u""}), Texts{u"after"});
+    ASSERT_EQ(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(other);
+    Find(index, {u"x"});
+    EXPECT_EQ(Find(second, {u""}), Texts{u"after"});
+}
+
+// In a file without a write-ahead log a reader lets a group be written and refuses its end.
+TEST_F(RapidFindDBFileTest, AGroupThatFailsAtItsEndIsWrittenLater)
+{
+    MakeFile(1);
+    Sql("PRAGMA journal_mode=DELETE");
+    sqlite3* reader = nullptr;
+    ASSERT_EQ(sqlite3_open((folder / "index.db").string().c_str(), &reader), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(reader, "BEGIN; SELECT * FROM nametable", nullptr, nullptr, nullptr), SQLITE_OK);
+    RapidFindDB index;
+    ASSERT_EQ(Start(index), 0);
+    for (int i = 0; i < 64; ++i) {
+        ASSERT_EQ(index.InsertRow(u"k" + orvcore::ToUTF16(std::to_string(i / 2)), {i % 2 == 0 ? u"late a" : u"late b"}),
+                  0);
+    }
+    RapidFindDB second;
+    EXPECT_EQ(Start(second), 0);
+    EXPECT_EQ(Find(second, {u"late"}), Texts{});
+    ASSERT_EQ(sqlite3_exec(reader, "COMMIT", nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(reader);
+    ASSERT_EQ(index.InsertRow(u"k0", {u"late c"}), 0);
+    EXPECT_EQ(Find(index, {u"late"}).size(), 32U);
+    EXPECT_EQ(Find(second, {u"late"}), Find(index, {u"late"}));
+    EXPECT_EQ(Find(second, {u"late c"}), Texts{u"k0"});
+}
+
+// What another program put into the schema of the file gets no more rights than the file itself.
+TEST_F(RapidFindDBFileTest, AnUntrustedSchemaDoesNotRun)
+{
+    const char* const schemas[] = {
+        "CREATE VIRTUAL TABLE words USING fts5(x);"
+        "CREATE TRIGGER t AFTER INSERT ON nametable BEGIN INSERT INTO words_content VALUES(5,'x'); END",
+        "CREATE TRIGGER t AFTER INSERT ON nametable BEGIN SELECT count(*) FROM pragma_table_list; END",
+    };
+    for (const char* schema : schemas) {
+        MakeFile(1);
+        Sql(schema);
+        RapidFindDB index;
+        EXPECT_EQ(Start(index), orvmetadatadb::kStorageFailed) << schema;
+        index.Open(u":memory:");
+        std::filesystem::remove(folder / "index.db");
+    }
+}
+
+TEST_F(RapidFindDBFileTest, AListOfManyChangesIsWrittenAnew)
+{
+    RapidFindDB index;
+    RapidFindDB second;
+    ASSERT_EQ(Start(index), 0);
+    ASSERT_EQ(Start(second), 0);
+    Fill(index, 100);
+    Find(second, {u"text"});
+    for (int i = 0; i < 33000; ++i) {
+        ASSERT_EQ(index.DeleteRow(u"key7"), 0);
+        ASSERT_EQ(index.InsertRow(u"key7", {u"text 7"}), 0);
+    }
+    Sql("CREATE TABLE few(n CHECK(n < 2000)); INSERT INTO few SELECT count(*) FROM nametable; DROP TABLE few");
+    ASSERT_EQ(index.DeleteRow(u"key8"), 0);
+    EXPECT_EQ(Find(index, {u"text"}).size(), 99U);
+    EXPECT_EQ(Find(second, {u"text"}), Find(index, {u"text"}));
+    RapidFindDB reader;
+    ASSERT_EQ(Start(reader), 0);
+    EXPECT_EQ(Find(reader, {u"text"}), Find(index, {u"text"}));
 }
 
 TEST_F(RapidFindDBFileTest, AFullFileRefusesRowsAndSearchesOn)
@@ -313,8 +397,15 @@ TEST_F(RapidFindDBFileTest, AFullFileRefusesRowsAndSearchesOn)
     EXPECT_EQ(failures, 37); // the 64th, which completes the group, and all after it
     EXPECT_EQ(index.GetDBErrorCode(), DBErrorCode::Storage);
     EXPECT_EQ(Find(index, {u"text"}).size(), 64U);
+    EXPECT_EQ(index.DeleteTable(), orvmetadatadb::kStorageFailed);
+    ASSERT_EQ(index.UpdateTable(test::kTables), 0);
+    EXPECT_EQ(Find(index, {u"text"}), Texts{}); // though the file has them still
     Sql("DROP TRIGGER full");
+    RapidFindDB second;
+    ASSERT_EQ(Start(second), 0);
+    EXPECT_EQ(Find(second, {u"text"}).size(), 64U);
     ASSERT_EQ(index.DeleteTable(), 0);
+    EXPECT_EQ(Find(second, {u"text"}), Texts{});
     ASSERT_EQ(index.UpdateTable(test::kTables), 0);
     Fill(index, 64);
     EXPECT_EQ(Find(index, {u"text"}).size(), 64U);

@@ -117,6 +117,10 @@ TEST_F(RapidFindDBTest, RowsAreASet)
     EXPECT_EQ(index.InsertRow(u"k", {u"Title"}), orvmetadatadb::kRowExists);
     EXPECT_EQ(index.InsertRow(u"k", {u"title"}), orvmetadatadb::kSuccess);
     EXPECT_EQ(Find(index, {u"title"}), Texts{u"k"});
+    EXPECT_EQ(index.DeleteRow(u""), orvmetadatadb::kSuccess); // no key's
+    RapidFindDB second;
+    ASSERT_EQ(Start(second), 0);
+    EXPECT_EQ(Find(index, {u"title"}), Find(second, {u"title"}));
     EXPECT_EQ(index.DeleteRow(u"k"), orvmetadatadb::kSuccess);
     EXPECT_EQ(index.DeleteRow(u"k"), orvmetadatadb::kSuccess);
     EXPECT_EQ(Find(index, {u"title"}), Texts{});
@@ -142,6 +146,20 @@ TEST_F(RapidFindDBTest, AKeyOfManyRowsIsASetToo)
     insertAll(orvmetadatadb::kSuccess);
     insertAll(orvmetadatadb::kRowExists);
     EXPECT_EQ(Find(index, {u"text 999"}), (Texts{u"few", u"many", u"more"}));
+}
+
+// Big answers come from a lasting order of all keys, into which later ones are merged.
+TEST_F(RapidFindDBTest, BigAnswersStayInOrderAsRowsCome)
+{
+    std::set<std::u16string> expected;
+    for (int batch = 0; batch < 3; ++batch) {
+        for (int i = batch; i < 1500; i += 3) {
+            const auto key = orvcore::ToUTF16(std::to_string(i * 7919 % 1500));
+            Insert(key, {u"text"});
+            expected.insert(key);
+        }
+        EXPECT_EQ(Find(index, {u"text"}), Texts(expected.begin(), expected.end())) << batch;
+    }
 }
 
 TEST_F(RapidFindDBTest, CallsThatDoNotFitAreRefused)

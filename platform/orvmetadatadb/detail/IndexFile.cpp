@@ -5,17 +5,18 @@
 
 #include <sqlite3.h>
 
+#include <limits>
 #include <string>
 
 namespace orvmetadatadb::detail {
 
 namespace {
 
-// `name` with `suffix` as an SQL identifier: whatever it holds, it names a table.
-std::string Identifier(const std::string& name, const char* suffix)
+// `name` as an SQL identifier: whatever it holds, it names a table.
+std::string Identifier(const std::string& name)
 {
     std::string out = "\"";
-    for (const char c : name + suffix) {
+    for (const char c : name) {
         out.append(c == '"' ? 2 : 1, c);
     }
     return out + '"';
@@ -39,11 +40,11 @@ void PreferWriteAheadLog(Connection& connection)
 
 } // namespace
 
-IndexFile::Format IndexFile::Open(const orvcore::UTF16String& path)
+IndexFile::Format IndexFile::Open(const orvcore::UTF16String& path, int patience)
 {
     Close();
     connection_.Open(path);
-    connection_.SetBusyTimeout(500);
+    connection_.SetBusyTimeout(patience);
     SetUp(connection_);
     const Format format = ReadFormat();
     if (format != Format::Current) {
@@ -51,7 +52,6 @@ IndexFile::Format IndexFile::Open(const orvcore::UTF16String& path)
         return format;
     }
     PreferWriteAheadLog(connection_);
-    dataVersion_.emplace(connection_, "PRAGMA data_version");
     return format;
 }
 
@@ -67,7 +67,7 @@ IndexFile::Format IndexFile::ReadFormat()
         return Format::NotAnIndex;
     }
     // Written before the log comes into use, so that the mark stands in the file itself from the start.
-    Transaction transaction(connection_, Transaction::Kind::Write);
+    Transaction transaction(connection_);
     connection_.Execute(("PRAGMA application_id=" + std::to_string(kApplicationId) +
                          "; PRAGMA user_version=" + std::to_string(kFormatVersion))
                             .c_str());
@@ -78,7 +78,6 @@ IndexFile::Format IndexFile::ReadFormat()
 void IndexFile::Close() noexcept
 {
     table_.reset();
-    dataVersion_.reset();
     connection_.Close();
 }
 
@@ -87,110 +86,82 @@ void IndexFile::UseTable(const orvcore::UTF16String& table)
     table_.reset();
     const std::string name = orvcore::ToNarrow(table);
     Statement exists(connection_, "SELECT count(*) FROM sqlite_schema WHERE type='table' AND name=?");
-    const std::string state = name + "_state";
-    exists.Bind(1, orvcore::AsUTF8(state));
+    exists.Bind(1, orvcore::AsUTF8(name));
     if (exists.Number() == 0) {
         CreateTable(name);
     }
-    const std::string rows = Identifier(name, "");
-    const std::string keys = Identifier(name, "_keys");
+    const std::string changes = Identifier(name);
     const auto prepare = [this](const std::string& sql) { return Statement(connection_, sql); };
     table_ = TableStatements{
-        prepare("SELECT generation FROM " + Identifier(name, "_state")),
-        prepare("UPDATE " + Identifier(name, "_state") + " SET generation=generation+1"),
-        prepare("INSERT INTO " + keys + "(path) VALUES(?)"),
-        prepare("INSERT INTO " + rows + "(key,text) VALUES(?,?)"),
-        prepare("DELETE FROM " + keys + " WHERE id=?"),
-        prepare("DELETE FROM " + rows + " WHERE key=?"),
-        prepare("DELETE FROM " + keys),
-        prepare("DELETE FROM " + rows),
-        prepare("SELECT coalesce(max(id),0) FROM " + keys),
-        prepare("SELECT coalesce(max(id),0) FROM " + rows),
-        prepare("SELECT id,path FROM " + keys + " WHERE id>? ORDER BY id"),
-        prepare("SELECT id,key,text FROM " + rows + " WHERE id>? ORDER BY id"),
+        prepare("SELECT coalesce(min(id),0) FROM " + changes),
+        prepare("SELECT coalesce(max(id),0) FROM " + changes),
+        prepare("SELECT id,path,text FROM " + changes + " WHERE id>? ORDER BY id"),
+        prepare("INSERT INTO " + changes + " VALUES(?,?,?)"),
+        prepare("INSERT INTO " + changes + " VALUES(?,NULL,?)"),
+        prepare("INSERT INTO " + changes + " VALUES(?,?,NULL)"),
+        prepare("DELETE FROM " + changes),
+        prepare("INSERT INTO " + changes + " VALUES(?,NULL,NULL)"),
     };
 }
 
 void IndexFile::CreateTable(const std::string& table)
 {
-    const std::string rows = Identifier(table, "");
-    const std::string keys = Identifier(table, "_keys");
-    const std::string state = Identifier(table, "_state");
-    Transaction transaction(connection_, Transaction::Kind::Write);
-    connection_.Execute(
-        ("CREATE TABLE IF NOT EXISTS " + rows + "(id INTEGER PRIMARY KEY, key INTEGER NOT NULL, text TEXT NOT NULL);" +
-         "CREATE INDEX IF NOT EXISTS " + Identifier(table, "_by_key") + " ON " + rows + "(key);" +
-         "CREATE TABLE IF NOT EXISTS " + keys + "(id INTEGER PRIMARY KEY, path BLOB NOT NULL);" +
-         "CREATE TABLE IF NOT EXISTS " + state + "(id INTEGER PRIMARY KEY, generation INTEGER NOT NULL);" +
-         "INSERT OR IGNORE INTO " + state + " VALUES(1,1)")
-            .c_str());
+    Transaction transaction(connection_);
+    connection_.Execute(("CREATE TABLE IF NOT EXISTS " + Identifier(table) +
+                         "(id INTEGER PRIMARY KEY, path BLOB, text TEXT)")
+                            .c_str());
     transaction.Commit();
 }
 
-std::int64_t IndexFile::DataVersion()
+std::int64_t IndexFile::FirstChange()
 {
-    return dataVersion_->Number();
+    return table_->first.Number();
 }
 
-std::int64_t IndexFile::Generation()
+std::int64_t IndexFile::LastChange()
 {
-    return table_->generation.Number();
+    constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / 2; // no index comes so far
+    const std::int64_t last = table_->last.Number();
+    if (last > kMost) {
+        throw SQLiteError(orvstorage::sqlite::kCorrupt);
+    }
+    return last;
 }
 
-void IndexFile::CountDeletion()
+Statement& IndexFile::ChangesAfter(std::int64_t id)
 {
-    table_->countDeletion.Run();
+    table_->after.Reset(); // a reading that ended half-way
+    table_->after.Bind(1, id);
+    return table_->after;
 }
 
-std::int64_t IndexFile::AddKey(std::u16string_view path)
+void IndexFile::AddRow(std::int64_t id, std::u16string_view path, std::u8string_view text)
 {
-    table_->addKey.BindBytes(1, path);
-    table_->addKey.Run();
-    return sqlite3_last_insert_rowid(connection_.Handle());
+    table_->add.Bind(1, id);
+    table_->add.BindBytes(2, path);
+    table_->add.Bind(3, text);
+    table_->add.Run();
 }
 
-std::int64_t IndexFile::AddRow(std::int64_t key, std::u8string_view text)
+void IndexFile::AddRowOfSameKey(std::int64_t id, std::u8string_view text)
 {
-    table_->addRow.Bind(1, key);
-    table_->addRow.Bind(2, text);
-    table_->addRow.Run();
-    return sqlite3_last_insert_rowid(connection_.Handle());
+    table_->addToSame.Bind(1, id);
+    table_->addToSame.Bind(2, text);
+    table_->addToSame.Run();
 }
 
-void IndexFile::RemoveKey(std::int64_t key)
+void IndexFile::RemoveKey(std::int64_t id, std::u16string_view path)
 {
-    table_->removeRows.Bind(1, key);
-    table_->removeRows.Run();
-    table_->removeKey.Bind(1, key);
+    table_->removeKey.Bind(1, id);
+    table_->removeKey.BindBytes(2, path);
     table_->removeKey.Run();
 }
 
-void IndexFile::RemoveAll()
+void IndexFile::RemoveAll(std::int64_t id)
 {
-    table_->removeAllRows.Run();
-    table_->removeAllKeys.Run();
-}
-
-std::int64_t IndexFile::LastKey()
-{
-    return table_->lastKey.Number();
-}
-
-std::int64_t IndexFile::LastRow()
-{
-    return table_->lastRow.Number();
-}
-
-Statement& IndexFile::KeysAfter(std::int64_t id)
-{
-    table_->keysAfter.Bind(1, id);
-    return table_->keysAfter;
-}
-
-Statement& IndexFile::RowsAfter(std::int64_t id)
-{
-    table_->rowsAfter.Bind(1, id);
-    return table_->rowsAfter;
+    table_->dropAll.Run();
+    table_->removeAll.Bind(1, id);
+    table_->removeAll.Run();
 }
 
 } // namespace orvmetadatadb::detail

@@ -11,21 +11,30 @@ namespace orvmetadatadb::detail {
 
 /// The database file of one index and the statements that read and write it.
 ///
-/// A table T is kept as `T` (id, key, text), a row for each indexed text; `T_keys` (id, path as UTF-16 bytes), a row
-/// for each key; and `T_state`, whose one row counts the deletions. Numbers are given in ascending order and none comes
-/// back without a deletion, so that a reader who knows the count is unchanged reads only rows above the last one it has
-/// seen. Operations throw SQLiteError and belong into a transaction of the caller's. Not thread-safe.
+/// A table is a list of changes, from the first to the last, that together make its rows. Changes are only added at the
+/// end, so a reader goes on after the last one it has seen, and writers need to know nothing of each other. A removal of
+/// all rows empties the list and stays as its only change: the numbers go on from it and never come back.
+///
+/// | path | text | the change |
+/// |---|---|---|
+/// | there | there | adds a row |
+/// | NULL | there | adds a row to the same key as the change before it |
+/// | there | NULL | removes a key's rows |
+/// | NULL | NULL | removes all rows |
+///
+/// Paths are UTF-16 code units as bytes, texts UTF-8. Operations throw SQLiteError; those that write belong into a
+/// transaction of the caller's. Not thread-safe.
 class IndexFile {
 public:
     /// "ORVF", in the file's header: the file is a search index.
     static constexpr std::uint32_t kApplicationId = 0x4F525646;
-    static constexpr int kFormatVersion = 1;
+    static constexpr int kFormatVersion = 2;
 
     enum class Format { Current, OtherVersion, NotAnIndex };
 
-    /// Opens or creates the file, not waiting for the disk until told to. Unless the result is `Current`, the file is
-    /// closed again, unchanged.
-    Format Open(const orvcore::UTF16String& path);
+    /// Opens or creates the file, not waiting for the disk until told to, and for another connection's lock at most
+    /// `patience` milliseconds. Unless the result is `Current`, the file is closed again, unchanged.
+    Format Open(const orvcore::UTF16String& path, int patience);
     void Close() noexcept;
     Connection& GetConnection() noexcept
     {
@@ -38,46 +47,33 @@ public:
 
     /// Makes `table` the one in use, created when it is missing. Begins its own transaction.
     void UseTable(const orvcore::UTF16String& table);
-    void ForgetTable() noexcept
-    {
-        table_.reset();
-    }
     bool HasTable() const noexcept
     {
         return table_.has_value();
     }
 
-    /// Differs from the last result when another connection has changed the file meanwhile.
-    std::int64_t DataVersion();
-    std::int64_t Generation();
-    void CountDeletion();
+    /// The numbers of the first and the last change, 0 without one. They follow each other without a gap.
+    std::int64_t FirstChange();
+    std::int64_t LastChange();
+    /// The changes (id, path, text) above a number, ascending. Reset after the last.
+    Statement& ChangesAfter(std::int64_t id);
 
-    std::int64_t AddKey(std::u16string_view path);
-    std::int64_t AddRow(std::int64_t key, std::u8string_view text);
-    void RemoveKey(std::int64_t key);
-    void RemoveAll();
-
-    /// The highest numbers in use, 0 where there are none.
-    std::int64_t LastKey();
-    std::int64_t LastRow();
-    /// The keys (id, path) and rows (id, key, text) above a number, ascending. Reset after the last.
-    Statement& KeysAfter(std::int64_t id);
-    Statement& RowsAfter(std::int64_t id);
+    /// Add the change with the number `id`, which is above all others.
+    void AddRow(std::int64_t id, std::u16string_view path, std::u8string_view text);
+    void AddRowOfSameKey(std::int64_t id, std::u8string_view text);
+    void RemoveKey(std::int64_t id, std::u16string_view path);
+    void RemoveAll(std::int64_t id);
 
 private:
     struct TableStatements {
-        Statement generation, countDeletion;
-        Statement addKey, addRow;
-        Statement removeKey, removeRows, removeAllKeys, removeAllRows;
-        Statement lastKey, lastRow;
-        Statement keysAfter, rowsAfter;
+        Statement first, last, after;
+        Statement add, addToSame, removeKey, dropAll, removeAll;
     };
 
     Format ReadFormat();
     void CreateTable(const std::string& table);
 
     Connection connection_;
-    std::optional<Statement> dataVersion_;
     std::optional<TableStatements> table_;
 };
 

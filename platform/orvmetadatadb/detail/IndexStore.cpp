@@ -4,7 +4,7 @@
 #include <orvmetadatadb/detail/Transaction.h>
 #include <orvstorage/SQLiteCodes.h>
 
-#include <algorithm>
+#include <utility>
 
 namespace orvmetadatadb::detail {
 
@@ -12,21 +12,29 @@ namespace codes = orvstorage::sqlite;
 
 namespace {
 
-constexpr int kPatientMilliseconds = 500;
+// How long a lock of another process is waited for, in milliseconds: in general, and by the thread that ends the index,
+// which may be a host's main thread.
+constexpr int kPatience = 500;
+constexpr int kLastPatience = 10;
+// A list of changes this long, of which few still count, is written anew.
+constexpr std::uint64_t kLongList = 65536;
 
 } // namespace
 
 IndexStore::~IndexStore()
 {
-    // An interrupt ends searches; what was inserted before is still written.
-    file_.GetConnection().SetProgressHandler(0, nullptr, nullptr);
-    SaveLast();
+    if (IsOpen()) {
+        // An interrupt ends searches; what was changed before is still written.
+        file_.GetConnection().SetProgressHandler(0, nullptr, nullptr);
+        file_.GetConnection().SetBusyTimeout(kLastPatience);
+        SaveLast();
+    }
 }
 
 void IndexStore::SaveLast() noexcept
 {
     try {
-        if (failure_ == 0 && HasTable()) {
+        if (failure_ != codes::kCorrupt) {
             Save();
         }
     } catch (...) {
@@ -38,6 +46,7 @@ void IndexStore::Open(const orvcore::UTF16String& path)
 {
     SaveLast();
     Forget();
+    isTableInUse_ = false;
     path_ = path;
     OpenOrReplace();
 }
@@ -46,7 +55,7 @@ void IndexStore::OpenOrReplace()
 {
     IndexFile::Format format = IndexFile::Format::OtherVersion;
     try {
-        format = file_.Open(path_);
+        format = file_.Open(path_, kPatience);
     } catch (const SQLiteError& error) {
         file_.Close();
         const bool damaged = error.Code() == codes::kCorrupt || error.Code() == codes::kNotADatabase;
@@ -66,21 +75,31 @@ void IndexStore::OpenOrReplace()
 void IndexStore::Replace()
 {
     file_.Close();
-    if (!SetAside(path_) || file_.Open(path_) != IndexFile::Format::Current) {
+    if (!SetAside(path_) || file_.Open(path_, kPatience) != IndexFile::Format::Current) {
         throw SQLiteError(codes::kCannotOpen);
     }
     ApplySynchronous();
 }
 
+void IndexStore::Forget() noexcept
+{
+    memory_.Clear();
+    lastRead_ = 0;
+    lastKey_.clear();
+    pending_.clear();
+    saveAt_ = kGroupSize;
+    failure_ = 0;
+}
+
 void IndexStore::SetSynchronous(bool synchronous)
 {
-    synchronous_ = synchronous;
+    isSynchronous_ = synchronous;
     ApplySynchronous();
 }
 
 void IndexStore::ApplySynchronous()
 {
-    file_.GetConnection().Execute(synchronous_ ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=OFF");
+    file_.GetConnection().Execute(isSynchronous_ ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=OFF");
 }
 
 void IndexStore::SetProgressHandler(int interval, Connection::ProgressCallback callback, void* context)
@@ -90,73 +109,76 @@ void IndexStore::SetProgressHandler(int interval, Connection::ProgressCallback c
 
 void IndexStore::UseTable(const orvcore::UTF16String& table)
 {
-    if (HasTable()) {
-        Save();
+    if (file_.HasTable() && table == table_) {
+        isTableInUse_ = true; // what is pending for it, its removal included, stays pending
+        return;
     }
+    Save();
     Forget();
+    isTableInUse_ = false;
     try {
         file_.UseTable(table);
     } catch (const SQLiteError& error) {
         failure_ = error.Code();
         throw;
     }
+    table_ = table;
+    isTableInUse_ = true;
 }
 
 void IndexStore::RemoveTable()
 {
     bool damaged = failure_ == codes::kCorrupt;
     Forget();
-    try {
-        if (!damaged && HasTable()) {
-            Transaction transaction(file_.GetConnection(), Transaction::Kind::Write);
-            file_.RemoveAll();
-            file_.CountDeletion();
-            transaction.Commit();
+    isTableInUse_ = false;
+    if (!damaged && file_.HasTable()) {
+        pending_.push_back({Change::Kind::RemoveAll, {}, {}});
+        try {
+            Save();
+        } catch (const SQLiteError& error) {
+            damaged = error.Code() == codes::kCorrupt;
+            if (!damaged && error.Code() != codes::kBusy) {
+                throw;
+            }
         }
-    } catch (const SQLiteError& error) {
-        if (error.Code() != codes::kCorrupt) {
-            throw;
-        }
-        damaged = true;
     }
-    file_.ForgetTable();
     if (damaged) {
+        Forget();
         Replace(); // nothing of the content is wanted any more
+    }
+}
+
+void IndexStore::PrepareChange()
+{
+    if (failure_ != 0) {
+        throw SQLiteError(failure_);
+    }
+    if (lastRead_ == 0) {
+        CatchUp(); // what memory knows decides whether a row is new
     }
 }
 
 bool IndexStore::Insert(std::u16string_view key, std::u16string_view text)
 {
-    if (failure_ != 0) {
-        throw SQLiteError(failure_);
+    PrepareChange();
+    if (!memory_.Insert(key, text)) {
+        CatchUp(); // another process may have deleted it since
+        if (!memory_.Insert(key, text)) {
+            return false;
+        }
     }
-    if (!loaded_) {
-        Refresh();
-    }
-    const MemoryIndex::Inserted inserted = memory_.Insert(memory_.AddKey(key), text);
-    if (inserted.isNew) {
-        newRows_.push_back(inserted.row);
-        SaveWhenDue();
-    }
-    return inserted.isNew;
+    Note({Change::Kind::Add, orvcore::UTF16String(key), orvcore::UTF16String(text)});
+    return true;
 }
 
 void IndexStore::Delete(std::u16string_view key)
 {
-    if (failure_ != 0) {
-        throw SQLiteError(failure_);
+    PrepareChange();
+    if (key.empty()) {
+        return; // has no rows, and no place in the file
     }
-    if (!loaded_) {
-        Refresh();
-    }
-    // Noted even when memory has no such key: another process may have written it since memory was last filled.
-    const std::int64_t fileId = memory_.Delete(key);
-    std::int64_t& gone = goneKeys_.try_emplace(orvcore::UTF16String(key), 0).first->second;
-    if (fileId != 0) {
-        gone = fileId;
-        FindFileId(fileId)->second = kNoKey;
-    }
-    SaveWhenDue();
+    memory_.Delete(key);
+    Note({Change::Kind::RemoveKey, orvcore::UTF16String(key), {}});
 }
 
 std::vector<orvcore::UTF16String> IndexStore::Match(const std::vector<orvcore::UTF8String>& terms)
@@ -171,19 +193,19 @@ std::vector<orvcore::UTF16String> IndexStore::Similar(const orvcore::UTF8String&
     return memory_.Similar(start, count);
 }
 
-void IndexStore::SaveWhenDue()
+void IndexStore::Note(Change change)
 {
-    if (PendingCount() < saveAt_) {
+    pending_.push_back(std::move(change));
+    if (pending_.size() < saveAt_) {
         return;
     }
     try {
         Save();
-        saveAt_ = kGroupSize;
     } catch (const SQLiteError& error) {
         if (error.Code() != codes::kBusy) {
             throw;
         }
-        saveAt_ = PendingCount() * 2; // another process keeps the file: ask less and less often
+        saveAt_ = pending_.size() * 2; // another process keeps the file: ask less and less often
     }
 }
 
@@ -194,80 +216,151 @@ void IndexStore::SaveIfFree()
     try {
         Save();
     } catch (const SQLiteError&) {
-        // A search answers from memory, which has the rows. What failed is remembered and told to the next insert.
+        // A search answers from memory, which has the changes. What failed is remembered and told to the next insert.
     }
-    connection.SetBusyTimeout(kPatientMilliseconds);
+    connection.SetBusyTimeout(kPatience);
 }
 
 void IndexStore::Save()
 {
-    if (PendingCount() == 0) {
+    if (pending_.empty()) {
         return;
     }
+    std::int64_t last = 0;
     try {
-        Transaction transaction(file_.GetConnection(), Transaction::Kind::Write);
-        try {
-            CatchUp();
-            WriteDeletions();
-            WriteRows();
-            transaction.Commit();
-        } catch (...) {
-            loaded_ = false; // memory knows numbers that the file does not have now
-            throw;
-        }
+        Transaction transaction(file_.GetConnection());
+        CatchUp();
+        last = file_.LastChange();
+        last = IsWorthWritingAnew(last) ? WriteAnew(last) : WriteChanges(last);
+        transaction.Commit();
     } catch (const SQLiteError& error) {
         failure_ = error.Code() == codes::kBusy ? 0 : error.Code();
         throw;
     }
-    for (const MemoryIndex::RowId row : newRows_) {
-        memory_[row].stored = true;
-    }
-    newRows_.clear();
-    goneKeys_.clear();
+    lastRead_ = last;
+    pending_.clear();
+    saveAt_ = kGroupSize;
     if (memory_.IsWasteful()) {
-        loaded_ = false;
+        Forget(); // the next operation reads the file anew
     }
 }
 
-// Memory is up to date, so that the numbers of all keys are known that the file has.
-void IndexStore::WriteDeletions()
+// The number of the last change written.
+std::int64_t IndexStore::WriteChanges(std::int64_t last)
 {
-    bool any = false;
-    for (const auto& [key, fileId] : goneKeys_) {
-        if (fileId != 0) {
-            file_.RemoveKey(fileId);
-            any = true;
+    const Change* before = nullptr; // a key's rows mostly come together
+    for (const Change& change : pending_) {
+        ++last;
+        switch (change.kind) {
+        case Change::Kind::Add:
+            if (before != nullptr && before->kind == Change::Kind::Add && before->key == change.key) {
+                file_.AddRowOfSameKey(last, orvcore::ToUTF8(change.text));
+            } else {
+                file_.AddRow(last, change.key, orvcore::ToUTF8(change.text));
+            }
+            break;
+        case Change::Kind::RemoveKey:
+            file_.RemoveKey(last, change.key);
+            break;
+        case Change::Kind::RemoveAll:
+            file_.RemoveAll(last);
+            break;
+        }
+        before = &change;
+    }
+    return last;
+}
+
+// Folders that are relisted again and again would make the list grow for ever. (With a removal of all rows pending,
+// memory is not what the file is to hold, and the removal shortens the list itself.)
+bool IndexStore::IsWorthWritingAnew(std::int64_t last)
+{
+    const auto length = static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(file_.FirstChange());
+    return length > kLongList && length / 4 > memory_.RowCount() && !IsRemovalPending();
+}
+
+std::int64_t IndexStore::WriteAnew(std::int64_t last)
+{
+    file_.RemoveAll(++last);
+    std::u16string_view before;
+    memory_.ForEachRow([&](std::u16string_view key, std::u16string_view text) {
+        if (key == before) {
+            file_.AddRowOfSameKey(++last, orvcore::ToUTF8(text));
+        } else {
+            file_.AddRow(++last, key, orvcore::ToUTF8(text));
+        }
+        before = key;
+    });
+    return last;
+}
+
+void IndexStore::Refresh()
+{
+    if (failure_ == codes::kCorrupt) {
+        throw SQLiteError(failure_);
+    }
+    if (failure_ == 0) {
+        SaveIfFree();
+    }
+    CatchUp();
+}
+
+void IndexStore::CatchUp()
+{
+    if (IsRemovalPending()) {
+        return; // nothing of the file is wanted
+    }
+    const std::int64_t before = lastRead_;
+    int refusal = 0;
+    try {
+        ReadChanges();
+    } catch (const SQLiteError& error) {
+        refusal = error.Code();
+    }
+    if (lastRead_ != before) {
+        for (const Change& change : pending_) {
+            Apply(change);
         }
     }
-    if (!any) {
-        return;
-    }
-    file_.CountDeletion();
-    generation_ = file_.Generation();
-    // Numbers that were the highest are given again, by this process or another.
-    lastKey_ = file_.LastKey();
-    lastRow_ = file_.LastRow();
-    while (!keyOfFileId_.empty() && keyOfFileId_.back().first > lastKey_) {
-        keyOfFileId_.pop_back();
+    if (refusal != 0) {
+        failure_ = refusal == codes::kCorrupt ? refusal : failure_;
+        throw SQLiteError(refusal);
     }
 }
 
-void IndexStore::WriteRows()
+void IndexStore::ReadChanges()
 {
-    std::sort(newRows_.begin(), newRows_.end()); // a row that was deleted and used again is there twice
-    newRows_.erase(std::unique(newRows_.begin(), newRows_.end()), newRows_.end());
-    for (const MemoryIndex::RowId id : newRows_) {
-        const MemoryIndex::Row& row = memory_[id];
-        if (row.text == TextPool::kNone || row.stored) {
-            continue; // deleted again meanwhile
+    Statement& changes = file_.ChangesAfter(lastRead_);
+    while (changes.Step()) {
+        orvcore::UTF16String path = changes.Units(1);
+        const bool isSameKey = path.empty();
+        if (!isSameKey) {
+            lastKey_ = std::move(path);
         }
-        std::int64_t key = memory_.FileId(row.key);
-        if (key == 0) {
-            key = lastKey_ = file_.AddKey(memory_.KeyText(row.key));
-            memory_.SetFileId(row.key, key);
-            keyOfFileId_.emplace_back(key, row.key);
+        const orvcore::UTF16String text = orvcore::ToUTF16(changes.Text(2));
+        if (!text.empty()) {
+            memory_.Insert(lastKey_, text);
+        } else if (isSameKey) {
+            memory_.Clear();
+        } else {
+            memory_.Delete(lastKey_);
         }
-        lastRow_ = file_.AddRow(key, orvcore::ToUTF8(memory_.Text(row.text)));
+        lastRead_ = changes.Integer(0);
+    }
+}
+
+void IndexStore::Apply(const Change& change)
+{
+    switch (change.kind) {
+    case Change::Kind::Add:
+        memory_.Insert(change.key, change.text);
+        break;
+    case Change::Kind::RemoveKey:
+        memory_.Delete(change.key);
+        break;
+    case Change::Kind::RemoveAll:
+        memory_.Clear();
+        break;
     }
 }
 

@@ -6,9 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <map>
-#include <utility>
 #include <vector>
 
 namespace orvmetadatadb::detail {
@@ -16,8 +13,11 @@ namespace orvmetadatadb::detail {
 /// The index: its rows in memory, where searches run, and in the database file, from which memory is filled and to
 /// which changes are written in groups. Operations throw SQLiteError. Not thread-safe, but for `Interrupt`.
 ///
-/// Memory holds what the file held when it was last read, and the changes not yet written. Before a search, and within
-/// the transaction that writes a group, what other connections have written meanwhile is read in.
+/// The file is a list of changes, to which every process on it adds (IndexFile). Memory is what that list makes as far
+/// as it has been read, with this object's own changes applied that are not in it yet. Before those are written, and
+/// before a search, what others have added is read; then the own ones are applied once more, because they will come
+/// last in the file. Applying a change twice does no harm: a row exists once, and what counts for a key is what follows
+/// its last removal. So neither a write that failed nor another writer brings memory and file apart.
 class IndexStore {
 public:
     IndexStore() = default;
@@ -27,6 +27,10 @@ public:
 
     /// Opens or creates the file; one that is damaged beyond use or of another version is set aside and made anew.
     void Open(const orvcore::UTF16String& path);
+    bool IsOpen() const noexcept
+    {
+        return file_.GetConnection().IsOpen();
+    }
     void SetSynchronous(bool synchronous);
     void SetProgressHandler(int interval, Connection::ProgressCallback callback, void* context);
     void Interrupt() noexcept
@@ -37,76 +41,72 @@ public:
     void UseTable(const orvcore::UTF16String& table);
     bool HasTable() const noexcept
     {
-        return file_.HasTable();
+        return isTableInUse_;
     }
-    /// Removes all rows; the table must then be taken into use again. A damaged file is replaced.
+    /// The table that was taken into use last.
+    const orvcore::UTF16String& Table() const noexcept
+    {
+        return table_;
+    }
+    /// Removes all rows; the table must then be taken into use again. While another process keeps the file, the removal
+    /// waits like any other change. A damaged file is replaced.
     void RemoveTable();
 
     /// False when the row is there already. An error in writing a group concerns rows given earlier too.
     bool Insert(std::u16string_view key, std::u16string_view text);
     void Delete(std::u16string_view key);
+
     std::vector<orvcore::UTF16String> Match(const std::vector<orvcore::UTF8String>& terms);
     std::vector<orvcore::UTF16String> Similar(const orvcore::UTF8String& start, std::size_t count);
 
-    bool IsOpen() const noexcept
-    {
-        return file_.GetConnection().IsOpen();
-    }
-
 private:
-    // Measured: a group of this size costs little more for each row than one transaction for all, and the rows that
-    // another process does not see yet, or that a crash loses, stay few.
+    /// As many changes are written in one transaction: fewer cost time, more are unknown to other processes for longer.
     static constexpr std::size_t kGroupSize = 64;
 
-    static constexpr MemoryIndex::KeyId kNoKey = 0xFFFFFFFFU;
-
-    using KeyOfFileId = std::pair<std::int64_t, MemoryIndex::KeyId>;
-    using RowText = std::pair<orvcore::UTF16String, orvcore::UTF16String>;
+    struct Change {
+        enum class Kind { Add, RemoveKey, RemoveAll };
+        Kind kind;
+        orvcore::UTF16String key;
+        orvcore::UTF16String text;
+    };
 
     void OpenOrReplace();
     void Replace();
     void ApplySynchronous();
     void Forget() noexcept;
 
-    /// Brings memory up to date with the file.
-    void Refresh();
-    void CatchUp();
-    void KeepPendingForReplay();
-    void ReplayPending();
-    void LoadKeys();
-    void LoadRows();
-    std::vector<KeyOfFileId>::iterator FindFileId(std::int64_t fileId) noexcept;
-
+    void PrepareChange();
+    void Note(Change change);
     void SaveLast() noexcept;
-    void SaveWhenDue();
     void SaveIfFree();
     void Save();
-    void WriteDeletions();
-    void WriteRows();
-    std::size_t PendingCount() const noexcept
+    std::int64_t WriteChanges(std::int64_t last);
+    std::int64_t WriteAnew(std::int64_t last);
+    bool IsWorthWritingAnew(std::int64_t last);
+    /// It is the first of what is pending then.
+    bool IsRemovalPending() const noexcept
     {
-        return newRows_.size() + goneKeys_.size();
+        return !pending_.empty() && pending_.front().kind == Change::Kind::RemoveAll;
     }
+
+    void Refresh();
+    /// Reads what the file has beyond what was read.
+    void CatchUp();
+    void ReadChanges();
+    void Apply(const Change& change);
 
     orvcore::UTF16String path_;
     IndexFile file_;
-    bool synchronous_ = true;
-    int failure_ = 0; ///< why nothing more is written; 0: nothing failed
+    bool isSynchronous_ = true;
+    orvcore::UTF16String table_;
+    bool isTableInUse_ = false;
 
     MemoryIndex memory_;
-    bool loaded_ = false;
-    std::int64_t dataVersion_ = 0;
-    std::int64_t generation_ = 0;
-    std::int64_t lastKey_ = 0;
-    std::int64_t lastRow_ = 0;
-    std::vector<KeyOfFileId> keyOfFileId_; ///< ascending; kNoKey: the key waits for its deletion
-
-    std::vector<MemoryIndex::RowId> newRows_;
-    /// Keys to delete, each with its number in the file as far as that is known, otherwise 0. What the file holds of
-    /// them is not read in any more.
-    std::map<orvcore::UTF16String, std::int64_t, std::less<>> goneKeys_;
+    std::int64_t lastRead_ = 0;    ///< the number of the last change in the file that memory has
+    orvcore::UTF16String lastKey_; ///< of that change, for a reading that was ended between two of one key
+    std::vector<Change> pending_;  ///< not written yet
     std::size_t saveAt_ = kGroupSize;
-    std::vector<RowText> replayRows_;
+    int failure_ = 0; ///< why nothing more is written; 0: nothing failed
 };
 
 } // namespace orvmetadatadb::detail

@@ -28,25 +28,19 @@ std::uint64_t RowName(StringTable::Id key, TextPool::Id text) noexcept
 
 } // namespace
 
-MemoryIndex::KeyId MemoryIndex::AddKey(std::u16string_view key)
+bool MemoryIndex::Insert(std::u16string_view key, std::u16string_view text)
 {
-    const KeyId id = keys_.Add(key);
-    if (id == keyRecords_.size()) {
+    const KeyId keyId = keys_.Add(key);
+    if (keyId == keyRecords_.size()) {
         keyRecords_.emplace_back();
     }
-    return id;
-}
-
-MemoryIndex::Inserted MemoryIndex::Insert(KeyId key, std::u16string_view text)
-{
     const TextPool::Id textId = texts_.Add(text);
-    const RowId known = FindRow(key, textId);
-    if (known != kNoRow) {
-        return {known, false};
+    if (FindRow(keyId, textId) != kNoRow) {
+        return false;
     }
     const RowId row = NewRow();
-    KeyRecord& record = keyRecords_[key];
-    rows_[row] = {key, textId, record.firstRow, false};
+    KeyRecord& record = keyRecords_[keyId];
+    rows_[row] = {keyId, textId, record.firstRow};
     record.firstRow = row;
     liveKeys_ += record.rowCount == 0 ? 1 : 0;
     ++record.rowCount;
@@ -54,7 +48,7 @@ MemoryIndex::Inserted MemoryIndex::Insert(KeyId key, std::u16string_view text)
     if (record.rowCount > kLongChain) {
         NoteLongChain(record);
     }
-    return {row, true};
+    return true;
 }
 
 MemoryIndex::RowId MemoryIndex::FindRow(KeyId key, TextPool::Id text) const
@@ -95,14 +89,13 @@ MemoryIndex::RowId MemoryIndex::NewRow()
     return row;
 }
 
-std::int64_t MemoryIndex::Delete(std::u16string_view key)
+void MemoryIndex::Delete(std::u16string_view key)
 {
     const auto keyId = keys_.Find(key);
     if (!keyId) {
-        return 0;
+        return;
     }
     KeyRecord& record = keyRecords_[*keyId];
-    const std::int64_t fileId = record.fileId;
     liveKeys_ -= record.rowCount != 0 ? 1 : 0;
     for (RowId row = record.firstRow; row != kNoRow; row = rows_[row].next) {
         if (record.rowCount > kLongChain) {
@@ -113,7 +106,6 @@ std::int64_t MemoryIndex::Delete(std::u16string_view key)
         freeRows_.push_back(row);
     }
     record = KeyRecord();
-    return fileId;
 }
 
 void MemoryIndex::Clear()

@@ -15,63 +15,44 @@ namespace orvmetadatadb::detail {
 /// The rows (key, text) of the index in memory, where all searches run. A row exists once. Not thread-safe.
 class MemoryIndex {
 public:
-    using KeyId = StringTable::Id;
-    using RowId = std::uint32_t;
-    static constexpr RowId kNoRow = 0xFFFFFFFFU;
-
-    struct Row {
-        KeyId key = 0;
-        TextPool::Id text = TextPool::kNone; ///< TextPool::kNone: the row is gone
-        RowId next = kNoRow;                 ///< the key's next row
-        bool stored = false;                 ///< the database file has it
-    };
-
-    struct Inserted {
-        RowId row;
-        bool isNew; ///< false: the row was there already
-    };
-
-    KeyId AddKey(std::u16string_view key);
-    /// `text` is not empty.
-    Inserted Insert(KeyId key, std::u16string_view text);
-    /// Removes the key's rows. The result is the key's number in the database file, 0 when it has none.
-    std::int64_t Delete(std::u16string_view key);
+    /// False when the row is there already. `text` is not empty.
+    bool Insert(std::u16string_view key, std::u16string_view text);
+    /// Removes the key's rows.
+    void Delete(std::u16string_view key);
     void Clear();
-
-    Row& operator[](RowId row) noexcept
-    {
-        return rows_[row];
-    }
     std::size_t RowCount() const noexcept
     {
         return rows_.size() - freeRows_.size();
     }
+    /// Calls `visit(key, text)` for each row.
+    template <class Visit>
+    void ForEachRow(Visit&& visit) const
+    {
+        for (const Row& row : rows_) {
+            if (row.text != TextPool::kNone) {
+                visit(keys_[row.key], texts_[row.text]);
+            }
+        }
+    }
+
     /// True when keys without rows hold much of the memory, so that building the index anew pays.
     bool IsWasteful() const noexcept;
-    std::u16string_view KeyText(KeyId key) const noexcept
-    {
-        return keys_[key];
-    }
-    std::u16string_view Text(TextPool::Id text) const noexcept
-    {
-        return texts_[text];
-    }
-    std::int64_t FileId(KeyId key) const noexcept
-    {
-        return keyRecords_[key].fileId;
-    }
-    void SetFileId(KeyId key, std::int64_t fileId) noexcept
-    {
-        keyRecords_[key].fileId = fileId;
-    }
 
     /// The keys for which each folded term is contained in some text of theirs, in order of code units.
     std::vector<orvcore::UTF16String> Match(const std::vector<orvcore::UTF8String>& terms);
     std::vector<orvcore::UTF16String> Similar(std::u8string_view start, std::size_t count) const;
 
 private:
+    using KeyId = StringTable::Id;
+    using RowId = std::uint32_t;
+    static constexpr RowId kNoRow = 0xFFFFFFFFU;
+
+    struct Row {
+        KeyId key = 0;
+        TextPool::Id text = TextPool::kNone; // kNone: the row is gone
+        RowId next = kNoRow;                 // the key's next row
+    };
     struct KeyRecord {
-        std::int64_t fileId = 0;
         RowId firstRow = kNoRow;
         std::uint32_t rowCount = 0;
     };

@@ -4,10 +4,10 @@
 
 namespace orvmetadatadb::detail {
 
-Transaction::Transaction(Connection& connection, Kind kind)
+Transaction::Transaction(Connection& connection)
     : connection_(connection)
 {
-    connection.Execute(kind == Kind::Write ? "BEGIN IMMEDIATE" : "BEGIN");
+    connection.Execute("BEGIN IMMEDIATE");
 }
 
 Transaction::~Transaction()

@@ -4,14 +4,11 @@
 
 namespace orvmetadatadb::detail {
 
-/// A transaction that is rolled back unless it was committed; the roll-back never throws.
+/// A writing transaction that is rolled back unless it was committed; the roll-back never throws.
 class Transaction {
 public:
-    enum class Kind { Read, Write };
-
-    /// Begins it: a reader sees one state of the file throughout, a writer keeps other writers out at once. Throws
-    /// SQLiteError.
-    Transaction(Connection& connection, Kind kind);
+    /// Begins it, keeping other writers out at once. Throws SQLiteError.
+    explicit Transaction(Connection& connection);
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
