@@ -1,6 +1,7 @@
 #include <sources/SearchIndex.h>
 
 #include <orvcore/DebugSettings.h>
+#include <orvcore/Paths.h>
 #include <orvcore/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
@@ -153,7 +154,7 @@ void Insert(std::optional<std::uint64_t> session, const orvcore::UTF8String& pat
         return;
     }
     OnDatabase(session, [&](RapidFindDB& database) {
-        const auto key = orvmetadatadb::FixEscapeSequences(orvcore::ToUTF16(path));
+        const auto key = orvmetadatadb::FixEscapeSequences(orvcore::PathTextToUTF16(path));
         const bool inserted = Succeeded(database.InsertRow(key, {orvcore::ToUTF16(text)}));
         if (!inserted) {
             CheckHealth(database, inserted);
@@ -169,7 +170,7 @@ void ClearPaths(std::optional<std::uint64_t> session, const std::vector<orvcore:
             database.UpdateTable(Tables());
         }
         for (const orvcore::UTF8String& path : paths) {
-            database.DeleteRow(orvmetadatadb::FixEscapeSequences(orvcore::ToUTF16(path)));
+            database.DeleteRow(orvmetadatadb::FixEscapeSequences(orvcore::PathTextToUTF16(path)));
         }
     });
 }

@@ -56,7 +56,7 @@ boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, co
     }
     entry->path = orvcore::PathToUTF8(package);
     entry->fileSize = facts.size;
-    entry->name = orvcore::PathToUTF16(package.stem());
+    entry->name = orvcore::ToUTF16(orvcore::PathToUTF8(package.stem()));
     entry->modified = ToPosixTime(facts.modified);
     try {
         OnePackage one(package);
@@ -71,7 +71,7 @@ void PackageEntries::FillFromContent(CapsuleEntry& entry, OnePackage& package, c
                                      PackageState& state) const
 {
     bool hasDefinition = known.Recall(entry, state);
-    if (!hasDefinition) {
+    if (!hasDefinition && !stop_()) {
         hasDefinition = ReadDefinition(entry, package.Content());
         state.hasStill = hasDefinition;
         state.hasVideo = true; // until it is looked for
@@ -90,7 +90,8 @@ orvcore::UTF8String PackageEntries::Preview(PreviewKind kind, const CapsuleEntry
         return {};
     }
     const fs::path target = previews_.PathOf(kind, entry.capsuleID, package, state.facts.modified);
-    const Outcome outcome = orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, target);
+    const Outcome outcome =
+        orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, state.facts.size, target);
     has = outcome != Outcome::None;
     state.isKnown = state.isKnown && outcome != Outcome::Failed;
     return outcome == Outcome::There && !stop_() ? orvcore::PathToUTF8(target) : orvcore::UTF8String();
@@ -104,6 +105,7 @@ orvcore::UTF8String PackageEntries::GetThumbnailPath(const CapsuleEntry& entry) 
     // A package that is gone may still have its preview; one that was replaced needs a new one.
     std::error_code ignored;
     const orvcore::FileInfo facts = orvcore::InspectTarget(package.Path(), ignored);
+    state.facts.size = facts.size;
     state.facts.modified = facts.kind == orvcore::FileKind::File ? facts.modified : ToFileTime(entry.modified);
     try {
         return Preview(PreviewKind::Still, entry, package, state);
