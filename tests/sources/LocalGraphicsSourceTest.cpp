@@ -131,6 +131,7 @@ protected:
         const auto add = [&](const Entries& found, const UTF16String&, bool) {
             byDirectory.insert(byDirectory.end(), found.begin(), found.end());
         };
+        failed.clear();
         EXPECT_THROW(source.Search({}, entries, 0, 0, total, {}), unlisted_folders_exception);
         try {
             source.SearchByDirectory(add, directories, {});
