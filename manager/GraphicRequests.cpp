@@ -3,6 +3,9 @@
 #include <manager/detail/Delivery.h>
 #include <manager/detail/IndexEntries.h>
 #include <manager/detail/RequestProgress.h>
+#include <manager/detail/TaskEnd.h>
+
+#include <orvcore/Paths.h>
 
 #include <algorithm>
 #include <optional>
@@ -11,17 +14,32 @@ namespace orvcapsule {
 
 namespace {
 
-// A source that fails contributes nothing. `progress` grows by the source's weight.
+bool IsLocal(const GraphicSourceManager::SourcePtr& source)
+{
+    return dynamic_cast<const ILocalGraphicSource*>(source.get()) != nullptr;
+}
+
+// A source that does not tell its weight counts as one that is not there.
+double WeightOf(const IGraphicSource& source)
+{
+    try {
+        return static_cast<double>(source.GetProgressWeight());
+    } catch (...) {
+        detail::ReportCurrentException();
+        return 1.0;
+    }
+}
+
+// What a source hands out before it fails stands.
 GraphicSourceManager::EntryList
 ListSource(ILocalGraphicSource& source,
-           const std::function<void(ILocalGraphicSource&, GraphicSourceManager::EntryList&)>& list, double& progress)
+           const std::function<void(ILocalGraphicSource&, GraphicSourceManager::EntryList&)>& list)
 {
     GraphicSourceManager::EntryList entries;
     try {
-        progress += static_cast<double>(source.GetProgressWeight());
         list(source, entries);
     } catch (...) {
-        return {};
+        detail::ReportCurrentException();
     }
     std::erase(entries, nullptr);
     return entries;
@@ -58,7 +76,7 @@ double GraphicSourceManager::SumOfProgressWeights() const
 {
     double sum = 0;
     for (const SourcePtr& source : CopySources()) {
-        sum += static_cast<double>(source->GetProgressWeight());
+        sum += WeightOf(*source);
     }
     return sum;
 }
@@ -95,10 +113,11 @@ void GraphicSourceManager::SearchIndex(const std::vector<orvcore::UTF16String>& 
         try {
             source->SearchDB(terms, matches);
         } catch (...) {
+            detail::ReportCurrentException();
             continue; // a source that fails contributes nothing
         }
         for (const orvcore::UTF16String& match : matches) {
-            names.insert(names.end(), orvcore::ToUTF8(match));
+            names.insert(names.end(), orvcore::PathTextToUTF8(match));
         }
     }
     detail::Deliver(token, callback,
@@ -124,7 +143,7 @@ void GraphicSourceManager::GetLocalGraphicsReturningPartialResults(const std::ve
             [id = source.GetSourceID()](const GraphicSourceState& candidate) { return candidate.sourceID == id; });
         if (state != states.end()) {
             for (const orvcore::UTF8String& directory : state->directories) {
-                directories.push_back(orvcore::ToUTF16(directory));
+                directories.push_back(orvcore::PathTextToUTF16(directory));
             }
         }
         source.SearchByDirectory([&entries](const EntryList& found, const orvcore::UTF16String&,
@@ -133,34 +152,52 @@ void GraphicSourceManager::GetLocalGraphicsReturningPartialResults(const std::ve
     });
 }
 
-// Lists every local source by `list` and delivers each one's entries, then all of them.
 void GraphicSourceManager::ListSources(const TokenPtr& token, const Callbacks& callbacks,
-                                       const std::function<void(ILocalGraphicSource&, EntryList&)>& list) const
+                                       const ListFunction& list) const
 {
-    const auto sources = CopyLocalSources();
-    if (token->GetAbort()) {
+    if (detail::MustEnd(*token)) {
         return; // an older listing must not empty what a newer one is about to fill
     }
     std::optional<detail::ProgressEnd> end(std::in_place, *token);
     index_->Clear({});
     EntryList all;
-    double progress = 0;
-    for (const auto& source : sources) {
-        EntryList entries = ListSource(*source, list, progress);
-        if (token->GetAbort()) {
-            return;
-        }
-        detail::MoveProgress(*token, progress);
-        detail::IndexEntries(*index_, entries, *token);
-        all.insert(all.end(), entries.begin(), entries.end());
-        const int delivered = static_cast<int>(all.size());
-        const int expected = source == sources.back() ? delivered : -1;
-        detail::Deliver(token, callbacks.partialCompletion,
-                        [entries = std::move(entries), delivered, expected, id = source->GetSourceID()](
-                            PartialCompletionCallback& call) { call(entries, delivered, expected, id); });
+    if (!ListEachSource(token, callbacks, list, all)) {
+        detail::FreeElsewhere(std::move(all));
+        return;
     }
     end.reset(); // before the last delivery: a host that has everything has no progress any more
     DeliverAll(std::move(all), token, callbacks.localRequest);
+}
+
+// Lists every local source by `list`, delivers each one's entries, then indexes them: a panel need not wait for the
+// index, and a search waits for this task anyway. False when it had to end.
+bool GraphicSourceManager::ListEachSource(const TokenPtr& token, const Callbacks& callbacks, const ListFunction& list,
+                                          EntryList& all) const
+{
+    const auto sources = CopySources();
+    auto left = std::count_if(sources.begin(), sources.end(), &IsLocal);
+    double progress = 0;
+    for (const SourcePtr& source : sources) {
+        progress += WeightOf(*source);
+        if (!IsLocal(source)) {
+            detail::MoveProgress(*token, progress);
+            continue;
+        }
+        EntryList entries = ListSource(dynamic_cast<ILocalGraphicSource&>(*source), list);
+        all.insert(all.end(), entries.begin(), entries.end());
+        if (detail::MustEnd(*token)) {
+            return false;
+        }
+        detail::MoveProgress(*token, progress);
+        const int delivered = static_cast<int>(all.size());
+        const int expected = --left == 0 ? delivered : -1;
+        detail::Deliver(token, callbacks.partialCompletion,
+                        [entries, delivered, expected, id = source->GetSourceID()](PartialCompletionCallback& call) {
+                            call(entries, delivered, expected, id);
+                        });
+        detail::IndexEntries(*index_, entries, *token);
+    }
+    return !detail::MustEnd(*token);
 }
 
 void GraphicSourceManager::Sort(EntryList& entries) const
@@ -177,7 +214,8 @@ void GraphicSourceManager::Sort(EntryList& entries) const
     try {
         std::stable_sort(sorted.begin(), sorted.end(), *sort);
     } catch (...) {
-        return; // the host's function failed; the entries are still worth having
+        detail::ReportCurrentException();
+        return; // the entries are still worth having
     }
     entries.swap(sorted);
 }

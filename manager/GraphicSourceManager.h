@@ -40,6 +40,7 @@ struct GraphicSourceState {
 /// its last reference. All operations are for the host's main thread and return at once unless said otherwise. Every
 /// callback runs on the main thread (`orvcore::RunMainThreadCalls` or the host's dispatcher); it is dropped when its
 /// request was cancelled or replaced by a newer one of its kind meanwhile. Callbacks are set before requests are made.
+/// What a source or the sort function throws in the background is told to `orvcore::SetTaskExceptionHandler`.
 class ORVCAPSULE_API GraphicSourceManager : public std::enable_shared_from_this<GraphicSourceManager> {
 public:
     using EntryPtr = boost::shared_ptr<CapsuleEntry>;
@@ -83,7 +84,7 @@ public:
     void AddGraphicSource(const SourcePtr& source);
     /// The first source with this identifier, or an empty pointer. Any thread.
     SourcePtr FindGraphicSource(const std::string& sourceID) const;
-    /// Appends each source's filter to `out`, in the order of the sources.
+    /// Appends each source's filter to `out`, in the order of the sources. What a source throws passes.
     void GetFilterList(std::vector<IGraphicSource::GraphicFilterID>& out) const;
     /// Hands a filter type to every source; only a stock source knows them.
     void SetSearchFilterType(const orvcore::UTF8String& filterType);
@@ -109,7 +110,9 @@ public:
     /// Searches. Index mode: the database callback receives the paths of the templates that every term finds.
     void RequestGraphics(const std::vector<orvcore::UTF16String>& terms);
     /// Lists everything. Index mode: the search index is emptied and filled anew; the partial-completion callback
-    /// receives each source's entries, then the local-request callback all of them, sorted. With `showProgress` the
+    /// receives each source's entries as soon as they are listed, then, when they are indexed, the local-request
+    /// callback all of them, sorted. What a source handed out before it failed is delivered and indexed with the rest.
+    /// With `showProgress` the
     /// host's progress display shows it, and each source is handed the folders that `states` names for it; the local
     /// folder source lists all of its own whatever they are.
     void RequestDefaultGraphicSet(const std::vector<GraphicSourceState>& states, bool showProgress);
@@ -127,17 +130,22 @@ public:
     /// @name Local folders
     /// Index mode only, but for the first and the last.
     /// @{
-    /// Replaces the custom folders (display name, path) of the local source, after the requests made before. No
-    /// callback follows; the next listing shows the change.
+    /// Replaces the custom folders (display name, path) of the local source, after the requests made before: its
+    /// successor (`LocalGraphicsSource::MakeSuccessor`) takes its place. Where it makes none, the folders stay as they
+    /// are and the handler of `orvcore::SetTaskExceptionHandler` is told. No callback follows; the next listing shows
+    /// the change.
     void UpdateCustomDirectoryList(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories);
     /// Lists everything again, as `RequestDefaultGraphicSet` does but independently of it. Cancels folder relistings.
     void LocalDirectoryChanged(const std::vector<GraphicSourceState>& states, bool showProgress);
     /// Lists one folder again; the directory callback receives its entries, none when no source is called `sourceID`.
-    /// `files` are the paths that changed, vanished ones included: what the index holds of them and of the entries is
-    /// replaced. Several folders may be in flight; a newer relisting of the same folder cancels the older one. The
-    /// host's progress display shows it, and why when it was cancelled.
+    /// `files` are the paths that changed, vanished ones included: those that are gone leave the index, the entries are
+    /// indexed anew, and whatever else exists stays there. Several folders may be in flight; a newer relisting of the
+    /// same folder cancels the older one. The host's progress display shows it, and why when it was cancelled.
     void LocalDirectoryChanged(const std::string& sourceID, const orvcore::UTF8String& directory,
                                const std::vector<orvcore::UTF8String>& files);
+    /// The folders that the last listings of the first source called `sourceID` could not read, and why: those that a
+    /// full listing found, less what folder relistings have read since. Any thread, in a result callback too.
+    std::vector<FolderFailure> GetFolderFailures(const std::string& sourceID) const;
     /// The folders that the local sources look into. Walks them on this thread, which may be any. What a source throws
     /// passes.
     std::set<orvcore::UTF8String> GetLocalDirectories() const;
@@ -185,8 +193,10 @@ private:
     void ReplaceCustomDirectories(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories);
     void Sort(EntryList& entries) const;
     void DeliverAll(EntryList all, const TokenPtr& token, const std::shared_ptr<RequestCallback>& callback) const;
-    void ListSources(const TokenPtr& token, const Callbacks& callbacks,
-                     const std::function<void(ILocalGraphicSource&, EntryList&)>& list) const;
+    using ListFunction = std::function<void(ILocalGraphicSource&, EntryList&)>;
+    void ListSources(const TokenPtr& token, const Callbacks& callbacks, const ListFunction& list) const;
+    bool ListEachSource(const TokenPtr& token, const Callbacks& callbacks, const ListFunction& list,
+                        EntryList& all) const;
 
     mutable std::recursive_mutex lock_; // guards the sources and the sort function
     std::vector<SourcePtr> sources_;

@@ -3,40 +3,50 @@
 #include <manager/detail/Delivery.h>
 #include <manager/detail/IndexEntries.h>
 #include <manager/detail/RequestProgress.h>
+#include <manager/detail/TaskEnd.h>
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/FileSystem.h>
+#include <orvcore/MainThread.h>
 
 #include <algorithm>
-#include <iterator>
+#include <stdexcept>
 
 namespace orvcapsule {
 
 namespace {
 
-// What the index knew of changed and of listed files gives way to what was found: of files that were not listed at
-// once, of the others entry by entry. Of a cancelled relisting only the files that are gone leave the index: whatever
-// replaced it may not name them again.
+bool IsGone(const orvcore::UTF8String& file)
+{
+    std::error_code error; // where nobody may look, the file may well be there
+    return orvcore::InspectTarget(orvcore::PathFromUTF8(file), error).kind == orvcore::FileKind::Nothing && !error;
+}
+
+// Of the changed files those that are gone leave the index, even when the relisting was cancelled: whatever replaced it
+// may not name them again. A file that exists keeps its rows, whatever the listing says of it, until it is listed: the
+// listing may have failed, or looked elsewhere.
 void ReplaceIndexed(const detail::IndexSession& index, const std::vector<orvcore::UTF8String>& files,
                     const GraphicSourceManager::EntryList& entries, CheckCancel& token)
 {
-    const bool cancelled = token.GetAbort();
-    std::set<orvcore::UTF8String> listed;
-    for (const GraphicSourceManager::EntryPtr& entry : entries) {
-        listed.insert(entry->path);
+    std::vector<orvcore::UTF8String> gone;
+    for (const orvcore::UTF8String& file : files) {
+        if (!IsGone(file)) {
+            continue;
+        }
+        gone.push_back(file);
+        orvcore::UTF8String plain = orvcore::PathToUTF8(orvcore::PathFromUTF8(file).lexically_normal());
+        if (plain != file) { // a host may spell it otherwise than a listing
+            gone.push_back(std::move(plain));
+        }
     }
-    std::vector<orvcore::UTF8String> paths;
-    std::copy_if(files.begin(), files.end(), std::back_inserter(paths), [&](const orvcore::UTF8String& file) {
-        return cancelled ? !orvcore::Exists(orvcore::PathFromUTF8(file)) : listed.count(file) == 0;
-    });
-    if (!paths.empty()) { // no paths would mean all
-        index.Clear(paths);
+    if (!gone.empty()) { // no paths would mean all
+        index.Clear(gone);
     }
     detail::ReindexEntries(index, entries, token);
 }
 
-// What the source tells last of whether more follows. A source that fails contributes nothing.
+// What the source tells last of whether more follows. What it hands out before it fails stands.
 bool ListFolder(ILocalGraphicSource& source, const orvcore::UTF16String& directory,
                 const GraphicSourceManager::TokenPtr& token, GraphicSourceManager::EntryList& entries)
 {
@@ -49,8 +59,8 @@ bool ListFolder(ILocalGraphicSource& source, const orvcore::UTF16String& directo
             },
             directory, token);
     } catch (...) {
-        entries.clear();
-        return true;
+        detail::ReportCurrentException();
+        last = true;
     }
     std::erase(entries, nullptr);
     return last;
@@ -74,9 +84,12 @@ void GraphicSourceManager::ReplaceCustomDirectories(
     if (local == nullptr) {
         return;
     }
-    const auto changed = std::make_shared<LocalGraphicsSource>(local->GetRootFolder(), directories);
+    const SourcePtr successor = local->MakeSuccessor(directories);
+    if (!successor) {
+        throw std::logic_error("the custom folders stay: the local source makes no successor");
+    }
     const std::lock_guard lock(lock_);
-    std::replace(sources_.begin(), sources_.end(), old, SourcePtr(changed));
+    std::replace(sources_.begin(), sources_.end(), old, successor);
 }
 
 void GraphicSourceManager::LocalDirectoryChanged(const std::vector<GraphicSourceState>& states, bool showProgress)
@@ -120,13 +133,17 @@ void GraphicSourceManager::GetLocalGraphicsFromDirectory(const std::string& sour
         const detail::ProgressEnd end(*token);
         const SourcePtr source = FindGraphicSource(sourceID);
         if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
-            last = ListFolder(*local, orvcore::ToUTF16(directory), token, entries);
+            last = ListFolder(*local, orvcore::PathTextToUTF16(directory), token, entries);
         }
         ReplaceIndexed(*index_, files, entries, *token);
     }
-    orvcore::AsyncCallFromMainThread([entries = std::move(entries), directory, last, token, callback] {
+    if (orvcore::IsTerminating()) {
+        return;
+    }
+    orvcore::AsyncCallFromMainThread([entries = std::move(entries), directory, last, token, callback]() mutable {
         if (token->GetAbort()) {
             detail::TellCanceled(*token);
+            detail::FreeElsewhere(std::move(entries));
         } else if (callback && *callback) {
             (*callback)(entries, directory, last);
         }
@@ -143,6 +160,13 @@ std::set<orvcore::UTF8String> GraphicSourceManager::GetLocalDirectories() const
         directories.merge(source->GetDirectories());
     }
     return directories;
+}
+
+std::vector<FolderFailure> GraphicSourceManager::GetFolderFailures(const std::string& sourceID) const
+{
+    const SourcePtr source = FindGraphicSource(sourceID);
+    const auto* local = dynamic_cast<const ILocalGraphicSource*>(source.get());
+    return local != nullptr ? local->GetFolderFailures() : std::vector<FolderFailure>();
 }
 
 orvcore::UTF8String GraphicSourceManager::GetThumbnailPath(const EntryPtr& entry, const TokenPtr& token) const

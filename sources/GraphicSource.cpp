@@ -1,6 +1,25 @@
 #include <sources/GraphicSource.h>
 
+#include <orvcore/Paths.h>
+
 namespace orvcapsule {
+
+unlisted_folders_exception::unlisted_folders_exception(std::vector<FolderFailure> failures)
+    : filesystem_error(failures.size() == 1 ? "cannot list the templates of a folder"
+                                            : "cannot list the templates of several folders, the first",
+                       orvcore::PathFromUTF8(failures.front().folder), failures.front().reason)
+    , failures_(std::make_shared<const std::vector<FolderFailure>>(std::move(failures)))
+{
+}
+
+unlisted_folders_exception::unlisted_folders_exception(const unlisted_folders_exception&) noexcept = default;
+unlisted_folders_exception& unlisted_folders_exception::operator=(const unlisted_folders_exception&) noexcept = default;
+unlisted_folders_exception::~unlisted_folders_exception() = default;
+
+const std::vector<FolderFailure>& unlisted_folders_exception::GetFailures() const noexcept
+{
+    return *failures_;
+}
 
 IGraphicSource::~IGraphicSource() = default;
 
@@ -21,5 +40,10 @@ float IGraphicSource::GetProgressWeight() const
 }
 
 ILocalGraphicSource::~ILocalGraphicSource() = default;
+
+std::vector<FolderFailure> ILocalGraphicSource::GetFolderFailures() const
+{
+    return {};
+}
 
 } // namespace orvcapsule

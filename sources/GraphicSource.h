@@ -5,12 +5,38 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include <filesystem>
 #include <functional>
+#include <memory>
 #include <set>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace orvcapsule {
+
+/// A folder that exists and could not be listed, or not to its end.
+struct FolderFailure {
+    orvcore::UTF8String folder; ///< full path
+    std::error_code reason;
+};
+
+/// Thrown at the end of a listing that has handed out all it could list. As a `filesystem_error` it names the first
+/// of the folders that are missing from it.
+class ORVCAPSULE_API unlisted_folders_exception : public std::filesystem::filesystem_error {
+public:
+    /// @param failures at least one
+    explicit unlisted_folders_exception(std::vector<FolderFailure> failures);
+    unlisted_folders_exception(const unlisted_folders_exception&) noexcept;
+    unlisted_folders_exception& operator=(const unlisted_folders_exception&) noexcept;
+    ~unlisted_folders_exception() override;
+
+    /// All of them, in the order of the listing.
+    const std::vector<FolderFailure>& GetFailures() const noexcept;
+
+private:
+    std::shared_ptr<const std::vector<FolderFailure>> failures_;
+};
 
 /// A place where templates are found. Sources are shared by pointer; unless said otherwise an operation may be called
 /// from any thread, several at once. The order of the virtual operations is part of the interface.
@@ -22,7 +48,7 @@ public:
         struct SubFilter {
             orvcore::UTF8String name; ///< display name
             std::string id;           ///< folder path or library key
-            bool available = false;   ///< the folder exists, the library is present
+            bool available = false;   ///< the folder exists and can be listed, the library is present
         };
 
         orvcore::UTF8String name; ///< display name in the application language
@@ -74,6 +100,8 @@ public:
     /// Lists one folder.
     virtual void SearchDirectory(OnDirectory onDirectory, const orvcore::UTF16String& directory,
                                  boost::shared_ptr<CheckCancel> cancel) = 0;
+    /// The folders that the last listing of each could not read, and why. None here.
+    virtual std::vector<FolderFailure> GetFolderFailures() const;
 };
 
 } // namespace orvcapsule

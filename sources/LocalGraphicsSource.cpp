@@ -1,14 +1,17 @@
 #include <sources/LocalGraphicsSource.h>
 
+#include <orvcore/Executor.h>
 #include <orvcore/Files.h>
 #include <orvcore/Localiser.h>
 #include <package/Workspace.h>
 #include <sources/SearchIndex.h>
 #include <sources/SourceNames.h>
+#include <sources/detail/FailureLog.h>
 #include <sources/detail/FolderListing.h>
 
 #include <algorithm>
 #include <tuple>
+#include <typeinfo>
 
 namespace orvcapsule {
 
@@ -26,15 +29,36 @@ struct LocalGraphicsSource::Target {
     UTF16String directory; ///< what it is called before the caller
 };
 
+namespace {
+
+// The last thing a listing does: what could be listed has been handed out.
+void TellFailures(FolderListing& listing)
+{
+    if (!listing.GetFailures().empty() && !listing.IsCancelled()) {
+        throw unlisted_folders_exception(listing.GetFailures());
+    }
+}
+
+} // namespace
+
 LocalGraphicsSource::LocalGraphicsSource(const UTF16String& rootFolder,
                                          const std::vector<std::pair<UTF8String, UTF8String>>& customDirectories)
     : rootFolder_(rootFolder)
     , customDirectories_(customDirectories)
     , root_(detail::FullFolderPath(orvcore::PathFromUTF16(rootFolder)))
+    , failures_(std::make_unique<detail::FailureLog>())
 {
 }
 
 LocalGraphicsSource::~LocalGraphicsSource() = default;
+
+std::shared_ptr<LocalGraphicsSource>
+LocalGraphicsSource::MakeSuccessor(const std::vector<std::pair<UTF8String, UTF8String>>& customDirectories) const
+{
+    return typeid(*this) == typeid(LocalGraphicsSource)
+               ? std::make_shared<LocalGraphicsSource>(rootFolder_, customDirectories)
+               : nullptr;
+}
 
 const UTF16String& LocalGraphicsSource::GetRootFolder() const noexcept
 {
@@ -68,8 +92,8 @@ void LocalGraphicsSource::GetFilter(GraphicFilterID& filter)
     filter.subFilters.push_back({filter.name, kDefaultLocalSourceID, true});
     for (const auto& [name, path] : customDirectories_) {
         if (!path.empty()) {
-            const bool exists = orvcore::IsDirectory(orvcore::PathFromUTF8(path));
-            filter.subFilters.push_back({name, orvcore::ToNarrow(path), exists});
+            const bool available = detail::CanBeListed(orvcore::PathFromUTF8(path));
+            filter.subFilters.push_back({name, orvcore::ToNarrow(path), available});
         }
     }
     const auto byName = [](const SubFilter& one, const SubFilter& other) {
@@ -84,8 +108,14 @@ std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
     if (!root_.empty()) {
         directories.insert(orvcore::PathToUTF8(root_));
     }
-    for (const auto& found : detail::FindPackages(root_, Depth::AllBelow, [] { return false; }).folders) {
-        directories.insert(orvcore::PathToUTF8(found.folder));
+    const detail::FoundPackages found = detail::FindPackages(root_, Depth::AllBelow, &orvcore::IsTerminating);
+    for (const FolderFailure& failure : found.failures) {
+        if (detail::ConcernsWholeWalk(failure.reason) || orvcore::PathFromUTF8(failure.folder) == root_) {
+            throw unlisted_folders_exception({failure});
+        }
+    }
+    for (const detail::FolderOfPackages& folder : found.folders) {
+        directories.insert(orvcore::PathToUTF8(folder.folder));
     }
     for (const auto& [name, path] : customDirectories_) {
         if (orvcore::IsDirectory(orvcore::PathFromUTF8(path))) {
@@ -98,7 +128,8 @@ std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
 UTF8String LocalGraphicsSource::GetThumbnailPath(const boost::shared_ptr<CapsuleEntry>& entry,
                                                  const boost::shared_ptr<CheckCancel>& cancel) const
 {
-    const detail::PackageEntries maker(GetSourceID(), [&] { return cancel && cancel->GetAbort(); });
+    const detail::PackageEntries maker(GetSourceID(),
+                                       [&] { return (cancel && cancel->GetAbort()) || orvcore::IsTerminating(); });
     return entry ? maker.GetThumbnailPath(*entry) : UTF8String();
 }
 
@@ -112,15 +143,23 @@ void LocalGraphicsSource::SearchDB(const std::vector<UTF16String>& terms, std::s
     QueryRapidFindDB(terms, matches);
 }
 
-std::vector<LocalGraphicsSource::Target> LocalGraphicsSource::ExistingTargets() const
+std::vector<LocalGraphicsSource::Target> LocalGraphicsSource::AllTargets() const
 {
     std::vector<Target> targets = {{root_, Depth::AllBelow, kDefaultLocalSourceID, rootFolder_}};
     for (const auto& [name, path] : customDirectories_) {
-        const fs::path folder = detail::FullFolderPath(orvcore::PathFromUTF8(path));
-        if (orvcore::IsDirectory(folder)) {
-            targets.push_back({folder, Depth::OneFolder, orvcore::ToNarrow(path), orvcore::ToUTF16(path)});
+        if (!path.empty()) {
+            targets.push_back({detail::FullFolderPath(orvcore::PathFromUTF8(path)), Depth::OneFolder,
+                               orvcore::ToNarrow(path), orvcore::PathTextToUTF16(path)});
         }
     }
+    return targets;
+}
+
+std::vector<LocalGraphicsSource::Target> LocalGraphicsSource::ExistingTargets() const
+{
+    std::vector<Target> targets = AllTargets();
+    const auto isMissing = [](const Target& target) { return !detail::MayBeThere(target.folder); };
+    targets.erase(std::remove_if(targets.begin() + 1, targets.end(), isMissing), targets.end()); // the root counts
     return targets;
 }
 
@@ -132,7 +171,7 @@ LocalGraphicsSource::Target LocalGraphicsSource::FindTarget(const UTF16String& d
     if (wanted.empty()) {
         return found;
     }
-    const std::vector<Target> targets = ExistingTargets();
+    const std::vector<Target> targets = AllTargets();
     const bool isRoot = directory == orvcore::ToUTF16(kDefaultLocalSourceID);
     auto target = std::find_if(targets.begin(), targets.end(), [&](const Target& one) {
         return isRoot || detail::IsSamePath(one.folder, wanted) ||
@@ -145,8 +184,8 @@ LocalGraphicsSource::Target LocalGraphicsSource::FindTarget(const UTF16String& d
     if (target != targets.end()) {
         found = *target;
         found.directory = directory;
-    } else if (detail::IsBelow(wanted, root_)) {
-        found.folder = detail::FullFolderPath(wanted);
+    } else {
+        found.folder = detail::PathInWalk(wanted, root_);
         found.key = kDefaultLocalSourceID;
     }
     return found;
@@ -166,9 +205,9 @@ void LocalGraphicsSource::Search(const std::vector<UTF16String>& terms,
                                  int& total, boost::shared_ptr<CheckCancel> cancel) const
 {
     const std::size_t before = results.size();
+    FolderListing listing(GetSourceID(), std::move(cancel));
     try {
         if (terms.empty()) {
-            FolderListing listing(GetSourceID(), std::move(cancel));
             const std::vector<Target> targets = ExistingTargets();
             const double step = BeginListing(listing, targets.size());
             for (const Target& target : targets) {
@@ -176,6 +215,8 @@ void LocalGraphicsSource::Search(const std::vector<UTF16String>& terms,
             }
             if (listing.IsCancelled()) {
                 results.clear();
+            } else {
+                failures_->ReplaceAll(listing.GetFailures());
             }
         }
         total = static_cast<int>(results.size());
@@ -183,6 +224,7 @@ void LocalGraphicsSource::Search(const std::vector<UTF16String>& terms,
         results.resize(before);
         throw;
     }
+    TellFailures(listing);
 }
 
 void LocalGraphicsSource::SearchByDirectory(OnDirectory onDirectory, std::vector<UTF16String>& directories,
@@ -204,6 +246,8 @@ void LocalGraphicsSource::SearchByDirectory(OnDirectory onDirectory, std::vector
         directories.push_back(target.directory);
         onDirectory(entries, target.directory, i + 1 == targets.size());
     }
+    failures_->ReplaceAll(listing.GetFailures());
+    TellFailures(listing);
 }
 
 void LocalGraphicsSource::SearchDirectory(OnDirectory onDirectory, const UTF16String& directory,
@@ -213,12 +257,20 @@ void LocalGraphicsSource::SearchDirectory(OnDirectory onDirectory, const UTF16St
     const Target target = FindTarget(directory);
     const double weight = double{GetProgressWeight()};
     FolderListing::Entries entries;
-    listing.BeginProgress(target.folder.empty() ? orvcore::ToUTF8(directory) : orvcore::PathToUTF8(target.folder),
-                          weight);
+    listing.BeginProgress(
+        target.folder.empty() ? orvcore::PathTextToUTF8(directory) : orvcore::PathToUTF8(target.folder), weight);
     listing.List(target.folder, target.depth, target.key, weight, entries);
-    if (!listing.IsCancelled()) {
-        onDirectory(entries, directory, true);
+    if (listing.IsCancelled()) {
+        return;
     }
+    failures_->Replace(target.folder, target.depth, listing.GetFailures());
+    onDirectory(entries, directory, true);
+    TellFailures(listing);
+}
+
+std::vector<FolderFailure> LocalGraphicsSource::GetFolderFailures() const
+{
+    return failures_->Get();
 }
 
 } // namespace orvcapsule

@@ -9,11 +9,13 @@
 namespace orvcapsule {
 
 namespace detail {
+class FailureLog;
 class FolderListing;
-}
+} // namespace detail
 
 /// A preview that is larger than this many bytes unpacked is left out of an entry, and a definition that is larger
-/// counts as unreadable: what a listing takes of memory does not depend on what stands in a package.
+/// counts as unreadable: what a listing takes of memory does not depend on what stands in a package. Previews of more
+/// than 16 times their package's size share 256 MiB a listing; once those are used up they are left out, too.
 inline constexpr std::uint64_t kMaxPreviewBytes = std::uint64_t{64} << 20;
 
 /// The templates in folders of the local disk: those in and below a root folder, and those that lie directly in each of
@@ -22,16 +24,18 @@ inline constexpr std::uint64_t kMaxPreviewBytes = std::uint64_t{64} << 20;
 /// A listing gives one entry a package in a stable order: the root folder's, then the custom directories' in the order
 /// given; within the root a folder's sub-folders come before its own files, both by name. Links to folders are not
 /// followed. What is damaged, unreadable or vanishes meanwhile never ends a listing: a package that cannot be read is
-/// an entry with what the file system tells of it, a folder that cannot be read is passed over. What is thrown
-/// (`std::filesystem::filesystem_error`) is told at each operation.
+/// an entry with what the file system tells of it. A folder that exists and cannot be read, at the top or below, costs
+/// what is in it alone: the listing hands out all else and then throws `unlisted_folders_exception`, and
+/// GetFolderFailures tells of it until the folder is listed again.
 ///
 /// Previews are extracted into the local working folder (Workspace.h) when an entry is made, and found there the next
 /// time. Where one cannot be written, the disk being full for instance, the entry goes without. What a package's
 /// definition said is noted there too: a package that has not changed since the last listing is not opened again.
 ///
-/// An object never changes, so any operations may run at the same time. Listings use all workers of the CPU-bound
-/// executor; they poll the token before every package, on several threads. Each advances the token's progress item by
-/// GetProgressWeight() in all.
+/// What an object lists never changes, so any operations may run at the same time. Listings use all workers of the
+/// CPU-bound executor; they poll the token before every package, on several threads, and count as aborted when the
+/// process's executors end (`orvcore::IsTerminating`). Each advances the token's progress item by GetProgressWeight()
+/// in all.
 class ORVCAPSULE_API LocalGraphicsSource : public ILocalGraphicSource {
 public:
     /// @param rootFolder need not exist; empty: none
@@ -39,6 +43,15 @@ public:
     LocalGraphicsSource(const orvcore::UTF16String& rootFolder,
                         const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& customDirectories);
     ~LocalGraphicsSource() override;
+
+    /// What takes this source's place when the user's folders have changed: a source of the same kind, with the same
+    /// root. Its `Initialize` is not called, nor this one's `Terminate`: what a source holds beyond its folders passes
+    /// to its successor, whose `Terminate` ends it. This source may still be in use. Any thread.
+    ///
+    /// A class derived from this one overrides it. Where it does not the answer is empty and this source stays: an
+    /// object of this class would lack what the derived one does.
+    virtual std::shared_ptr<LocalGraphicsSource>
+    MakeSuccessor(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& customDirectories) const;
 
     /// The two arguments as they were given.
     const orvcore::UTF16String& GetRootFolder() const noexcept;
@@ -49,7 +62,8 @@ public:
     /// `kLocalSourceID`.
     std::string GetSourceID() const override;
     /// The root folder's record comes first, with the identifier `kDefaultLocalSourceID`; then the custom directories
-    /// by name and, where names are equal, by path, both in byte order.
+    /// by name and, where names are equal, by path, both in byte order. One that exists and cannot be listed is not
+    /// available.
     void GetFilter(GraphicFilterID& filter) override;
     /// The root folder, every folder below it that directly holds a template, and the custom directories that exist.
     /// Absolute paths without closing separator, but the custom directories as they were given. Throws when the root
@@ -65,26 +79,30 @@ public:
     void SearchDB(const std::vector<orvcore::UTF16String>& terms, std::set<orvcore::UTF16String>& matches) override;
 
     /// Without terms, lists everything; with terms, nothing: SearchDB finds those. An aborted listing empties
-    /// `results`. Throws, with `results` as they were, when the root folder or a custom directory exists but cannot be
-    /// listed as a whole, or when the process runs out of files or memory.
+    /// `results`. When folders could not be listed, `results` and `total` have all else before it throws; after any
+    /// other exception `results` are as they were.
     void Search(const std::vector<orvcore::UTF16String>& terms, std::vector<boost::shared_ptr<CapsuleEntry>>& results,
                 int first, int count, int& total, boost::shared_ptr<CheckCancel> cancel) const override;
 
-    /// Calls `onDirectory` for the root folder (as it was given), then for each custom directory that exists; `last` is
-    /// true at the last of these calls. Once aborted no call follows, so a last one may be missing. Throws as Search
-    /// does; what was handed out before stands.
+    /// Calls `onDirectory` for the root folder (as it was given), then for each custom directory that exists, with what
+    /// could be listed of it; `last` is true at the last of these calls. Once aborted no call follows, so a last one
+    /// may be missing. Throws after the last call, when folders could not be listed.
     /// @param directories receives the folders of those calls, in order; what it held is replaced and not looked at
     void SearchByDirectory(OnDirectory onDirectory, std::vector<orvcore::UTF16String>& directories,
                            boost::shared_ptr<CheckCancel> cancel) override;
 
     /// Calls `onDirectory` once, with `last` true, unless aborted. The root folder (also by the name
     /// `kDefaultLocalSourceID`) is listed with all below it; a custom directory, or a folder below the root, without
-    /// what is below it. Any other folder, or a missing one, holds no entries. Throws as Search does.
+    /// what is below it. Any other folder, or a missing one, holds no entries. However a folder is spelt, entries have
+    /// the paths that a listing of everything gives them. Throws after the call, when folders could not be listed.
     void SearchDirectory(OnDirectory onDirectory, const orvcore::UTF16String& directory,
                          boost::shared_ptr<CheckCancel> cancel) override;
 
+    std::vector<FolderFailure> GetFolderFailures() const override;
+
 private:
     struct Target;
+    std::vector<Target> AllTargets() const;
     std::vector<Target> ExistingTargets() const;
     Target FindTarget(const orvcore::UTF16String& directory) const;
     double BeginListing(detail::FolderListing& listing, std::size_t targets) const;
@@ -92,6 +110,7 @@ private:
     const orvcore::UTF16String rootFolder_;
     const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>> customDirectories_;
     const std::filesystem::path root_; ///< its full path
+    const std::unique_ptr<detail::FailureLog> failures_;
 };
 
 } // namespace orvcapsule

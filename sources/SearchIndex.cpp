@@ -1,6 +1,7 @@
 #include <sources/SearchIndex.h>
 
 #include <orvcore/DebugSettings.h>
+#include <orvcore/Paths.h>
 #include <orvcore/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
@@ -137,7 +138,7 @@ void Insert(std::optional<std::uint64_t> session, const orvcore::UTF8String& pat
         return;
     }
     OnDatabase(session, [&](RapidFindDB& database) {
-        const auto key = orvmetadatadb::FixEscapeSequences(orvcore::ToUTF16(path));
+        const auto key = orvmetadatadb::FixEscapeSequences(orvcore::PathTextToUTF16(path));
         database.InsertRow(key, {orvcore::ToUTF16(text)});
     });
 }
@@ -150,7 +151,7 @@ void ClearPaths(std::optional<std::uint64_t> session, const std::vector<orvcore:
             database.UpdateTable(Tables());
         }
         for (const orvcore::UTF8String& path : paths) {
-            database.DeleteRow(orvmetadatadb::FixEscapeSequences(orvcore::ToUTF16(path)));
+            database.DeleteRow(orvmetadatadb::FixEscapeSequences(orvcore::PathTextToUTF16(path)));
         }
     });
 }

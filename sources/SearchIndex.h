@@ -30,7 +30,8 @@ ORVCAPSULE_API void InsertRow(const orvcore::UTF8String& path, const orvcore::UT
 
 /// Adds to `matches` the path of every template that all `terms` find, each in any of its texts: a term finds a text
 /// that contains it, in any script, ignoring case, accents and width. An empty term finds every template; no terms find
-/// none.
+/// none. A path comes as `orvcore::PathTextToUTF16` gives it; `PathTextToUTF8` makes the inserted one of it again, one
+/// that is not well-formed UTF-8 included.
 ORVCAPSULE_API void QueryRapidFindDB(const std::vector<orvcore::UTF16String>& terms,
                                      std::set<orvcore::UTF16String>& matches);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sources/CheckCancel.h>
+#include <sources/detail/FreeElsewhere.h>
 
 #include <orvcore/MainThread.h>
 
@@ -11,8 +12,8 @@
 
 namespace orvcapsule::detail {
 
-/// Queues `call(*callback)` for the main thread, where it is dropped when the token has been aborted meanwhile.
-/// Without a callback nothing is queued.
+/// Queues `call(*callback)` for the main thread, where it is dropped when the token has been aborted meanwhile. Without
+/// a callback nothing is queued. `call` holds results and nothing that must end on the main thread.
 template <class Callback, class Call>
 void Deliver(boost::shared_ptr<CheckCancel> token, std::shared_ptr<Callback> callback, Call call)
 {
@@ -23,6 +24,8 @@ void Deliver(boost::shared_ptr<CheckCancel> token, std::shared_ptr<Callback> cal
         [token = std::move(token), callback = std::move(callback), call = std::move(call)]() mutable {
             if (!token->GetAbort()) {
                 call(*callback);
+            } else {
+                FreeElsewhere(std::move(call));
             }
         });
 }

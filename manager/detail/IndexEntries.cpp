@@ -1,5 +1,7 @@
 #include <manager/detail/IndexEntries.h>
 
+#include <manager/detail/TaskEnd.h>
+
 #include <algorithm>
 
 namespace orvcapsule::detail {
@@ -30,7 +32,7 @@ bool IndexTexts(const IndexSession& index, const CapsuleEntry& entry, Stop&& sto
 void IndexEntries(const IndexSession& index, const EntryList& entries, CheckCancel& token)
 {
     for (const auto& entry : entries) {
-        if (!IndexTexts(index, *entry, [&] { return token.GetAbort(); })) {
+        if (!IndexTexts(index, *entry, [&] { return MustEnd(token); })) {
             return;
         }
     }
@@ -39,7 +41,7 @@ void IndexEntries(const IndexSession& index, const EntryList& entries, CheckCanc
 void ReindexEntries(const IndexSession& index, const EntryList& entries, CheckCancel& token)
 {
     for (const auto& entry : entries) {
-        if (token.GetAbort()) {
+        if (MustEnd(token)) {
             return;
         }
         index.Clear({entry->path});

@@ -18,11 +18,11 @@ using EntryList = std::vector<boost::shared_ptr<CapsuleEntry>>;
 inline constexpr std::size_t kMostIndexedTags = 4096;
 
 /// Adds the entries' texts, the display name and each tag, to the search index; ends early, between any two texts, when
-/// the token is aborted.
+/// it must end.
 void IndexEntries(const IndexSession& index, const EntryList& entries, CheckCancel& token);
 
 /// Puts the entries' texts in the place of those the index has of them, entry by entry; ends early, between two
-/// entries, when the token is aborted. So an entry is found by what it was or by what it is.
+/// entries, when it must end. So an entry is found by what it was or by what it is.
 void ReindexEntries(const IndexSession& index, const EntryList& entries, CheckCancel& token);
 
 } // namespace orvcapsule::detail

@@ -1,7 +1,9 @@
 #include <sources/detail/FolderListing.h>
 
+#include <orvcore/Executor.h>
 #include <orvcore/Localiser.h>
 #include <orvcore/ParallelFor.h>
+#include <sources/detail/FreeElsewhere.h>
 
 #include <algorithm>
 
@@ -77,47 +79,61 @@ void FolderListing::Advance(double step)
 
 bool FolderListing::IsCancelled()
 {
-    if (!cancelled_ && cancel_ && cancel_->GetAbort()) {
+    if (!cancelled_ && ((cancel_ && cancel_->GetAbort()) || orvcore::IsTerminating())) {
         cancelled_ = true;
     }
     return cancelled_;
 }
 
+// Everything that one folder's listing needs by the number of its packages.
+struct FolderListing::Work {
+    Work(const std::string& sourceID, const std::filesystem::path& folder, Depth depth,
+         const std::function<bool()>& stop)
+        : found(FindPackages(folder, depth, stop))
+        , known(sourceID, folder, stop)
+        , states(found.packages)
+        , entries(found.packages)
+    {
+    }
+
+    const FoundPackages found;
+    const EntryStore known;
+    std::vector<PackageState> states;
+    Entries entries;
+};
+
 void FolderListing::List(const std::filesystem::path& folder, Depth depth, const std::string& directoryKey,
                          double weight, Entries& results)
 {
-    const FoundPackages found = FindPackages(folder, depth, [this] { return IsCancelled(); });
+    auto work = std::make_unique<Work>(sourceID_, folder, depth, [this] { return IsCancelled(); });
+    const FoundPackages& found = work->found;
     const std::size_t counted = depth == Depth::OneFolder ? found.files : found.packages;
     const double step = counted == 0 ? 0.0 : weight / static_cast<double>(counted);
     Advance(weight - step * static_cast<double>(found.packages)); // all that takes no time
-    const EntryStore known(sourceID_, folder, [this] { return IsCancelled(); });
-    std::vector<PackageState> states(found.packages);
-    Entries entries = MakeEntries(found, directoryKey, step, known, states);
+    MakeEntries(*work, directoryKey, step);
     if (!IsCancelled()) {
-        known.Save(entries, states);
+        work->known.Save(work->entries, work->states);
     }
     if (!cancelled_) {
-        results.reserve(results.size() + entries.size());
-        std::copy_if(std::make_move_iterator(entries.begin()), std::make_move_iterator(entries.end()),
+        results.reserve(results.size() + found.packages);
+        std::copy_if(std::make_move_iterator(work->entries.begin()), std::make_move_iterator(work->entries.end()),
                      std::back_inserter(results), [](const auto& entry) { return entry != nullptr; });
+        failures_.insert(failures_.end(), found.failures.begin(), found.failures.end());
     }
+    FreeElsewhere(std::move(work));
 }
 
-FolderListing::Entries FolderListing::MakeEntries(const FoundPackages& found, const std::string& directoryKey,
-                                                  double step, const EntryStore& known,
-                                                  std::vector<PackageState>& states)
+void FolderListing::MakeEntries(Work& work, const std::string& directoryKey, double step)
 {
-    const std::vector<PackageName> names = InOrder(found);
-    Entries entries(names.size());
+    const std::vector<PackageName> names = InOrder(work.found);
     orvcore::ParallelFor(names.size(), kPackagesAPiece, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end && !IsCancelled(); ++i) {
             const FolderOfPackages& folder = *names[i].folder;
             const std::filesystem::path package = folder.folder / folder.packages[names[i].number];
-            entries[i] = maker_.Make(package, directoryKey, known, states[i]);
+            work.entries[i] = maker_.Make(package, directoryKey, work.known, work.states[i]);
             Advance(step);
         }
     });
-    return entries;
 }
 
 } // namespace orvcapsule::detail

@@ -10,7 +10,7 @@
 namespace orvcapsule::detail {
 
 /// One listing of folders under one token: polls it, shows its progress and makes the entries, on all processors and
-/// still in the order of the walk. Used by one thread.
+/// still in the order of the walk. It counts as cancelled, too, when the process's executors end. Used by one thread.
 class FolderListing {
 public:
     using Entries = std::vector<boost::shared_ptr<CapsuleEntry>>;
@@ -36,14 +36,21 @@ public:
     void List(const std::filesystem::path& folder, Depth depth, const std::string& directoryKey, double weight,
               Entries& results);
 
+    /// The folders that could not be listed so far.
+    const std::vector<FolderFailure>& GetFailures() const noexcept
+    {
+        return failures_;
+    }
+
 private:
-    Entries MakeEntries(const FoundPackages& found, const std::string& directoryKey, double step,
-                        const EntryStore& known, std::vector<PackageState>& states);
+    struct Work;
+    void MakeEntries(Work& work, const std::string& directoryKey, double step);
 
     const std::string sourceID_;
     boost::shared_ptr<CheckCancel> cancel_;
     std::shared_ptr<orvappsupport::ProgressItem> item_;
     PackageEntries maker_;
+    std::vector<FolderFailure> failures_;
     std::atomic<bool> cancelled_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include <sources/detail/FolderWalk.h>
 
 #include <orvcore/FileSystem.h>
+#include <orvcore/Files.h>
 #include <package/PackageNames.h>
 
 #include <algorithm>
@@ -19,13 +20,6 @@ bool IsNothingThere(const std::error_code& error)
     return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
 }
 
-// What befalls the process and not one folder.
-bool ConcernsWholeWalk(const std::error_code& error)
-{
-    return error == std::errc::too_many_files_open || error == std::errc::too_many_files_open_in_system ||
-           error == std::errc::not_enough_memory;
-}
-
 FileKind KindBehind(const fs::path& link)
 {
     std::error_code ignored; // gone by now, or a link that leads nowhere: neither folder nor file
@@ -41,19 +35,19 @@ public:
     {
     }
 
-    void Visit(const fs::path& folder, bool isTop)
+    void Visit(const fs::path& folder)
     {
         std::vector<FileName> subFolders;
         std::vector<FileName> packages;
         std::error_code error;
         List(folder, subFolders, packages, error);
-        if (error && (ConcernsWholeWalk(error) || (isTop && !IsNothingThere(error)))) {
-            throw fs::filesystem_error("cannot list the templates of folder", folder, error);
+        if (error && !IsNothingThere(error)) {
+            found_.failures.push_back({orvcore::PathToUTF8(folder), error});
         }
         std::sort(subFolders.begin(), subFolders.end());
         std::sort(packages.begin(), packages.end());
         for (auto at = subFolders.begin(); at != subFolders.end() && !stopped_; ++at) {
-            Visit(folder / *at, false);
+            Visit(folder / *at);
         }
         if (!packages.empty()) {
             found_.packages += packages.size();
@@ -125,9 +119,32 @@ FoundPackages FindPackages(const fs::path& top, Depth depth, const std::function
 {
     Walk walk(depth, stop);
     if (orvcore::IsUsablePath(top)) {
-        walk.Visit(top, true);
+        walk.Visit(top);
     }
     return walk.TakeResult();
+}
+
+bool CanBeListed(const fs::path& folder)
+{
+    std::error_code error;
+    const auto endAtOnce = [](const fs::path&, FileKind) { return false; };
+    if (orvcore::IsDirectory(folder)) {
+        orvcore::ReadDirectory(folder, endAtOnce, error);
+        return !error;
+    }
+    return false;
+}
+
+bool MayBeThere(const fs::path& folder)
+{
+    std::error_code error;
+    return orvcore::InspectTarget(folder, error).kind == FileKind::Directory || error;
+}
+
+bool ConcernsWholeWalk(const std::error_code& error)
+{
+    return error == std::errc::too_many_files_open || error == std::errc::too_many_files_open_in_system ||
+           error == std::errc::not_enough_memory;
 }
 
 fs::path FullFolderPath(const fs::path& folder)
@@ -147,10 +164,21 @@ bool LeadToSameFolder(const fs::path& one, const fs::path& other)
     return orvcore::IsUsablePath(one) && orvcore::IsUsablePath(other) && orvcore::IsSameFile(one, other);
 }
 
-bool IsBelow(const fs::path& inner, const fs::path& outer)
+// Real paths tell a spelling apart from another folder, and the walk follows no link to a folder. What cannot be
+// resolved (it is gone, or nobody may look) is taken by the rules of paths, and the walk tells what is wrong with it.
+fs::path PathInWalk(const fs::path& wanted, const fs::path& top)
 {
-    const fs::path relative = PlainPath(inner).lexically_relative(PlainPath(outer));
-    return !relative.empty() && relative != fs::path(".") && *relative.begin() != fs::path("..");
+    if (!orvcore::IsUsablePath(wanted)) {
+        return {};
+    }
+    std::error_code noWanted;
+    std::error_code noTop;
+    const fs::path realWanted = orvcore::RealPath(wanted, noWanted);
+    const fs::path realTop = orvcore::RealPath(top, noTop);
+    const fs::path relative = noWanted || noTop ? PlainPath(wanted).lexically_relative(PlainPath(top))
+                                                : realWanted.lexically_relative(realTop);
+    const bool isBelow = !relative.empty() && relative != fs::path(".") && *relative.begin() != fs::path("..");
+    return isBelow ? top / relative : fs::path();
 }
 
 } // namespace orvcapsule::detail

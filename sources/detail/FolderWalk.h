@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sources/GraphicSource.h>
+
 #include <filesystem>
 #include <functional>
 #include <vector>
@@ -21,16 +23,23 @@ struct FoundPackages {
     std::vector<FolderOfPackages> folders; ///< those that directly hold packages; a folder after its sub-folders
     std::size_t packages = 0;
     std::size_t files = 0; ///< packages and other files together
+    std::vector<FolderFailure> failures;
 };
 
 /// Finds packages by their names, in or also below `top`, in an order that is the same on every system. Links to
 /// folders are not followed, links to files are.
 ///
-/// A missing `top` holds nothing. Folders below it that are missing by now or that the system refuses to list are
-/// passed over. What concerns the whole walk is thrown (`std::filesystem::filesystem_error`): a `top` that cannot be
-/// listed, and a process that runs out of files or memory.
+/// A missing `top`, or a folder that has vanished meanwhile, holds nothing. One that the system refuses to list, or to
+/// list to its end, is a failure; the walk goes on with the others.
 /// @param stop asked at every step; true ends the walk, whose result is then of no use
 FoundPackages FindPackages(const std::filesystem::path& top, Depth depth, const std::function<bool()>& stop);
+
+/// True when the system lists the folder now.
+bool CanBeListed(const std::filesystem::path& folder);
+/// True when something is there to list, or when that cannot be found out.
+bool MayBeThere(const std::filesystem::path& folder);
+/// True for what befalls the process and not one folder: it has no more files or memory.
+bool ConcernsWholeWalk(const std::error_code& error);
 
 /// The absolute path of a folder without closing separators; empty for an empty path.
 std::filesystem::path FullFolderPath(const std::filesystem::path& folder);
@@ -39,7 +48,8 @@ std::filesystem::path FullFolderPath(const std::filesystem::path& folder);
 bool IsSamePath(const std::filesystem::path& one, const std::filesystem::path& other);
 /// True when both lead to one existing folder.
 bool LeadToSameFolder(const std::filesystem::path& one, const std::filesystem::path& other);
-/// True when `inner` names a folder somewhere below `outer`.
-bool IsBelow(const std::filesystem::path& inner, const std::filesystem::path& outer);
+/// The path under which a walk through `top` comes to the folder that `wanted` names in whatever spelling; empty when
+/// it does not come there.
+std::filesystem::path PathInWalk(const std::filesystem::path& wanted, const std::filesystem::path& top);
 
 } // namespace orvcapsule::detail

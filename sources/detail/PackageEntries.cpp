@@ -34,7 +34,7 @@ boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, co
     }
     entry->path = orvcore::PathToUTF8(package);
     entry->fileSize = facts.size;
-    entry->name = orvcore::PathToUTF16(package.stem());
+    entry->name = orvcore::ToUTF16(orvcore::PathToUTF8(package.stem()));
     entry->modified = ToPosixTime(facts.modified);
     try {
         OnePackage one(package);
@@ -49,7 +49,7 @@ void PackageEntries::FillFromContent(CapsuleEntry& entry, OnePackage& package, c
                                      PackageState& state) const
 {
     bool hasDefinition = known.Recall(entry, state);
-    if (!hasDefinition) {
+    if (!hasDefinition && !stop_()) {
         hasDefinition = FillFromDefinition(entry, package.Content(), stop_);
         state.hasStill = hasDefinition;
         state.hasVideo = true; // until it is looked for
@@ -69,7 +69,8 @@ orvcore::UTF8String PackageEntries::Preview(PreviewKind kind, const CapsuleEntry
     if (target.empty()) {
         return {};
     }
-    const Outcome outcome = orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, target);
+    const Outcome outcome =
+        orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, state.facts.size, target);
     has = outcome != Outcome::None;
     state.isKnown = state.isKnown && outcome != Outcome::Failed;
     return outcome == Outcome::There && !stop_() ? orvcore::PathToUTF8(target) : orvcore::UTF8String();
@@ -83,6 +84,7 @@ orvcore::UTF8String PackageEntries::GetThumbnailPath(const CapsuleEntry& entry) 
     // A package that is gone may still have its preview; one that was replaced needs a new one.
     std::error_code ignored;
     const orvcore::FileInfo facts = orvcore::InspectTarget(package.Path(), ignored);
+    state.facts.size = facts.size;
     state.facts.modified = facts.kind == orvcore::FileKind::File ? facts.modified : ToFileTime(entry.modified);
     try {
         return Preview(PreviewKind::Still, entry, package, state);

@@ -10,7 +10,8 @@ namespace orvcapsule::detail {
 /// Makes the entries of packages in local folders. May be used by several threads at once.
 class PackageEntries {
 public:
-    /// @param stop asked between extractions; true leaves out the rest of an entry, which is then of no use
+    /// @param stop asked before each reading of a package; true leaves out the rest of an entry, which is then of no
+    /// use
     PackageEntries(const std::string& sourceID, std::function<bool()> stop);
 
     /// The entry of the package at the full path `package`, found under `directoryKey`; empty when there is no such

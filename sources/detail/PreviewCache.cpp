@@ -6,6 +6,8 @@
 #include <package/Workspace.h>
 #include <sources/LocalGraphicsSource.h>
 
+#include <algorithm>
+
 namespace orvcapsule::detail {
 
 namespace fs = std::filesystem;
@@ -15,6 +17,18 @@ namespace {
 std::u8string_view ExtensionOf(PreviewKind kind)
 {
     return kind == PreviewKind::Still ? u8".png" : u8".mp4";
+}
+
+// Of all languages: which of them is asked for is the package's to know.
+std::uint64_t LargestPreview(const CapsuleZip& zip, std::u8string_view extension)
+{
+    std::uint64_t largest = 0;
+    for (const orvstorage::ZipEntry& entry : zip.GetArchive().GetEntries()) {
+        if (entry.name.starts_with(u8"thumb") && entry.name.ends_with(extension) && entry.size <= kMaxPreviewBytes) {
+            largest = std::max(largest, entry.size);
+        }
+    }
+    return largest;
 }
 
 } // namespace
@@ -61,9 +75,14 @@ fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& caps
     return folder_.empty() ? fs::path() : folder_ / mixer.GetResult().ToString().append(orvcore::AsNarrow(extension));
 }
 
-PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, OnePackage& package, const fs::path& target) const
+PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, OnePackage& package, std::uint64_t packageSize,
+                                            const fs::path& target) const
 {
     const CapsuleZip& zip = package.Content();
+    const std::uint64_t size = LargestPreview(zip, ExtensionOf(kind));
+    if (size / kLikelyRatio > packageSize && !TakeFromAllowance(size)) {
+        return Outcome::None;
+    }
     const fs::path half = orvcore::PrivateSibling(target);
     const orvcore::UTF8String halfName = orvcore::PathToUTF8(half);
     if (!(kind == PreviewKind::Still ? zip.GetZELTThumbnailPNG(halfName) : zip.GetZELTThumbnailVideo(halfName))) {
@@ -78,6 +97,17 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, OnePackage& packag
     }
     orvcore::RemoveTree(half);
     return orvcore::IsFile(target) ? Outcome::There : Outcome::Failed; // another program may be quicker and hold it
+}
+
+bool PreviewCache::TakeFromAllowance(std::uint64_t bytes) const
+{
+    std::uint64_t left = allowance_;
+    while (left >= bytes) {
+        if (allowance_.compare_exchange_weak(left, left - bytes)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace orvcapsule::detail

@@ -4,6 +4,8 @@
 
 #include <orvcore/FileSystem.h>
 
+#include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -43,6 +45,10 @@ private:
 /// The pictures and videos extracted from packages, as files of the local working folder that outlive the process.
 /// Several threads and processes may look and extract at the same time: a file is made under a private name and then
 /// renamed, so that one that can be seen is whole.
+///
+/// Pictures and videos are packed by themselves, so a preview is hardly larger than its package. Those that have more
+/// than kLikelyRatio times its size share one allowance for the life of this object, which is one listing: packages of
+/// a few kilobytes cannot fill the disk, however many there are.
 class PreviewCache {
 public:
     /// Creates the working folder when it is missing.
@@ -55,13 +61,21 @@ public:
 
     enum class Outcome {
         There,  ///< the preview is at its path
-        None,   ///< the package has none, or too large a one
+        None,   ///< the package has none, or too large a one; too large for what the allowance still has, too
         Failed, ///< it could not be read or written this time
     };
     /// Extracts a preview to `target`. Throws as OnePackage::Content does.
-    Outcome Extract(PreviewKind kind, OnePackage& package, const std::filesystem::path& target) const;
+    /// @param packageSize in bytes
+    Outcome Extract(PreviewKind kind, OnePackage& package, std::uint64_t packageSize,
+                    const std::filesystem::path& target) const;
+
+    static constexpr std::uint64_t kLikelyRatio = 16;
+    static constexpr std::uint64_t kAllowance = std::uint64_t{256} << 20; ///< bytes
 
 private:
+    bool TakeFromAllowance(std::uint64_t bytes) const;
+
+    mutable std::atomic<std::uint64_t> allowance_ = kAllowance;
     std::string sourceID_;
     std::filesystem::path folder_;
 };

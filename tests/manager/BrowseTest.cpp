@@ -107,9 +107,17 @@ TEST_F(BrowseTest, AChangedFolderIsListedAgainAlone)
     EXPECT_THAT(Answer(), ElementsAre("folder root/below: Bar Chart last"));
     EXPECT_THAT(Found({u"classic"}), ElementsAre("found"));
 
-    manager->LocalDirectoryChanged("unknown", root, {});
-    EXPECT_THAT(Answer(), ElementsAre("folder root: last"));
+    // What exists keeps its rows, whoever is asked for it and wherever it lies.
+    const auto countdown = PathToUTF8(folder / "root" / "countdown.zelt");
+    manager->LocalDirectoryChanged("unknown", root, {countdown});
+    manager->LocalDirectoryChanged(orvcapsule::kLocalSourceID, below, {countdown});
+    EXPECT_THAT(Answer(), ElementsAre("folder root: last", "folder root/below: Bar Chart last"));
     EXPECT_THAT(Found({u"down"}), ElementsAre("found root/countdown.zelt"));
+
+    const auto odd = PathToUTF8(folder / "root" / "." / "below");
+    manager->LocalDirectoryChanged(orvcapsule::kLocalSourceID, odd, {});
+    EXPECT_THAT(Answer(), ElementsAre("folder root/./below: Bar Chart last"));
+    EXPECT_THAT(Found({u"chart"}), ElementsAre("found root/below/moved.zelt"));
 
     manager->LocalDirectoryChanged({}, true);
     EXPECT_THAT(Answer(), ElementsAre("all from 0 of 3: Bar Chart Countdown 10s torn"));
@@ -125,6 +133,7 @@ TEST_F(BrowseTest, ACustomFolderShowsWithTheNextListing)
     EXPECT_THAT(Answer(),
                 ElementsAre("all from 0 of 5: Bar Chart Classic Title Countdown 10s Lower Third – Clean torn"));
     EXPECT_NE(manager->FindGraphicSource(orvcapsule::kLocalSourceID), before);
+    EXPECT_THAT(manager->GetFolderFailures("unknown"), testing::IsEmpty());
     EXPECT_EQ(manager->GetLocalDirectories().count(PathToUTF8(folder / "mine")), 1U);
 
     manager->Shutdown();
@@ -134,6 +143,110 @@ TEST_F(BrowseTest, ACustomFolderShowsWithTheNextListing)
     manager->UpdateCustomDirectoryList({{u8"Mine", u8"/"}});
     Flush();
     EXPECT_EQ(manager->FindGraphicSource(orvcapsule::kLocalSourceID), fake) << "not a LocalGraphicsSource: left alone";
+}
+
+// A source of the host's own; with a heir it knows how to be replaced.
+class DerivedSource : public orvcapsule::LocalGraphicsSource {
+public:
+    using LocalGraphicsSource::LocalGraphicsSource;
+    std::shared_ptr<LocalGraphicsSource>
+    MakeSuccessor(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& folders) const override
+    {
+        return makesSuccessor ? std::make_shared<DerivedSource>(GetRootFolder(), folders)
+                              : LocalGraphicsSource::MakeSuccessor(folders);
+    }
+    bool makesSuccessor = true;
+};
+
+TEST_F(BrowseTest, ASourceOfTheHostsOwnStaysOfItsKind)
+{
+    manager->Shutdown();
+    manager = std::make_shared<GraphicSourceManager>(PathToUTF16(folder / "index.db"));
+    const auto first = std::make_shared<DerivedSource>(PathToUTF16(folder / "root"), NoFolders{});
+    manager->AddGraphicSource(first);
+    const auto replace = [this](const char8_t* name) {
+        manager->SetLocalDirectoryRequestCallback(directory);
+        manager->UpdateCustomDirectoryList({{name, u8"/"}});
+        Flush();
+        return std::dynamic_pointer_cast<DerivedSource>(manager->FindGraphicSource(orvcapsule::kLocalSourceID));
+    };
+    const FailuresTold failures;
+    const auto second = replace(u8"Mine");
+    ASSERT_NE(second, nullptr);
+    EXPECT_NE(second, first);
+    EXPECT_EQ(failures.Get(), 0U);
+    second->makesSuccessor = false;
+    EXPECT_EQ(replace(u8"Other"), second) << "refused";
+    EXPECT_EQ(second->GetCustomDirectories().at(0).first, u8"Mine");
+    EXPECT_EQ(failures.Get(), 1U);
+}
+
+TEST_F(BrowseTest, AFolderThatCannotBeListedCostsItselfAlone)
+{
+    std::error_code error;
+    std::filesystem::create_directory_symlink("itself", folder / "itself", error);
+    if (error) {
+        GTEST_SKIP() << "no symbolic links here";
+    }
+    const auto itself = PathToUTF8(folder / "itself");
+    orvcore::EnsureDirectory(folder / "mine");
+    std::filesystem::copy_file(samples / "lower-third.zelt", folder / "mine" / "lower.zelt");
+    manager->UpdateCustomDirectoryList({{u8"Bad", itself}, {u8"Mine", PathToUTF8(folder / "mine")}});
+    const std::string all = "all from 0 of 5: Bar Chart Classic Title Countdown 10s Lower Third – Clean torn";
+    const auto failed = [&] {
+        std::vector<orvcore::UTF8String> folders;
+        for (const auto& failure : manager->GetFolderFailures(orvcapsule::kLocalSourceID)) {
+            EXPECT_EQ(failure.reason, std::errc::too_many_symbolic_link_levels);
+            folders.push_back(failure.folder);
+        }
+        return folders;
+    };
+    for (const bool progress : {false, true}) {
+        const FailuresTold failures;
+        manager->RequestDefaultGraphicSet({}, progress);
+        EXPECT_THAT(Answer(), ElementsAre(all));
+        EXPECT_EQ(failures.Get(), 1U);
+        EXPECT_THAT(failed(), ElementsAre(itself));
+        EXPECT_THAT(Found({u"lower"}), ElementsAre("found mine/lower.zelt"));
+    }
+    std::filesystem::remove(folder / "itself");
+    manager->LocalDirectoryChanged(orvcapsule::kLocalSourceID, PathToUTF8(folder / "mine"), {});
+    Answer();
+    EXPECT_THAT(failed(), ElementsAre(itself)) << "another folder's relisting says nothing of it";
+    manager->LocalDirectoryChanged(orvcapsule::kLocalSourceID, itself, {});
+    Answer();
+    EXPECT_THAT(failed(), testing::IsEmpty());
+}
+
+TEST_F(BrowseTest, AFileWhoseNameIsNoUTF8IsFoundUnderItsPath)
+{
+    if (!std::is_same_v<std::filesystem::path::value_type, char>) {
+        GTEST_SKIP() << "names here are Unicode";
+    }
+    for (const char* name : {"odd\xff.zelt", "odd\xfe.zelt"}) {
+        folder.Write(std::string("root/odd\xfd/") + name, "");
+    }
+    manager->RequestDefaultGraphicSet({}, false);
+    Flush();
+    std::set<orvcore::UTF8String> listed;
+    for (const auto& [position, entry] : results) {
+        if (entry->name == u"odd\uFFFD") {
+            listed.insert(entry->path);
+        }
+    }
+    std::set<orvcore::UTF8String> found;
+    manager->SetDatabaseRequestCallback(std::make_shared<TextSet>([&](auto texts) { found = texts; }));
+    manager->RequestGraphics({u"odd"});
+    Flush();
+    EXPECT_EQ(listed.size(), 2U);
+    EXPECT_EQ(found, listed);
+
+    std::filesystem::remove(orvcore::PathFromUTF8(*listed.begin()));
+    manager->LocalDirectoryChanged(orvcapsule::kLocalSourceID, PathToUTF8(folder / "root/odd\xfd"), {*listed.begin()});
+    manager->RequestGraphics({u"odd"});
+    Flush();
+    EXPECT_EQ(found, std::set{*listed.rbegin()});
+    EXPECT_EQ(told.back(), "folder " + (folder / "root/odd\xfd").string() + ": odd\uFFFD last");
 }
 
 } // namespace

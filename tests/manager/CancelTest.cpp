@@ -165,6 +165,28 @@ TEST_F(CancelTest, ARelistingCancelledHalfwayLosesNoTemplate)
     EXPECT_EQ(found.size(), kEntries);
 }
 
+TEST_F(CancelTest, WhatIsCancelledBeforeItRunsTakesNothingOutOfTheIndex)
+{
+    folder.Write("there.zelt", "");
+    source->entries[0]->path = orvcore::PathToUTF8(folder / "there.zelt");
+    manager->RequestDefaultGraphicSet({}, false);
+    Flush();
+    const auto gate = std::make_shared<Gate>();
+    source->onSearch = [gate] { gate->Pass(); };
+    manager->RequestGraphics({u"blocks the executor"});
+    gate->AwaitTask();
+    manager->RequestDefaultGraphicSet({}, true);
+    manager->LocalDirectoryChanged({}, false);
+    manager->LocalDirectoryChanged("fake", u8"/", {source->entries[0]->path});
+    manager->Abort();
+    gate->Open();
+    Flush();
+    told.clear();
+    manager->RequestSimilarTags(u"n");
+    Flush();
+    EXPECT_THAT(told, ElementsAre("tags n"));
+}
+
 TEST_F(CancelTest, ACancelledFolderRelistingSaysSo)
 {
     std::map<std::uint64_t, orvappsupport::ProgressReport> last;

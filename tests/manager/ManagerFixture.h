@@ -4,6 +4,7 @@
 
 #include <manager/GraphicSourceManager.h>
 #include <orvappsupport/Progress.h>
+#include <orvcore/Executor.h>
 #include <orvcore/MainThread.h>
 #include <orvcore/Paths.h>
 
@@ -117,6 +118,9 @@ public:
                 results.clear();
                 break;
             }
+            if (entry) {
+                onEntry(*entry);
+            }
             results.push_back(entry);
             listed.Add();
         }
@@ -132,7 +136,12 @@ public:
         onList(directory);
         GraphicSourceManager::EntryList results;
         int total = 0;
-        Search({}, results, 0, -1, total, cancel);
+        try {
+            Search({}, results, 0, -1, total, cancel);
+        } catch (...) {
+            onDirectory(results, directory, true);
+            throw;
+        }
         onDirectory(results, directory, true);
     }
 
@@ -141,6 +150,7 @@ public:
     std::function<void()> onTerminate = [] {};
     std::function<void()> onSearch = [] {};
     std::function<void(const std::u16string&)> onList = [](const std::u16string&) {};
+    std::function<void(const orvcapsule::CapsuleEntry&)> onEntry = [](const auto&) {};
     int initialized = 0;
     orvcore::UTF8String filterType;
     std::vector<std::u16string> directories;
@@ -174,6 +184,28 @@ private:
     std::promise<void> begun_;
     std::promise<void> open_;
     std::shared_future<void> opened_ = open_.get_future().share();
+};
+
+/// Counts, for a scope, what reaches the host's handler of exceptions.
+class FailuresTold {
+public:
+    FailuresTold()
+    {
+        orvcore::SetTaskExceptionHandler([count = count_](const std::exception_ptr&) { count->Add(); });
+    }
+    FailuresTold(const FailuresTold&) = delete;
+    FailuresTold& operator=(const FailuresTold&) = delete;
+    ~FailuresTold()
+    {
+        orvcore::SetTaskExceptionHandler({});
+    }
+    std::size_t Get() const
+    {
+        return count_->Get();
+    }
+
+private:
+    std::shared_ptr<Tally> count_ = std::make_shared<Tally>();
 };
 
 /// Waits for what happens on another thread; far longer than it can take.

@@ -1,5 +1,7 @@
 #include <tests/manager/ManagerFixture.h>
 
+#include <sources/SearchIndex.h>
+
 #include <algorithm>
 
 namespace {
@@ -128,6 +130,7 @@ TEST_F(ManagerTest, ListsSourceBySourceAndThenEverythingInOrder)
     failing->onList = [](const auto&) { throw std::runtime_error("unreadable"); };
     const auto last = Add("last", {u"ab", u"b"});
     manager->AddGraphicSource(std::make_shared<OtherSource>());
+    const FailuresTold failures;
 
     const auto byName =
         std::make_shared<SortFunction>([](const auto& one, const auto& other) { return *one < *other; });
@@ -157,8 +160,44 @@ TEST_F(ManagerTest, ListsSourceBySourceAndThenEverythingInOrder)
             EXPECT_THAT(told, ElementsAre("first 3/-1: b abc Z", "failing 3/-1:", "last 5/5: ab b", test.all));
         }
     }
+    EXPECT_EQ(failures.Get(), 12U + 2U) << "the source once a listing, the broken order";
     EXPECT_THAT(last->directories, ElementsAre(u"/ü", u"/z"));
     EXPECT_THAT(first->directories, IsEmpty());
+}
+
+TEST_F(ManagerTest, WhatASourceHandedOutBeforeItFailedStands)
+{
+    const auto half = Add("half", {u"kept", u"none"});
+    half->onEntry = [](const CapsuleEntry& entry) {
+        if (entry.name == u"none") {
+            throw std::runtime_error("unreadable from here on");
+        }
+    };
+    manager->AddGraphicSource(half); // twice in the list
+    const FailuresTold failures;
+    manager->RequestDefaultGraphicSet({}, false);
+    manager->RequestSimilarTags(u"");
+    Flush();
+    EXPECT_THAT(told, ElementsAre("half 1/-1: kept", "half 2/2: kept", "all from 0 of 2: kept kept", "tags kept"));
+    EXPECT_EQ(failures.Get(), 2U);
+}
+
+TEST_F(ManagerTest, APanelDoesNotWaitForTheIndex)
+{
+    Add("fake", {u"n"});
+    std::atomic<int> dispatched = 0;
+    std::set<std::u16string> indexed;
+    orvcore::SetMainThreadDispatcher([&](const auto&) { // called by the task itself, the first time for the batch
+        if (++dispatched == 1) {
+            orvcapsule::QueryRapidFindDB({u"n"}, indexed);
+        }
+    });
+    manager->RequestDefaultGraphicSet({}, false);
+    Flush();
+    orvcore::SetMainThreadDispatcher({});
+    EXPECT_THAT(indexed, IsEmpty());
+    orvcapsule::QueryRapidFindDB({u"n"}, indexed);
+    EXPECT_THAT(indexed, ElementsAre(u"/n.zelt"));
 }
 
 TEST_F(ManagerTest, AnEmptyListingIsDeliveredToo)
@@ -216,6 +255,10 @@ TEST_F(ManagerTest, ProgressRunsOverTheWeightsOfAllSources)
     Add("one");
     manager->AddGraphicSource(std::make_shared<OtherSource>());
     Add("two")->onList = [](const auto&) { throw std::runtime_error("unreadable"); };
+    manager->SetLocalRequestCallback(std::make_shared<Request>([&](auto&, int, int) {
+        ASSERT_FALSE(reports.empty());
+        EXPECT_EQ(reports.begin()->second.back().event, orvappsupport::ProgressEvent::End) << "ended too late";
+    }));
     manager->RequestDefaultGraphicSet({}, true);
     manager->LocalDirectoryChanged("one", u8"/folder", {u8"/a", u8"/b", u8"/c"});
     Flush();
@@ -225,7 +268,7 @@ TEST_F(ManagerTest, ProgressRunsOverTheWeightsOfAllSources)
         double upper;
         double end;
     } cases[] = {
-        {u8"Loading All Graphics", 5.0, 4.0}, {u8"Loading Graphics", 2.0, 0.0}, {u8"Loading Graphics", 1.0, 0.0}};
+        {u8"Loading All Graphics", 5.0, 5.0}, {u8"Loading Graphics", 2.0, 0.0}, {u8"Loading Graphics", 1.0, 0.0}};
     auto report = reports.begin();
     for (const auto& test : cases) {
         const auto& events = (report++)->second;

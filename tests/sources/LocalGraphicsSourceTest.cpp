@@ -34,24 +34,26 @@ using testing::IsEmpty;
 using Entries = std::vector<boost::shared_ptr<CapsuleEntry>>;
 using Directories = std::vector<std::pair<UTF8String, UTF8String>>;
 
-// Aborts itself at the k-th poll.
+// Aborts itself, or does something else, at the k-th poll.
 class CountingToken : public CheckCancel {
 public:
-    explicit CountingToken(int abortAt)
-        : abortAt_(abortAt)
+    explicit CountingToken(int at, std::function<void()> action = {})
+        : at_(at)
+        , action_(std::move(action))
     {
     }
     bool GetAbort() override
     {
-        if (++polls == abortAt_) {
-            Abort();
+        if (++polls == at_) {
+            action_ ? action_() : Abort();
         }
         return CheckCancel::GetAbort();
     }
     std::atomic<int> polls = 0;
 
 private:
-    const int abortAt_;
+    const int at_;
+    const std::function<void()> action_;
 };
 
 std::string Package(const std::string& id, const std::string& png = "still", const std::string& mp4 = {})
@@ -118,6 +120,31 @@ protected:
         int total = -1;
         source.Search({}, entries, 0, 0, total, cancel);
         EXPECT_EQ(total, static_cast<int>(entries.size()));
+        return entries;
+    }
+    // Of a source with folders that cannot be listed, which are told; the listing is the same in either way.
+    static Entries SearchAndFail(LocalGraphicsSource& source, std::vector<UTF8String>& failed)
+    {
+        Entries entries;
+        Entries byDirectory;
+        int total = -1;
+        std::vector<UTF16String> directories;
+        const auto add = [&](const Entries& found, const UTF16String&, bool) {
+            byDirectory.insert(byDirectory.end(), found.begin(), found.end());
+        };
+        failed.clear();
+        EXPECT_THROW(source.Search({}, entries, 0, 0, total, {}), unlisted_folders_exception);
+        try {
+            source.SearchByDirectory(add, directories, {});
+            ADD_FAILURE() << "nothing told";
+        } catch (const unlisted_folders_exception& told) {
+            for (const FolderFailure& failure : told.GetFailures()) {
+                failed.push_back(failure.folder);
+            }
+        }
+        EXPECT_EQ(total, static_cast<int>(entries.size()));
+        EXPECT_EQ(byDirectory.size(), entries.size());
+        EXPECT_EQ(source.GetFolderFailures().size(), failed.size());
         return entries;
     }
     // The entries' paths below the test's folder.
@@ -262,6 +289,9 @@ TEST_F(LocalGraphicsSourceTest, ListsOneDirectoryByAnyOfItsNames)
         {root + u"/./sub/..", all},
         {orvcore::ToUTF16(kDefaultLocalSourceID), all},
         {root + u"/sub", {"root/sub/b.zelt"}},
+        {root + u"//sub", {"root/sub/b.zelt"}},
+        {root + u"/./sub/", {"root/sub/b.zelt"}},
+        {root + u"/sub/deep/../", {"root/sub/b.zelt"}},
         {other, {"else/d.zelt"}},
         {other + u"/", {"else/d.zelt"}},
         {other + u"/x", {}},
@@ -347,20 +377,32 @@ TEST_F(LocalGraphicsSourceTest, CancelledAtAnyPollHandsOutNothingOfThatListing)
     }
 }
 
-TEST_F(LocalGraphicsSourceTest, AFolderThatCannotBeListedAsAWholeIsTold)
+TEST_F(LocalGraphicsSourceTest, AFolderThatCannotBeListedCostsItselfAlone)
 {
     std::error_code error;
-    temp_.Write("root/a.zelt", "");
+    temp_.Write("else/a.zelt", "");
+    orvcore::EnsureDirectory(temp_ / "root");
     fs::create_directory_symlink("itself", temp_ / "itself", error);
     if (error) {
         GTEST_SKIP() << "no symbolic links here";
     }
-    const LocalGraphicsSource source(PathToUTF16(temp_ / "itself"), Custom("root"));
-    Entries results(2);
-    int total = 5;
-    EXPECT_THROW(source.Search({}, results, 0, 0, total, {}), fs::filesystem_error);
-    EXPECT_EQ(results.size(), 2U);
-    EXPECT_THROW(source.GetDirectories(), fs::filesystem_error);
+    Directories custom = Custom("itself");
+    custom.push_back(Custom("else")[0]);
+    LocalGraphicsSource source = Source(custom);
+    IGraphicSource::GraphicFilterID filter;
+    source.GetFilter(filter);
+    EXPECT_TRUE(filter.subFilters.at(1).available);
+    EXPECT_FALSE(filter.subFilters.at(2).available);
+    std::vector<UTF8String> failed;
+    EXPECT_THAT(Paths(SearchAndFail(source, failed)), ElementsAre("else/a.zelt"));
+    EXPECT_THAT(failed, ElementsAre(PathToUTF8(temp_ / "itself")));
+
+    LocalGraphicsSource badRoot(PathToUTF16(temp_ / "itself"), Custom("else"));
+    EXPECT_THAT(Paths(SearchAndFail(badRoot, failed)), ElementsAre("else/a.zelt"));
+    EXPECT_THROW(badRoot.GetDirectories(), fs::filesystem_error);
+    fs::remove(temp_ / "itself");
+    badRoot.SearchDirectory([](auto&&...) {}, PathToUTF16(temp_ / "itself"), {});
+    EXPECT_THAT(badRoot.GetFolderFailures(), IsEmpty());
 }
 
 TEST_F(LocalGraphicsSourceTest, PassesOverWhatTheSystemDoesNotLetItRead)
@@ -382,8 +424,11 @@ TEST_F(LocalGraphicsSourceTest, PassesOverWhatTheSystemDoesNotLetItRead)
     const std::string odd = "root/odd\xff\xfe.zelt";
     temp_.Write(odd, Package("odd"));
     temp_.Write("root/z.zelt", "");
-    const Entries entries = Search(Source());
+    LocalGraphicsSource source = Source();
+    std::vector<UTF8String> failed;
+    const Entries entries = SearchAndFail(source, failed);
     fs::rename(temp_ / outer / "inner", temp_ / "inner");
+    EXPECT_EQ(failed.size(), 1U);
     EXPECT_THAT(Paths(entries),
                 ElementsAre(orvcore::ToNarrow(outer.generic_u8string()) + "/o.zelt", odd, "root/z.zelt"));
     EXPECT_EQ(entries[1]->capsuleID, u"odd");
@@ -472,6 +517,54 @@ TEST_F(LocalGraphicsSourceTest, ReadsAgainOnlyWhatChanged)
     const Entries changed = Search(source);
     orvcore::DebugSettings::Unset("ORV.entrysettletime");
     EXPECT_TRUE(std::any_of(changed.begin(), changed.end(), [](const auto& e) { return e->capsuleID == u"other"; }));
+}
+
+TEST_F(LocalGraphicsSourceTest, AListingInTwoLanguagesIsNotNoted)
+{
+    orvcore::DebugSettings::SetInt("ORV.entrysettletime", 0);
+    fs::copy(ORV_SAMPLES_DIR, temp_ / "root", fs::copy_options::recursive);
+    const orvtest::Language english("en_US");
+    const auto names = [this](const boost::shared_ptr<CheckCancel>& token) {
+        std::vector<UTF16String> texts;
+        for (const auto& entry : Search(Source(), token)) {
+            texts.push_back(entry->name);
+        }
+        return texts;
+    };
+    const auto never = boost::make_shared<CountingToken>(-1);
+    const auto expected = names(never);
+    bool mixed = false;
+    for (int k = 1; k < never->polls; k += 5) {
+        orvcore::RemoveTree(working_);
+        const auto change = [] { orvcore::Application::SetLanguage("de_DE"); };
+        mixed = names(boost::make_shared<CountingToken>(k, change)) != expected || mixed;
+        orvcore::Application::SetLanguage("en_US");
+        EXPECT_EQ(names({}), expected) << k;
+    }
+    orvcore::DebugSettings::Unset("ORV.entrysettletime");
+    EXPECT_TRUE(mixed);
+}
+
+TEST_F(LocalGraphicsSourceTest, SmallPackagesDoNotFillTheDisk)
+{
+    constexpr std::size_t kPackages = 8;
+    const std::vector<char> blank(std::size_t{60} << 20);
+    orvcore::EnsureDirectory(temp_ / "root");
+    temp_.Write("in/definition.json", R"({"apiVersion":"2.2"})");
+    ASSERT_GE(orvcore::WriteBufferToFile(temp_ / "in/thumb.xyz", blank.data(), blank.size()), 0);
+    ASSERT_TRUE(CapsuleZip(temp_ / "blank.zelt").Zip(temp_ / "in", {}, nullptr));
+    std::string bytes = orvcore::ReadWholeFile(temp_ / "blank.zelt").value();
+    for (auto at = bytes.find("thumb.xyz"); at != std::string::npos; at = bytes.find("thumb.xyz")) {
+        bytes.replace(at, 9, "thumb.mp4"); // which would have been stored as it is
+    }
+    for (std::size_t i = 0; i < kPackages; ++i) {
+        temp_.Write("root/" + std::to_string(i) + ".zelt", bytes);
+    }
+    temp_.Write("root/usual.zelt", Package("usual", "png", std::string(std::size_t{4} << 20, 'v')));
+    const Entries entries = Search(Source());
+    const auto hasVideo = [](const auto& entry) { return !entry->videoPreviewPath.empty(); };
+    EXPECT_EQ(std::count_if(entries.begin(), entries.end(), hasVideo), 4 + 1);
+    EXPECT_TRUE(hasVideo(entries.back()));
 }
 
 TEST_F(LocalGraphicsSourceTest, GoesOnWithoutPreviewsThatCannotBeHad)

@@ -650,11 +650,30 @@ class BrowseTest(ZeltTest):
 
     def test_folders_that_cannot_be_listed(self):
         pathlib.Path("file").write_bytes(b"")
-        for folders, left in [(["gone", "mine"], 1), (["mine", "gone", "file"], 2), (["gone", "file"], 0)]:
+        cases = [(["gone", "mine"], 1), (["mine", "gone", "file"], 2), (["gone", "file"], 0)]
+        if os.name == "posix" and not EMULATOR:
+            os.symlink("itself", "itself")
+            cases += [(["itself", "mine"], 1), (["mine", "itself"], 2)]
+        for folders, left in cases:
             out, err = self.run_zelt("list", *folders, "--json", code=1)
             self.assertEqual(len(out.splitlines()), left, folders)
             bad = [folder for folder in folders if folder != "mine"]
-            self.assertEqual([line.split(": ")[1] for line in err.splitlines()], bad)
+            self.assertEqual([pathlib.PurePath(line.split(": ")[1]).name for line in err.splitlines()], bad)
+
+    @unittest.skipIf(os.name != "posix" or EMULATOR, "paths have other limits and names are Unicode")
+    def test_folders_and_files_with_odd_names(self):
+        chain = "/".join(["n" * 250] * 9)  # twice, one in the other: too long to be opened
+        for folder in ("deep/" + chain, "inner/" + chain):
+            os.makedirs(folder)
+        os.rename("inner", f"deep/{chain}/inner")
+        odd = [b"deep/odd\xff.zelt", b"deep/odd\xfe.zelt"]
+        for path in odd:
+            shutil.copy(b"mine/copy.zelt", path)
+        for command in (["list", "deep"], ["search", "deep", "--", "countdown"]):
+            out, err = self.run_zelt(*command[:2], "--json", *command[2:], code=1)
+            self.assertEqual(len(err.splitlines()), 1, err)
+            paths = [bytes.fromhex(json.loads(line)["pathBytes"]) for line in out.splitlines()]
+            self.assertEqual({os.path.relpath(path, os.getcwdb()) for path in paths}, set(odd))
 
     def test_table_stands_in_columns(self):
         name = "e\u0301" * 9 + "ＷＩＤＥ 한글 ก็ 🎬"

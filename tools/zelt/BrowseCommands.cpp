@@ -11,42 +11,31 @@ namespace zelt {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-// The full path of a folder that can be listed. @throws FileError
-std::string UsableFolder(const std::string& folder)
+// The full path of a folder; the name itself, reported, of one that is not there, which the library passes over.
+std::string FullPath(const std::string& folder, ExitCode& exit)
 {
-    std::error_code failed;
-    orvcore::ReadDirectory(
-        ToPath(folder), [](const fs::path&, orvcore::FileKind) { return false; }, failed);
-    if (failed == std::errc::no_such_file_or_directory) {
-        throw FileError(folder, "there is no such folder");
-    }
-    if (failed == std::errc::not_a_directory) {
-        throw FileError(folder, "it is not a folder");
-    }
-    if (failed) {
-        throw FileError(folder, failed.message());
-    }
-    return ToText(ToFullPath(folder));
+    std::string path = folder;
+    const ExitCode named = OnFile(folder, [&] {
+        std::error_code failed;
+        const orvcore::FileKind kind = orvcore::InspectTarget(ToPath(folder), failed).kind;
+        if (kind == orvcore::FileKind::Nothing && !failed) {
+            throw FileError(folder, "there is no such folder");
+        }
+        if (kind != orvcore::FileKind::Directory && !failed) {
+            throw FileError(folder, "it is not a folder");
+        }
+        path = ToText(ToFullPath(folder));
+    });
+    exit = named == ExitCode::kDone ? exit : named;
+    return path;
 }
 
-// Reports the folders that cannot be listed and leaves the others; the first keeps its place, even if it is not usable.
-std::vector<std::string> UsableFolders(const std::vector<std::string>& folders, ExitCode& exit)
+ExitCode ReportFailures(const std::vector<orvcapsule::FolderFailure>& failures)
 {
-    std::vector<std::string> usable(1);
-    for (std::size_t i = 0; i < folders.size(); ++i) {
-        const ExitCode one = OnFile(folders[i], [&] {
-            const std::string path = UsableFolder(folders[i]);
-            if (i == 0) {
-                usable.front() = path;
-            } else {
-                usable.push_back(path);
-            }
-        });
-        exit = one == ExitCode::kDone ? exit : one;
+    for (const orvcapsule::FolderFailure& failure : failures) {
+        ReportError(orvcore::AsNarrow(failure.folder), failure.reason.message());
     }
-    return usable;
+    return failures.empty() ? ExitCode::kDone : ExitCode::kBadFile;
 }
 
 // Lists the folders, then does `work` with what is in them.
@@ -54,15 +43,17 @@ template <class Work>
 ExitCode Browse(const std::vector<std::string>& folders, bool progressive, Work&& work)
 {
     ExitCode exit = ExitCode::kDone;
-    const std::vector<std::string> usable = UsableFolders(folders, exit);
-    if (std::all_of(usable.begin(), usable.end(), [](const std::string& folder) { return folder.empty(); })) {
-        return exit;
+    std::vector<std::string> full;
+    for (const std::string& folder : folders) {
+        full.push_back(FullPath(folder, exit));
     }
     const ExitCode listed = OnFile(folders.front(), [&] {
-        Browser browser(usable);
-        work(browser, browser.List(progressive));
+        Browser browser(full);
+        const Entries entries = browser.List(progressive);
+        exit = std::max(exit, ReportFailures(browser.GetFolderFailures()));
+        work(browser, entries);
     });
-    return listed == ExitCode::kDone ? exit : listed;
+    return std::max(exit, listed);
 }
 
 void PrintEntries(const Entries& entries, bool json, bool isLong)
@@ -80,12 +71,12 @@ void PrintEntries(const Entries& entries, bool json, bool isLong)
     }
 }
 
-// The entries whose paths were found. A search answers with well-formed text, which a file's name need not be.
+// The entries whose paths were found.
 Entries WithPaths(const Entries& entries, const Browser::Texts& paths)
 {
     Entries found;
     std::copy_if(entries.begin(), entries.end(), std::back_inserter(found),
-                 [&](const auto& entry) { return paths.count(orvcore::ToUTF8(orvcore::ToUTF16(entry->path))) != 0; });
+                 [&](const auto& entry) { return paths.count(entry->path) != 0; });
     return found;
 }
 

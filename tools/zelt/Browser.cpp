@@ -4,12 +4,12 @@
 #include "IndexFile.h"
 #include "ListingProgress.h"
 #include "Output.h"
-#include "WatchedSource.h"
 
 #include <orvcore/Console.h>
 #include <orvcore/Executor.h>
 #include <orvcore/MainThread.h>
 #include <orvcore/Paths.h>
+#include <sources/SourceNames.h>
 
 #include <exception>
 #include <mutex>
@@ -19,15 +19,21 @@ namespace zelt {
 
 using orvcapsule::GraphicSourceManager;
 
-// What went wrong first on a thread of the library's.
+// What went wrong first on a thread of the library's, but for the folders of a listing: those are asked for.
 struct Browser::Failure {
     std::mutex mutex;
     std::exception_ptr first;
 
     void Set(const std::exception_ptr& failure)
     {
-        const std::lock_guard lock(mutex);
-        first = first ? first : failure;
+        try {
+            std::rethrow_exception(failure);
+        } catch (const orvcapsule::unlisted_folders_exception&) {
+            return;
+        } catch (...) {
+            const std::lock_guard lock(mutex);
+            first = first ? first : failure;
+        }
     }
     void Throw()
     {
@@ -38,16 +44,29 @@ struct Browser::Failure {
     }
 };
 
+namespace {
+
+using CustomFolders = std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>;
+
+std::shared_ptr<orvcapsule::LocalGraphicsSource> MakeSource(const std::vector<std::string>& folders)
+{
+    CustomFolders custom;
+    for (std::size_t i = 1; i < folders.size(); ++i) {
+        custom.emplace_back(orvcore::ToUTF8(folders[i]), orvcore::ToUTF8(folders[i]));
+    }
+    return std::make_shared<orvcapsule::LocalGraphicsSource>(orvcore::PathToUTF16(ToPath(folders.front())), custom);
+}
+
+} // namespace
+
 Browser::Browser(const std::vector<std::string>& folders)
     : failure_(std::make_shared<Failure>())
 {
     const std::filesystem::path index = folder_.Path() / "index";
     CheckIndexFile(ToText(index), false);
     orvcore::SetTaskExceptionHandler([failure = failure_](const std::exception_ptr& what) { failure->Set(what); });
-    source_ = std::make_shared<WatchedSource>(
-        folders, [failure = failure_](const std::exception_ptr& what) { failure->Set(what); });
     manager_ = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(index));
-    manager_->AddGraphicSource(source_);
+    manager_->AddGraphicSource(MakeSource(folders));
 }
 
 Browser::~Browser()
@@ -77,6 +96,11 @@ Browser::Entries Browser::List(bool progressive)
     Await(answered);
     manager_->SetLocalRequestCallback(nullptr);
     return entries;
+}
+
+std::vector<orvcapsule::FolderFailure> Browser::GetFolderFailures() const
+{
+    return manager_->GetFolderFailures(orvcapsule::kLocalSourceID);
 }
 
 Browser::Texts Browser::Search(const std::vector<std::string>& terms)
@@ -121,11 +145,7 @@ void Browser::Await(const bool& answered)
         }
         orvcore::WaitForMainThreadCalls(kPatience);
         orvcore::RunMainThreadCalls();
-        try {
-            failure_->Throw();
-        } catch (const std::filesystem::filesystem_error& error) {
-            throw FileError(ToText(error.path1()), error.code().message());
-        }
+        failure_->Throw();
     }
 }
 

@@ -4,6 +4,7 @@
 #include "TempFolder.h"
 
 #include <manager/GraphicSourceManager.h>
+#include <sources/LocalGraphicsSource.h>
 
 #include <functional>
 #include <memory>
@@ -13,13 +14,11 @@
 
 namespace zelt {
 
-class WatchedSource;
-
 /// A host in small: the library's manager with one local source, on this thread as the main thread. Every operation
 /// waits for its answer, running the main thread's calls meanwhile, and is cancelled by the user's interruption.
 ///
-/// The search index is a private file that ends with this object. What an operation throws: Cancelled; FileError for a
-/// folder that could not be listed after all; what ended a background task.
+/// The search index is a private file that ends with this object. What an operation throws: Cancelled; what ended a
+/// background task.
 ///
 /// The destructor ends the library's executors for good: one in the life of a program.
 class Browser {
@@ -36,6 +35,8 @@ public:
     /// All templates, by name. Fills the search index.
     /// @param progressive  the library reports how far it is
     Entries List(bool progressive);
+    /// The folders that could not be listed, and why.
+    std::vector<orvcapsule::FolderFailure> GetFolderFailures() const;
     /// The paths of the listed templates that every term finds.
     Texts Search(const std::vector<std::string>& terms);
     /// Suggestions for what a user has typed.
@@ -52,7 +53,6 @@ private:
     InterruptWatch interrupt_; // goes last: an interrupt meanwhile must not leave the folder behind
     TempFolder folder_;
     std::shared_ptr<Failure> failure_;
-    std::shared_ptr<WatchedSource> source_;
     std::shared_ptr<orvcapsule::GraphicSourceManager> manager_;
 };
 

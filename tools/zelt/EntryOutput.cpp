@@ -113,11 +113,11 @@ public:
     // A path that may be missing.
     void Path(std::string_view key, const orvcore::UTF8String& path)
     {
-        writer_.Key(key);
         if (path.empty()) {
+            writer_.Key(key);
             writer_.Null();
         } else {
-            writer_.String(AsNarrow(path));
+            WritePath(writer_, key, AsNarrow(path));
         }
     }
     orvcore::serialization::JSONTextWriter& Writer()
@@ -165,7 +165,7 @@ std::string EntryAsJSON(const CapsuleEntry& entry)
 {
     Members members;
     members.Writer().BeginObject();
-    members.Text("path", AsNarrow(entry.path));
+    members.Path("path", entry.path);
     members.Text("name", entry.name);
     members.List("sourcePath", entry.sourcePath);
     members.Bool("readable", IsReadable(entry));

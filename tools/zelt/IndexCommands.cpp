@@ -39,16 +39,27 @@ std::string AsJSON(const Row& row)
 {
     orvcore::serialization::JSONTextWriter writer;
     writer.BeginObject();
-    writer.Key("file");
-    writer.String(std::string_view(row.file));
-    writer.Key("path");
-    writer.String(orvcore::AsNarrow(row.path));
+    WritePath(writer, "file", row.file);
+    WritePath(writer, "path", orvcore::AsNarrow(row.path));
     writer.Key("texts");
     writer.BeginArray();
     for (const orvcore::UTF8String& text : row.texts) {
         writer.String(orvcore::AsNarrow(text));
     }
     writer.EndArray();
+    writer.EndObject();
+    return orvcore::ToNarrow(writer.Take());
+}
+
+// A path that was found, alone on a line.
+std::string AsLine(const orvcore::UTF8String& path, bool json)
+{
+    if (!json) {
+        return Printable(orvcore::AsNarrow(path));
+    }
+    orvcore::serialization::JSONTextWriter writer;
+    writer.BeginObject();
+    WritePath(writer, "path", orvcore::AsNarrow(path));
     writer.EndObject();
     return orvcore::ToNarrow(writer.Take());
 }
@@ -133,7 +144,7 @@ ExitCode RunIndexSearch(const IndexSearchOptions& options)
     return OnFile(options.database, [&] {
         const OpenIndex index(options.database, true);
         for (const orvcore::UTF16String& path : PathsFor(options.terms)) {
-            PrintLine(OneMember("path", orvcore::ToNarrow(path), options.json));
+            PrintLine(AsLine(orvcore::PathTextToUTF8(path), options.json));
         }
     });
 }

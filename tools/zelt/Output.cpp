@@ -53,6 +53,23 @@ std::string OneMember(std::string_view key, std::string_view text, bool json)
     return orvcore::ToNarrow(writer.Take());
 }
 
+void WritePath(orvcore::serialization::JSONTextWriter& writer, std::string_view key, std::string_view path)
+{
+    writer.Key(key);
+    writer.String(path);
+    if (orvcore::IsWellFormedUTF8(path)) {
+        return;
+    }
+    std::string digits;
+    for (const char byte : path) {
+        constexpr std::string_view kDigits = "0123456789abcdef";
+        digits += kDigits[static_cast<unsigned char>(byte) >> 4U];
+        digits += kDigits[static_cast<unsigned char>(byte) & 0xFU];
+    }
+    writer.Key(std::string(key) + "Bytes");
+    writer.String(std::string_view(digits));
+}
+
 std::string Count(std::size_t number, const std::string& noun)
 {
     return std::to_string(number) + ' ' +

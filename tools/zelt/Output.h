@@ -4,6 +4,10 @@
 #include <string>
 #include <string_view>
 
+namespace orvcore::serialization {
+class JSONTextWriter;
+}
+
 namespace zelt {
 
 /// Standard output takes bytes as they are and a console shows them as UTF-8. Call it first.
@@ -22,6 +26,10 @@ std::string Printable(std::string_view text);
 
 /// A text alone on a line: as it is, safe to show, or as a JSON object with the one key.
 std::string OneMember(std::string_view key, std::string_view text, bool json);
+
+/// Writes a path as a member, and where it is not well-formed UTF-8 its bytes too, two hexadecimal digits each, under
+/// `key` with "Bytes" appended: the text shows such bytes as U+FFFD and names no file.
+void WritePath(orvcore::serialization::JSONTextWriter& writer, std::string_view key, std::string_view path);
 
 /// "3 files", "1 file".
 std::string Count(std::size_t number, const std::string& noun);

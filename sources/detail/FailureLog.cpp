@@ -1,0 +1,43 @@
+#include <sources/detail/FailureLog.h>
+
+#include <orvcore/Paths.h>
+
+#include <algorithm>
+
+namespace orvcapsule::detail {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool WasListed(const fs::path& folder, const fs::path& top, Depth depth)
+{
+    return depth == Depth::OneFolder || top.empty()
+               ? folder == top
+               : std::mismatch(top.begin(), top.end(), folder.begin(), folder.end()).first == top.end();
+}
+
+} // namespace
+
+void FailureLog::ReplaceAll(const std::vector<FolderFailure>& failures)
+{
+    const std::lock_guard lock(mutex_);
+    failures_ = failures;
+}
+
+void FailureLog::Replace(const fs::path& folder, Depth depth, const std::vector<FolderFailure>& failures)
+{
+    const std::lock_guard lock(mutex_);
+    std::erase_if(failures_, [&](const FolderFailure& failure) {
+        return WasListed(orvcore::PathFromUTF8(failure.folder), folder, depth);
+    });
+    failures_.insert(failures_.end(), failures.begin(), failures.end());
+}
+
+std::vector<FolderFailure> FailureLog::Get() const
+{
+    const std::lock_guard lock(mutex_);
+    return failures_;
+}
+
+} // namespace orvcapsule::detail
