@@ -268,6 +268,21 @@ class ZeltTest(unittest.TestCase):
             self.write_package("bad.zelt", text)
             self.assertIn(place, self.run_zelt("check", "bad.zelt", code=1)[0])
 
+    def test_lines_of_programs_side_by_side_stay_whole(self):
+        self.need_posix()
+        document = json.loads(definition_of("untitled.zelt"))
+        files = [f"{name}.zelt" for name in GOOD]
+        for size in (3000, 4096, 9000, 200000):  # some are longer than a pipe takes as one
+            files.append(self.write_package(f"{size}.zelt", json.dumps(document | {"description": "x" * size})))
+        lines = set(self.run_zelt("info", "--json", *files)[0].splitlines())
+        names = "\n".join(files * 40).encode("utf-8")
+        for target in ("pipe", "file"):
+            with open("out", "wb") as file:
+                done = subprocess.run(["xargs", "-P8", "-n25", ZELT, "info", "--json"], input=names, check=True,
+                                      stdout=subprocess.PIPE if target == "pipe" else file)
+            said = (done.stdout or pathlib.Path("out").read_bytes()).decode("utf-8").splitlines()
+            self.assertEqual((len(said), [line[:80] for line in said if line not in lines]), (len(files) * 40, []), target)
+
     def test_definition(self):
         for name in GOOD:
             self.assertEqual(self.run_zelt("definition", f"{name}.zelt")[0], definition_of(f"{name}.zelt"))

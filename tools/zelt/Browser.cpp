@@ -6,10 +6,10 @@
 #include "Output.h"
 #include "WatchedSource.h"
 
-#include <orvcore/Console.h>
 #include <orvcore/Executor.h>
 #include <orvcore/MainThread.h>
 #include <orvcore/Paths.h>
+#include <tools/support/Console.h>
 
 #include <exception>
 #include <mutex>
@@ -62,7 +62,7 @@ Browser::~Browser()
 
 Browser::Entries Browser::List(bool progressive)
 {
-    const bool onTerminal = orvcore::IsTerminal(orvcore::StandardStream::Error);
+    const bool onTerminal = orvtools::IsTerminal(orvtools::StandardStream::Error);
     const ListingProgress progress(progressive && !onTerminal);
     bool answered = false;
     Entries entries;

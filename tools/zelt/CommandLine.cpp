@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <sstream>
 
 namespace zelt {
 
@@ -253,7 +254,9 @@ ExitCode RunCommandLine(std::vector<std::string> arguments)
         std::reverse(arguments.begin(), arguments.end()); // as this parser takes them
         app.parse(std::move(arguments));
     } catch (const CLI::Success& asked) { // help or version
-        app.exit(asked);
+        std::ostringstream text;
+        app.exit(asked, text, text);
+        Print(text.str());
         return ExitCode::kDone;
     } catch (const CLI::ParseError& error) {
         ReportError(WhatIsWrong(app, error) + " (see zelt --help)");

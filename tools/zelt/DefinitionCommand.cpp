@@ -3,7 +3,7 @@
 #include "Template.h"
 
 #include <capsule/Serialization.h>
-#include <orvcore/Console.h>
+#include <tools/support/Console.h>
 
 namespace zelt {
 
@@ -14,7 +14,7 @@ ExitCode RunDefinition(const DefinitionOptions& options)
         const auto text =
             options.canonical ? orvcapsule::serialization::CapsuleToJson(read.definition.capsule) : read.text;
         Print(orvcore::AsNarrow(text));
-        if (!text.ends_with(u8'\n') && orvcore::IsTerminal(orvcore::StandardStream::Output)) {
+        if (!text.ends_with(u8'\n') && orvtools::IsTerminal(orvtools::StandardStream::Output)) {
             Print("\n"); // a prompt belongs on a line of its own; a file gets the text alone
         }
     });

@@ -2,7 +2,8 @@
 
 #include "Output.h"
 
-#include <cstdio>
+#include <tools/support/Console.h>
+
 #include <filesystem>
 #include <new>
 
@@ -12,8 +13,7 @@ void ReportError(std::string_view what)
 {
     FlushOutput(); // where both streams go to one place, lines stay in order
     const std::string line = "zelt: " + Printable(what) + '\n';
-    std::fwrite(line.data(), 1, line.size(), stderr);
-    std::fflush(stderr);
+    orvtools::WriteLines(orvtools::StandardStream::Error, line);
 }
 
 void ReportError(std::string_view file, std::string_view what)

@@ -1,26 +1,47 @@
 #include "Output.h"
 
-#include <orvcore/CommandLine.h>
-#include <orvcore/Console.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/JSONTextWriter.h>
 #include <orvcore/Paths.h>
+#include <tools/support/Console.h>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace zelt {
 
+namespace {
+
+// Lines that wait to be written. The C library's buffer would be written wherever it is full, in the middle of a line,
+// where another program that shares the stream may put its own.
+std::string waiting;
+std::size_t enough = std::size_t{64} << 10; // what is worth a call of the system
+bool isGood = true;
+
+void WriteWaiting(std::size_t size)
+{
+    const std::string_view text(waiting.data(), size);
+    isGood = isGood && orvtools::WriteLines(orvtools::StandardStream::Output, text);
+    waiting.erase(0, size);
+}
+
+} // namespace
+
 void InitOutput()
 {
-    orvcore::SetBinary(orvcore::StandardStream::Output);
-    orvcore::SetBinary(orvcore::StandardStream::Error);
-    orvcore::SetConsoleUTF8();
+    if (orvtools::IsTerminal(orvtools::StandardStream::Output)) {
+        enough = 1; // who reads along sees each line at once
+    }
+    orvtools::SetBinary(orvtools::StandardStream::Output);
+    orvtools::SetBinary(orvtools::StandardStream::Error);
+    orvtools::SetConsoleUTF8();
 }
 
 void Print(std::string_view text)
 {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    waiting += text;
+    if (waiting.size() >= enough) {
+        WriteWaiting(waiting.rfind('\n') + 1);
+    }
 }
 
 void PrintLine(std::string_view text)
@@ -31,7 +52,8 @@ void PrintLine(std::string_view text)
 
 bool FlushOutput()
 {
-    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    WriteWaiting(waiting.size());
+    return isGood;
 }
 
 std::string Printable(std::string_view text)

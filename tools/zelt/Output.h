@@ -9,11 +9,12 @@ namespace zelt {
 /// Standard output takes bytes as they are and a console shows them as UTF-8. Call it first.
 void InitOutput();
 
-/// Writes text to standard output as it is.
+/// Writes text to standard output as it is: each line at once to a terminal, else in blocks of whole lines.
 void Print(std::string_view text);
 /// Writes text and a line feed.
 void PrintLine(std::string_view text);
-/// Flushes standard output; false when something could not be written since the program began.
+/// Writes what still waits, the beginning of a line too; false when something could not be written since the program
+/// began.
 bool FlushOutput();
 
 /// `text` in a form that is safe to show: control characters, with which a hostile package could steer a terminal or

@@ -1,6 +1,6 @@
 #include "Progress.h"
 
-#include <orvcore/Console.h>
+#include <tools/support/Console.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -18,7 +18,7 @@ constexpr std::size_t kWidth = 40;
 Progress::Progress(std::string what)
     : what_(std::move(what))
 {
-    if (orvcore::IsTerminal(orvcore::StandardStream::Error)) {
+    if (orvtools::IsTerminal(orvtools::StandardStream::Error)) {
         ticker_ = std::thread([this] { Run(); });
     }
 }
