@@ -2,6 +2,7 @@
 
 #include "Arguments.h"
 #include "Commands.h"
+#include "Locale.h"
 #include "Output.h"
 
 #include <capsule/Capsule.h>
@@ -51,17 +52,22 @@ CLI::Option* AddList(CLI::App* command, const std::string& name, std::vector<std
 }
 
 // An option that may be given several times, each time with one value.
-void AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::string>& values,
-                   const std::string& placeholder, const std::string& description)
+CLI::Option* AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::string>& values,
+                           const std::string& placeholder, const std::string& description)
 {
-    AddList(command, name, values, description)->type_name(placeholder)->allow_extra_args(false);
+    return AddList(command, name, values, description)->type_name(placeholder)->allow_extra_args(false);
 }
 
-// An empty name, as of a script's unset variable, would mean the working folder, or that nothing was given.
-CLI::Option* NeedName(CLI::Option* option)
+// An empty value, as of a script's unset variable, would mean the working folder, or that nothing was given.
+CLI::Option* NeedText(CLI::Option* option, const std::string& what)
 {
     return option->check(
-        [](const std::string& name) { return WithoutMark(name).empty() ? "the file name is empty" : ""; });
+        [what](const std::string& text) { return WithoutMark(text).empty() ? "the " + what + " is empty" : ""; });
+}
+
+CLI::Option* NeedName(CLI::Option* option)
+{
+    return NeedText(option, "file name");
 }
 
 CLI::Option* AddArgument(CLI::App* command, const std::string& name, std::string& value, const std::string& description)
@@ -86,9 +92,17 @@ CLI::Option* AddText(CLI::App* command, const std::string& name, Text& value, co
     return AddOne(command, name, value, description)->type_name(placeholder);
 }
 
+void AddLocale(CLI::App* command, const std::string& name, const std::string& what, std::string& locale,
+               const std::string& description)
+{
+    NeedText(AddText(command, name, locale, "LOCALE", description), what)->each([name](const std::string& given) {
+        WarnOfLocale(name, WithoutMark(given));
+    });
+}
+
 void AddEdits(CLI::App* command, EditOptions& edit)
 {
-    AddText(command, "--locale", edit.locale, "LOCALE", "Locale of the name and of texts (default: the language)");
+    AddLocale(command, "--locale", "locale", edit.locale, "Locale of the name and of texts (default: the language)");
     AddText(command, "--description", edit.description, "TEXT", "The description");
     AddRepeatable(command, "--tag", edit.tags, "TAG", "A search tag; give it several times. Replaces all earlier tags");
 }
@@ -155,7 +169,11 @@ void AddNew(CLI::App& app, Action& action)
     AddRepeatable(command, "--platform", options->platforms, "APP",
                   "An application that can use it; give it several times");
     NeedName(AddText(command, "--poster", options->poster, "PNG", "The poster picture"));
-    AddRepeatable(command, "--locale-poster", options->localePosters, "LOCALE=PNG", "The poster for one locale");
+    AddRepeatable(command, "--locale-poster", options->localePosters, "LOCALE=PNG", "The poster for one locale")
+        ->each([](const std::string& given) {
+            const std::string poster = WithoutMark(given);
+            WarnOfLocale("--locale-poster", poster.substr(0, poster.find('=')));
+        });
     NeedName(AddText(command, "--video", options->video, "MP4", "The preview video"));
     NeedName(AddText(command, "--project", options->project, "FILE", "The project, .tsgraphic or .cvgraphic"));
 }
@@ -241,7 +259,7 @@ ExitCode RunCommandLine(std::vector<std::string> arguments)
     app.footer("Exit codes: 0 done, 1 a file was bad, 2 the command line was, 130 interrupted. "
                "\"zelt COMMAND --help\" tells a command's options.");
     std::string language;
-    AddText(&app, "--language", language, "LOCALE", "Language of localised texts and parts (default: en_US)");
+    AddLocale(&app, "--language", "language", language, "Language of localised texts and parts (default: en_US)");
     Action action;
     AddReading(app, action);
     AddPacking(app, action);
