@@ -1,7 +1,7 @@
-#include <orvcore/DisplayWidth.h>
 #include <orvcore/Guid.h>
 #include <orvcore/Strings.h>
 #include <orvcore/detail/SameText.h>
+#include <orvcore/text/DisplayWidth.h>
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "Output.h"
 
-#include <orvcore/DisplayWidth.h>
+#include <orvcore/text/DisplayWidth.h>
 
 #include <algorithm>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include <orvcore/DisplayWidth.h>
+#include <orvcore/text/DisplayWidth.h>
 
 #include <utf8proc.h>
 
