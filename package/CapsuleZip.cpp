@@ -6,6 +6,8 @@
 #include <package/PackageNames.h>
 #include <package/detail/ShortPath.h>
 
+#include <chrono>
+
 namespace orvcapsule {
 
 namespace fs = std::filesystem;
@@ -137,14 +139,15 @@ bool CapsuleZip::GetZELTMediaThumbnailPNG(const UTF8String& name, const UTF8Stri
 }
 
 bool CapsuleZip::ExtractProject(const fs::path& directory, const UTF16String& name, std::u8string_view extension,
-                                UTF16String& outProjectPath) const
+                                UTF16String& outProjectPath, const orvstorage::ZipProgress& progress,
+                                void* opaque) const
 {
     const fs::path fileName = orvcore::PathFromUTF16(name + orvcore::ToUTF16(extension));
     const auto privateFolder = detail::FolderForLongPath(orvcore::PathToUTF8(directory));
     const fs::path& unpackDirectory = privateFolder ? privateFolder->Path() : directory;
     const fs::path destination = unpackDirectory / fileName;
-    if (!zip_.UnzipItems(Localized(u8"project", extension), destination) &&
-        !zip_.UnzipItems(Joined(u8"project", extension), destination)) {
+    if (!zip_.UnzipItems(Localized(u8"project", extension), destination, progress, opaque) &&
+        !zip_.UnzipItems(Joined(u8"project", extension), destination, progress, opaque)) {
         return false;
     }
     const fs::path target = directory / fileName;
@@ -155,7 +158,7 @@ bool CapsuleZip::ExtractProject(const fs::path& directory, const UTF16String& na
     outProjectPath = orvcore::PathToUTF16(target);
     constexpr std::u8string_view kSideFile = u8"ZeltOptimizations.bin";
     if (extension == u8".tsgraphic" && zip_.Contains(kSideFile) &&
-        zip_.UnzipItems(kSideFile, unpackDirectory / kSideFile) && privateFolder) {
+        zip_.UnzipItems(kSideFile, unpackDirectory / kSideFile, progress, opaque) && privateFolder) {
         orvcore::CopyOneFile(unpackDirectory / kSideFile, directory / kSideFile);
     }
     return true;
@@ -164,44 +167,63 @@ bool CapsuleZip::ExtractProject(const fs::path& directory, const UTF16String& na
 bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const UTF16String& subDirectory,
                                        const UTF16String& projectName, UTF16String& outProjectPath) const
 {
+    return GetZELTProjectPackage(baseDirectory, subDirectory, projectName, outProjectPath, {}, nullptr);
+}
+
+bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const UTF16String& subDirectory,
+                                       const UTF16String& projectName, UTF16String& outProjectPath,
+                                       const orvstorage::ZipProgress& progress, void* opaque) const
+{
     // An absolute sub-directory would otherwise take the base's place.
     const fs::path directory =
         orvcore::PathFromUTF16(baseDirectory) / orvcore::PathFromUTF16(subDirectory).relative_path();
-    return ExtractProject(directory, projectName, u8".cvgraphic", outProjectPath) ||
-           ExtractProject(directory, projectName, u8".tsgraphic", outProjectPath);
+    return ExtractProject(directory, projectName, u8".cvgraphic", outProjectPath, progress, opaque) ||
+           ExtractProject(directory, projectName, u8".tsgraphic", outProjectPath, progress, opaque);
 }
 
 bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite) const
 {
+    return UnZip(directory, overwrite, {}, nullptr);
+}
+
+bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite, const orvstorage::ZipProgress& progress,
+                       void* opaque) const
+{
     const auto privateFolder = detail::FolderForLongPath(FullPath(directory));
     if (!privateFolder) {
-        return zip_.UnZip(directory, overwrite);
+        return zip_.UnZip(directory, overwrite, progress, opaque);
     }
-    const bool unzipped = zip_.UnZip(privateFolder->Path(), true);
+    // Unpacking is one half of the work, copying the other.
+    const auto ask = [&](double fraction) { return !progress || progress(fraction, opaque); };
+    const bool unzipped = zip_.UnZip(
+        privateFolder->Path(), true, [&](double fraction, void*) { return ask(fraction / 2); }, nullptr);
     // What was refused is missing in the private folder; what was not is wanted even so.
     if (!unzipped && IsEmpty(privateFolder->Path())) {
         return false;
     }
-    return CopyUnzipped(privateFolder->Path(), directory, overwrite) && unzipped;
+    const auto askAgain = [&](double fraction) { return ask((1 + fraction) / 2); };
+    return CopyUnzipped(privateFolder->Path(), directory, overwrite, askAgain) && unzipped;
 }
 
-bool CapsuleZip::CopyUnzipped(const fs::path& from, const fs::path& directory, bool overwrite) const
+// On this thread: a caller that is itself a worker must not wait for another.
+bool CapsuleZip::CopyUnzipped(const fs::path& from, const fs::path& directory, bool overwrite,
+                              const std::function<bool(double)>& progress) const
 {
     constexpr std::chrono::hours kLongestWait(24);
-    const auto failed = std::make_shared<orvcore::CopyFailure>();
-    const auto copy = orvcore::CopyDirectoryAsync(
-        from, directory, overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep,
-        [](double) { return true; }, failed);
-    const std::int32_t result = orvcore::WaitForResultCode(copy, kLongestWait);
+    const auto end = std::chrono::steady_clock::now() + kLongestWait;
+    const auto goesOn = [&](double fraction) { return std::chrono::steady_clock::now() < end && progress(fraction); };
+    orvcore::CopyFailure failed;
+    const std::int32_t result = orvcore::CopyDirectory(
+        from, directory, overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep, goesOn, failed);
     if (result >= 0) {
         return true;
     }
     using orvstorage::ZipError;
     orvstorage::ZipFailure failure{ZipError::Cancelled, orvstorage::ZipAction::Unpack, zip_.GetPath(), {}, {}};
     if (result == orvcore::kResultFileNotWritten) {
-        failure.entry = failed->path.generic_u8string();
-        failure.folder = failed->path.empty() ? directory : fs::path();
-        orvstorage::TranslateWriteError(failed->error, failure);
+        failure.entry = failed.path.generic_u8string();
+        failure.folder = failed.path.empty() ? directory : fs::path();
+        orvstorage::TranslateWriteError(failed.error, failure);
     }
     zip_.SetLastFailure(failure);
     return false;

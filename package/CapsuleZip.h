@@ -74,10 +74,22 @@ public:
     bool GetZELTProjectPackage(const orvcore::UTF16String& baseDirectory, const orvcore::UTF16String& subDirectory,
                                const orvcore::UTF16String& projectName, orvcore::UTF16String& outProjectPath) const;
 
+    /// As above, for a caller that waits and may give up.
+    /// @param progress, opaque see orvstorage::ZipFile::UnzipItems; a fraction is that of one entry, and begins anew
+    /// with
+    ///        the next
+    bool GetZELTProjectPackage(const orvcore::UTF16String& baseDirectory, const orvcore::UTF16String& subDirectory,
+                               const orvcore::UTF16String& projectName, orvcore::UTF16String& outProjectPath,
+                               const orvstorage::ZipProgress& progress, void* opaque) const;
+
     /// Unpacks the package into a folder; see orvstorage::ZipFile::UnZip for what is refused and what is left after a
-    /// failure. A folder with a long path is reached through a private one, for which this call waits.
+    /// failure. A folder with a long path is reached through a private one, from which this call copies.
     /// @param overwrite whether files that stand in the folder are replaced
     [[nodiscard]] bool UnZip(const std::filesystem::path& directory, bool overwrite) const;
+    /// As above, for a caller that waits and may give up.
+    /// @param progress, opaque see orvstorage::ZipFile::UnZip
+    [[nodiscard]] bool UnZip(const std::filesystem::path& directory, bool overwrite,
+                             const orvstorage::ZipProgress& progress, void* opaque) const;
 
     /// Makes the package anew from all files of a folder, which bear the entries' names; see orvstorage::ZipFile::Zip.
     /// @param progress told the fraction done and `opaque`; its false cancels and leaves the old package as it was
@@ -111,9 +123,11 @@ private:
     bool WriteLocalized(std::u8string_view stem, std::u8string_view extension,
                         const orvcore::UTF8String& outputPath) const;
     bool ExtractProject(const std::filesystem::path& directory, const orvcore::UTF16String& name,
-                        std::u8string_view extension, orvcore::UTF16String& outProjectPath) const;
+                        std::u8string_view extension, orvcore::UTF16String& outProjectPath,
+                        const orvstorage::ZipProgress& progress, void* opaque) const;
     bool CopyBack() const;
-    bool CopyUnzipped(const std::filesystem::path& from, const std::filesystem::path& directory, bool overwrite) const;
+    bool CopyUnzipped(const std::filesystem::path& from, const std::filesystem::path& directory, bool overwrite,
+                      const std::function<bool(double)>& progress) const;
 
     orvcore::UTF8String packagePath_;
     orvcore::UTF8String workingPath_;

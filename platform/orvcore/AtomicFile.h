@@ -22,7 +22,8 @@ ORVPLATFORM_API std::filesystem::path PrivateSibling(const std::filesystem::path
 ORVPLATFORM_API bool IsPrivateName(const std::filesystem::path& fileName);
 
 /// Removes the files and folders with such names in `folder` that last changed more than `age` ago: a younger one may
-/// still be in the making. Reads the folder, not those below it; what cannot be removed stays.
+/// still be in the making. Those of other users stay. Reads the folder, not those below it; what cannot be removed
+/// stays.
 ORVPLATFORM_API void RemoveLeftBehind(const std::filesystem::path& folder, std::chrono::hours age) noexcept;
 
 /// Whether a file may take the place of `path`: nothing stands there, or a file does, itself or behind a link. A

@@ -2,6 +2,7 @@
 
 #include <orvcore/Executor.h>
 #include <orvcore/FileSystem.h>
+#include <orvcore/detail/FilePieces.h>
 #include <orvcore/detail/GuardedFolder.h>
 
 #include <memory>
@@ -13,53 +14,26 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using GoOn = std::function<bool(double fraction)>;
+
 class DirectoryCopy {
 public:
-    DirectoryCopy(fs::path from, fs::path to, IfExists ifExists, std::function<bool(double)> progress,
-                  std::shared_ptr<CopyFailure> failure)
-        : from_(std::move(from))
-        , to_(std::move(to))
+    DirectoryCopy(const fs::path& from, const fs::path& to, IfExists ifExists, const GoOn& progress,
+                  CopyFailure& failure)
+        : from_(from)
+        , to_(to)
         , ifExists_(ifExists)
-        , progress_(std::move(progress))
-        , failure_(failure ? std::move(failure) : std::make_shared<CopyFailure>())
+        , progress_(progress)
+        , failure_(failure)
     {
     }
 
-    Future<ResultCode> GetFuture() const
+    // What was created is gone again when this returns anything else than kResultOK.
+    ResultCode Run()
     {
-        return promise_.GetFuture();
-    }
-
-    void Run()
-    {
-        try {
-            Collect(from_);
-            const ResultCode result = CopyAll();
-            result == kFutureCancelled ? promise_.Cancel() : promise_.SetValue(result);
-        } catch (...) {
-            promise_.SetException(std::current_exception());
+        if (!Collect({})) {
+            return kResultFileNotWritten;
         }
-    }
-
-private:
-    void Collect(const fs::path& folder)
-    {
-        folders_.push_back(folder);
-        const DirectoryListing listing = ListDirectory(folder);
-        for (const fs::path& file : listing.files) {
-            std::error_code ignored;
-            if (InspectPath(file, ignored).kind != FileKind::Link) {
-                files_.push_back(file);
-            }
-        }
-        for (const fs::path& directory : listing.directories) {
-            Collect(directory);
-        }
-    }
-
-    // What was created is gone again when this returns, so that the future's reader finds it so.
-    ResultCode CopyAll()
-    {
         detail::GuardedFolder target(to_);
         std::error_code error;
         const fs::path staging = target.Open(error);
@@ -67,18 +41,13 @@ private:
             return Failed({}, error);
         }
         for (std::size_t i = 0; i < files_.size(); ++i) {
-            if (promise_.IsCancelled() || !GoesOn(static_cast<double>(i) / static_cast<double>(files_.size()))) {
-                return kFutureCancelled;
-            }
-            const fs::path relative = files_[i].lexically_relative(from_);
-            if (!CopyOne(files_[i], target, relative, staging / std::to_string(i), error)) {
-                return Failed(relative, error);
+            if (!CopyOne(files_[i], target, staging / std::to_string(i), error)) {
+                return cancelled_ ? kFutureCancelled : Failed(files_[i], error);
             }
         }
-        for (std::size_t i = 1; i < folders_.size(); ++i) {
-            const fs::path relative = folders_[i].lexically_relative(from_);
-            if (!target.MakeDirectory(relative, error)) {
-                return Failed(relative, error);
+        for (const fs::path& folder : folders_) {
+            if (!target.MakeDirectory(folder, error)) {
+                return Failed(folder, error);
             }
         }
         if (!GoesOn(1.0)) {
@@ -88,8 +57,39 @@ private:
         return kResultOK;
     }
 
-    bool CopyOne(const fs::path& file, detail::GuardedFolder& target, const fs::path& relative, const fs::path& half,
-                 std::error_code& error) const
+private:
+    // All that is below `folder`, which is relative to the source. In the order of names: failures are the same each
+    // time.
+    bool Collect(const fs::path& folder)
+    {
+        std::vector<fs::path> folders;
+        std::vector<fs::path> files;
+        std::error_code error;
+        const auto sort = [&](const fs::path& path, FileKind kind) {
+            if (kind != FileKind::Link) {
+                (kind == FileKind::Directory ? folders : files).push_back(folder / path.filename());
+            }
+            return true;
+        };
+        ReadDirectory(folder.empty() ? from_ : from_ / folder, sort, error);
+        if (error) {
+            Failed(folder, error);
+            return false;
+        }
+        std::sort(folders.begin(), folders.end());
+        std::sort(files.begin(), files.end());
+        for (fs::path& file : files) {
+            std::error_code unknown; // told when the file is read
+            total_ += InspectPath(from_ / file, unknown).size;
+            files_.push_back(std::move(file));
+        }
+        return std::all_of(folders.begin(), folders.end(), [this](const fs::path& inner) {
+            folders_.push_back(inner);
+            return Collect(inner);
+        });
+    }
+
+    bool CopyOne(const fs::path& relative, detail::GuardedFolder& target, const fs::path& half, std::error_code& error)
     {
         if (relative.has_parent_path() && !target.MakeDirectory(relative.parent_path(), error)) {
             return false;
@@ -97,41 +97,79 @@ private:
         if (ifExists_ == IfExists::Keep && target.Has(relative)) {
             return true;
         }
-        CopyToNewFile(file, half, error);
-        return !error && target.PutFile(half, relative, ifExists_, error);
+        return CopyContent(from_ / relative, half, error) && target.PutFile(half, relative, ifExists_, error);
     }
 
-    bool GoesOn(double fraction) const
+    bool CopyContent(const fs::path& from, const fs::path& to, std::error_code& error)
     {
-        return !progress_ || progress_(fraction);
+        using detail::NativeFile;
+        NativeFile file = NativeFile::Open(to, NativeFile::Mode::CreateNew, error);
+        if (error) {
+            return false;
+        }
+        file.CopyPermissions(from);
+        std::uint64_t done = 0;
+        const auto write = [&](const char* data, std::size_t size) {
+            const bool written = file.WriteAt(done, data, size, error);
+            done += size;
+            done_ += size;
+            return written &&
+                   GoesOn(total_ == 0 ? 0.0 : std::min(1.0, static_cast<double>(done_) / static_cast<double>(total_)));
+        };
+        return detail::ReadPieces(from, write, error) && file.Close(error);
+    }
+
+    bool GoesOn(double fraction)
+    {
+        cancelled_ = progress_ && !progress_(fraction);
+        return !cancelled_;
     }
 
     ResultCode Failed(const fs::path& relative, const std::error_code& error)
     {
-        *failure_ = {relative, error};
+        failure_ = {relative, error};
         return kResultFileNotWritten;
     }
 
-    fs::path from_;
-    fs::path to_;
-    IfExists ifExists_;
-    std::function<bool(double)> progress_;
-    std::shared_ptr<CopyFailure> failure_;
-    std::vector<fs::path> folders_; // the first is from_ itself
-    std::vector<fs::path> files_;
-    Promise<ResultCode> promise_;
+    const fs::path& from_;
+    const fs::path& to_;
+    const IfExists ifExists_;
+    const GoOn& progress_;
+    CopyFailure& failure_;
+    std::vector<fs::path> folders_; // relative, each before those in it
+    std::vector<fs::path> files_;   // relative
+    std::uint64_t total_ = 0;       // bytes
+    std::uint64_t done_ = 0;
+    bool cancelled_ = false;
 };
 
 } // namespace
 
-Future<ResultCode> CopyDirectoryAsync(const fs::path& from, const fs::path& to, IfExists ifExists,
-                                      std::function<bool(double)> progress, std::shared_ptr<CopyFailure> failure)
+ResultCode CopyDirectory(const fs::path& from, const fs::path& to, IfExists ifExists, const GoOn& progress,
+                         CopyFailure& failure)
 {
-    auto copy = std::make_shared<DirectoryCopy>(from, to, ifExists, std::move(progress), std::move(failure));
-    Future<ResultCode> future = copy->GetFuture();
-    // Not on the workers for computing: one of them may be the one that waits for this copy.
-    // A refused task is destroyed, and the future with it is cancelled.
-    static_cast<void>(GetPreTerminationExecutor()->Post([copy] { copy->Run(); }));
+    return DirectoryCopy(from, to, ifExists, progress, failure).Run();
+}
+
+Future<ResultCode> CopyDirectoryAsync(const fs::path& from, const fs::path& to, IfExists ifExists, GoOn progress,
+                                      std::shared_ptr<CopyFailure> failure)
+{
+    const auto promise = std::make_shared<Promise<ResultCode>>();
+    const auto told = failure ? std::move(failure) : std::make_shared<CopyFailure>();
+    const auto copy = [=] {
+        try {
+            const GoOn goesOn = [&](double fraction) {
+                return !promise->IsCancelled() && (!progress || progress(fraction));
+            };
+            const ResultCode result = CopyDirectory(from, to, ifExists, goesOn, *told);
+            result == kFutureCancelled ? promise->Cancel() : promise->SetValue(result);
+        } catch (...) {
+            promise->SetException(std::current_exception());
+        }
+    };
+    Future<ResultCode> future = promise->GetFuture();
+    // A refused task is destroyed, and with it the promise, which cancels the future.
+    static_cast<void>(GetPreTerminationExecutor()->Post(copy));
     return future;
 }
 

@@ -74,9 +74,14 @@ ORVPLATFORM_API void ReadDirectory(const std::filesystem::path& directory,
                                    const std::function<bool(const std::filesystem::path& path, FileKind kind)>& visit,
                                    std::error_code& error);
 
-/// Copies a file's content and access rights to a path where nothing is.
-ORVPLATFORM_API void CopyToNewFile(const std::filesystem::path& from, const std::filesystem::path& to,
-                                   std::error_code& error);
+/// Gives the file at `from`, a link itself, a second name `to`, where nothing is. False where the file system has one
+/// name for a file only, or for another reason.
+ORVPLATFORM_API bool MakeHardLink(const std::filesystem::path& from, const std::filesystem::path& to,
+                                  std::error_code& error);
+
+/// Whether what lies at `path` itself belongs to the user this process works for. False when that cannot be found out;
+/// true for all there is where files are not told apart by their owners.
+ORVPLATFORM_API bool IsOwn(const std::filesystem::path& path) noexcept;
 /// @}
 
 } // namespace orvcore

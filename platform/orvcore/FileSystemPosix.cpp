@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace orvcore {
 
@@ -125,9 +126,16 @@ void ReadDirectory(const fs::path& directory, const std::function<bool(const fs:
     }
 }
 
-void CopyToNewFile(const fs::path& from, const fs::path& to, std::error_code& error)
+bool MakeHardLink(const fs::path& from, const fs::path& to, std::error_code& error)
 {
-    fs::copy_file(from, to, error);
+    fs::create_hard_link(from, to, error);
+    return !error;
+}
+
+bool IsOwn(const fs::path& path) noexcept
+{
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 && status.st_uid == ::geteuid();
 }
 
 } // namespace orvcore

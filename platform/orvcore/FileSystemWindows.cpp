@@ -285,12 +285,19 @@ void ReadDirectory(const fs::path& directory, const std::function<bool(const fs:
     }
 }
 
-void CopyToNewFile(const fs::path& from, const fs::path& to, std::error_code& error)
+bool MakeHardLink(const fs::path& from, const fs::path& to, std::error_code& error)
 {
     error.clear();
-    if (!::CopyFileW(ToSystemPath(from).c_str(), ToSystemPath(to).c_str(), TRUE)) {
+    if (!::CreateHardLinkW(ToSystemPath(to).c_str(), ToSystemPath(from).c_str(), nullptr)) {
         error = LastWindowsError();
     }
+    return !error;
+}
+
+// A folder's rights, which files inherit, decide here, not their owners.
+bool IsOwn(const fs::path& path) noexcept
+{
+    return ::GetFileAttributesW(ToSystemPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 } // namespace orvcore

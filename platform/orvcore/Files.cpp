@@ -1,10 +1,9 @@
 #include <orvcore/Files.h>
 
 #include <orvcore/AtomicFile.h>
-#include <orvcore/FileError.h>
 #include <orvcore/FileSystem.h>
 #include <orvcore/Guid.h>
-#include <orvcore/detail/NativeFile.h>
+#include <orvcore/detail/FilePieces.h>
 
 #include <algorithm>
 #include <system_error>
@@ -28,25 +27,6 @@ FileKind KindOf(const fs::path& path) noexcept
 void Throw(const char* what, const fs::path& path, const std::error_code& error)
 {
     throw fs::filesystem_error(what, path, error);
-}
-
-bool CopyContent(const fs::path& from, AtomicFile& to, std::error_code& error)
-{
-    constexpr std::size_t kPiece = std::size_t{1} << 20;
-    if (KindOf(from) == FileKind::Other) {
-        error = FileError::NotARegularFile; // opening a pipe would wait for its other end
-        return false;
-    }
-    const auto file = detail::NativeFile::Open(from, detail::NativeFile::Mode::Read, error);
-    std::vector<char> piece(error ? 0 : kPiece);
-    std::size_t got = piece.size();
-    while (!error && got == piece.size()) {
-        got = file.ReadAt(to.Position(), piece.data(), piece.size(), error);
-        if (!error) {
-            to.Write(piece.data(), got, error);
-        }
-    }
-    return !error;
 }
 
 } // namespace
@@ -109,8 +89,10 @@ void CopyOneFile(const fs::path& from, const fs::path& to, Durability durability
 {
     std::error_code error;
     AtomicFile copy(to);
+    copy.RemoveLeftBehind();
     copy.TakeRightsOf(from);
-    if (!CopyContent(from, copy, error) || !copy.Commit(durability, error)) {
+    const auto write = [&](const char* data, std::size_t size) { return copy.Write(data, size, error); };
+    if (!detail::ReadPieces(from, write, error) || !copy.Commit(durability, error)) {
         throw fs::filesystem_error("cannot copy file", from, to, error);
     }
 }

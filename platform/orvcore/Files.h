@@ -54,7 +54,8 @@ enum class Durability {
 
 /// Copies the content of one file over `to`, which then is wholly the new or (after a failure) wholly the old file.
 /// A link at `to` is followed. A file that is replaced leaves its access rights to the new one; where nothing was,
-/// those of `from` are taken. Throws `std::filesystem::filesystem_error`.
+/// those of `from` are taken. What killed copies left in the folder of `to` more than a day ago is removed. Throws
+/// `std::filesystem::filesystem_error`.
 ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
                                  Durability durability = Durability::Cached);
 

@@ -2,6 +2,7 @@
 #include <orvcore/ParallelFor.h>
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <exception>
 #include <mutex>
@@ -57,10 +58,17 @@ public:
         }
     }
 
-    void WaitAndRethrow()
+    void WaitAndRethrow(const std::function<void()>& whileWaiting)
     {
+        constexpr std::chrono::milliseconds kPause(50);
+        const auto hasEnded = [this] { return running_ == 0; };
         std::unique_lock lock(mutex_);
-        ended_.wait(lock, [this] { return running_ == 0; });
+        while (whileWaiting && !ended_.wait_for(lock, kPause, hasEnded)) {
+            lock.unlock();
+            whileWaiting();
+            lock.lock();
+        }
+        ended_.wait(lock, hasEnded);
         if (thrown_) {
             std::rethrow_exception(std::exchange(thrown_, nullptr));
         }
@@ -89,7 +97,7 @@ private:
 
 } // namespace
 
-void ParallelFor(std::size_t count, std::size_t grain, const Body& body)
+void ParallelFor(std::size_t count, std::size_t grain, const Body& body, const std::function<void()>& whileWaiting)
 {
     constexpr std::size_t kPiecesAWorker = 4;
     const std::shared_ptr<Executor> executor = GetCPUBoundExecutor();
@@ -107,7 +115,7 @@ void ParallelFor(std::size_t count, std::size_t grain, const Body& body)
     const auto loop = std::make_shared<Loop>(count, grain, body);
     loop->InviteWorkers(*executor, std::min(pieces - 1, workers));
     loop->RunPieces();
-    loop->WaitAndRethrow();
+    loop->WaitAndRethrow(whileWaiting);
 }
 
 } // namespace orvcore

@@ -15,7 +15,10 @@ namespace orvcore {
 /// May be called from anywhere, a worker included: the caller does what no other thread has taken up, so it never waits
 /// for work that has not begun. When `body` throws, pieces not begun are left out and the first exception leaves this
 /// call once the running ones have ended.
+/// @param whileWaiting may be empty; called on the calling thread, some twenty times a second, while that has nothing
+///        left to do but wait for the pieces of other threads. Must not throw.
 ORVPLATFORM_API void ParallelFor(std::size_t count, std::size_t grain,
-                                 const std::function<void(std::size_t begin, std::size_t end)>& body);
+                                 const std::function<void(std::size_t begin, std::size_t end)>& body,
+                                 const std::function<void()>& whileWaiting = {});
 
 } // namespace orvcore

@@ -3,6 +3,7 @@
 #include <orvcore/Guid.h>
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -29,9 +30,12 @@ bool IsPrivateName(const fs::path& fileName)
 {
     const UTF8String name = PathToUTF8(fileName);
     const std::u8string_view view = name;
-    return view.starts_with(kPrefix) && view.ends_with(kSuffix) && view.size() > kPrefix.size() + kSuffix.size() &&
-           Guid::FromString(AsNarrow(view.substr(kPrefix.size(), view.size() - kPrefix.size() - kSuffix.size())))
-               .has_value();
+    if (!view.starts_with(kPrefix) || !view.ends_with(kSuffix) || view.size() <= kPrefix.size() + kSuffix.size()) {
+        return false;
+    }
+    const auto middle = AsNarrow(view.substr(kPrefix.size(), view.size() - kPrefix.size() - kSuffix.size()));
+    const std::optional<Guid> guid = Guid::FromString(middle);
+    return guid && guid->ToString() == middle; // in no other spelling: that would be another's file
 }
 
 void RemoveLeftBehind(const fs::path& folder, std::chrono::hours age) noexcept
@@ -42,7 +46,7 @@ void RemoveLeftBehind(const fs::path& folder, std::chrono::hours age) noexcept
         const auto collect = [&](const fs::path& path, FileKind kind) {
             std::error_code error;
             if ((kind == FileKind::File || kind == FileKind::Directory) && IsPrivateName(path.filename()) &&
-                InspectPath(path, error).modified < oldest && !error) {
+                InspectPath(path, error).modified < oldest && !error && IsOwn(path)) {
                 leftBehind.push_back(path);
             }
             return true;

@@ -34,7 +34,7 @@ constexpr ErrorText TextOf(ZipError error) noexcept
     case ZipError::SeveralDisks:
         return {"SeveralDisks", "it is one part of an archive split into several files"};
     case ZipError::TooManyEntries:
-        return {"TooManyEntries", "it has more entries than allowed"};
+        return {"TooManyEntries", "it has more entries or folders than allowed"};
     case ZipError::DirectoryTooLarge:
         return {"DirectoryTooLarge", "its directory is larger than allowed"};
     case ZipError::EntryMissing:
@@ -45,6 +45,8 @@ constexpr ErrorText TextOf(ZipError error) noexcept
         return {"TotalTooLarge", "its entries together are larger than allowed"};
     case ZipError::RatioTooHigh:
         return {"RatioTooHigh", "it unpacks to more bytes for each packed byte than allowed"};
+    case ZipError::TooDeep:
+        return {"TooDeep", "it lies in more folders in one another than allowed"};
     case ZipError::DataOutsideArchive:
         return {"DataOutsideArchive", "its data would lie outside the archive"};
     case ZipError::OverlappingEntries:

@@ -27,6 +27,7 @@ enum class ZipError : std::uint8_t {
     EntryTooLarge,
     TotalTooLarge,
     RatioTooHigh,
+    TooDeep,
     DataOutsideArchive,
     OverlappingEntries,
     PasswordNeeded,

@@ -52,23 +52,44 @@ std::optional<orvcore::UTF8String> ZipFile::UnzipText(std::u8string_view entryNa
 
 bool ZipFile::UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination) const
 {
+    return UnzipItems(entryName, destination, {}, nullptr);
+}
+
+bool ZipFile::UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination,
+                         const ZipProgress& progress, void* opaque) const
+{
     State& state = *state_;
-    return state.Run(ZipAction::Unpack, entryName, [&](ZipFailure& failure) {
+    return state.RunAsking(ZipAction::Unpack, entryName, [&](ZipFailure& failure, std::exception_ptr& thrown) {
         std::size_t index = 0;
-        return state.Find(entryName, index) && detail::UnpackToFile(*state.archive, index, destination, failure);
+        if (!state.Find(entryName, index)) {
+            return false;
+        }
+        detail::ByteProgress asked(progress, opaque, state.archive->Entries()[index].shown.size);
+        const bool done = detail::UnpackToFile(*state.archive, index, destination, asked, failure);
+        thrown = asked.Thrown();
+        return done;
     });
 }
 
 bool ZipFile::UnZip(const std::filesystem::path& directory, bool overwrite) const
 {
+    return UnZip(directory, overwrite, {}, nullptr);
+}
+
+bool ZipFile::UnZip(const std::filesystem::path& directory, bool overwrite, const ZipProgress& progress,
+                    void* opaque) const
+{
     State& state = *state_;
-    return state.Run(ZipAction::Unpack, {}, [&](ZipFailure& failure) {
+    return state.RunAsking(ZipAction::Unpack, {}, [&](ZipFailure& failure, std::exception_ptr& thrown) {
         detail::UnpackPlan plan;
         if (state.Open() == nullptr || !detail::MakeUnpackPlan(*state.archive, state.limits, plan, failure)) {
             return false;
         }
         const auto ifExists = overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep;
-        if (!detail::Unpack(*state.archive, plan, directory, ifExists, failure)) {
+        detail::ByteProgress asked(progress, opaque, plan.totalSize);
+        const bool done = detail::Unpack(*state.archive, plan, directory, ifExists, asked, failure);
+        thrown = asked.Thrown();
+        if (!done) {
             return false;
         }
         if (!plan.refused.empty()) {

@@ -48,16 +48,27 @@ public:
     /// The same bytes as text, as they are: no decoding.
     std::optional<orvcore::UTF8String> UnzipText(std::u8string_view entryName) const;
     /// Writes the entry's content to the file `destination`, which keeps its own name and appears whole or not at all;
-    /// its folder is created when missing. Memory does not depend on the entry's size.
+    /// its folder is created when missing, and gone again after a failure. Memory does not depend on the entry's size.
     bool UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination) const;
+    /// The same, and whoever waits can give up.
+    /// @param progress may be empty; told at the start, some hundred times a second and, with 1.0, before the file
+    ///        appears. After its false nothing is left and the failure is `Cancelled`; what it throws is passed on to
+    ///        the caller, nothing left either.
+    bool UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination, const ZipProgress& progress,
+                    void* opaque) const;
     /// Unpacks everything below `directory`, which is created when missing.
     ///
     /// Entries with a bad name, links, special files and entries that share bytes are refused one by one: they are not
     /// written, all others are, and the result is false with the first refusal as the last failure. Anything else that
-    /// fails (damage, a limit, a full disk) fails the whole call, which then leaves nothing behind.
+    /// fails (damage, a limit, a full disk, a place that cannot be written) fails the whole call, which then leaves
+    /// nothing behind: what it had replaced by then is put back.
     /// @param overwrite true: an entry replaces the file that stands in its place; false: that file is kept, and this
     ///        counts as success
     bool UnZip(const std::filesystem::path& directory, bool overwrite) const;
+    /// The same, and whoever waits can give up.
+    /// @param progress as with UnzipItems; told 1.0 when all is unpacked and nothing is in its place yet, after which
+    ///        the call can no more be cancelled
+    bool UnZip(const std::filesystem::path& directory, bool overwrite, const ZipProgress& progress, void* opaque) const;
     /// The entries in the archive's order; empty when the archive cannot be read.
     std::vector<ZipEntry> GetEntries() const;
     /// True when the archive can be read and has an entry of exactly this name. The last failure stays as it is.

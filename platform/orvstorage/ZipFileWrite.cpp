@@ -11,9 +11,10 @@ namespace {
 using detail::ZipArchive;
 
 // A new entry must not make the archive one that cannot be unpacked.
-bool FitsIn(const ZipArchive& archive, const orvcore::UTF8String& relative, ZipFailure& failure)
+bool FitsIn(const ZipArchive& archive, const ZipLimits& limits, const orvcore::UTF8String& relative,
+            ZipFailure& failure)
 {
-    detail::NameRegister names;
+    detail::NameRegister names(limits);
     for (const detail::ArchiveEntry& entry : archive.Entries()) {
         names.Enter(detail::CheckEntryName(entry.shown.name).relative, entry.kind == detail::EntryKind::Directory);
     }
@@ -22,7 +23,7 @@ bool FitsIn(const ZipArchive& archive, const orvcore::UTF8String& relative, ZipF
 }
 
 // Finds what stands at the name now; `replaced` stays empty when the entry is new.
-bool FindPlace(const ZipArchive& archive, const orvcore::UTF8String& name, bool replace,
+bool FindPlace(const ZipArchive& archive, const ZipLimits& limits, const orvcore::UTF8String& name, bool replace,
                std::optional<std::size_t>& replaced, ZipFailure& failure)
 {
     std::size_t index = 0;
@@ -36,7 +37,7 @@ bool FindPlace(const ZipArchive& archive, const orvcore::UTF8String& name, bool 
         failure.error = search.error;
         return false;
     }
-    return FitsIn(archive, name, failure);
+    return FitsIn(archive, limits, name, failure);
 }
 
 // Asked before the work, which may take minutes.
@@ -71,7 +72,7 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
         }
         if (!isThere) {
             failure = {ZipError::None, ZipAction::Add, state.path, name.relative, {}};
-        } else if (!FindPlace(*state.archive, name.relative, replace, replaced, failure)) {
+        } else if (!FindPlace(*state.archive, state.limits, name.relative, replace, replaced, failure)) {
             return false;
         }
         auto old = isThere ? state.archive->File() : nullptr;
@@ -83,10 +84,10 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
 bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& progress, void* opaque) const
 {
     State& state = *state_;
-    std::exception_ptr thrown;
-    const bool packed = state.Run(ZipAction::Pack, {}, [&](ZipFailure& failure) {
+    return state.RunAsking(ZipAction::Pack, {}, [&](ZipFailure& failure, std::exception_ptr& thrown) {
         std::vector<detail::PackItem> items;
-        if (!MayWrite(state.path, failure) || !detail::ScanFolder(directory, state.path, items, failure)) {
+        if (!MayWrite(state.path, failure) ||
+            !detail::ScanFolder(directory, state.path, state.limits, items, failure)) {
             return false;
         }
         std::uint64_t total = 0;
@@ -94,15 +95,11 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
             total += item.size;
         }
         state.archive.reset();
-        detail::PackProgress packing(progress, opaque, total);
+        detail::ByteProgress packing(progress, opaque, total);
         const bool done = detail::PackAll({state.path, state.password}, items, packing, failure);
         thrown = packing.Thrown();
         return done;
     });
-    if (thrown) {
-        std::rethrow_exception(thrown);
-    }
-    return packed;
 }
 
 } // namespace orvstorage

@@ -7,8 +7,10 @@ namespace orvstorage {
 /// How much one archive may ask of this machine. An archive that asks for more is refused before anything is
 /// written; one that lies about its sizes is stopped when it reaches what it declared.
 struct ZipLimits {
-    /// Entries in the archive.
+    /// Entries in the archive; as many folders may there be in it, those that are only part of a name included.
     std::uint64_t maxEntries = 100'000;
+    /// Folders in one another.
+    std::uint64_t maxDepth = 64;
     /// Bytes of the archive's directory: names, extra fields and comments of all entries.
     std::uint64_t maxDirectorySize = std::uint64_t{64} << 20;
     /// Unpacked bytes of one entry that is written to a file.

@@ -1,17 +1,19 @@
 #pragma once
 
 #include <orvcore/Files.h>
+#include <orvcore/detail/NewFolders.h>
+#include <orvcore/detail/PathTree.h>
 
 #include <filesystem>
-#include <set>
 #include <system_error>
 #include <vector>
 
 namespace orvcore::detail {
 
 /// A folder into which many files are put, and none out of it: a link below it, left there by someone else, must not
-/// lead one elsewhere. Remembers all it creates, and takes it away again unless Keep is called; what existed before is
-/// never deleted. Relative paths hold no "..". Failures are put into the `error` of a call, which is otherwise cleared.
+/// lead one elsewhere. All or nothing: unless Keep is called, what it has created is taken away again, and what it has
+/// replaced is put back. Relative paths are normal: without "..", "." and doubled separators. Failures are put into the
+/// `error` of a call, which is otherwise cleared.
 class GuardedFolder {
 public:
     explicit GuardedFolder(std::filesystem::path folder);
@@ -32,13 +34,26 @@ public:
     void Keep() noexcept;
 
 private:
-    bool Make(const std::filesystem::path& directory, std::error_code& error);
+    using Tree = PathTree<std::filesystem::path::value_type>;
+    struct Step {
+        Tree::Node folder;
+        Tree::String name; // of the file that was put there; empty: the folder itself was created
+        bool hadOld;       // a file stood there, and now waits in the private folder
+    };
+
+    bool Enter(Tree::View relative, Tree::Node& node, std::error_code& error);
+    bool MakeOne(const std::filesystem::path& directory, bool& isNew, std::error_code& error) const;
+    bool SetAside(const std::filesystem::path& place, const std::filesystem::path& aside, std::error_code& error) const;
+    std::filesystem::path PlaceOf(const Step& step) const;
+    std::filesystem::path AsideOf(std::size_t step) const;
+    bool Undo() noexcept;
 
     std::filesystem::path folder_;
     std::filesystem::path canonical_;
     std::filesystem::path private_;
-    std::set<std::filesystem::path> known_;      // folders that are there and lead nowhere else
-    std::vector<std::filesystem::path> created_; // in the order of creation
+    NewFolders outer_; // the folder itself and those above it
+    Tree known_;       // folders that are there and lead nowhere else
+    std::vector<Step> steps_;
 };
 
 } // namespace orvcore::detail

@@ -15,7 +15,7 @@ namespace orvcore::detail {
 class ORVPLATFORM_API NativeFile {
 public:
     enum class Mode {
-        Read,      ///< must exist
+        Read,      ///< must exist and be a regular file; never waits for the other end of a pipe
         CreateNew, ///< must not exist; for writing and reading
         Truncate,  ///< created, or emptied, for writing
     };

@@ -1,5 +1,6 @@
 #if !defined(_WIN32)
 
+#include <orvcore/FileError.h>
 #include <orvcore/Paths.h>
 #include <orvcore/detail/NativeFile.h>
 
@@ -21,7 +22,7 @@ int FlagsOf(NativeFile::Mode mode)
 {
     switch (mode) {
     case NativeFile::Mode::Read:
-        return O_RDONLY | O_CLOEXEC;
+        return O_RDONLY | O_CLOEXEC | O_NONBLOCK; // of no effect on a regular file
     case NativeFile::Mode::CreateNew:
         return O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
     case NativeFile::Mode::Truncate:
@@ -54,9 +55,10 @@ NativeFile NativeFile::Open(const std::filesystem::path& path, Mode mode, std::e
     }
     file.handle_ = handle;
     struct stat status {};
-    // A folder opens for reading and fails only later, with a puzzling message.
-    if (handle >= 0 && ::fstat(handle, &status) == 0 && S_ISDIR(status.st_mode)) {
-        error = std::make_error_code(std::errc::is_a_directory);
+    // A folder opens for reading and fails only later, with a puzzling message; a pipe or a device may never end.
+    if (handle >= 0 && mode == Mode::Read && ::fstat(handle, &status) == 0 && !S_ISREG(status.st_mode)) {
+        error = S_ISDIR(status.st_mode) ? std::make_error_code(std::errc::is_a_directory)
+                                        : make_error_code(FileError::NotARegularFile);
         ::close(handle);
         file.handle_ = kNoHandle;
     }

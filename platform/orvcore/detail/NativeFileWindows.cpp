@@ -1,5 +1,6 @@
 #if defined(_WIN32)
 
+#include <orvcore/FileError.h>
 #include <orvcore/Files.h>
 #include <orvcore/detail/NativeFile.h>
 #include <orvcore/detail/WindowsError.h>
@@ -50,6 +51,10 @@ NativeFile NativeFile::Open(const std::filesystem::path& path, Mode mode, std::e
         }
     }
     file.handle_ = reinterpret_cast<std::intptr_t>(handle);
+    if (!error && mode == Mode::Read && ::GetFileType(handle) != FILE_TYPE_DISK) {
+        error = FileError::NotARegularFile;
+        file = NativeFile();
+    }
     return file;
 }
 

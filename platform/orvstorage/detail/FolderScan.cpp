@@ -62,14 +62,20 @@ bool Describe(const fs::path& path, PackItem& item, ZipFailure& failure)
 
 class Scanner {
 public:
-    Scanner(const fs::path& exclude, std::vector<PackItem>& items)
+    Scanner(const fs::path& exclude, const ZipLimits& limits, std::vector<PackItem>& items)
         : exclude_(exclude)
+        , limits_(limits)
         , items_(items)
     {
     }
 
     bool Scan(const fs::path& folder, const orvcore::UTF8String& prefix, ZipFailure& failure)
     {
+        if (static_cast<std::uint64_t>(std::count(prefix.begin(), prefix.end(), u8'/')) > limits_.maxDepth) {
+            failure.entry = prefix;
+            failure.error = ZipError::TooDeep;
+            return false;
+        }
         std::error_code error;
         bool taken = true;
         const auto take = [&](const fs::path& path, FileKind kind) {
@@ -109,12 +115,13 @@ private:
     }
 
     const fs::path exclude_;
+    const ZipLimits& limits_;
     std::vector<PackItem>& items_;
 };
 
-bool CheckNames(const std::vector<PackItem>& items, ZipFailure& failure)
+bool CheckNames(const std::vector<PackItem>& items, const ZipLimits& limits, ZipFailure& failure)
 {
-    NameRegister names;
+    NameRegister names(limits);
     for (const PackItem& item : items) {
         const EntryName checked = CheckEntryName(item.name);
         failure.error = checked.error != ZipError::None ? checked.error : names.Enter(checked.relative, false);
@@ -140,19 +147,20 @@ bool DescribeItem(const fs::path& path, orvcore::UTF8String name, PackItem& item
     return Describe(real, item, failure);
 }
 
-bool ScanFolder(const fs::path& folder, const fs::path& exclude, std::vector<PackItem>& items, ZipFailure& failure)
+bool ScanFolder(const fs::path& folder, const fs::path& exclude, const ZipLimits& limits, std::vector<PackItem>& items,
+                ZipFailure& failure)
 {
     if (!orvcore::IsUsablePath(folder)) {
         return CannotRead(std::make_error_code(std::errc::invalid_argument), failure);
     }
-    if (!Scanner(exclude, items).Scan(folder, {}, failure)) {
+    if (!Scanner(exclude, limits, items).Scan(folder, {}, failure)) {
         return false;
     }
     std::sort(items.begin(), items.end(), [](const PackItem& a, const PackItem& b) { return a.name < b.name; });
     if (items.empty()) {
         failure.error = ZipError::NothingToPack;
     }
-    return !failure && CheckNames(items, failure);
+    return !failure && CheckNames(items, limits, failure);
 }
 
 } // namespace orvstorage::detail

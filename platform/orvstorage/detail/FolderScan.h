@@ -1,6 +1,7 @@
 #pragma once
 
 #include <orvstorage/ZipFailure.h>
+#include <orvstorage/ZipLimits.h>
 
 #include <cstdint>
 #include <vector>
@@ -20,8 +21,8 @@ struct PackItem {
 bool DescribeItem(const std::filesystem::path& path, orvcore::UTF8String name, PackItem& item, ZipFailure& failure);
 
 /// All files below `folder` in the order of their names, `exclude` and private files left out. False when something
-/// is there that cannot be packed or could not be unpacked everywhere.
-bool ScanFolder(const std::filesystem::path& folder, const std::filesystem::path& exclude, std::vector<PackItem>& items,
-                ZipFailure& failure);
+/// is there that cannot be packed or could not be unpacked everywhere under `limits`.
+bool ScanFolder(const std::filesystem::path& folder, const std::filesystem::path& exclude, const ZipLimits& limits,
+                std::vector<PackItem>& items, ZipFailure& failure);
 
 } // namespace orvstorage::detail

@@ -17,7 +17,7 @@ constexpr std::size_t kPiece = std::size_t{256} << 10;
 
 class ItemSource {
 public:
-    ItemSource(const PackItem& item, ItemForm form, PackProgress& progress)
+    ItemSource(const PackItem& item, ItemForm form, ByteProgress& progress)
         : item_(item)
         , form_(form)
         , progress_(progress)
@@ -138,7 +138,7 @@ private:
 
     const PackItem& item_;
     const ItemForm form_;
-    PackProgress& progress_;
+    ByteProgress& progress_;
     orvcore::detail::NativeFile file_;
     std::uint64_t position_ = 0;
     bool finished_ = false; // all of the file has been read
@@ -152,7 +152,7 @@ private:
 
 } // namespace
 
-zip_source_t* MakeItemSource(const PackItem& item, ItemForm form, PackProgress& progress)
+zip_source_t* MakeItemSource(const PackItem& item, ItemForm form, ByteProgress& progress)
 {
     auto source = std::make_unique<ItemSource>(item, form, progress);
     zip_source_t* made = zip_source_function_create(CallSource<ItemSource>, source.get(), nullptr);

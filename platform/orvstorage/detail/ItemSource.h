@@ -1,8 +1,8 @@
 #pragma once
 
+#include <orvstorage/detail/ByteProgress.h>
 #include <orvstorage/detail/FolderScan.h>
 #include <orvstorage/detail/Libzip.h>
-#include <orvstorage/detail/PackProgress.h>
 
 namespace orvstorage::detail {
 
@@ -11,6 +11,6 @@ enum class ItemForm : std::uint8_t { Plain, Deflated };
 
 /// A source from which the zip library reads the file of `item`, opened no sooner than its turn comes. Null when
 /// memory runs out. `item` and `progress` must outlive the archive's closing.
-zip_source_t* MakeItemSource(const PackItem& item, ItemForm form, PackProgress& progress);
+zip_source_t* MakeItemSource(const PackItem& item, ItemForm form, ByteProgress& progress);
 
 } // namespace orvstorage::detail

@@ -2,15 +2,23 @@
 
 #include <orvstorage/detail/EntryName.h>
 
+#include <algorithm>
+
 namespace orvstorage::detail {
 
-ZipError NameRegister::EnterOne(std::u8string_view relative, bool isDirectory, bool isParent)
+ZipError NameRegister::EnterOne(Tree::Node& node, std::u8string_view name, bool isDirectory, bool isParent)
 {
-    const auto [at, isNew] = taken_.try_emplace(FoldCase(relative), Taken{orvcore::UTF8String(relative), isDirectory});
-    if (isNew) {
-        return ZipError::None;
+    const orvcore::UTF8String folded = FoldCase(name);
+    const auto found = names_.Find(node, folded);
+    if (!found) {
+        folders_ += isDirectory ? 1 : 0;
+        node = names_.Add(node, folded);
+        taken_.push_back({orvcore::UTF8String(name), isDirectory});
+        return folders_ > limits_.maxEntries ? ZipError::TooManyEntries : ZipError::None;
     }
-    if (at->second.spelling != relative || at->second.isDirectory != isDirectory) {
+    node = *found;
+    const Taken& taken = taken_[node - 1];
+    if (taken.spelling != name || taken.isDirectory != isDirectory) {
         return ZipError::NameClash;
     }
     return isParent || isDirectory ? ZipError::None : ZipError::DuplicateName;
@@ -18,13 +26,21 @@ ZipError NameRegister::EnterOne(std::u8string_view relative, bool isDirectory, b
 
 ZipError NameRegister::Enter(std::u8string_view relative, bool isDirectory)
 {
+    const auto slashes = static_cast<std::uint64_t>(std::count(relative.begin(), relative.end(), u8'/'));
+    if (slashes + (isDirectory ? 1 : 0) > limits_.maxDepth) {
+        return ZipError::TooDeep;
+    }
+    Tree::Node node = Tree::kRoot;
+    std::size_t begin = 0;
     for (std::size_t slash = relative.find(u8'/'); slash != std::u8string_view::npos;
-         slash = relative.find(u8'/', slash + 1)) {
-        if (const ZipError error = EnterOne(relative.substr(0, slash), true, true); error != ZipError::None) {
+         slash = relative.find(u8'/', begin)) {
+        const ZipError error = EnterOne(node, relative.substr(begin, slash - begin), true, true);
+        if (error != ZipError::None) {
             return error;
         }
+        begin = slash + 1;
     }
-    return EnterOne(relative, isDirectory, false);
+    return EnterOne(node, relative.substr(begin), isDirectory, false);
 }
 
 } // namespace orvstorage::detail

@@ -49,7 +49,7 @@ bool DropOldFields(zip_t* archive, zip_uint64_t index)
 }
 
 bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& item, const std::string& password,
-         PackProgress& progress)
+         ByteProgress& progress)
 {
     if (replaced && !DropOldFields(archive, *replaced)) {
         return false;
@@ -71,7 +71,7 @@ bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& it
 }
 
 // Writes the archive and puts it in place. The handle is used up when that succeeds.
-bool Close(ArchiveHandle archive, PackProgress& progress, ZipFailure& failure)
+bool Close(ArchiveHandle archive, ByteProgress& progress, ZipFailure& failure)
 {
     if (zip_close(archive.get()) == 0) {
         static_cast<void>(archive.release());
@@ -87,7 +87,7 @@ bool Close(ArchiveHandle archive, PackProgress& progress, ZipFailure& failure)
 
 } // namespace
 
-bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, PackProgress& progress, ZipFailure& failure)
+bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteProgress& progress, ZipFailure& failure)
 {
     ArchiveHandle archive = OpenForWriting(
         nullptr, target.path, [&] { return progress.Finish(); }, failure);
@@ -112,7 +112,7 @@ bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, s
              const PackItem& item, ZipFailure& failure)
 {
     const ZipProgress none;
-    PackProgress progress(none, nullptr, item.size);
+    ByteProgress progress(none, nullptr, item.size);
     ArchiveHandle archive = OpenForWriting(std::move(old), target.path, {}, failure);
     if (!archive) {
         return false;

@@ -15,7 +15,7 @@ struct PackTarget {
 };
 
 /// Makes a new archive of `items` that takes the place of the target's.
-bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, PackProgress& progress, ZipFailure& failure);
+bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteProgress& progress, ZipFailure& failure);
 
 /// Makes a new archive of an old one, with `item` in the place of the entry `replaced` or added at the end. The old
 /// one's other entries are copied as they are packed. `old` may be null: there is none.

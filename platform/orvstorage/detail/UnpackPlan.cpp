@@ -12,7 +12,8 @@ namespace {
 
 bool IsLimit(ZipError error)
 {
-    return error == ZipError::EntryTooLarge || error == ZipError::RatioTooHigh;
+    return error == ZipError::EntryTooLarge || error == ZipError::RatioTooHigh || error == ZipError::TooDeep ||
+           error == ZipError::TooManyEntries;
 }
 
 // A name that stands for two files stands for neither: which one was meant cannot be known.
@@ -27,6 +28,7 @@ public:
         : archive_(archive)
         , limits_(limits)
         , plan_(plan)
+        , register_(limits)
     {
     }
 
@@ -77,10 +79,14 @@ private:
         ZipFailure refusal = failure;
         refusal.entry = entry.shown.name;
         refusal.error = Judge(index, refusal);
-        total_ += entry.kind == EntryKind::File && !refusal ? entry.shown.size : 0;
-        if (IsLimit(refusal.error) || total_ > limits_.maxTotalSize) {
+        // Never overflows: each part is within the entry limit, and it ends at the total's.
+        plan_.totalSize += entry.kind == EntryKind::File && !refusal ? entry.shown.size : 0;
+        if (IsLimit(refusal.error) || plan_.totalSize > limits_.maxTotalSize) {
             failure = IsLimit(refusal.error) ? refusal : failure;
             failure.error = IsLimit(refusal.error) ? refusal.error : ZipError::TotalTooLarge;
+            if (failure.error == ZipError::TooManyEntries) {
+                failure.entry.clear(); // it is all of them
+            }
             return false;
         }
         if (refusal) {
@@ -99,7 +105,6 @@ private:
     std::vector<EntryName> names_;
     std::unordered_map<std::u8string, int> counts_;
     NameRegister register_;
-    std::uint64_t total_ = 0; // never overflows: each part is within the entry limit, and it ends at the total's
 };
 
 } // namespace

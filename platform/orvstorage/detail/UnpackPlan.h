@@ -16,6 +16,7 @@ struct UnpackPlan {
     std::vector<File> files;
     std::vector<orvcore::UTF8String> directories;
     std::vector<ZipFailure> refused; ///< entries that are left out, in the archive's order
+    std::uint64_t totalSize = 0;     ///< unpacked bytes of all files
 };
 
 /// Judges every entry. Entries whose name or kind is bad are refused alone; a limit that is exceeded refuses the whole.

@@ -1,8 +1,6 @@
 #include <orvstorage/detail/Unpacker.h>
 
 #include <orvcore/AtomicFile.h>
-#include <orvcore/FileSystem.h>
-#include <orvcore/Files.h>
 #include <orvcore/ParallelFor.h>
 #include <orvcore/detail/GuardedFolder.h>
 #include <orvstorage/detail/EntryReader.h>
@@ -11,6 +9,7 @@
 #include <atomic>
 #include <mutex>
 #include <numeric>
+#include <thread>
 
 namespace orvstorage::detail {
 
@@ -38,14 +37,22 @@ bool StreamEntry(zip_t* handle, const ArchiveEntry& entry, std::size_t index, st
     return true;
 }
 
+// A host that cancels means the whole call.
+bool Cancelled(ZipFailure& failure)
+{
+    failure.error = ZipError::Cancelled;
+    failure.entry.clear();
+    return false;
+}
+
 // Unpacks the plan's files into numbered files of a private folder, on several threads where there is enough to do.
 class Stage {
 public:
-    Stage(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& folder, const fs::path& archivePath)
+    Stage(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& folder, ByteProgress& progress)
         : archive_(archive)
         , plan_(plan)
         , folder_(folder)
-        , archivePath_(archivePath)
+        , progress_(progress)
     {
     }
 
@@ -56,22 +63,24 @@ public:
 
     bool Run(ZipFailure& failure)
     {
+        blank_ = failure;
         first_ = failure;
         Arrange();
-        const std::size_t threads = total_ < kWorthThreads ? 1 : std::min(order_.size(), kMostThreads);
+        const std::size_t threads = plan_.totalSize < kWorthThreads ? 1 : std::min(order_.size(), kMostThreads);
         if (threads <= 1) {
             Work(archive_.Handle());
         } else {
             // Each piece takes files until none is left, so it does not matter how many really run at one time.
-            orvcore::ParallelFor(threads, 1, [this](std::size_t, std::size_t) {
-                ZipFailure opening{ZipError::None, ZipAction::Unpack, archivePath_, {}, {}};
+            const auto piece = [this](std::size_t, std::size_t) {
+                ZipFailure opening = blank_;
                 const ArchiveHandle handle = archive_.NewHandle(opening);
                 if (handle) {
                     Work(handle.get());
                 } else {
                     Report(0, opening);
                 }
-            });
+            };
+            orvcore::ParallelFor(threads, 1, piece, [this] { HeedCaller(progress_.Ask()); });
         }
         failure = first_;
         return !failure;
@@ -88,14 +97,27 @@ private:
         std::iota(order_.begin(), order_.end(), std::size_t{0});
         std::stable_sort(order_.begin(), order_.end(),
                          [&](std::size_t a, std::size_t b) { return sizeOf(a) > sizeOf(b); });
-        for (const std::size_t number : order_) {
-            total_ += sizeOf(number);
+    }
+
+    void HeedCaller(bool goesOn)
+    {
+        if (!goesOn) {
+            ZipFailure failure = blank_;
+            Cancelled(failure);
+            Report(0, failure);
+        }
+    }
+
+    void Count(std::size_t bytes)
+    {
+        progress_.Count(bytes);
+        if (std::this_thread::get_id() == caller_) {
+            HeedCaller(progress_.MayGoOn());
         }
     }
 
     void Work(zip_t* handle)
     {
-        const ZipFailure blank{ZipError::None, ZipAction::Unpack, archivePath_, {}, {}};
         std::vector<char> piece(kPiece);
         for (;;) {
             const std::size_t turn = next_.fetch_add(1);
@@ -103,14 +125,14 @@ private:
                 return;
             }
             const std::size_t number = order_[turn];
-            ZipFailure failure = blank;
+            ZipFailure failure = blank_;
             if (!UnpackOne(handle, number, piece, failure)) {
                 Report(number, failure);
             }
         }
     }
 
-    bool UnpackOne(zip_t* handle, std::size_t number, std::vector<char>& piece, ZipFailure& failure) const
+    bool UnpackOne(zip_t* handle, std::size_t number, std::vector<char>& piece, ZipFailure& failure)
     {
         const std::size_t index = plan_.files[number].index;
         const ArchiveEntry& entry = archive_.Entries()[index];
@@ -122,6 +144,7 @@ private:
         const auto write = [&](const char* data, std::size_t size) {
             const bool written = !stopped_ && file.WriteAt(done, data, size, error);
             done += size;
+            Count(size);
             return written;
         };
         const bool whole = !error && StreamEntry(handle, entry, index, piece, failure, write) && file.Close(error);
@@ -144,9 +167,10 @@ private:
     const ZipArchive& archive_;
     const UnpackPlan& plan_;
     const fs::path& folder_;
-    const fs::path archivePath_;
+    ByteProgress& progress_;
+    const std::thread::id caller_ = std::this_thread::get_id();
+    ZipFailure blank_;
     std::vector<std::size_t> order_; // of the plan's files
-    std::uint64_t total_ = 0;
     std::atomic<std::size_t> next_ = 0;
     std::atomic<bool> stopped_ = false;
     std::mutex mutex_;
@@ -164,28 +188,45 @@ bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure
     return StreamEntry(archive.Handle(), entry, index, piece, failure, [](const char*, std::size_t) { return true; });
 }
 
-bool UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ZipFailure& failure)
+bool UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ByteProgress& progress,
+                  ZipFailure& failure)
 {
-    std::error_code error;
-    const fs::path folder = destination.parent_path();
-    if (!folder.empty()) {
-        orvcore::MakeDirectories(folder, error);
+    if (!progress.MayGoOn()) {
+        return Cancelled(failure);
     }
-    orvcore::AtomicFile file(destination);
+    std::error_code error;
+    orvcore::detail::NewFolders folders;
+    if (destination.has_parent_path()) {
+        folders.Make(destination.parent_path(), error);
+    }
+    orvcore::AtomicFile file(destination); // gone before the folders are
+    file.RemoveLeftBehind();
     std::vector<char> piece(kPiece);
-    const auto write = [&](const char* data, std::size_t size) { return file.Write(data, size, error); };
-    const bool whole = !error &&
-                       StreamEntry(archive.Handle(), archive.Entries()[index], index, piece, failure, write) &&
-                       file.Commit(orvcore::AtomicFile::Durability::Cached, error);
+    bool goesOn = true;
+    const auto write = [&](const char* data, std::size_t size) {
+        goesOn = progress.Advance(size);
+        return goesOn && file.Write(data, size, error);
+    };
+    const bool read = !error && StreamEntry(archive.Handle(), archive.Entries()[index], index, piece, failure, write);
+    if (!goesOn || (read && !progress.Finish())) {
+        return Cancelled(failure);
+    }
+    const bool whole = read && file.Commit(orvcore::AtomicFile::Durability::Cached, error);
     if (error) {
         TranslateWriteError(error, failure);
+    }
+    if (whole) {
+        folders.Keep();
     }
     return whole;
 }
 
 bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& target, orvcore::IfExists ifExists,
-            ZipFailure& failure)
+            ByteProgress& progress, ZipFailure& failure)
 {
+    if (!progress.MayGoOn()) {
+        return Cancelled(failure);
+    }
     const auto pathOf = [](const orvcore::UTF8String& relative) {
         return orvcore::PathFromUTF8(relative).make_preferred();
     };
@@ -197,9 +238,12 @@ bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& t
         TranslateWriteError(error, failure);
         return false;
     }
-    Stage stage(archive, plan, staging, failure.archive);
+    Stage stage(archive, plan, staging, progress);
     if (!stage.Run(failure)) {
         return false;
+    }
+    if (!progress.Finish()) {
+        return Cancelled(failure);
     }
     for (const orvcore::UTF8String& directory : plan.directories) {
         if (!folder.MakeDirectory(pathOf(directory), error)) {

@@ -4,6 +4,7 @@
 #include <orvstorage/detail/EntryName.h>
 #include <orvstorage/detail/EntryReader.h>
 
+#include <exception>
 #include <new>
 
 namespace orvstorage {
@@ -29,6 +30,18 @@ struct ZipFile::State {
             TranslateWriteError(error.code(), failure);
         }
         return false;
+    }
+
+    // As Run; what the caller's progress function threw, which `operation` stores, goes on to the caller at the end.
+    template <class Operation>
+    bool RunAsking(ZipAction action, std::u8string_view entry, const Operation& operation)
+    {
+        std::exception_ptr thrown;
+        const bool done = Run(action, entry, [&](ZipFailure& failing) { return operation(failing, thrown); });
+        if (thrown) {
+            std::rethrow_exception(thrown);
+        }
+        return done;
     }
 
     detail::ZipArchive* Open()

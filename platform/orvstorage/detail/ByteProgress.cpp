@@ -1,4 +1,4 @@
-#include <orvstorage/detail/PackProgress.h>
+#include <orvstorage/detail/ByteProgress.h>
 
 #include <algorithm>
 
@@ -11,7 +11,7 @@ constexpr std::uint64_t kStep = std::uint64_t{256} << 10;
 
 } // namespace
 
-bool PackProgress::Ask(double fraction)
+bool ByteProgress::Ask(double fraction)
 {
     if (!cancelled_ && progress_) {
         try {
@@ -24,14 +24,11 @@ bool PackProgress::Ask(double fraction)
     return !cancelled_;
 }
 
-bool PackProgress::Advance(std::uint64_t bytes)
+bool ByteProgress::Ask()
 {
-    done_ += bytes;
-    if (cancelled_ || done_ < nextAsk_) {
-        return !cancelled_;
-    }
-    nextAsk_ = done_ + kStep;
-    return Ask(total_ == 0 ? 0.0 : std::min(1.0, static_cast<double>(done_) / static_cast<double>(total_)));
+    const std::uint64_t done = done_;
+    nextAsk_ = done + kStep;
+    return Ask(total_ == 0 ? 0.0 : std::min(1.0, static_cast<double>(done) / static_cast<double>(total_)));
 }
 
 } // namespace orvstorage::detail
