@@ -8,7 +8,6 @@
 #include "TempFolder.h"
 
 #include <orvcore/FileSystem.h>
-#include <orvcore/Files.h>
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
 
@@ -29,10 +28,12 @@ void StoreIn(const fs::path& package, std::string_view definition)
 }
 
 // A copy of a package with another definition. Errors are those of the package that is to be.
-void MakeDraft(const fs::path& source, const fs::path& draft, std::string_view definition, const std::string& to)
+void MakeDraft(const fs::path& source, const fs::path& draft, std::string_view definition, const std::string& to,
+               const InterruptWatch& interrupt)
 {
     try {
-        orvcore::CopyOneFile(source, draft);
+        CopyWatched(source, draft, orvcore::Durability::Cached, "copying", &interrupt);
+        const Progress progress("storing");
         StoreIn(draft, definition);
     } catch (const FileError& error) {
         throw FileError(to, error.what());
@@ -63,12 +64,8 @@ void StoreDefinition(const std::string& from, const std::string& to, std::string
     }
     const TempFolder folder;
     const fs::path draft = folder.Path() / u8"package.zelt";
-    {
-        const Progress progress("storing");
-        MakeDraft(source, draft, definition, to);
-    }
-    interrupt.Check();
-    PutInPlace(draft, target);
+    MakeDraft(source, draft, definition, to, interrupt);
+    PutInPlace(draft, target, &interrupt);
 }
 
 } // namespace zelt

@@ -37,10 +37,11 @@ std::optional<Extracted> ExtractVideo(const CapsuleZip& package, const fs::path&
     return package.GetZELTThumbnailVideo(orvcore::PathToUTF8(file)) ? std::optional(Extracted{file, {}}) : std::nullopt;
 }
 
-std::optional<Extracted> ExtractProject(const CapsuleZip& package, const fs::path& folder)
+std::optional<Extracted> ExtractProject(const CapsuleZip& package, const fs::path& folder,
+                                        const orvstorage::ZipProgress& report)
 {
     orvcapsule::UTF16String path;
-    if (!package.GetZELTProjectPackage(orvcore::PathToUTF16(folder), u"", u"project", path)) {
+    if (!package.GetZELTProjectPackage(orvcore::PathToUTF16(folder), u"", u"project", path, report, nullptr)) {
         return std::nullopt;
     }
     Extracted extracted{orvcore::PathFromUTF16(path), {}};
@@ -50,16 +51,18 @@ std::optional<Extracted> ExtractProject(const CapsuleZip& package, const fs::pat
     return extracted;
 }
 
-std::optional<Extracted> ExtractEntry(const CapsuleZip& package, const std::string& name, const fs::path& folder)
+std::optional<Extracted> ExtractEntry(const CapsuleZip& package, const std::string& name, const fs::path& folder,
+                                      const orvstorage::ZipProgress& report)
 {
     // Only the last part of the name is used; the archive class has refused what is no file name.
     const fs::path file = folder / ToPath(name).filename();
-    return file.has_filename() && package.GetArchive().UnzipItems(orvcore::AsUTF8(name), file)
+    return file.has_filename() && package.GetArchive().UnzipItems(orvcore::AsUTF8(name), file, report, nullptr)
                ? std::optional(Extracted{file, {}})
                : std::nullopt;
 }
 
-std::optional<Extracted> Extract(const CapsuleZip& package, const std::string& what, const fs::path& folder)
+std::optional<Extracted> Extract(const CapsuleZip& package, const std::string& what, const fs::path& folder,
+                                 const orvstorage::ZipProgress& report)
 {
     if (what == "poster") {
         return ExtractPoster(package, folder);
@@ -67,7 +70,7 @@ std::optional<Extracted> Extract(const CapsuleZip& package, const std::string& w
     if (what == "video") {
         return ExtractVideo(package, folder);
     }
-    return what == "project" ? ExtractProject(package, folder) : ExtractEntry(package, what, folder);
+    return what == "project" ? ExtractProject(package, folder, report) : ExtractEntry(package, what, folder, report);
 }
 
 // Why there is nothing: the archive's own reason where it is not just that there is no such entry.
@@ -80,22 +83,23 @@ std::string Missing(const CapsuleZip& package, const std::string& what)
                     : failure.Reason();
 }
 
-Extracted NeedExtracted(const ExtractOptions& options, const fs::path& folder)
+Extracted NeedExtracted(const ExtractOptions& options, const fs::path& folder, const InterruptWatch& interrupt)
 {
-    const Progress progress("extracting");
+    Progress progress("extracting");
     const CapsuleZip package(ToPath(options.file));
-    auto extracted = Extract(package, options.what, folder);
+    auto extracted = Extract(package, options.what, folder, ShowAndWatch{progress, &interrupt});
     if (!extracted) {
+        interrupt.Check();
         throw FileError(options.file, Missing(package, options.what));
     }
     return std::move(*extracted);
 }
 
-void Deliver(const fs::path& made, const fs::path& to)
+void Deliver(const fs::path& made, const fs::path& to, const InterruptWatch* interrupt)
 {
     std::error_code unknown;
     const auto size = orvcore::InspectTarget(made, unknown).size;
-    PutInPlace(made, to);
+    PutInPlace(made, to, interrupt);
     PrintLine(Printable(ToText(to)) + ": " + std::to_string(size) + " bytes");
 }
 
@@ -106,15 +110,14 @@ ExitCode RunExtract(const ExtractOptions& options)
     return OnFile(options.file, [&] {
         const InterruptWatch interrupt;
         const TempFolder folder;
-        const Extracted extracted = NeedExtracted(options, folder.Path());
-        interrupt.Check();
+        const Extracted extracted = NeedExtracted(options, folder.Path(), interrupt);
         fs::path output = ToPath(options.output);
         if (orvcore::IsDirectory(output) || !output.has_filename()) {
             output /= extracted.file.filename();
         }
-        Deliver(extracted.file, output);
-        if (extracted.sideFile) {
-            Deliver(*extracted.sideFile, output.parent_path() / kSideFile);
+        Deliver(extracted.file, output, &interrupt);
+        if (extracted.sideFile) { // a small one: what belongs to it is there already
+            Deliver(*extracted.sideFile, output.parent_path() / kSideFile, nullptr);
         }
     });
 }

@@ -184,8 +184,7 @@ ExitCode RunNew(const NewOptions& options)
         }
         const fs::path draft = folder.Path() / u8"package.zelt";
         MakeGood(stage, draft, options.output, interrupt);
-        interrupt.Check();
-        PutInPlace(draft, ToPath(options.output));
+        PutInPlace(draft, ToPath(options.output), &interrupt);
         PrintLine(Printable(options.output) + ": made");
     });
     return understood ? exit : ExitCode::kBadUsage;

@@ -5,7 +5,6 @@
 #include "Progress.h"
 
 #include <orvcore/AtomicFile.h>
-#include <orvcore/Files.h>
 
 namespace zelt {
 
@@ -17,11 +16,24 @@ void NeedReplaceable(const std::filesystem::path& to)
     }
 }
 
-void PutInPlace(const std::filesystem::path& made, const std::filesystem::path& to)
+void CopyWatched(const std::filesystem::path& from, const std::filesystem::path& to, orvcore::Durability durability,
+                 const std::string& what, const InterruptWatch* interrupt)
 {
-    const Progress progress("writing");
+    Progress progress(what);
     try {
-        orvcore::CopyOneFile(made, to, orvcore::Durability::OnDisk);
+        orvcore::CopyOneFile(from, to, durability, ShowAndWatch{progress, interrupt});
+    } catch (const std::filesystem::filesystem_error& error) {
+        if (error.code() == std::errc::operation_canceled) {
+            throw Cancelled();
+        }
+        throw;
+    }
+}
+
+void PutInPlace(const std::filesystem::path& made, const std::filesystem::path& to, const InterruptWatch* interrupt)
+{
+    try {
+        CopyWatched(made, to, orvcore::Durability::OnDisk, "writing", interrupt);
     } catch (const std::filesystem::filesystem_error& error) {
         throw FileError(ToText(to), error.code().message());
     }

@@ -26,11 +26,7 @@ void PackFolder(const std::filesystem::path& directory, const std::string& file,
 {
     Progress progress("packing");
     const orvcapsule::CapsuleZip package(ToPath(file));
-    const auto report = [&](double fraction, void*) {
-        progress.Set(fraction);
-        return !interrupt.IsRaised();
-    };
-    if (!package.Zip(directory, report, nullptr)) {
+    if (!package.Zip(directory, ShowAndWatch{progress, &interrupt}, nullptr)) {
         progress.Clear();
         interrupt.Check();
         throw FileError(file, package.GetLastFailure().Reason());

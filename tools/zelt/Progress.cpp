@@ -84,4 +84,10 @@ void Progress::Erase()
     }
 }
 
+bool ShowAndWatch::operator()(double fraction, void* /*opaque*/) const
+{
+    progress.Set(fraction);
+    return interrupt == nullptr || !interrupt->IsRaised();
+}
+
 } // namespace zelt

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Interrupt.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -35,6 +37,14 @@ private:
     bool isDrawn_ = false;
     bool ends_ = false;
     std::thread ticker_; // last: it uses the others
+};
+
+/// What long work of the library's calls back: shows how far it is, and cancels it once the user has interrupted.
+struct ShowAndWatch {
+    Progress& progress;
+    const InterruptWatch* interrupt; ///< null: the work must not be cancelled
+
+    bool operator()(double fraction, void* opaque = nullptr) const;
 };
 
 } // namespace zelt

@@ -27,6 +27,19 @@ bool IsEmptyFolder(const std::filesystem::path& directory)
     throw FileError(file, last);
 }
 
+void UnpackInto(const std::filesystem::path& directory, const orvcapsule::CapsuleZip& package, const std::string& file)
+{
+    const InterruptWatch interrupt;
+    Progress progress("unpacking");
+    if (!package.UnZip(directory, true, ShowAndWatch{progress, &interrupt}, nullptr)) {
+        progress.Clear();
+        if (package.GetLastFailure().error == orvstorage::ZipError::Cancelled) {
+            throw Cancelled();
+        }
+        ThrowFailure(file, package);
+    }
+}
+
 } // namespace
 
 ExitCode RunUnpack(const UnpackOptions& options)
@@ -37,13 +50,7 @@ ExitCode RunUnpack(const UnpackOptions& options)
             throw FileError(options.directory, "the folder is not empty; --overwrite unpacks into it all the same");
         }
         const orvcapsule::CapsuleZip package(ToPath(options.file));
-        {
-            Progress progress("unpacking");
-            if (!package.UnZip(directory, true)) {
-                progress.Clear();
-                ThrowFailure(options.file, package);
-            }
-        }
+        UnpackInto(directory, package, options.file);
         std::size_t files = 0;
         for (const auto& entry : package.GetArchive().GetEntries()) {
             files += entry.isDirectory ? 0 : 1;
