@@ -1,5 +1,5 @@
-#include "CommandLine.h"
-#include "Output.h"
+#include <tools/zelt/commands/CommandLine.h>
+#include <tools/zelt/output/Output.h>
 
 #include <tools/support/Arguments.h>
 
