@@ -2,11 +2,12 @@
 // runs the library's main-thread calls itself. docs/hosting.md tells what a larger host adds.
 
 #include <manager/GraphicSourceManager.h>
-#include <orvcore/CommandLine.h>
 #include <orvcore/Files.h>
 #include <orvcore/MainThread.h>
 #include <orvcore/Paths.h>
 #include <sources/LocalGraphicsSource.h>
+#include <tools/support/Arguments.h>
+#include <tools/support/Console.h>
 
 #include <iostream>
 #include <string>
@@ -63,8 +64,8 @@ void Search(GraphicSourceManager& manager, const std::vector<orvcore::UTF16Strin
 
 int main(int argc, char** argv)
 {
-    orvcore::SetConsoleUTF8();
-    const std::vector<std::string> arguments = orvcore::UTF8Arguments(argc, argv);
+    orvtools::SetConsoleUTF8(); // this line and the next are a program's; a host has its own
+    const std::vector<std::string> arguments = orvtools::UTF8Arguments(argc, argv);
     if (arguments.size() < 2) {
         std::cerr << "usage: browse FOLDER [TERM...]\n";
         return 2;

@@ -2,10 +2,11 @@
 // docs/hosting.md goes through it.
 
 #include <capsule/Serialization.h>
-#include <orvcore/CommandLine.h>
 #include <orvcore/Files.h>
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
+#include <tools/support/Arguments.h>
+#include <tools/support/Console.h>
 
 #include <charconv>
 #include <iostream>
@@ -74,8 +75,8 @@ void Store(CapsuleZip& package, const std::shared_ptr<Capsule>& capsule)
 
 int main(int argc, char** argv)
 {
-    orvcore::SetConsoleUTF8();
-    const std::vector<std::string> arguments = orvcore::UTF8Arguments(argc, argv);
+    orvtools::SetConsoleUTF8(); // this line and the next are a program's; a host has its own
+    const std::vector<std::string> arguments = orvtools::UTF8Arguments(argc, argv);
     if (arguments.size() != 6) {
         std::cerr << "usage: edit PACKAGE LANGUAGE NAME CONTROL NUMBER\n";
         return 2;

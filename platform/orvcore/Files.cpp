@@ -87,11 +87,26 @@ bool RemoveTree(const fs::path& path) noexcept
 
 void CopyOneFile(const fs::path& from, const fs::path& to, Durability durability)
 {
+    CopyOneFile(from, to, durability, {});
+}
+
+void CopyOneFile(const fs::path& from, const fs::path& to, Durability durability,
+                 const std::function<bool(double)>& progress)
+{
     std::error_code error;
+    const std::uint64_t total = InspectTarget(from, error).size; // what is wrong with it shows when it is read
+    std::uint64_t done = 0;
     AtomicFile copy(to);
     copy.RemoveLeftBehind();
     copy.TakeRightsOf(from);
-    const auto write = [&](const char* data, std::size_t size) { return copy.Write(data, size, error); };
+    const auto write = [&](const char* data, std::size_t size) {
+        done += size;
+        const double fraction = done < total ? static_cast<double>(done) / static_cast<double>(total) : 1.0;
+        if (progress && !progress(fraction)) {
+            error = std::make_error_code(std::errc::operation_canceled);
+        }
+        return !error && copy.Write(data, size, error);
+    };
     if (!detail::ReadPieces(from, write, error) || !copy.Commit(durability, error)) {
         throw fs::filesystem_error("cannot copy file", from, to, error);
     }

@@ -58,6 +58,11 @@ enum class Durability {
 /// `std::filesystem::filesystem_error`.
 ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
                                  Durability durability = Durability::Cached);
+/// The same, and whoever waits can give up.
+/// @param progress may be empty; told the fraction done, at last 1.0 before the file takes its place. After its false
+///        `to` is the old file, and the exception's code `std::errc::operation_canceled`.
+ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
+                                 Durability durability, const std::function<bool(double fraction)>& progress);
 
 /// Reads a file in one block, as it is: no decoding. Empty when it cannot be read or is larger than `maxBytes`.
 ORVPLATFORM_API std::optional<std::string> ReadWholeFile(const std::filesystem::path& path,

@@ -136,6 +136,32 @@ TEST(Files, ErrorsAreTheSameOnEverySystem)
     EXPECT_TRUE(orvcore::RemoveOne(folder / "copy", error)) << error.message();
 }
 
+TEST(CopyOneFile, TellsHowFarItIsAndCanBeCancelled)
+{
+    TempFolder folder;
+    folder.Write("big", std::string(3'000'000, 'n'));
+    folder.Write("to", "old");
+    std::vector<double> told;
+    const auto copy = [&](std::size_t until) {
+        told.clear();
+        orvcore::CopyOneFile(folder / "big", folder / "to", orvcore::Durability::Cached, [&](double fraction) {
+            told.push_back(fraction);
+            return told.size() < until;
+        });
+    };
+    try {
+        copy(2);
+        FAIL();
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_EQ(error.code(), std::errc::operation_canceled);
+    }
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"big", "to"}));
+    EXPECT_EQ(fs::file_size(folder / "to"), 3U);
+    copy(100);
+    EXPECT_EQ(fs::file_size(folder / "to"), 3'000'000U);
+    EXPECT_TRUE(told.size() == 3 && told[0] < told[1] && told[2] == 1.0) << told.size();
+}
+
 TEST(AtomicFile, AppearsWholeOrNotAtAll)
 {
     TempFolder folder;

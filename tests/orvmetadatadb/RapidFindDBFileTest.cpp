@@ -1,11 +1,10 @@
 #include <tests/orvmetadatadb/IndexFixture.h>
 
 #include <orvstorage/SQLiteCodes.h>
-#include <tests/support/ProgramName.h>
+#include <tests/support/RunProgram.h>
 
 #include <sqlite3.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <future>
@@ -182,9 +181,9 @@ TEST_F(RapidFindDBFileTest, TwoProcessesWriteOneFile)
 {
     RapidFindDB index;
     ASSERT_EQ(Start(index), 0);
-    const std::string command =
-        orvtest::ProgramName(ORV_INDEX_WRITER) + " \"" + orvcore::ToNarrow(File()) + "\" other 3000";
-    auto other = std::async(std::launch::async, [&] { return std::system(command.c_str()); });
+    auto other = std::async(std::launch::async, [&] {
+        return orvtest::RunProgram(ORV_INDEX_WRITER, {orvcore::ToNarrow(File()), "other", "3000"});
+    });
     Fill(index, 3000);
     EXPECT_EQ(other.get(), 0);
     EXPECT_EQ(Find(index, {u"text"}).size(), 3000U);

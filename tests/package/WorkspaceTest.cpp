@@ -5,13 +5,12 @@
 #include <orvcore/Executor.h>
 #include <orvcore/FileLock.h>
 #include <tests/support/Latch.h>
-#include <tests/support/ProgramName.h>
+#include <tests/support/RunProgram.h>
 #include <tests/support/TempFolder.h>
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <future>
 #include <set>
@@ -153,8 +152,7 @@ TEST(Workspace, TwoProcessesAtOnceKeepWhatEachOtherUses)
     std::ofstream(folder / "cleanupRequest").close();
     const TempFolder meeting;
     const auto run = [&meeting](const char* name, const char* other) {
-        const std::string program = orvtest::ProgramName(ORV_WORKSPACE_USER);
-        return std::system((program + " " + name + " " + other + " \"" + meeting.Path().string() + "\"").c_str());
+        return orvtest::RunProgram(ORV_WORKSPACE_USER, {name, other, meeting.Path().string()});
     };
     auto first = std::async(std::launch::async, run, "first", "second");
     EXPECT_EQ(run("second", "first"), 0);

@@ -1,4 +1,4 @@
-#include <tools/zelt/JSONSplice.h>
+#include <tools/zelt/editing/JSONSplice.h>
 
 #include <orvcore/JSON.h>
 

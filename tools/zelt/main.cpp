@@ -1,7 +1,7 @@
-#include "CommandLine.h"
-#include "Output.h"
+#include <tools/zelt/commands/CommandLine.h>
+#include <tools/zelt/output/Output.h>
 
-#include <orvcore/CommandLine.h>
+#include <tools/support/Arguments.h>
 
 #include <exception>
 
@@ -10,7 +10,7 @@ int main(int argc, char** argv)
     zelt::InitOutput();
     auto exit = zelt::ExitCode::kBadFile;
     try {
-        auto arguments = orvcore::UTF8Arguments(argc, argv);
+        auto arguments = orvtools::UTF8Arguments(argc, argv);
         arguments.erase(arguments.begin(), arguments.begin() + (arguments.empty() ? 0 : 1));
         exit = zelt::RunCommandLine(std::move(arguments));
     } catch (const std::exception& error) {

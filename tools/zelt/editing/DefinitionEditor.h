@@ -1,0 +1,47 @@
+#pragma once
+
+#include <tools/zelt/commands/Commands.h>
+#include <tools/zelt/editing/JSONSplice.h>
+
+#include <string>
+#include <string_view>
+
+namespace zelt {
+
+/// Edits values of a definition document in its text: whatever is not asked for keeps its bytes, keys that this
+/// library does not know included.
+class DefinitionEditor {
+public:
+    /// @param text  a readable definition document
+    explicit DefinitionEditor(std::string_view text);
+
+    /// Makes all edits that are asked for, and reports all that cannot be made as errors of `file`.
+    /// @return false when there was such an edit
+    bool Apply(const EditOptions& edit, const std::string& file);
+
+    /// Sets a text at the top, such as the description.
+    void SetText(std::string_view key, std::string_view text);
+    /// Replaces a list of texts at the top, such as the tags.
+    void SetList(std::string_view key, const std::vector<std::string>& texts);
+    /// Sets the template's name for one locale; the name that other locales show stays.
+    void SetName(std::string_view text, const std::string& locale);
+    /// Sets a control's value. @param assignment  "ID=VALUE" @throws UsageError
+    void SetControl(std::string_view assignment, const std::string& locale, bool force);
+
+    const std::string& Text() const noexcept
+    {
+        return splice_.Text();
+    }
+
+private:
+    std::string Decoded(const JSONOutline* text) const;
+    std::string LocaleOf(const JSONOutline& entry) const;
+    void SetLocalized(const JSONOutline& owner, std::string_view key, std::string_view text, const std::string& locale,
+                      const std::string& older);
+    const JSONOutline& FindControl(std::string_view assignment, std::size_t& idLength) const;
+    void SetValue(const JSONOutline& control, std::string_view input, const std::string& locale, bool force);
+
+    JSONSplice splice_;
+};
+
+} // namespace zelt

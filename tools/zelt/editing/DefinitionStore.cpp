@@ -1,0 +1,75 @@
+#include <tools/zelt/editing/DefinitionStore.h>
+
+#include <tools/zelt/output/Errors.h>
+#include <tools/zelt/output/Output.h>
+#include <tools/zelt/output/Progress.h>
+#include <tools/zelt/support/Definition.h>
+#include <tools/zelt/support/OutputFile.h>
+#include <tools/zelt/support/TempFolder.h>
+
+#include <orvcore/FileSystem.h>
+#include <package/CapsuleZip.h>
+#include <package/PackageNames.h>
+
+namespace zelt {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool StoreIn(orvcapsule::CapsuleZip& package, const std::string& name, std::string_view definition)
+{
+    const TempFolder folder;
+    WriteText(folder.Path() / orvcapsule::kJSONFileName, definition);
+    if (package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()))) {
+        return true;
+    }
+    const orvstorage::ZipFailure failure = package.GetLastFailure();
+    if (failure.error != orvstorage::ZipError::ArchiveChanged) {
+        throw FileError(name, failure.Reason());
+    }
+    return false;
+}
+
+// A copy of a package with another definition. Errors are those of the package that is to be.
+void MakeDraft(const fs::path& source, const fs::path& draft, std::string_view definition, const std::string& to,
+               const InterruptWatch& interrupt)
+{
+    try {
+        CopyWatched(source, draft, orvcore::Durability::Cached, "copying", &interrupt);
+        const Progress progress("storing");
+        orvcapsule::CapsuleZip package(draft);
+        static_cast<void>(StoreIn(package, to, definition)); // nobody else knows the draft
+    } catch (const fs::filesystem_error& error) {
+        throw FileError(to, error.code().message());
+    }
+}
+
+} // namespace
+
+void NeedReadable(const std::string& file, std::string_view definition)
+{
+    const Definition again = ReadDefinition(orvcore::ToUTF8(definition));
+    if (again.capsule == nullptr) {
+        throw FileError(file, "the edited definition could not be read: " + again.refusals.front().text);
+    }
+}
+
+bool StoreDefinition(Template& from, const std::string& to, std::string_view definition,
+                     const InterruptWatch& interrupt)
+{
+    const fs::path source = ToPath(from.file);
+    const fs::path target = ToPath(to);
+    interrupt.Check();
+    if (from.file == to || orvcore::IsSameFile(source, target)) {
+        const Progress progress("storing");
+        return StoreIn(from.package, to, definition);
+    }
+    const TempFolder folder;
+    const fs::path draft = folder.Path() / u8"package.zelt";
+    MakeDraft(source, draft, definition, to, interrupt);
+    PutInPlace(draft, target, &interrupt);
+    return true;
+}
+
+} // namespace zelt

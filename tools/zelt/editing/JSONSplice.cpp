@@ -1,0 +1,79 @@
+#include <tools/zelt/editing/JSONSplice.h>
+
+#include <orvcore/JSONTextWriter.h>
+
+namespace zelt {
+
+namespace {
+
+// The white space before `offset`, back to the bracket or comma it follows.
+std::string SpaceBefore(std::string_view text, std::size_t offset)
+{
+    const std::size_t last = text.substr(0, offset).find_last_not_of(" \t\r\n");
+    return std::string(text.substr(last + 1, offset - last - 1));
+}
+
+} // namespace
+
+JSONSplice::JSONSplice(std::string text)
+    : text_(std::move(text))
+    , root_(ReadOutline(text_))
+{
+}
+
+void JSONSplice::Put(std::size_t begin, std::size_t end, const std::string& replacement)
+{
+    text_.replace(begin, end - begin, replacement);
+    root_ = ReadOutline(text_);
+}
+
+void JSONSplice::Replace(const JSONOutline& value, std::string_view json)
+{
+    Put(value.begin, value.end, std::string(json));
+}
+
+void JSONSplice::SetMember(const JSONOutline& object, std::string_view key, std::string_view json)
+{
+    if (const JSONOutline* member = object.Find(key)) {
+        Replace(*member, json);
+        return;
+    }
+    std::string member = ToJSON(key) + ':';
+    if (object.children.empty()) {
+        Put(object.begin + 1, object.begin + 1, member.append(json));
+        return;
+    }
+    const JSONOutline& last = object.children.back();
+    member.insert(0, ',' + SpaceBefore(text_, last.keyBegin));
+    Put(last.end, last.end, member.append(SpaceBefore(text_, last.begin)).append(json));
+}
+
+void JSONSplice::InsertElement(const JSONOutline& array, std::size_t index, std::string_view json)
+{
+    std::string element(json);
+    if (array.children.empty()) {
+        Put(array.begin + 1, array.begin + 1, element);
+    } else if (index < array.children.size()) {
+        const std::size_t begin = array.children[index].begin;
+        Put(begin, begin, element + ',' + SpaceBefore(text_, begin));
+    } else {
+        const JSONOutline& last = array.children.back();
+        Put(last.end, last.end, ',' + SpaceBefore(text_, last.begin) + element);
+    }
+}
+
+std::string ToJSON(std::string_view text)
+{
+    orvcore::serialization::JSONTextWriter writer;
+    writer.String(text);
+    return orvcore::ToNarrow(writer.Take());
+}
+
+std::string ToJSON(double number)
+{
+    orvcore::serialization::JSONTextWriter writer;
+    writer.Double(number);
+    return orvcore::ToNarrow(writer.Take());
+}
+
+} // namespace zelt

@@ -1,0 +1,128 @@
+#include <tools/zelt/output/Output.h>
+
+#include <orvcore/FileSystem.h>
+#include <orvcore/JSONTextWriter.h>
+#include <orvcore/Paths.h>
+#include <tools/support/Console.h>
+#include <orvcore/Printable.h>
+
+#include <algorithm>
+
+namespace zelt {
+
+namespace {
+
+// Lines that wait to be written. The C library's buffer would be written wherever it is full, in the middle of a line,
+// where another program that shares the stream may put its own.
+std::string waiting;
+std::size_t enough = std::size_t{64} << 10; // what is worth a call of the system
+bool isGood = true;
+
+void WriteWaiting(std::size_t size)
+{
+    const std::string_view text(waiting.data(), size);
+    isGood = isGood && orvtools::WriteLines(orvtools::StandardStream::Output, text);
+    waiting.erase(0, size);
+}
+
+} // namespace
+
+void InitOutput()
+{
+    if (orvtools::IsTerminal(orvtools::StandardStream::Output)) {
+        enough = 1; // who reads along sees each line at once
+    }
+    orvtools::SetBinary(orvtools::StandardStream::Output);
+    orvtools::SetBinary(orvtools::StandardStream::Error);
+    orvtools::SetConsoleUTF8();
+}
+
+void Print(std::string_view text)
+{
+    waiting += text;
+    if (waiting.size() >= enough) {
+        WriteWaiting(waiting.rfind('\n') + 1);
+    }
+}
+
+void PrintLine(std::string_view text)
+{
+    Print(text);
+    Print("\n");
+}
+
+bool FlushOutput()
+{
+    WriteWaiting(waiting.size());
+    return isGood;
+}
+
+std::string Printable(std::string_view text)
+{
+    return orvcore::Printable(text);
+}
+
+std::string OneMember(std::string_view key, std::string_view text, bool json)
+{
+    if (!json) {
+        return Printable(text);
+    }
+    orvcore::serialization::JSONTextWriter writer;
+    writer.BeginObject();
+    writer.Key(key);
+    writer.String(text);
+    writer.EndObject();
+    return orvcore::ToNarrow(writer.Take());
+}
+
+void WritePath(orvcore::serialization::JSONTextWriter& writer, std::string_view key, std::string_view path)
+{
+    writer.Key(key);
+    writer.String(path);
+    if (orvcore::IsWellFormedUTF8(path)) {
+        return;
+    }
+    std::string digits;
+    for (const char byte : path) {
+        constexpr std::string_view kDigits = "0123456789abcdef";
+        digits += kDigits[static_cast<unsigned char>(byte) >> 4U];
+        digits += kDigits[static_cast<unsigned char>(byte) & 0xFU];
+    }
+    writer.Key(std::string(key) + "Bytes");
+    writer.String(std::string_view(digits));
+}
+
+std::string Count(std::size_t number, const std::string& noun)
+{
+    return std::to_string(number) + ' ' +
+           (number == 1 || !noun.ends_with('y') ? noun : noun.substr(0, noun.size() - 1)) +
+           (number == 1           ? ""
+            : noun.ends_with('y') ? "ies"
+                                  : "s");
+}
+
+std::filesystem::path ToPath(std::string_view argument)
+{
+    return orvcore::PathFromUTF8(orvcore::AsUTF8(argument));
+}
+
+std::filesystem::path ToFullPath(std::string_view argument)
+{
+    const std::filesystem::path full = std::filesystem::absolute(ToPath(argument));
+    if (std::find(full.begin(), full.end(), "..") == full.end()) {
+        return full.lexically_normal();
+    }
+    std::error_code failed;
+    std::filesystem::path real = orvcore::RealPath(full, failed);
+    if (failed) {
+        throw std::filesystem::filesystem_error("", full, failed);
+    }
+    return real;
+}
+
+std::string ToText(const std::filesystem::path& path)
+{
+    return orvcore::ToNarrow(orvcore::PathToUTF8(path));
+}
+
+} // namespace zelt

@@ -1,0 +1,152 @@
+#include <tools/zelt/support/Browser.h>
+
+#include <tools/zelt/output/Errors.h>
+#include <tools/zelt/output/ListingProgress.h>
+#include <tools/zelt/output/Output.h>
+#include <tools/zelt/support/IndexFile.h>
+
+#include <orvcore/Executor.h>
+#include <orvcore/MainThread.h>
+#include <orvcore/Paths.h>
+#include <sources/SourceNames.h>
+#include <tools/support/Console.h>
+
+#include <exception>
+#include <mutex>
+#include <utility>
+
+namespace zelt {
+
+using orvcapsule::GraphicSourceManager;
+
+// What went wrong first on a thread of the library's, but for the folders of a listing: those are asked for.
+struct Browser::Failure {
+    std::mutex mutex;
+    std::exception_ptr first;
+
+    void Set(const std::exception_ptr& failure)
+    {
+        try {
+            std::rethrow_exception(failure);
+        } catch (const orvcapsule::unlisted_folders_exception&) {
+            return;
+        } catch (...) {
+            const std::lock_guard lock(mutex);
+            first = first ? first : failure;
+        }
+    }
+    void Throw()
+    {
+        const std::lock_guard lock(mutex);
+        if (first) {
+            std::rethrow_exception(std::exchange(first, nullptr));
+        }
+    }
+};
+
+namespace {
+
+using CustomFolders = std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>;
+
+std::shared_ptr<orvcapsule::LocalGraphicsSource> MakeSource(const std::vector<std::string>& folders)
+{
+    CustomFolders custom;
+    for (std::size_t i = 1; i < folders.size(); ++i) {
+        custom.emplace_back(orvcore::ToUTF8(folders[i]), orvcore::ToUTF8(folders[i]));
+    }
+    return std::make_shared<orvcapsule::LocalGraphicsSource>(orvcore::PathToUTF16(ToPath(folders.front())), custom);
+}
+
+} // namespace
+
+Browser::Browser(const std::vector<std::string>& folders)
+    : failure_(std::make_shared<Failure>())
+{
+    const std::filesystem::path index = folder_.Path() / "index";
+    CheckIndexFile(ToText(index), false);
+    orvcore::SetTaskExceptionHandler([failure = failure_](const std::exception_ptr& what) { failure->Set(what); });
+    manager_ = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(index));
+    manager_->AddGraphicSource(MakeSource(folders));
+}
+
+Browser::~Browser()
+{
+    manager_->Shutdown();
+    manager_.reset();
+    // A task in progress still uses the index until its next check; the folder can go only when it has ended.
+    orvcore::ShutdownExecutors();
+    orvcore::StopMainThreadCalls();
+    orvcore::SetTaskExceptionHandler(nullptr);
+}
+
+Browser::Entries Browser::List(bool progressive)
+{
+    const bool onTerminal = orvtools::IsTerminal(orvtools::StandardStream::Error);
+    const ListingProgress progress(progressive && !onTerminal);
+    bool answered = false;
+    Entries entries;
+    manager_->SetLocalRequestCallback(std::make_shared<GraphicSourceManager::RequestCallback>(
+        [&](GraphicSourceManager::ResultMap& results, int /*first*/, int /*total*/) {
+            for (auto& [position, entry] : results) {
+                entries.push_back(std::move(entry));
+            }
+            answered = true;
+        }));
+    manager_->RequestDefaultGraphicSet({}, progressive || onTerminal);
+    Await(answered);
+    manager_->SetLocalRequestCallback(nullptr);
+    return entries;
+}
+
+std::vector<orvcapsule::FolderFailure> Browser::GetFolderFailures() const
+{
+    return manager_->GetFolderFailures(orvcapsule::kLocalSourceID);
+}
+
+Browser::Texts Browser::Search(const std::vector<std::string>& terms)
+{
+    std::vector<orvcore::UTF16String> wide;
+    wide.reserve(terms.size());
+    for (const std::string& term : terms) {
+        wide.push_back(orvcore::ToUTF16(term));
+    }
+    return RequestTexts([&] { manager_->RequestGraphics(wide); }, &GraphicSourceManager::SetDatabaseRequestCallback);
+}
+
+Browser::Texts Browser::FindTags(const std::string& prefix)
+{
+    return RequestTexts([&] { manager_->RequestSimilarTags(orvcore::ToUTF16(prefix)); },
+                        &GraphicSourceManager::SetDatabaseTagRequestCallback);
+}
+
+Browser::Texts Browser::RequestTexts(const std::function<void()>& request, SetCallback setCallback)
+{
+    bool answered = false;
+    Texts texts;
+    const auto callback = std::make_shared<GraphicSourceManager::TextSetCallback>([&](Texts found) {
+        texts = std::move(found);
+        answered = true;
+    });
+    (manager_.get()->*setCallback)(callback);
+    request();
+    Await(answered);
+    (manager_.get()->*setCallback)(nullptr);
+    return texts;
+}
+
+void Browser::Await(const bool& answered)
+{
+    // A signal cannot wake the wait, so it is asked for now and then.
+    constexpr std::chrono::milliseconds kPatience(50);
+    while (!answered) {
+        if (interrupt_.IsRaised()) {
+            manager_->Abort();
+            interrupt_.Check();
+        }
+        orvcore::WaitForMainThreadCalls(kPatience);
+        orvcore::RunMainThreadCalls();
+        failure_->Throw();
+    }
+}
+
+} // namespace zelt

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <tools/zelt/support/Interrupt.h>
+#include <tools/zelt/support/TempFolder.h>
+
+#include <manager/GraphicSourceManager.h>
+#include <sources/LocalGraphicsSource.h>
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace zelt {
+
+/// A host in small: the library's manager with one local source, on this thread as the main thread. Every operation
+/// waits for its answer, running the main thread's calls meanwhile, and is cancelled by the user's interruption.
+///
+/// The search index is a private file that ends with this object. What an operation throws: Cancelled; what ended a
+/// background task.
+///
+/// The destructor ends the library's executors for good: one in the life of a program.
+class Browser {
+public:
+    using Entries = orvcapsule::GraphicSourceManager::EntryList;
+    using Texts = std::set<orvcore::UTF8String>;
+
+    /// @param folders  the first is listed with all below it (empty: none), the others without sub-folders
+    explicit Browser(const std::vector<std::string>& folders);
+    Browser(const Browser&) = delete;
+    Browser& operator=(const Browser&) = delete;
+    ~Browser();
+
+    /// All templates, by name. Fills the search index.
+    /// @param progressive  the library reports how far it is
+    Entries List(bool progressive);
+    /// The folders that could not be listed, and why.
+    std::vector<orvcapsule::FolderFailure> GetFolderFailures() const;
+    /// The paths of the listed templates that every term finds.
+    Texts Search(const std::vector<std::string>& terms);
+    /// Suggestions for what a user has typed.
+    Texts FindTags(const std::string& prefix);
+
+private:
+    struct Failure;
+    using SetCallback = void (orvcapsule::GraphicSourceManager::*)(
+        const std::shared_ptr<orvcapsule::GraphicSourceManager::TextSetCallback>&);
+
+    Texts RequestTexts(const std::function<void()>& request, SetCallback setCallback);
+    void Await(const bool& answered);
+
+    InterruptWatch interrupt_; // goes last: an interrupt meanwhile must not leave the folder behind
+    TempFolder folder_;
+    std::shared_ptr<Failure> failure_;
+    std::shared_ptr<orvcapsule::GraphicSourceManager> manager_;
+};
+
+} // namespace zelt

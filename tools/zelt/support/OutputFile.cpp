@@ -1,0 +1,42 @@
+#include <tools/zelt/support/OutputFile.h>
+
+#include <tools/zelt/output/Errors.h>
+#include <tools/zelt/output/Output.h>
+#include <tools/zelt/output/Progress.h>
+
+#include <orvcore/AtomicFile.h>
+
+namespace zelt {
+
+void NeedReplaceable(const std::filesystem::path& to)
+{
+    std::error_code error;
+    if (!orvcore::MayReplace(to, error)) {
+        throw FileError(ToText(to), error.message());
+    }
+}
+
+void CopyWatched(const std::filesystem::path& from, const std::filesystem::path& to, orvcore::Durability durability,
+                 const std::string& what, const InterruptWatch* interrupt)
+{
+    Progress progress(what);
+    try {
+        orvcore::CopyOneFile(from, to, durability, ShowAndWatch{progress, interrupt});
+    } catch (const std::filesystem::filesystem_error& error) {
+        if (error.code() == std::errc::operation_canceled) {
+            throw Cancelled();
+        }
+        throw;
+    }
+}
+
+void PutInPlace(const std::filesystem::path& made, const std::filesystem::path& to, const InterruptWatch* interrupt)
+{
+    try {
+        CopyWatched(made, to, orvcore::Durability::OnDisk, "writing", interrupt);
+    } catch (const std::filesystem::filesystem_error& error) {
+        throw FileError(ToText(to), error.code().message());
+    }
+}
+
+} // namespace zelt

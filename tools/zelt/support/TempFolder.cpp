@@ -1,0 +1,44 @@
+#include <tools/zelt/support/TempFolder.h>
+
+#include <tools/zelt/output/Errors.h>
+#include <tools/zelt/output/Output.h>
+
+#include <orvcore/Files.h>
+
+namespace zelt {
+
+namespace {
+
+// The reason must not read as if the file that is worked on were to blame.
+std::filesystem::path NewFolder()
+{
+    try {
+        return orvcore::CreatePrivateDirectory(u8"zelt");
+    } catch (const std::filesystem::filesystem_error& error) {
+        if (error.path1().empty()) {
+            throw FileError("the temporary folder", error.code().message());
+        }
+        throw FileError(ToText(error.path1()), "this temporary folder cannot be made (" + error.code().message() + ')');
+    }
+}
+
+} // namespace
+
+TempFolder::TempFolder()
+    : path_(NewFolder())
+{
+}
+
+TempFolder::~TempFolder()
+{
+    orvcore::RemoveTree(path_);
+}
+
+void WriteText(const std::filesystem::path& file, std::string_view text)
+{
+    if (orvcore::WriteBufferToFile(file, text.data(), text.size()) < 0) {
+        throw FileError(ToText(file), "it cannot be written");
+    }
+}
+
+} // namespace zelt
