@@ -1,4 +1,4 @@
-#include "Problems.h"
+#include <tools/zelt/output/Problems.h>
 
 #include <functional>
 

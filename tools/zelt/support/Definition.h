@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Problems.h"
+#include <tools/zelt/output/Problems.h>
 
 #include <capsule/Capsule.h>
 
