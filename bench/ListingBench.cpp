@@ -7,8 +7,8 @@
 
 #include <sources/LocalGraphicsSource.h>
 
-#include <orvcore/DebugSettings.h>
-#include <orvcore/Files.h>
+#include <orvcore/host/DebugSettings.h>
+#include <orvcore/files/Files.h>
 
 #include <algorithm>
 #include <chrono>

@@ -2,9 +2,9 @@
 // runs the library's main-thread calls itself. docs/hosting.md tells what a larger host adds.
 
 #include <manager/GraphicSourceManager.h>
-#include <orvcore/Files.h>
-#include <orvcore/MainThread.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/tasks/MainThread.h>
+#include <orvcore/files/Paths.h>
 #include <sources/LocalGraphicsSource.h>
 #include <tools/support/Arguments.h>
 #include <tools/support/Console.h>

@@ -2,7 +2,7 @@
 // docs/hosting.md goes through it.
 
 #include <capsule/Serialization.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
 #include <tools/support/Arguments.h>

@@ -1,6 +1,6 @@
 // A JSON text behind two bytes that choose an edit: the scanner must find the values that the reader reads, no more and
 // no fewer, and an edit must change that one member and no other.
-#include <orvcore/JSONDocument.h>
+#include <orvcore/json/shared/JSONDocument.h>
 #include <tools/zelt/JSONSplice.h>
 
 #include <cstdint>

@@ -5,7 +5,7 @@
 #include <manager/detail/RequestProgress.h>
 #include <manager/detail/TaskEnd.h>
 
-#include <orvcore/Paths.h>
+#include <orvcore/files/Paths.h>
 
 #include <algorithm>
 #include <optional>

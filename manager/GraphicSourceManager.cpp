@@ -3,8 +3,8 @@
 #include <sources/SearchIndex.h>
 #include <sources/detail/IndexSession.h>
 
-#include <orvcore/AsyncThreadedSubExecutor.h>
-#include <orvcore/Executor.h>
+#include <orvcore/tasks/AsyncThreadedSubExecutor.h>
+#include <orvcore/tasks/Executor.h>
 
 #include <boost/make_shared.hpp>
 

@@ -7,8 +7,8 @@
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
 
-#include <orvcore/FileSystem.h>
-#include <orvcore/MainThread.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/tasks/MainThread.h>
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,10 +1,10 @@
 #include <package/CapsuleZip.h>
 
-#include <orvcore/Application.h>
-#include <orvcore/AtomicFile.h>
-#include <orvcore/CopyDirectory.h>
-#include <orvcore/Files.h>
-#include <orvcore/JSON.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/files/AtomicFile.h>
+#include <orvcore/files/shared/CopyDirectory.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/json/JSON.h>
 #include <package/PackageNames.h>
 #include <package/detail/PackageFile.h>
 

@@ -1,6 +1,6 @@
 #include <sources/GraphicSource.h>
 
-#include <orvcore/Paths.h>
+#include <orvcore/files/Paths.h>
 
 namespace orvcapsule {
 

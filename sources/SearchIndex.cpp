@@ -1,8 +1,8 @@
 #include <sources/SearchIndex.h>
 
-#include <orvcore/DebugSettings.h>
-#include <orvcore/Paths.h>
-#include <orvcore/TextFold.h>
+#include <orvcore/host/DebugSettings.h>
+#include <orvcore/files/Paths.h>
+#include <orvcore/text/shared/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
 #include <sources/detail/IndexSession.h>

@@ -3,7 +3,7 @@
 #include <sources/CheckCancel.h>
 #include <sources/detail/FreeElsewhere.h>
 
-#include <orvcore/MainThread.h>
+#include <orvcore/tasks/MainThread.h>
 
 #include <boost/shared_ptr.hpp>
 

@@ -2,7 +2,7 @@
 
 #include <sources/CheckCancel.h>
 
-#include <orvcore/Executor.h>
+#include <orvcore/tasks/Executor.h>
 
 #include <exception>
 

@@ -1,8 +1,8 @@
 #include <package/detail/ShortPath.h>
 
-#include <orvcore/FileSystem.h>
-#include <orvcore/Files.h>
-#include <orvcore/Guid.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/text/Guid.h>
 
 #include <algorithm>
 #include <set>

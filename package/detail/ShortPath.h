@@ -1,7 +1,7 @@
 #pragma once
 
-#include <orvcore/FileLock.h>
-#include <orvcore/Strings.h>
+#include <orvcore/files/shared/FileLock.h>
+#include <orvcore/text/Strings.h>
 
 #include <filesystem>
 #include <memory>

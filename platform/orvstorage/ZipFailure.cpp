@@ -1,8 +1,8 @@
 #include <orvstorage/ZipFailure.h>
 
-#include <orvcore/FileError.h>
-#include <orvcore/Paths.h>
-#include <orvcore/Printable.h>
+#include <orvcore/files/FileError.h>
+#include <orvcore/files/Paths.h>
+#include <orvcore/text/Printable.h>
 
 #include <cerrno>
 #include <utility>

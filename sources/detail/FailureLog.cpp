@@ -1,6 +1,6 @@
 #include <sources/detail/FailureLog.h>
 
-#include <orvcore/Paths.h>
+#include <orvcore/files/Paths.h>
 
 #include <algorithm>
 

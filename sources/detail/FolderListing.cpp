@@ -1,8 +1,8 @@
 #include <sources/detail/FolderListing.h>
 
-#include <orvcore/Executor.h>
-#include <orvcore/Localiser.h>
-#include <orvcore/ParallelFor.h>
+#include <orvcore/tasks/Executor.h>
+#include <orvcore/host/Localiser.h>
+#include <orvcore/tasks/ParallelFor.h>
 #include <sources/detail/FreeElsewhere.h>
 
 #include <algorithm>

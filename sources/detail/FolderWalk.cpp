@@ -1,7 +1,7 @@
 #include <sources/detail/FolderWalk.h>
 
-#include <orvcore/FileSystem.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/Files.h>
 #include <package/PackageNames.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <orvcore/Executor.h>
+#include <orvcore/tasks/Executor.h>
 
 #include <type_traits>
 #include <utility>

@@ -1,6 +1,6 @@
 #include <sources/detail/PackageEntries.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <sources/detail/EntryFields.h>
 #include <sources/detail/ListedDefinition.h>
 

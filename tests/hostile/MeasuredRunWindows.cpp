@@ -1,6 +1,6 @@
 #include "MeasuredRun.h"
 
-#include <orvcore/Strings.h>
+#include <orvcore/text/Strings.h>
 
 #include <windows.h>
 

@@ -2,8 +2,8 @@
 // good order.
 #include <manager/GraphicSourceManager.h>
 #include <orvappsupport/Progress.h>
-#include <orvcore/MainThread.h>
-#include <orvcore/Paths.h>
+#include <orvcore/tasks/MainThread.h>
+#include <orvcore/files/Paths.h>
 #include <sources/LocalGraphicsSource.h>
 
 #include <string_view>

@@ -1,7 +1,7 @@
-#include <orvcore/Guid.h>
-#include <orvcore/Printable.h>
-#include <orvcore/Strings.h>
-#include <orvcore/detail/SameText.h>
+#include <orvcore/text/Guid.h>
+#include <orvcore/text/Printable.h>
+#include <orvcore/text/Strings.h>
+#include <orvcore/text/shared/SameText.h>
 #include <orvcore/text/DisplayWidth.h>
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // What only a POSIX system lets a test do: kill a process in the middle of its work, and run out of room.
-#include <orvcore/CopyDirectory.h>
+#include <orvcore/files/shared/CopyDirectory.h>
 #include <orvstorage/ZipFile.h>
 
 #include <gtest/gtest.h>

@@ -1,12 +1,12 @@
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
 
-#include <orvcore/Application.h>
-#include <orvcore/Executor.h>
-#include <orvcore/FileLock.h>
-#include <orvcore/FileSystem.h>
-#include <orvcore/Future.h>
-#include <orvcore/Guid.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/tasks/Executor.h>
+#include <orvcore/files/shared/FileLock.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/tasks/Future.h>
+#include <orvcore/text/Guid.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

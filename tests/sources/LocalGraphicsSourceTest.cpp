@@ -1,10 +1,10 @@
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
 
-#include <orvcore/DebugSettings.h>
-#include <orvcore/FileSystem.h>
-#include <orvcore/JSON.h>
-#include <orvcore/MainThread.h>
+#include <orvcore/host/DebugSettings.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/json/JSON.h>
+#include <orvcore/tasks/MainThread.h>
 #include <package/CapsuleZip.h>
 #include <package/Workspace.h>
 #include <tests/support/Language.h>

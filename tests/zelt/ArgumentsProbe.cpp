@@ -1,5 +1,5 @@
 // Started by CTest with the arguments listed here: they must arrive as the same UTF-8 text on every system.
-#include <orvcore/Strings.h>
+#include <orvcore/text/Strings.h>
 #include <tools/support/Arguments.h>
 
 #include <cstdio>

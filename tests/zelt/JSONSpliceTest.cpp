@@ -1,6 +1,6 @@
 #include <tools/zelt/editing/JSONSplice.h>
 
-#include <orvcore/JSON.h>
+#include <orvcore/json/JSON.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <orvcore/Strings.h>
+#include <orvcore/text/Strings.h>
 #include <tools/support/Arguments.h>
 
 #include <windows.h>

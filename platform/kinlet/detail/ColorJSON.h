@@ -1,8 +1,8 @@
 #pragma once
 
 #include <kinlet/Color.h>
-#include <orvcore/BinaryText.h>
-#include <orvcore/detail/JSONTable.h>
+#include <orvcore/text/shared/BinaryText.h>
+#include <orvcore/json/shared/JSONTable.h>
 
 namespace orvcore::serialization::detail {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <kinlet/MediaReplacementProperties.h>
-#include <orvcore/detail/JSONTable.h>
+#include <orvcore/json/shared/JSONTable.h>
 
 // The rows lie in the object of the control that has the properties, among the control's own. A control's table takes
 // them in with

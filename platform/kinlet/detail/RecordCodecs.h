@@ -3,7 +3,7 @@
 #include <kinlet/SourceInfo.h>
 #include <kinlet/Spreadsheet.h>
 #include <kinlet/TextEditInfo.h>
-#include <orvcore/detail/JSONCodec.h>
+#include <orvcore/json/shared/JSONCodec.h>
 
 // The larger records' codecs for other libraries of the project. Their tables are compiled once, behind these calls.
 // `ReadRecord` replaces the record by what the node holds; it returns false when the node is no object, and raises

@@ -3,7 +3,7 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/support/Browser.h>
 
-#include <orvcore/FileSystem.h>
+#include <orvcore/files/FileSystem.h>
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 #include <tools/zelt/output/Progress.h>
 #include <tools/zelt/support/Template.h>
 
-#include <orvcore/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 
 namespace zelt {
 

@@ -6,7 +6,7 @@
 #include <tools/zelt/output/Output.h>
 
 #include <capsule/Capsule.h>
-#include <orvcore/Application.h>
+#include <orvcore/host/Application.h>
 
 #include <CLI/CLI.hpp>
 

@@ -4,9 +4,9 @@
 #include <tools/zelt/support/IndexFile.h>
 #include <tools/zelt/support/Template.h>
 
-#include <orvcore/Guid.h>
-#include <orvcore/JSONTextWriter.h>
-#include <orvcore/Paths.h>
+#include <orvcore/text/Guid.h>
+#include <orvcore/json/JSONTextWriter.h>
+#include <orvcore/files/Paths.h>
 #include <sources/SearchIndex.h>
 
 namespace zelt {

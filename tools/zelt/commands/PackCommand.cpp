@@ -3,7 +3,7 @@
 #include <tools/zelt/output/Progress.h>
 #include <tools/zelt/support/OutputFile.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <package/CapsuleZip.h>
 
 namespace zelt {

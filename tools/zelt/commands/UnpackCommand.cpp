@@ -2,7 +2,7 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/Progress.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <package/CapsuleZip.h>
 
 namespace zelt {

@@ -7,7 +7,7 @@
 #include <tools/zelt/support/OutputFile.h>
 #include <tools/zelt/support/TempFolder.h>
 
-#include <orvcore/FileSystem.h>
+#include <orvcore/files/FileSystem.h>
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
 

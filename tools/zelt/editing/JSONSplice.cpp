@@ -1,6 +1,6 @@
 #include <tools/zelt/editing/JSONSplice.h>
 
-#include <orvcore/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 
 namespace zelt {
 

@@ -3,7 +3,7 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/TextLayout.h>
 
-#include <orvcore/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 
 #include <cstdio>
 

@@ -1,10 +1,10 @@
 #include <tools/zelt/output/Output.h>
 
-#include <orvcore/FileSystem.h>
-#include <orvcore/JSONTextWriter.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/json/JSONTextWriter.h>
+#include <orvcore/files/Paths.h>
 #include <tools/support/Console.h>
-#include <orvcore/Printable.h>
+#include <orvcore/text/Printable.h>
 
 #include <algorithm>
 

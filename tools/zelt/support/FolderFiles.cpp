@@ -3,8 +3,8 @@
 #include <tools/zelt/output/Errors.h>
 #include <tools/zelt/output/Output.h>
 
-#include <orvcore/AtomicFile.h>
-#include <orvcore/FileSystem.h>
+#include <orvcore/files/AtomicFile.h>
+#include <orvcore/files/FileSystem.h>
 
 #include <string>
 

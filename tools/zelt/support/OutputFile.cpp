@@ -4,7 +4,7 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/Progress.h>
 
-#include <orvcore/AtomicFile.h>
+#include <orvcore/files/AtomicFile.h>
 
 namespace zelt {
 

@@ -2,7 +2,7 @@
 
 #include <tools/zelt/support/Interrupt.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 
 #include <filesystem>
 #include <string>

@@ -3,7 +3,7 @@
 #include <tools/zelt/output/Errors.h>
 #include <tools/zelt/output/Output.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 
 namespace zelt {
 

@@ -1,0 +1,175 @@
+#include <orvcore/files/Paths.h>
+
+#include <algorithm>
+
+namespace orvcore {
+
+namespace fs = std::filesystem;
+
+#if defined(_WIN32)
+
+namespace {
+
+// A directory's limit is 12 characters below MAX_PATH (260): room for a short file name must remain.
+constexpr std::size_t kLongestPlainPath = 240;
+
+std::u16string_view AsUTF16(const std::wstring& text)
+{
+    return {reinterpret_cast<const char16_t*>(text.data()), text.size()};
+}
+
+} // namespace
+
+fs::path PathFromUTF16(std::u16string_view text)
+{
+    return std::wstring(reinterpret_cast<const wchar_t*>(text.data()), text.size());
+}
+
+fs::path PathFromUTF8(std::u8string_view text)
+{
+    return PathFromUTF16(ToUTF16(text));
+}
+
+UTF8String PathToUTF8(const fs::path& path)
+{
+    return ToUTF8(AsUTF16(path.native()));
+}
+
+UTF16String PathToUTF16(const fs::path& path)
+{
+    return UTF16String(AsUTF16(path.native()));
+}
+
+UTF16String PathTextToUTF16(std::u8string_view text)
+{
+    return ToUTF16(text);
+}
+
+UTF8String PathTextToUTF8(std::u16string_view text)
+{
+    return ToUTF8(text);
+}
+
+fs::path ToSystemPath(const fs::path& path)
+{
+    const std::wstring& text = path.native();
+    const bool isExtended = text.starts_with(L"\\\\?\\") || text.starts_with(L"\\\\.\\");
+    if (isExtended || (text.size() < kLongestPlainPath && path.is_absolute())) {
+        return path;
+    }
+    std::error_code error;
+    fs::path absolute = fs::absolute(path, error); // the system's limit is for what a relative path comes to
+    if (error || absolute.native().size() < kLongestPlainPath) {
+        return path;
+    }
+    absolute = absolute.lexically_normal().make_preferred();
+    if (absolute.native().starts_with(L"\\\\")) {
+        return L"\\\\?\\UNC" + absolute.native().substr(1);
+    }
+    return L"\\\\?\\" + absolute.native();
+}
+
+#else
+
+namespace {
+
+constexpr char16_t kLoneByte = 0xDC00; // and the byte, which is 0x80 or more
+
+// The length of the well-formed character at the beginning of `text`; 0 when there is none.
+std::size_t CharacterLength(std::string_view text) noexcept
+{
+    for (std::size_t length = 1; length <= std::min<std::size_t>(4, text.size()); ++length) {
+        if (IsWellFormedUTF8(text.substr(0, length))) {
+            return length;
+        }
+    }
+    return 0;
+}
+
+bool IsLoneByte(std::u16string_view text, std::size_t at) noexcept
+{
+    const bool completesPair = at > 0 && text[at - 1] >= 0xD800 && text[at - 1] <= 0xDBFF;
+    return text[at] >= kLoneByte + 0x80 && text[at] <= kLoneByte + 0xFF && !completesPair;
+}
+
+} // namespace
+
+UTF16String PathTextToUTF16(std::u8string_view text)
+{
+    std::string_view rest = AsNarrow(text);
+    if (IsWellFormedUTF8(rest)) {
+        return ToUTF16(rest);
+    }
+    UTF16String wide;
+    while (!rest.empty()) {
+        const std::size_t length = CharacterLength(rest);
+        if (length > 0) {
+            wide += ToUTF16(rest.substr(0, length));
+        } else {
+            wide += static_cast<char16_t>(kLoneByte + static_cast<unsigned char>(rest.front()));
+        }
+        rest.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return wide;
+}
+
+UTF8String PathTextToUTF8(std::u16string_view text)
+{
+    UTF8String bytes;
+    std::size_t begin = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (IsLoneByte(text, at)) {
+            bytes += ToUTF8(text.substr(begin, at - begin));
+            bytes += static_cast<char8_t>(text[at] - kLoneByte);
+            begin = at + 1;
+        }
+    }
+    return begin == 0 ? ToUTF8(text) : bytes + ToUTF8(text.substr(begin));
+}
+
+fs::path PathFromUTF8(std::u8string_view text)
+{
+    return std::string(AsNarrow(text));
+}
+
+fs::path PathFromUTF16(std::u16string_view text)
+{
+    return PathFromUTF8(PathTextToUTF8(text));
+}
+
+UTF8String PathToUTF8(const fs::path& path)
+{
+    return ToUTF8(path.native());
+}
+
+UTF16String PathToUTF16(const fs::path& path)
+{
+    return PathTextToUTF16(AsUTF8(path.native()));
+}
+
+fs::path ToSystemPath(const fs::path& path)
+{
+    return path;
+}
+
+#endif
+
+bool IsUsablePath(const fs::path& path)
+{
+    return !path.empty() && path.native().find(fs::path::value_type{}) == fs::path::string_type::npos;
+}
+
+fs::path TempDirectory()
+{
+    return fs::temp_directory_path();
+}
+
+fs::path WithoutClosingSeparators(fs::path folder)
+{
+    while (!folder.has_filename() && folder.has_relative_path()) {
+        folder = folder.parent_path();
+    }
+    return folder;
+}
+
+} // namespace orvcore

@@ -1,0 +1,176 @@
+#include <orvcore/files/shared/CopyDirectory.h>
+
+#include <orvcore/tasks/Executor.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/shared/FilePieces.h>
+#include <orvcore/files/shared/GuardedFolder.h>
+
+#include <memory>
+#include <string>
+
+namespace orvcore {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using GoOn = std::function<bool(double fraction)>;
+
+class DirectoryCopy {
+public:
+    DirectoryCopy(const fs::path& from, const fs::path& to, IfExists ifExists, const GoOn& progress,
+                  CopyFailure& failure)
+        : from_(from)
+        , to_(to)
+        , ifExists_(ifExists)
+        , progress_(progress)
+        , failure_(failure)
+    {
+    }
+
+    // What was created is gone again when this returns anything else than kResultOK.
+    ResultCode Run()
+    {
+        if (!Collect({})) {
+            return kResultFileNotWritten;
+        }
+        detail::GuardedFolder target(to_);
+        std::error_code error;
+        const fs::path staging = target.Open(error);
+        if (error) {
+            return Failed({}, error);
+        }
+        for (std::size_t i = 0; i < files_.size(); ++i) {
+            if (!CopyOne(files_[i], target, staging / std::to_string(i), error)) {
+                return cancelled_ ? kFutureCancelled : Failed(files_[i], error);
+            }
+        }
+        for (const fs::path& folder : folders_) {
+            if (!target.MakeDirectory(folder, error)) {
+                return Failed(folder, error);
+            }
+        }
+        if (!GoesOn(1.0)) {
+            return kFutureCancelled;
+        }
+        target.Keep();
+        return kResultOK;
+    }
+
+private:
+    // All that is below `folder`, which is relative to the source. In the order of names: failures are the same each
+    // time.
+    bool Collect(const fs::path& folder)
+    {
+        std::vector<fs::path> folders;
+        std::vector<fs::path> files;
+        std::error_code error;
+        const auto sort = [&](const fs::path& path, FileKind kind) {
+            if (kind != FileKind::Link) {
+                (kind == FileKind::Directory ? folders : files).push_back(folder / path.filename());
+            }
+            return true;
+        };
+        ReadDirectory(folder.empty() ? from_ : from_ / folder, sort, error);
+        if (error) {
+            Failed(folder, error);
+            return false;
+        }
+        std::sort(folders.begin(), folders.end());
+        std::sort(files.begin(), files.end());
+        for (fs::path& file : files) {
+            std::error_code unknown; // told when the file is read
+            total_ += InspectPath(from_ / file, unknown).size;
+            files_.push_back(std::move(file));
+        }
+        return std::all_of(folders.begin(), folders.end(), [this](const fs::path& inner) {
+            folders_.push_back(inner);
+            return Collect(inner);
+        });
+    }
+
+    bool CopyOne(const fs::path& relative, detail::GuardedFolder& target, const fs::path& half, std::error_code& error)
+    {
+        if (relative.has_parent_path() && !target.MakeDirectory(relative.parent_path(), error)) {
+            return false;
+        }
+        if (ifExists_ == IfExists::Keep && target.Has(relative)) {
+            return true;
+        }
+        return CopyContent(from_ / relative, half, error) && target.PutFile(half, relative, ifExists_, error);
+    }
+
+    bool CopyContent(const fs::path& from, const fs::path& to, std::error_code& error)
+    {
+        using detail::NativeFile;
+        NativeFile file = NativeFile::Open(to, NativeFile::Mode::CreateNew, error);
+        if (error) {
+            return false;
+        }
+        file.CopyPermissions(from);
+        std::uint64_t done = 0;
+        const auto write = [&](const char* data, std::size_t size) {
+            const bool written = file.WriteAt(done, data, size, error);
+            done += size;
+            done_ += size;
+            return written &&
+                   GoesOn(total_ == 0 ? 0.0 : std::min(1.0, static_cast<double>(done_) / static_cast<double>(total_)));
+        };
+        return detail::ReadPieces(from, write, error) && file.Close(error);
+    }
+
+    bool GoesOn(double fraction)
+    {
+        cancelled_ = progress_ && !progress_(fraction);
+        return !cancelled_;
+    }
+
+    ResultCode Failed(const fs::path& relative, const std::error_code& error)
+    {
+        failure_ = {relative, error};
+        return kResultFileNotWritten;
+    }
+
+    const fs::path& from_;
+    const fs::path& to_;
+    const IfExists ifExists_;
+    const GoOn& progress_;
+    CopyFailure& failure_;
+    std::vector<fs::path> folders_; // relative, each before those in it
+    std::vector<fs::path> files_;   // relative
+    std::uint64_t total_ = 0;       // bytes
+    std::uint64_t done_ = 0;
+    bool cancelled_ = false;
+};
+
+} // namespace
+
+ResultCode CopyDirectory(const fs::path& from, const fs::path& to, IfExists ifExists, const GoOn& progress,
+                         CopyFailure& failure)
+{
+    return DirectoryCopy(from, to, ifExists, progress, failure).Run();
+}
+
+Future<ResultCode> CopyDirectoryAsync(const fs::path& from, const fs::path& to, IfExists ifExists, GoOn progress,
+                                      std::shared_ptr<CopyFailure> failure)
+{
+    const auto promise = std::make_shared<Promise<ResultCode>>();
+    const auto told = failure ? std::move(failure) : std::make_shared<CopyFailure>();
+    const auto copy = [=] {
+        try {
+            const GoOn goesOn = [&](double fraction) {
+                return !promise->IsCancelled() && (!progress || progress(fraction));
+            };
+            const ResultCode result = CopyDirectory(from, to, ifExists, goesOn, *told);
+            result == kFutureCancelled ? promise->Cancel() : promise->SetValue(result);
+        } catch (...) {
+            promise->SetException(std::current_exception());
+        }
+    };
+    Future<ResultCode> future = promise->GetFuture();
+    // A refused task is destroyed, and with it the promise, which cancels the future.
+    static_cast<void>(GetPreTerminationExecutor()->Post(copy));
+    return future;
+}
+
+} // namespace orvcore

@@ -1,0 +1,30 @@
+#include <orvcore/text/Printable.h>
+
+#include <utf8proc.h>
+
+namespace orvcore {
+
+namespace {
+
+bool IsControl(utf8proc_int32_t c)
+{
+    return c < 0x20 || (c >= 0x7F && c < 0xA0) || (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+} // namespace
+
+std::string Printable(std::string_view text)
+{
+    std::string safe;
+    while (!text.empty()) {
+        utf8proc_int32_t codePoint = 0;
+        const utf8proc_ssize_t length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                                         static_cast<utf8proc_ssize_t>(text.size()), &codePoint);
+        const auto taken = length > 0 ? static_cast<std::size_t>(length) : 1;
+        safe += length > 0 && !IsControl(codePoint) ? text.substr(0, taken) : "?";
+        text.remove_prefix(taken);
+    }
+    return safe;
+}
+
+} // namespace orvcore

@@ -1,0 +1,46 @@
+#include <orvstorage/detail/names/NameRegister.h>
+
+#include <orvstorage/detail/names/EntryName.h>
+
+#include <algorithm>
+
+namespace orvstorage::detail {
+
+ZipError NameRegister::EnterOne(Tree::Node& node, std::u8string_view name, bool isDirectory, bool isParent)
+{
+    const orvcore::UTF8String folded = FoldCase(name);
+    const auto found = names_.Find(node, folded);
+    if (!found) {
+        folders_ += isDirectory ? 1 : 0;
+        node = names_.Add(node, folded);
+        taken_.push_back({orvcore::UTF8String(name), isDirectory});
+        return folders_ > limits_.maxFolders ? ZipError::TooManyEntries : ZipError::None;
+    }
+    node = *found;
+    const Taken& taken = taken_[node - 1];
+    if (taken.spelling != name || taken.isDirectory != isDirectory) {
+        return ZipError::NameClash;
+    }
+    return isParent || isDirectory ? ZipError::None : ZipError::DuplicateName;
+}
+
+ZipError NameRegister::Enter(std::u8string_view relative, bool isDirectory)
+{
+    const auto slashes = static_cast<std::uint64_t>(std::count(relative.begin(), relative.end(), u8'/'));
+    if (slashes + (isDirectory ? 1 : 0) > limits_.maxDepth) {
+        return ZipError::TooDeep;
+    }
+    Tree::Node node = Tree::kRoot;
+    std::size_t begin = 0;
+    for (std::size_t slash = relative.find(u8'/'); slash != std::u8string_view::npos;
+         slash = relative.find(u8'/', begin)) {
+        const ZipError error = EnterOne(node, relative.substr(begin, slash - begin), true, true);
+        if (error != ZipError::None) {
+            return error;
+        }
+        begin = slash + 1;
+    }
+    return EnterOne(node, relative.substr(begin), isDirectory, false);
+}
+
+} // namespace orvstorage::detail

@@ -1,0 +1,91 @@
+#include <orvstorage/detail/reading/ArchiveFile.h>
+
+#include <algorithm>
+
+namespace orvstorage::detail {
+
+namespace {
+
+constexpr std::uint64_t kTailSize = 65535 + ArchiveFile::kLongestEnd; // with the longest comment
+
+using orvcore::detail::NativeFile;
+
+} // namespace
+
+std::shared_ptr<ArchiveFile> ArchiveFile::Open(const std::filesystem::path& path, ZipFailure& failure)
+{
+    auto archive = std::make_shared<ArchiveFile>();
+    std::error_code error;
+    archive->file_ = NativeFile::Open(path, NativeFile::Mode::Read, error);
+    if (error) {
+        failure.error = error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory
+                            ? ZipError::FileMissing
+                            : ZipError::CannotOpen;
+    } else {
+        archive->version_ = archive->file_.Version(error);
+        archive->size_ = archive->version_.size;
+        if (!error && archive->ReadTail(archive->size_ - std::min(archive->size_, kTailSize), error)) {
+            return archive;
+        }
+        failure.error = ZipError::ReadFailed;
+    }
+    if (failure.error != ZipError::FileMissing) {
+        failure.detail = error.message();
+    }
+    return nullptr;
+}
+
+bool ArchiveFile::ReadTail(std::uint64_t offset, std::error_code& error)
+{
+    const std::size_t wanted = size_ - offset;
+    auto bytes = std::make_unique_for_overwrite<unsigned char[]>(wanted + kLongestEnd);
+    if (file_.ReadAt(offset, bytes.get(), wanted, error) != wanted) {
+        return false;
+    }
+    tail_ = std::move(bytes);
+    tailSize_ = wanted;
+    return true;
+}
+
+bool ArchiveFile::Keep(std::uint64_t offset, std::span<unsigned char>& bytes)
+{
+    std::error_code error;
+    if (offset < TailOffset() && !ReadTail(offset, error)) {
+        return false;
+    }
+    bytes = std::span(tail_.get(), tailSize_).subspan(offset - TailOffset());
+    return true;
+}
+
+void ArchiveFile::ReplaceEnd(std::uint64_t offset, std::span<const unsigned char> end)
+{
+    const std::size_t kept = offset - TailOffset();
+    std::copy(end.begin(), end.end(), tail_.get() + kept);
+    tailSize_ = kept + end.size();
+    size_ = offset + end.size();
+}
+
+bool ArchiveFile::IsStillAt(const std::filesystem::path& path) const
+{
+    std::error_code error;
+    return file_.Version(error) == version_ && orvcore::detail::VersionAt(path) == version_;
+}
+
+std::size_t ArchiveFile::Read(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const
+{
+    error.clear();
+    std::size_t done = 0;
+    if (offset < TailOffset()) {
+        const std::size_t wanted = std::min<std::uint64_t>(size, TailOffset() - offset);
+        done = file_.ReadAt(offset, data, wanted, error);
+        if (done < wanted) {
+            return done;
+        }
+    }
+    const std::size_t at = std::min<std::uint64_t>(offset + done - TailOffset(), tailSize_);
+    const std::size_t count = std::min(size - done, tailSize_ - at);
+    std::copy_n(tail_.get() + at, count, static_cast<unsigned char*>(data) + done);
+    return done + count;
+}
+
+} // namespace orvstorage::detail

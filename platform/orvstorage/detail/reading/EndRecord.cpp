@@ -1,0 +1,168 @@
+#include <orvstorage/detail/reading/EndRecord.h>
+
+#include <orvstorage/detail/reading/ZipFormat.h>
+
+namespace orvstorage::detail {
+
+namespace {
+
+constexpr std::uint16_t kCountIn64 = 0xffff;
+
+// The end record is the last one whose comment fits into the file: a comment may itself look like a record.
+std::size_t FindEnd(std::span<const unsigned char> tail)
+{
+    for (std::size_t at = tail.size() < kEndSize ? 0 : tail.size() - kEndSize + 1; at > 0; --at) {
+        const auto candidate = tail.subspan(at - 1);
+        if (candidate[0] == 'P' && SignatureOf(candidate) == kEndSignature) {
+            ByteCursor comment(candidate.subspan(kEndSize - 2));
+            if (comment.Take16() <= candidate.size() - kEndSize) {
+                return at - 1;
+            }
+        }
+    }
+    return tail.size();
+}
+
+DirectoryExtent ReadPlain(std::span<const unsigned char> bytes)
+{
+    ByteCursor cursor(bytes);
+    cursor.Skip(4);
+    const std::uint16_t disk = cursor.Take16();
+    const std::uint16_t directoryDisk = cursor.Take16();
+    const std::uint16_t here = cursor.Take16();
+    DirectoryExtent extent;
+    extent.entries = cursor.Take16();
+    extent.size = cursor.Take32();
+    extent.offset = cursor.Take32();
+    const auto comment = cursor.TakeBytes(cursor.Take16());
+    extent.comment.assign(comment.begin(), comment.end());
+    extent.error = disk != 0 || directoryDisk != 0 || here != extent.entries ? ZipError::SeveralDisks : ZipError::None;
+    return extent;
+}
+
+// None where the bytes before the end record only look like a locator: they may be the directory's last ones.
+std::optional<DirectoryExtent> ReadZip64(const ArchiveFile& file, std::span<const unsigned char> locatorBytes)
+{
+    if (SignatureOf(locatorBytes) != kLocator64Signature) {
+        return std::nullopt;
+    }
+    ByteCursor locator(locatorBytes);
+    locator.Skip(8);
+    const std::uint64_t offset = locator.Take64();
+    std::vector<unsigned char> bytes(kEnd64Size);
+    std::error_code error;
+    if (offset > file.Size() || file.Read(offset, bytes.data(), bytes.size(), error) != bytes.size() ||
+        SignatureOf(bytes) != kEnd64Signature) {
+        return std::nullopt;
+    }
+    ByteCursor cursor(bytes);
+    cursor.Skip(16);
+    const std::uint32_t disk = cursor.Take32();
+    const std::uint32_t directoryDisk = cursor.Take32();
+    const std::uint64_t here = cursor.Take64();
+    DirectoryExtent extent;
+    extent.entries = cursor.Take64();
+    extent.size = cursor.Take64();
+    extent.offset = cursor.Take64();
+    extent.error = disk != 0 || directoryDisk != 0 || here != extent.entries ? ZipError::SeveralDisks : ZipError::None;
+    return extent;
+}
+
+// Two readers, of which one knows zip64, must not see two archives in one.
+bool Agree(const DirectoryExtent& plain, const DirectoryExtent& large)
+{
+    return (plain.offset == kIn64 || plain.offset == large.offset) &&
+           (plain.size == kIn64 || plain.size == large.size) &&
+           (plain.entries == kCountIn64 || plain.entries == (large.entries & kCountIn64));
+}
+
+DirectoryExtent ReadEnd(const ArchiveFile& file, std::size_t end)
+{
+    const std::span<const unsigned char> tail = file.Tail();
+    DirectoryExtent plain = ReadPlain(tail.subspan(end));
+    std::optional<DirectoryExtent> large;
+    if (end >= kLocator64Size) {
+        large = ReadZip64(file, tail.subspan(end - kLocator64Size, kLocator64Size));
+    }
+    if (large && Agree(plain, *large)) {
+        large->comment = std::move(plain.comment);
+        return *large;
+    }
+    if (large || plain.offset == kIn64 || plain.size == kIn64) {
+        plain.error = ZipError::Inconsistent;
+    }
+    return plain;
+}
+
+void Put(std::vector<unsigned char>& bytes, std::uint64_t value, int width)
+{
+    for (int i = 0; i < width; ++i) {
+        bytes.push_back(static_cast<unsigned char>(value >> (8 * i)));
+    }
+}
+
+void PutZip64(std::vector<unsigned char>& bytes, const DirectoryExtent& extent)
+{
+    constexpr std::uint64_t kVersions = 45U << 16 | 45U; // made by and needed: the first that knew zip64
+    Put(bytes, kEnd64Signature, 4);
+    Put(bytes, kEnd64Size - 12, 8);
+    Put(bytes, kVersions, 4);
+    Put(bytes, 0, 8); // the number of the disk, twice
+    Put(bytes, extent.entries, 8);
+    Put(bytes, extent.entries, 8);
+    Put(bytes, extent.size, 8);
+    Put(bytes, extent.offset, 8);
+    Put(bytes, kLocator64Signature, 4);
+    Put(bytes, 0, 4);
+    Put(bytes, extent.offset + extent.size, 8);
+    Put(bytes, 1, 4);
+}
+
+} // namespace
+
+DirectoryExtent LocateDirectory(const ArchiveFile& file, const ZipLimits& limits)
+{
+    const std::span<const unsigned char> tail = file.Tail();
+    const std::size_t end = FindEnd(tail);
+    DirectoryExtent extent;
+    if (end == tail.size()) {
+        std::vector<unsigned char> first(4);
+        std::error_code error;
+        file.Read(0, first.data(), first.size(), error);
+        extent.error = SignatureOf(first) == kLocalSignature ? ZipError::Truncated : ZipError::NotAZip;
+        return extent;
+    }
+    extent = ReadEnd(file, end);
+    const std::uint64_t room = file.TailOffset() + end;
+    if (extent.error == ZipError::None && (extent.offset > room || extent.size > room - extent.offset)) {
+        extent.error = ZipError::Truncated;
+    } else if (extent.error == ZipError::None && extent.entries > limits.maxEntries) {
+        extent.error = ZipError::TooManyEntries;
+    } else if (extent.error == ZipError::None && extent.size > limits.maxDirectorySize) {
+        extent.error = ZipError::DirectoryTooLarge;
+    }
+    return extent;
+}
+
+std::vector<unsigned char> MakeEnd(const DirectoryExtent& extent)
+{
+    std::vector<unsigned char> bytes;
+    bytes.reserve(ArchiveFile::kLongestEnd + extent.comment.size());
+    const bool isLarge = extent.offset >= kIn64 || extent.size >= kIn64 || extent.entries >= kCountIn64;
+    if (isLarge) {
+        PutZip64(bytes, extent);
+    } else {
+        bytes.resize(kLocator64Size); // zeros, so that what stands before cannot be taken for a locator
+    }
+    Put(bytes, kEndSignature, 4);
+    Put(bytes, 0, 4);
+    Put(bytes, isLarge ? kCountIn64 : extent.entries, 2);
+    Put(bytes, isLarge ? kCountIn64 : extent.entries, 2);
+    Put(bytes, isLarge ? kIn64 : extent.size, 4);
+    Put(bytes, isLarge ? kIn64 : extent.offset, 4);
+    Put(bytes, extent.comment.size(), 2);
+    bytes.insert(bytes.end(), extent.comment.begin(), extent.comment.end());
+    return bytes;
+}
+
+} // namespace orvstorage::detail
