@@ -7,8 +7,8 @@
 
 #include <sources/LocalGraphicsSource.h>
 
-#include <orvcore/DebugSettings.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/host/shared/DebugSettings.h>
 
 #include <algorithm>
 #include <chrono>

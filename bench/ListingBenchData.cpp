@@ -4,7 +4,7 @@
 #include <capsule/Serialization.h>
 #include <package/CapsuleZip.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 
 #include <fstream>
 #include <random>

@@ -5,9 +5,9 @@
 //   manager_stress FOLDER [CANCELS]
 
 #include <manager/GraphicSourceManager.h>
-#include <orvcore/Files.h>
-#include <orvcore/MainThread.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/Paths.h>
+#include <orvcore/tasks/MainThread.h>
 #include <sources/LocalGraphicsSource.h>
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include <bench/SearchBenchData.h>
 #include <bench/SearchBenchFloor.h>
 
-#include <orvcore/Strings.h>
+#include <orvcore/text/Strings.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
 

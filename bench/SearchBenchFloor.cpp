@@ -1,7 +1,7 @@
 #include <bench/SearchBenchFloor.h>
 
-#include <orvcore/Strings.h>
-#include <orvcore/TextFold.h>
+#include <orvcore/text/Strings.h>
+#include <orvcore/text/shared/TextFold.h>
 
 #include <sqlite3.h>
 

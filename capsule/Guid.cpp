@@ -1,6 +1,6 @@
 #include <capsule/Guid.h>
 
-#include <orvcore/Guid.h>
+#include <orvcore/text/Guid.h>
 
 namespace orvcapsule::utils {
 

@@ -4,7 +4,7 @@
 #include <capsule/ControlKinds.h>
 #include <capsule/ForeignValue.h>
 
-#include <orvcore/JSON.h>
+#include <orvcore/json/JSON.h>
 
 #include <memory>
 #include <vector>

@@ -1,7 +1,7 @@
 # How orvcapsule is built once its subsystem folders have added their sources.
 generate_export_header(orvcapsule
   EXPORT_MACRO_NAME ORVCAPSULE_API
-  EXPORT_FILE_NAME "${PROJECT_BINARY_DIR}/generated/capsule/Export.h")
+  EXPORT_FILE_NAME "${PROJECT_BINARY_DIR}/generated/orvcapsule/Export.h")
 target_include_directories(orvcapsule PUBLIC
   "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
   "$<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/generated>"

@@ -3,7 +3,7 @@
 
 #include <capsule/Serialization.h>
 #include <orvcore/CommandLine.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
 

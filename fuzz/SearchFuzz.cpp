@@ -1,6 +1,6 @@
 // Any texts and any term, a line each, the term first: folding must give well-formed text that folds to itself, and the
 // index must find exactly the texts that hold the term, and suggest none that does not.
-#include <orvcore/TextFold.h>
+#include <orvcore/text/shared/TextFold.h>
 #include <orvmetadatadb/RapidFindDB.h>
 
 #include <cstdio>

@@ -1,6 +1,6 @@
 // Feeds arbitrary bytes to the archive reader as a package: opening, listing, checking, reading and unpacking. Closes
 // the gap that tables of hostile archives leave: the combinations nobody thought of.
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <orvstorage/ZipFile.h>
 
 #include <cstddef>

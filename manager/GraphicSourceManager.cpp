@@ -1,10 +1,10 @@
 #include <manager/GraphicSourceManager.h>
 
 #include <sources/SearchIndex.h>
-#include <sources/detail/IndexSession.h>
+#include <sources/shared/IndexSession.h>
 
-#include <orvcore/AsyncThreadedSubExecutor.h>
-#include <orvcore/Executor.h>
+#include <orvcore/tasks/AsyncThreadedSubExecutor.h>
+#include <orvcore/tasks/Executor.h>
 
 #include <boost/make_shared.hpp>
 

@@ -6,7 +6,7 @@
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 
 #include <algorithm>
 #include <iterator>

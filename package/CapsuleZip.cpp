@@ -1,8 +1,8 @@
 #include <package/CapsuleZip.h>
 
-#include <orvcore/Application.h>
-#include <orvcore/CopyDirectory.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/shared/CopyDirectory.h>
+#include <orvcore/host/Application.h>
 #include <package/PackageNames.h>
 #include <package/detail/ShortPath.h>
 

@@ -4,11 +4,11 @@
 #include <package/detail/FolderUse.h>
 #include <package/detail/SafeFileName.h>
 
-#include <orvcore/Application.h>
-#include <orvcore/AtomicFile.h>
-#include <orvcore/Executor.h>
-#include <orvcore/FileSystem.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/shared/AtomicFile.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/tasks/Executor.h>
 
 #include <atomic>
 #include <chrono>

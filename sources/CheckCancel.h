@@ -1,8 +1,8 @@
 #pragma once
 
-#include <capsule/Export.h>
 #include <orvappsupport/Progress.h>
-#include <orvcore/Strings.h>
+#include <orvcapsule/Export.h>
+#include <orvcore/text/Strings.h>
 
 #include <atomic>
 #include <cstdint>

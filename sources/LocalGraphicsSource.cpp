@@ -1,7 +1,7 @@
 #include <sources/LocalGraphicsSource.h>
 
-#include <orvcore/Files.h>
-#include <orvcore/Localiser.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/host/Localiser.h>
 #include <package/Workspace.h>
 #include <sources/SearchIndex.h>
 #include <sources/SourceNames.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <capsule/Export.h>
-#include <orvcore/Strings.h>
+#include <orvcapsule/Export.h>
+#include <orvcore/text/Strings.h>
 
 #include <set>
 #include <vector>

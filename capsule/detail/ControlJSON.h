@@ -2,7 +2,7 @@
 
 #include <capsule/ClientControl.h>
 
-#include <orvcore/detail/JSONCodec.h>
+#include <orvcore/json/shared/JSONCodec.h>
 
 #include <memory>
 #include <vector>

@@ -5,10 +5,10 @@
 #include <capsule/ForeignValue.h>
 #include <capsule/detail/UIStringJSON.h>
 
-#include <kinlet/detail/ColorJSON.h>
-#include <kinlet/detail/GeometryJSON.h>
-#include <kinlet/detail/MediaReplacementJSON.h>
-#include <kinlet/detail/RecordCodecs.h>
+#include <kinlet/shared/ColorJSON.h>
+#include <kinlet/shared/GeometryJSON.h>
+#include <kinlet/shared/MediaReplacementJSON.h>
+#include <kinlet/shared/RecordCodecs.h>
 
 namespace orvcore::serialization::detail {
 

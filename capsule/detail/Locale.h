@@ -1,6 +1,6 @@
 #pragma once
 
-#include <orvcore/Application.h>
+#include <orvcore/host/Application.h>
 
 #include <map>
 #include <string_view>

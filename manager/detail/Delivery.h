@@ -2,7 +2,7 @@
 
 #include <sources/CheckCancel.h>
 
-#include <orvcore/MainThread.h>
+#include <orvcore/tasks/MainThread.h>
 
 #include <boost/shared_ptr.hpp>
 

@@ -1,6 +1,6 @@
 #include <manager/detail/RequestProgress.h>
 
-#include <orvcore/Localiser.h>
+#include <orvcore/host/Localiser.h>
 
 namespace orvcapsule::detail {
 

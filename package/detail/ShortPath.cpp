@@ -1,6 +1,6 @@
 #include <package/detail/ShortPath.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 
 namespace orvcapsule::detail {
 

@@ -2,8 +2,8 @@
 
 #include <kinlet/RecordJSON.h>
 #include <kinlet/detail/CapsuleParamsJSON.h>
-#include <kinlet/detail/RecordCodecs.h>
 #include <kinlet/detail/ReplaceRecord.h>
+#include <kinlet/shared/RecordCodecs.h>
 
 namespace kinlet {
 

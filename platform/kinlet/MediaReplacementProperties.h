@@ -1,6 +1,6 @@
 #pragma once
 
-#include <orvcore/JSON.h>
+#include <orvcore/json/JSON.h>
 
 #include <cstdint>
 #include <span>

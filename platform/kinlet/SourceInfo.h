@@ -8,8 +8,8 @@
 #include <kinlet/PixelAspectRatio.h>
 #include <kinlet/RemoteRequests.h>
 #include <kinlet/Time.h>
-#include <orvcore/Guid.h>
-#include <orvcore/Strings.h>
+#include <orvcore/text/Guid.h>
+#include <orvcore/text/Strings.h>
 
 #include <cstdint>
 #include <vector>

@@ -1,6 +1,6 @@
-#include <kinlet/detail/RecordCodecs.h>
 #include <kinlet/detail/ReplaceRecord.h>
 #include <kinlet/detail/TextEditInfoJSON.h>
+#include <kinlet/shared/RecordCodecs.h>
 
 namespace kinlet::detail {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <kinlet/Color.h>
-#include <orvcore/JSON.h>
+#include <orvcore/json/JSON.h>
 
 #include <cstdint>
 #include <string>

@@ -2,7 +2,7 @@
 
 #if defined(_WIN32)
 
-#include <orvcore/Strings.h>
+#include <orvcore/text/Strings.h>
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #include <orvmetadatadb/RapidFindDB.h>
 
-#include <orvcore/TextFold.h>
+#include <orvcore/text/shared/TextFold.h>
 #include <orvmetadatadb/detail/IndexStore.h>
 #include <orvstorage/SQLiteCodes.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <orvcore/Export.h>
-#include <orvcore/Strings.h>
+#include <orvcore/text/Strings.h>
 #include <orvmetadatadb/MatchCondition.h>
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include <orvstorage/ZipFailure.h>
 
-#include <orvcore/FileError.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/FileError.h>
+#include <orvcore/files/Paths.h>
 
 #include <cerrno>
 #include <utility>

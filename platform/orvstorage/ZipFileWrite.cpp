@@ -1,8 +1,8 @@
-#include <orvcore/AtomicFile.h>
-#include <orvstorage/detail/EntryName.h>
-#include <orvstorage/detail/NameRegister.h>
-#include <orvstorage/detail/Packer.h>
+#include <orvcore/files/shared/AtomicFile.h>
 #include <orvstorage/detail/ZipState.h>
+#include <orvstorage/detail/names/EntryName.h>
+#include <orvstorage/detail/names/NameRegister.h>
+#include <orvstorage/detail/packing/Packer.h>
 
 namespace orvstorage {
 

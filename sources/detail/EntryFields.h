@@ -3,7 +3,7 @@
 #include <capsule/Capsule.h>
 #include <sources/CapsuleEntry.h>
 
-#include <orvcore/FileSystem.h>
+#include <orvcore/files/FileSystem.h>
 
 namespace orvcapsule::detail {
 

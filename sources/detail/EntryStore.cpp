@@ -4,11 +4,11 @@
 #include <package/Workspace.h>
 #include <sources/detail/EntryRecord.h>
 
-#include <orvcore/Application.h>
-#include <orvcore/AtomicFile.h>
-#include <orvcore/DebugSettings.h>
-#include <orvcore/Files.h>
-#include <orvcore/HashMixer.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/shared/AtomicFile.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/host/shared/DebugSettings.h>
+#include <orvcore/text/shared/HashMixer.h>
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include <sources/CapsuleEntry.h>
 
-#include <orvcore/FileSystem.h>
+#include <orvcore/files/FileSystem.h>
 
 #include <boost/shared_ptr.hpp>
 

@@ -1,7 +1,7 @@
 #include <sources/detail/FolderListing.h>
 
-#include <orvcore/Localiser.h>
-#include <orvcore/ParallelFor.h>
+#include <orvcore/host/Localiser.h>
+#include <orvcore/tasks/ParallelFor.h>
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include <sources/detail/FolderWalk.h>
 
-#include <orvcore/FileSystem.h>
+#include <orvcore/files/FileSystem.h>
 #include <package/PackageNames.h>
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include <sources/detail/PackageEntries.h>
 
 #include <capsule/Serialization.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <sources/detail/EntryFields.h>
 
 #include <boost/smart_ptr/make_shared.hpp>

@@ -1,8 +1,8 @@
 #include <sources/detail/PreviewCache.h>
 
-#include <orvcore/AtomicFile.h>
-#include <orvcore/Files.h>
-#include <orvcore/HashMixer.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/shared/AtomicFile.h>
+#include <orvcore/text/shared/HashMixer.h>
 #include <package/Workspace.h>
 #include <sources/LocalGraphicsSource.h>
 

@@ -2,7 +2,7 @@
 
 #include <package/CapsuleZip.h>
 
-#include <orvcore/FileSystem.h>
+#include <orvcore/files/FileSystem.h>
 
 #include <filesystem>
 #include <optional>

@@ -5,7 +5,7 @@
 #include <capsule/ControlFactory.h>
 #include <capsule/Serialization.h>
 
-#include <orvcore/Application.h>
+#include <orvcore/host/Application.h>
 
 #include <filesystem>
 #include <fstream>

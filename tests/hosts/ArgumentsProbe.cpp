@@ -1,6 +1,6 @@
 // Started by CTest with the arguments listed here: they must arrive as the same UTF-8 text on every system.
 #include <orvcore/CommandLine.h>
-#include <orvcore/Strings.h>
+#include <orvcore/text/Strings.h>
 
 #include <cstdio>
 

@@ -1,7 +1,7 @@
 #include "FullRecords.h"
 
 #include <kinlet/MediaReplacementProperties.h>
-#include <kinlet/detail/MediaReplacementJSON.h>
+#include <kinlet/shared/MediaReplacementJSON.h>
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 #include <tests/manager/ManagerFixture.h>
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
 

@@ -4,8 +4,8 @@
 
 #include <manager/GraphicSourceManager.h>
 #include <orvappsupport/Progress.h>
-#include <orvcore/MainThread.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/Paths.h>
+#include <orvcore/tasks/MainThread.h>
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>

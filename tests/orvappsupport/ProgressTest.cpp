@@ -1,5 +1,5 @@
 #include <orvappsupport/Progress.h>
-#include <orvcore/MainThread.h>
+#include <orvcore/tasks/MainThread.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

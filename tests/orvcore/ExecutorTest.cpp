@@ -1,6 +1,6 @@
-#include <orvcore/AsyncThreadedSubExecutor.h>
-#include <orvcore/ParallelFor.h>
-#include <orvcore/ThreadPoolExecutor.h>
+#include <orvcore/tasks/AsyncThreadedSubExecutor.h>
+#include <orvcore/tasks/ParallelFor.h>
+#include <orvcore/tasks/shared/ThreadPoolExecutor.h>
 #include <tests/support/Latch.h>
 
 #include <gtest/gtest.h>

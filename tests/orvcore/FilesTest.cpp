@@ -1,6 +1,6 @@
-#include <orvcore/AtomicFile.h>
-#include <orvcore/FileSystem.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/shared/AtomicFile.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include <orvcore/Executor.h>
-#include <orvcore/Future.h>
+#include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/Future.h>
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include <orvcore/Application.h>
-#include <orvcore/DebugSettings.h>
-#include <orvcore/Environment.h>
-#include <orvcore/HashMixer.h>
-#include <orvcore/Localiser.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/host/Localiser.h>
+#include <orvcore/host/shared/DebugSettings.h>
+#include <orvcore/host/shared/Environment.h>
+#include <orvcore/text/shared/HashMixer.h>
 
 #include <gtest/gtest.h>
 

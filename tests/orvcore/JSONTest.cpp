@@ -1,8 +1,8 @@
-#include <orvcore/BinaryText.h>
-#include <orvcore/JSON.h>
-#include <orvcore/JSONDocument.h>
-#include <orvcore/JSONTextWriter.h>
-#include <orvcore/detail/JSONTable.h>
+#include <orvcore/json/JSON.h>
+#include <orvcore/json/shared/JSONDocument.h>
+#include <orvcore/json/shared/JSONTable.h>
+#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/text/shared/BinaryText.h>
 
 #include <gmock/gmock.h>
 

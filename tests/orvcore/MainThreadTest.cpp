@@ -1,5 +1,5 @@
-#include <orvcore/Executor.h>
-#include <orvcore/MainThread.h>
+#include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/MainThread.h>
 #include <tests/support/Latch.h>
 
 #include <gtest/gtest.h>

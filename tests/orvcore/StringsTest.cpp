@@ -1,6 +1,6 @@
-#include <orvcore/Guid.h>
-#include <orvcore/Strings.h>
-#include <orvcore/detail/SameText.h>
+#include <orvcore/text/Guid.h>
+#include <orvcore/text/Strings.h>
+#include <orvcore/text/shared/SameText.h>
 
 #include <gtest/gtest.h>
 

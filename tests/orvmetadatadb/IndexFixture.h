@@ -2,7 +2,7 @@
 
 #include <tests/support/TempFolder.h>
 
-#include <orvcore/Paths.h>
+#include <orvcore/files/Paths.h>
 #include <orvmetadatadb/RapidFindDB.h>
 
 #include <gtest/gtest.h>

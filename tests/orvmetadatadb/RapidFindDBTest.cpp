@@ -1,6 +1,6 @@
 #include <tests/orvmetadatadb/IndexFixture.h>
 
-#include <orvcore/TextFold.h>
+#include <orvcore/text/shared/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 
 #include <map>

@@ -1,4 +1,4 @@
-#include <orvcore/TextFold.h>
+#include <orvcore/text/shared/TextFold.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <orvstorage/detail/EntryName.h>
+#include <orvstorage/detail/names/EntryName.h>
 
 #include <gtest/gtest.h>
 

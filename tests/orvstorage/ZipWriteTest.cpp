@@ -1,4 +1,4 @@
-#include <orvcore/AtomicFile.h>
+#include <orvcore/files/shared/AtomicFile.h>
 #include <orvstorage/ZipFile.h>
 
 #include <gmock/gmock.h>

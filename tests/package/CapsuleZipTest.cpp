@@ -1,9 +1,9 @@
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
 
-#include <orvcore/Application.h>
-#include <orvcore/FileSystem.h>
-#include <orvcore/Guid.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/text/Guid.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

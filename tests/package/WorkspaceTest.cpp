@@ -1,9 +1,9 @@
 #include <package/Workspace.h>
 
-#include <orvcore/Application.h>
-#include <orvcore/AtomicFile.h>
-#include <orvcore/Executor.h>
-#include <orvcore/FileLock.h>
+#include <orvcore/files/shared/AtomicFile.h>
+#include <orvcore/files/shared/FileLock.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/tasks/Executor.h>
 #include <tests/support/Latch.h>
 #include <tests/support/ProgramName.h>
 #include <tests/support/TempFolder.h>

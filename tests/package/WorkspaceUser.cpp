@@ -1,8 +1,8 @@
 // workspace_user NAME OTHER MEETING: a host that shares the local working folder with another one. Initialises it,
 // keeps a file NAME in it, and again and again asks for the folder's deletion, while the other does the same. They meet
 // by files in the folder MEETING. Ends with 1 when its file has gone, with 2 when the other does not come.
-#include <orvcore/Files.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/Paths.h>
 #include <package/Workspace.h>
 
 #include <chrono>

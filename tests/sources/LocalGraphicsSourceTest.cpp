@@ -1,9 +1,9 @@
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
 
-#include <orvcore/DebugSettings.h>
-#include <orvcore/FileSystem.h>
-#include <orvcore/MainThread.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/host/shared/DebugSettings.h>
+#include <orvcore/tasks/MainThread.h>
 #include <package/CapsuleZip.h>
 #include <package/Workspace.h>
 #include <tests/support/Language.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 
 #include <algorithm>
 #include <fstream>

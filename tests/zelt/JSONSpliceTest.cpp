@@ -1,6 +1,6 @@
 #include <tools/zelt/JSONSplice.h>
 
-#include <orvcore/JSON.h>
+#include <orvcore/json/JSON.h>
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "EntryOutput.h"
 #include "Output.h"
 
-#include <orvcore/FileSystem.h>
+#include <orvcore/files/FileSystem.h>
 
 #include <algorithm>
 

@@ -7,9 +7,9 @@
 #include "WatchedSource.h"
 
 #include <orvcore/Console.h>
-#include <orvcore/Executor.h>
-#include <orvcore/MainThread.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/Paths.h>
+#include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/MainThread.h>
 
 #include <exception>
 #include <mutex>

@@ -3,7 +3,7 @@
 #include "Progress.h"
 #include "Template.h"
 
-#include <orvcore/JSONTextWriter.h>
+#include <orvcore/json/shared/JSONTextWriter.h>
 
 namespace zelt {
 

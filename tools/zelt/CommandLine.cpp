@@ -5,7 +5,7 @@
 #include "Output.h"
 
 #include <capsule/Capsule.h>
-#include <orvcore/Application.h>
+#include <orvcore/host/Application.h>
 
 #include <CLI/CLI.hpp>
 

@@ -4,7 +4,7 @@
 
 #include <capsule/DefinitionKeys.h>
 #include <capsule/Serialization.h>
-#include <orvcore/Application.h>
+#include <orvcore/host/Application.h>
 
 #include <map>
 

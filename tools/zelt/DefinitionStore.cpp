@@ -7,8 +7,8 @@
 #include "Progress.h"
 #include "TempFolder.h"
 
-#include <orvcore/FileSystem.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/Files.h>
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
 

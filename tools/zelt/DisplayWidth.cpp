@@ -1,6 +1,6 @@
 #include "DisplayWidth.h"
 
-#include <orvcore/Strings.h>
+#include <orvcore/text/Strings.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -5,9 +5,9 @@
 #include "TempFolder.h"
 #include "Template.h"
 
-#include <orvcore/Application.h>
-#include <orvcore/FileSystem.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/host/Application.h>
 #include <package/PackageNames.h>
 
 namespace zelt {

@@ -3,8 +3,8 @@
 #include "Errors.h"
 #include "Output.h"
 
-#include <orvcore/AtomicFile.h>
-#include <orvcore/FileSystem.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/shared/AtomicFile.h>
 
 #include <string>
 

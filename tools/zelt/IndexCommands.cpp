@@ -4,9 +4,9 @@
 #include "Progress.h"
 #include "Template.h"
 
-#include <orvcore/Guid.h>
-#include <orvcore/JSONTextWriter.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/Paths.h>
+#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/text/Guid.h>
 #include <sources/SearchIndex.h>
 
 namespace zelt {

@@ -3,8 +3,8 @@
 #include "Errors.h"
 #include "Output.h"
 
-#include <orvcore/Files.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/Paths.h>
 #include <orvmetadatadb/RapidFindDB.h>
 #include <orvstorage/SQLiteCodes.h>
 #include <sources/SearchIndex.h>

@@ -2,7 +2,7 @@
 
 #include <capsule/DefinitionKeys.h>
 #include <capsule/Serialization.h>
-#include <orvcore/JSONTextWriter.h>
+#include <orvcore/json/shared/JSONTextWriter.h>
 
 #include <map>
 

@@ -1,6 +1,6 @@
 #include "JSONOutline.h"
 
-#include <orvcore/JSON.h>
+#include <orvcore/json/JSON.h>
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "JSONSplice.h"
 
-#include <orvcore/JSONTextWriter.h>
+#include <orvcore/json/shared/JSONTextWriter.h>
 
 namespace zelt {
 

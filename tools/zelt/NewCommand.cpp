@@ -12,7 +12,7 @@
 #include <capsule/Guid.h>
 #include <capsule/Serialization.h>
 #include <capsule/Versions.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <package/PackageNames.h>
 
 namespace zelt {

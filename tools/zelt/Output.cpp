@@ -2,9 +2,9 @@
 
 #include <orvcore/CommandLine.h>
 #include <orvcore/Console.h>
-#include <orvcore/FileSystem.h>
-#include <orvcore/JSONTextWriter.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/Paths.h>
+#include <orvcore/json/shared/JSONTextWriter.h>
 
 #include <algorithm>
 #include <cstdio>

@@ -4,8 +4,8 @@
 #include "Output.h"
 #include "Progress.h"
 
-#include <orvcore/AtomicFile.h>
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/shared/AtomicFile.h>
 
 namespace zelt {
 

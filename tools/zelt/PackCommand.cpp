@@ -3,7 +3,7 @@
 #include "OutputFile.h"
 #include "Progress.h"
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <package/CapsuleZip.h>
 
 namespace zelt {

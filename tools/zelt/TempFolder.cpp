@@ -3,7 +3,7 @@
 #include "Errors.h"
 #include "Output.h"
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 
 namespace zelt {
 

@@ -2,7 +2,7 @@
 #include "Output.h"
 #include "Progress.h"
 
-#include <orvcore/Files.h>
+#include <orvcore/files/Files.h>
 #include <package/CapsuleZip.h>
 
 namespace zelt {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <kinlet/RemoteRequests.h>
-#include <orvcore/detail/JSONTable.h>
+#include <orvcore/json/shared/JSONTable.h>
 
 namespace orvcore::serialization::detail {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <orvcore/detail/JSONTable.h>
+#include <orvcore/json/shared/JSONTable.h>
 
 namespace kinlet::detail {
 

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <kinlet/SourceInfo.h>
-#include <kinlet/detail/ColorJSON.h>
-#include <kinlet/detail/GeometryJSON.h>
 #include <kinlet/detail/MediaFormatJSON.h>
 #include <kinlet/detail/MissingAssetsJSON.h>
-#include <kinlet/detail/RecordCodecs.h>
 #include <kinlet/detail/RemoteRequestsJSON.h>
 #include <kinlet/detail/TimeJSON.h>
+#include <kinlet/shared/ColorJSON.h>
+#include <kinlet/shared/GeometryJSON.h>
+#include <kinlet/shared/RecordCodecs.h>
 
 namespace orvcore::serialization::detail {
 

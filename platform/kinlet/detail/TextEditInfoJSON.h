@@ -1,7 +1,7 @@
 #pragma once
 
 #include <kinlet/TextEditInfo.h>
-#include <kinlet/detail/ColorJSON.h>
+#include <kinlet/shared/ColorJSON.h>
 
 namespace orvcore::serialization::detail {
 

@@ -2,7 +2,7 @@
 
 #include <kinlet/PixelAspectRatio.h>
 #include <kinlet/Time.h>
-#include <orvcore/detail/JSONTable.h>
+#include <orvcore/json/shared/JSONTable.h>
 
 namespace orvcore::serialization::detail {
 

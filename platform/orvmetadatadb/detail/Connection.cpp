@@ -1,6 +1,6 @@
 #include <orvmetadatadb/detail/Connection.h>
 
-#include <orvcore/Paths.h>
+#include <orvcore/files/Paths.h>
 #include <orvstorage/SQLiteCodes.h>
 
 #include <sqlite3.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <orvcore/Strings.h>
+#include <orvcore/text/Strings.h>
 
 #include <atomic>
 #include <exception>

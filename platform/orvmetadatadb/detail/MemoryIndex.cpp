@@ -1,6 +1,6 @@
 #include <orvmetadatadb/detail/MemoryIndex.h>
 
-#include <orvcore/ParallelFor.h>
+#include <orvcore/tasks/ParallelFor.h>
 #include <orvmetadatadb/detail/CodeUnitOrder.h>
 
 #include <algorithm>

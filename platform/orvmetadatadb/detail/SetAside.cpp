@@ -1,7 +1,7 @@
 #include <orvmetadatadb/detail/SetAside.h>
 
-#include <orvcore/Files.h>
-#include <orvcore/Paths.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/Paths.h>
 #include <orvmetadatadb/detail/IndexFile.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include <orvmetadatadb/detail/TextPool.h>
 
-#include <orvcore/TextFold.h>
+#include <orvcore/text/shared/TextFold.h>
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 #include <capsule/Guid.h>
 #include <capsule/Serialization.h>
 
-#include <orvcore/Application.h>
+#include <orvcore/host/Application.h>
 
 #include <iostream>
 

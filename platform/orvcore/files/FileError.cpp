@@ -1,0 +1,37 @@
+#include <orvcore/files/FileError.h>
+
+#include <string>
+
+namespace orvcore {
+
+namespace {
+
+class FileErrorCategory : public std::error_category {
+public:
+    const char* name() const noexcept override
+    {
+        return "orvcore file";
+    }
+    std::string message(int value) const override
+    {
+        switch (static_cast<FileError>(value)) {
+        case FileError::EmptyPath:
+            return "its path is empty";
+        case FileError::NotARegularFile:
+            return "it is not a regular file";
+        case FileError::OutsideTarget:
+            return "a link in the target folder would lead it elsewhere";
+        }
+        return "unknown";
+    }
+};
+
+} // namespace
+
+std::error_code make_error_code(FileError error) noexcept
+{
+    static const auto& category = *new FileErrorCategory; // never destroyed: tasks may report while the process exits
+    return {static_cast<int>(error), category};
+}
+
+} // namespace orvcore

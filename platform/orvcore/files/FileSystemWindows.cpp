@@ -1,0 +1,298 @@
+#if defined(_WIN32)
+
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/detail/WindowsError.h>
+
+#include <windows.h>
+
+#include <memory>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace orvcore {
+
+namespace fs = std::filesystem;
+using detail::LastWindowsError;
+
+namespace {
+
+struct CloseFile {
+    void operator()(HANDLE handle) const
+    {
+        ::CloseHandle(handle);
+    }
+};
+using FileHandle = std::unique_ptr<std::remove_pointer_t<HANDLE>, CloseFile>;
+
+// Opens what a path leads to, a folder too, only to ask about it; empty with the system's last error otherwise.
+FileHandle OpenToAsk(const fs::path& path)
+{
+    const HANDLE handle = ::CreateFileW(ToSystemPath(path).c_str(), FILE_READ_ATTRIBUTES,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    return FileHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
+}
+
+FileTime TimeOf(const FILETIME& time)
+{
+    using namespace std::chrono;
+    using Ticks = duration<std::int64_t, std::ratio<1, 10'000'000>>;
+    constexpr Ticks kUnixEpoch(116'444'736'000'000'000); // counted from 1601
+    const auto ticks = static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+    return FileTime(duration_cast<microseconds>(Ticks(ticks) - kUnixEpoch));
+}
+
+// `Data` is any of the system's structures that describe a file; they name their members alike.
+template <class Data>
+FileInfo InfoFrom(const Data& data, bool isLink)
+{
+    const bool isDirectory = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    FileInfo info;
+    const bool isDevice = (data.dwFileAttributes & FILE_ATTRIBUTE_DEVICE) != 0;
+    info.kind = isLink        ? FileKind::Link
+                : isDirectory ? FileKind::Directory
+                : isDevice    ? FileKind::Other
+                              : FileKind::File;
+    if (info.kind == FileKind::File) {
+        info.size = static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+    }
+    info.modified = TimeOf(data.ftLastWriteTime);
+    info.replaced = TimeOf(data.ftCreationTime);
+    return info;
+}
+
+// Other reparse points (files kept in a cloud, deduplicated ones) behave as the files that they stand for.
+bool IsLink(const WIN32_FIND_DATAW& data)
+{
+    return (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(data.dwReserved0);
+}
+
+FileInfo NothingUnlessFailed(std::error_code& error)
+{
+    error = LastWindowsError();
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) {
+        error.clear();
+    }
+    return {};
+}
+
+// The path of an open file, without links and without the extended form's beginning; empty when the system knows none.
+std::wstring FinalName(HANDLE handle)
+{
+    std::wstring text;
+    DWORD length = ::GetFinalPathNameByHandleW(handle, nullptr, 0, FILE_NAME_NORMALIZED);
+    while (length > text.size()) {
+        text.resize(length);
+        length = ::GetFinalPathNameByHandleW(handle, text.data(), length, FILE_NAME_NORMALIZED);
+    }
+    text.resize(length);
+    if (text.starts_with(L"\\\\?\\UNC\\")) {
+        return L"\\" + text.substr(7);
+    }
+    return text.starts_with(L"\\\\?\\") ? text.substr(4) : text;
+}
+
+bool IsDotOrDotDot(std::wstring_view name)
+{
+    return name == L"." || name == L"..";
+}
+
+} // namespace
+
+FileInfo InspectPath(const fs::path& path, std::error_code& error)
+{
+    error.clear();
+    if (!IsUsablePath(path)) {
+        return {};
+    }
+    const fs::path system = ToSystemPath(path);
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (!::GetFileAttributesExW(system.c_str(), GetFileExInfoStandard, &data)) {
+        return NothingUnlessFailed(error);
+    }
+    WIN32_FIND_DATAW found{};
+    if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) { // only a search tells which kind
+        const HANDLE search = ::FindFirstFileW(system.c_str(), &found);
+        if (search != INVALID_HANDLE_VALUE) {
+            ::FindClose(search);
+        }
+    }
+    return InfoFrom(data, IsLink(found));
+}
+
+FileInfo InspectTarget(const fs::path& path, std::error_code& error)
+{
+    const FileInfo info = InspectPath(path, error);
+    if (info.kind != FileKind::Link) {
+        return info;
+    }
+    const FileHandle handle = OpenToAsk(path);
+    BY_HANDLE_FILE_INFORMATION data{};
+    if (!handle || !::GetFileInformationByHandle(handle.get(), &data)) {
+        return NothingUnlessFailed(error);
+    }
+    return InfoFrom(data, false);
+}
+
+// The temporary folder is a user's own, and other folders hand their rights down.
+bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess)
+{
+    error.clear();
+    if (::CreateDirectoryW(ToSystemPath(path).c_str(), nullptr)) {
+        return true;
+    }
+    error = LastWindowsError();
+    std::error_code ignored;
+    if (InspectTarget(path, ignored).kind == FileKind::Directory) {
+        error.clear();
+    }
+    return false;
+}
+
+bool MakeDirectories(const fs::path& path, std::error_code& error)
+{
+    std::vector<fs::path> missing;
+    fs::path at = WithoutClosingSeparators(path); // a closing slash would make the folder its own parent
+    for (; InspectTarget(at, error).kind == FileKind::Nothing && !error; at = at.parent_path()) {
+        missing.push_back(at);
+        if (!at.has_relative_path() || at == at.parent_path()) {
+            break;
+        }
+    }
+    bool made = false;
+    for (; !error && !missing.empty(); missing.pop_back()) {
+        if (!missing.back().empty()) {
+            made = MakeDirectory(missing.back(), error);
+        }
+    }
+    if (!error && InspectTarget(path, error).kind != FileKind::Directory && !error) {
+        error = std::make_error_code(std::errc::not_a_directory);
+    }
+    return made && !error;
+}
+
+bool RemoveOne(const fs::path& path, std::error_code& error)
+{
+    error.clear();
+    const fs::path system = ToSystemPath(path);
+    const DWORD attributes = ::GetFileAttributesW(system.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        NothingUnlessFailed(error);
+        return false;
+    }
+    const auto erase = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? &::RemoveDirectoryW : &::DeleteFileW;
+    if (erase(system.c_str())) {
+        return true;
+    }
+    error = LastWindowsError();
+    // Elsewhere the folder's rights decide, not the file's own.
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+        ::SetFileAttributesW(system.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY))) {
+        error = erase(system.c_str()) ? std::error_code() : LastWindowsError();
+    }
+    return !error;
+}
+
+void RemoveAll(const fs::path& path, std::error_code& error)
+{
+    std::vector<fs::path> children;
+    if (InspectPath(path, error).kind == FileKind::Directory) {
+        const auto collect = [&children](const fs::path& child, FileKind) {
+            children.push_back(child);
+            return true;
+        };
+        ReadDirectory(path, collect, error);
+    }
+    for (const fs::path& child : children) {
+        std::error_code failure;
+        RemoveAll(child, failure);
+        error = error ? error : failure;
+    }
+    std::error_code failure;
+    RemoveOne(path, failure);
+    error = error ? error : failure;
+}
+
+fs::path RealPath(const fs::path& path, std::error_code& error)
+{
+    error.clear();
+    const FileHandle handle = OpenToAsk(path);
+    if (!handle) {
+        error = LastWindowsError();
+        return {};
+    }
+    std::wstring name = FinalName(handle.get());
+    if (!name.empty()) {
+        return name;
+    }
+    error = LastWindowsError();
+    const fs::path parent = path.parent_path();
+    std::error_code failure;
+    // Wine names no file whose path is long; what is no link lies where its path says.
+    if (parent == path || path.filename().empty() || InspectPath(path, failure).kind == FileKind::Link || failure) {
+        return {};
+    }
+    const fs::path folder = RealPath(parent, error);
+    return error ? fs::path() : folder / path.filename();
+}
+
+bool IsSameFile(const fs::path& a, const fs::path& b) noexcept
+{
+    try {
+        const FileHandle handles[] = {OpenToAsk(a), OpenToAsk(b)};
+        BY_HANDLE_FILE_INFORMATION data[2]{};
+        for (int i = 0; i < 2; ++i) {
+            if (!handles[i] || !::GetFileInformationByHandle(handles[i].get(), &data[i])) {
+                return false;
+            }
+        }
+        return data[0].dwVolumeSerialNumber == data[1].dwVolumeSerialNumber &&
+               data[0].nFileIndexHigh == data[1].nFileIndexHigh && data[0].nFileIndexLow == data[1].nFileIndexLow;
+    } catch (...) {
+        return false;
+    }
+}
+
+void ReadDirectory(const fs::path& directory, const std::function<bool(const fs::path&, FileKind)>& visit,
+                   std::error_code& error)
+{
+    error.clear();
+    WIN32_FIND_DATAW data{};
+    const HANDLE handle = ::FindFirstFileExW(ToSystemPath(directory / L"*").c_str(), FindExInfoBasic, &data,
+                                             FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
+    if (handle == INVALID_HANDLE_VALUE) {
+        error = LastWindowsError();
+        std::error_code ignored;
+        const FileKind kind = InspectTarget(directory, ignored).kind;
+        if (kind == FileKind::Directory && error == std::errc::no_such_file_or_directory) {
+            error.clear(); // the root of an empty disk
+        } else if (kind == FileKind::File || kind == FileKind::Other) {
+            error = std::make_error_code(std::errc::not_a_directory);
+        }
+        return;
+    }
+    const auto close = [](HANDLE search) { ::FindClose(search); };
+    const std::unique_ptr<std::remove_pointer_t<HANDLE>, decltype(close)> search(handle, close);
+    do {
+        const std::wstring_view name(data.cFileName);
+        if (!IsDotOrDotDot(name) && !visit(directory / name, InfoFrom(data, IsLink(data)).kind)) {
+            return;
+        }
+    } while (::FindNextFileW(handle, &data));
+    if (::GetLastError() != ERROR_NO_MORE_FILES) {
+        error = LastWindowsError();
+    }
+}
+
+void CopyToNewFile(const fs::path& from, const fs::path& to, std::error_code& error)
+{
+    error.clear();
+    if (!::CopyFileW(ToSystemPath(from).c_str(), ToSystemPath(to).c_str(), TRUE)) {
+        error = LastWindowsError();
+    }
+}
+
+} // namespace orvcore
+
+#endif

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <orvcore/files/Paths.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvcore {
+
+/// Status of an operation: zero or more is success, a negative value a failure.
+using ResultCode = std::int32_t;
+inline constexpr ResultCode kResultOK = 0;
+/// A file could not be opened for writing.
+inline constexpr ResultCode kResultFileNotOpened = static_cast<ResultCode>(0xA00F0005U);
+/// A file was opened, but its content could not be written whole.
+inline constexpr ResultCode kResultFileNotWritten = static_cast<ResultCode>(0xA00F0006U);
+
+/// @name Single files and folders
+/// Thread-safe as far as the file system is. Long paths work on every system.
+/// @{
+
+/// True when something (a file, a folder) exists at `path`; false too when that cannot be found out.
+ORVPLATFORM_API bool Exists(const std::filesystem::path& path) noexcept;
+/// True when `path` leads to a regular file.
+ORVPLATFORM_API bool IsFile(const std::filesystem::path& path) noexcept;
+/// True when `path` leads to a folder.
+ORVPLATFORM_API bool IsDirectory(const std::filesystem::path& path) noexcept;
+
+/// Creates the folder and its missing parents. Throws `std::filesystem::filesystem_error` when that fails.
+ORVPLATFORM_API void EnsureDirectory(const std::filesystem::path& directory);
+
+/// Creates and returns a new folder below the temporary folder: `area`, then a new identifier's text. Nobody else
+/// knows its name, and on systems with access rights nobody else may look into it, while all users may have such
+/// folders in one area. Throws as EnsureDirectory does. The caller removes it.
+ORVPLATFORM_API std::filesystem::path CreatePrivateDirectory(std::u8string_view area);
+
+/// Deletes a file, or a folder with all it holds; symbolic links are removed, never followed. True when nothing is
+/// left at `path`. Never throws.
+ORVPLATFORM_API bool RemoveTree(const std::filesystem::path& path) noexcept;
+
+/// What to do with a file that stands where another is to go.
+enum class IfExists { Keep, Overwrite };
+
+/// How safe a file is when a call that wrote it returns.
+enum class Durability {
+    Cached, ///< whole for every program of this machine
+    OnDisk, ///< and its content is on the disk before it takes the old one's place
+};
+
+/// Copies the content of one file over `to`, which then is wholly the new or (after a failure) wholly the old file.
+/// A link at `to` is followed. A file that is replaced leaves its access rights to the new one; where nothing was,
+/// those of `from` are taken. Throws `std::filesystem::filesystem_error`.
+ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
+                                 Durability durability = Durability::Cached);
+
+/// Reads a file in one block, as it is: no decoding. Empty when it cannot be read or is larger than `maxBytes`.
+ORVPLATFORM_API std::optional<std::string> ReadWholeFile(const std::filesystem::path& path,
+                                                         std::uint64_t maxBytes = std::uint64_t{1} << 30);
+
+/// Writes `size` bytes over the file at `path`, which others may have open meanwhile. The file is created when
+/// missing; its folder is not. After a failed write the broken file is removed.
+/// @return kResultOK, kResultFileNotOpened or kResultFileNotWritten.
+[[nodiscard]] ORVPLATFORM_API ResultCode WriteBufferToFile(const std::filesystem::path& path, const void* data,
+                                                           std::size_t size);
+/// @}
+
+/// @name Folders' contents
+/// @{
+
+/// What one folder holds directly, each list in name order, so that every system gives the same order.
+struct ORVPLATFORM_API DirectoryListing {
+    std::vector<std::filesystem::path> directories; ///< true folders; a symbolic link is never one
+    std::vector<std::filesystem::path> files;       ///< everything else, symbolic links to folders left out
+};
+
+/// Lists a folder; empty lists when it does not exist or cannot be read. Never throws for the file system's sake.
+ORVPLATFORM_API DirectoryListing ListDirectory(const std::filesystem::path& directory);
+
+/// Visits every file below `directory`, depth first: a folder's sub-folders, then its files. Symbolic links to
+/// folders are not followed, so the walk always ends. The visitor's false ends the walk.
+/// @return false when the visitor ended it.
+ORVPLATFORM_API bool WalkFiles(const std::filesystem::path& directory,
+                               const std::function<bool(const std::filesystem::path& file)>& visit);
+/// @}
+
+} // namespace orvcore

@@ -1,0 +1,156 @@
+#include <orvcore/files/shared/AtomicFile.h>
+
+#include <orvcore/files/FileError.h>
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/Files.h>
+#include <orvcore/files/shared/NativeFile.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace orvcore {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{512} << 10;
+// Writing to the disk begins while more is being made, so that the flush at the end finds little left to do.
+constexpr std::uint64_t kWritebackStep = std::uint64_t{8} << 20;
+
+fs::path FollowLinks(const fs::path& path)
+{
+    std::error_code error;
+    if (InspectPath(path, error).kind != FileKind::Link) {
+        return path;
+    }
+    fs::path real = RealPath(path, error);
+    return error ? path : real;
+}
+
+} // namespace
+
+bool MayReplace(const fs::path& path, std::error_code& error)
+{
+    error.clear();
+    if (!IsUsablePath(path)) {
+        error = path.empty() ? FileError::EmptyPath : std::make_error_code(std::errc::invalid_argument);
+        return false;
+    }
+    std::error_code unknown; // where it cannot be found out, the system answers the attempt itself
+    const FileKind kind = InspectTarget(path, unknown).kind;
+    if (kind == FileKind::Directory) {
+        error = std::make_error_code(std::errc::is_a_directory);
+    } else if (kind == FileKind::Other) {
+        error = FileError::NotARegularFile;
+    }
+    return !error;
+}
+
+AtomicFile::AtomicFile(const fs::path& path)
+    : target_(FollowLinks(path))
+    , file_(std::make_unique<detail::NativeFile>())
+{
+}
+
+AtomicFile::~AtomicFile()
+{
+    Rollback();
+}
+
+void AtomicFile::RemoveLeftBehind() const noexcept
+{
+    orvcore::RemoveLeftBehind(target_.has_parent_path() ? target_.parent_path() : ".", std::chrono::hours(24));
+}
+
+bool AtomicFile::Open(std::error_code& error)
+{
+    error.clear();
+    if (file_->IsOpen()) {
+        return true;
+    }
+    if (!MayReplace(target_, error)) {
+        return false;
+    }
+    private_ = PrivateSibling(target_);
+    *file_ = detail::NativeFile::Open(private_, detail::NativeFile::Mode::CreateNew, error);
+    if (error) {
+        private_.clear();
+        return false;
+    }
+    // At once: content that few may read is not shown to more while it is being written.
+    if (!rightsOf_.empty()) {
+        file_->CopyPermissions(rightsOf_);
+    }
+    file_->CopyPermissions(target_);
+    return true;
+}
+
+bool AtomicFile::FlushBuffer(std::error_code& error)
+{
+    error.clear();
+    if (buffer_.empty()) {
+        return true;
+    }
+    if (!Open(error) || !file_->WriteAt(bufferStart_, buffer_.data(), buffer_.size(), error)) {
+        return false;
+    }
+    const std::uint64_t end = bufferStart_ + buffer_.size();
+    if (end >= writtenBack_ + kWritebackStep) {
+        file_->StartWriteback(writtenBack_, end - writtenBack_);
+        writtenBack_ = end;
+    }
+    buffer_.clear();
+    return true;
+}
+
+bool AtomicFile::Write(const void* data, std::size_t size, std::error_code& error)
+{
+    error.clear();
+    const bool inBuffer = position_ >= bufferStart_ && position_ <= bufferStart_ + buffer_.size();
+    if ((!inBuffer || position_ - bufferStart_ + size > kBufferSize) && !FlushBuffer(error)) {
+        return false;
+    }
+    if (size > kBufferSize) {
+        if (!Open(error) || !file_->WriteAt(position_, data, size, error)) {
+            return false;
+        }
+    } else if (size > 0) {
+        if (buffer_.empty()) {
+            buffer_.reserve(kBufferSize);
+            bufferStart_ = position_;
+        }
+        const std::size_t at = position_ - bufferStart_;
+        buffer_.resize(std::max(buffer_.size(), at + size));
+        std::memcpy(buffer_.data() + at, data, size);
+    }
+    position_ += size;
+    size_ = std::max(size_, position_);
+    return true;
+}
+
+bool AtomicFile::Commit(Durability durability, std::error_code& error)
+{
+    const bool onDisk = durability == Durability::OnDisk;
+    if (!FlushBuffer(error) || !Open(error)) {
+        return false;
+    }
+    if ((onDisk && !file_->FlushToDisk(error)) || !file_->Close(error) || !RenameOver(private_, target_, error)) {
+        return false;
+    }
+    private_.clear();
+    return true;
+}
+
+void AtomicFile::Rollback() noexcept
+{
+    std::error_code ignored;
+    file_->Close(ignored);
+    buffer_.clear();
+    if (!private_.empty()) {
+        RemoveTree(private_);
+        private_.clear();
+    }
+}
+
+} // namespace orvcore

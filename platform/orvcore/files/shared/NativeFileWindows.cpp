@@ -1,0 +1,132 @@
+#if defined(_WIN32)
+
+#include <orvcore/files/Files.h>
+#include <orvcore/files/detail/WindowsError.h>
+#include <orvcore/files/shared/NativeFile.h>
+
+#include <windows.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace orvcore::detail {
+
+namespace {
+
+constexpr std::size_t kLargestCall = std::size_t{1} << 30;
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+HANDLE AsHandle(std::intptr_t handle)
+{
+    return reinterpret_cast<HANDLE>(handle);
+}
+
+OVERLAPPED At(std::uint64_t offset)
+{
+    OVERLAPPED position{};
+    position.Offset = static_cast<DWORD>(offset);
+    position.OffsetHigh = static_cast<DWORD>(offset >> 32);
+    return position;
+}
+
+} // namespace
+
+NativeFile NativeFile::Open(const std::filesystem::path& path, Mode mode, std::error_code& error)
+{
+    error.clear();
+    NativeFile file;
+    if (!IsUsablePath(path)) {
+        error = std::make_error_code(std::errc::invalid_argument);
+        return file;
+    }
+    const DWORD access = mode == Mode::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
+    const DWORD creation = mode == Mode::Read ? OPEN_EXISTING : mode == Mode::CreateNew ? CREATE_NEW : CREATE_ALWAYS;
+    const HANDLE handle =
+        ::CreateFileW(ToSystemPath(path).c_str(), access, kShareAll, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        error = LastWindowsError();
+        if (error == std::errc::permission_denied && IsDirectory(path)) {
+            error = std::make_error_code(std::errc::is_a_directory);
+        }
+    }
+    file.handle_ = reinterpret_cast<std::intptr_t>(handle);
+    return file;
+}
+
+std::uint64_t NativeFile::Size(std::error_code& error) const
+{
+    error.clear();
+    LARGE_INTEGER size{};
+    if (!::GetFileSizeEx(AsHandle(handle_), &size)) {
+        error = LastWindowsError();
+    }
+    return static_cast<std::uint64_t>(size.QuadPart);
+}
+
+std::size_t NativeFile::ReadAt(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const
+{
+    error.clear();
+    std::size_t done = 0;
+    while (done < size) {
+        OVERLAPPED position = At(offset + done);
+        DWORD got = 0;
+        const auto piece = static_cast<DWORD>(std::min(size - done, kLargestCall));
+        if (!::ReadFile(AsHandle(handle_), static_cast<char*>(data) + done, piece, &got, &position)) {
+            if (::GetLastError() != ERROR_HANDLE_EOF) {
+                error = LastWindowsError();
+            }
+            break;
+        }
+        if (got == 0) {
+            break;
+        }
+        done += got;
+    }
+    return done;
+}
+
+bool NativeFile::WriteAt(std::uint64_t offset, const void* data, std::size_t size, std::error_code& error)
+{
+    error.clear();
+    std::size_t done = 0;
+    while (done < size) {
+        OVERLAPPED position = At(offset + done);
+        DWORD put = 0;
+        const auto piece = static_cast<DWORD>(std::min(size - done, kLargestCall));
+        if (!::WriteFile(AsHandle(handle_), static_cast<const char*>(data) + done, piece, &put, &position)) {
+            error = LastWindowsError();
+            return false;
+        }
+        done += put;
+    }
+    return true;
+}
+
+void NativeFile::StartWriteback(std::uint64_t, std::uint64_t) noexcept {}
+
+bool NativeFile::FlushToDisk(std::error_code& error)
+{
+    error.clear();
+    if (!::FlushFileBuffers(AsHandle(handle_))) {
+        error = LastWindowsError();
+    }
+    return !error;
+}
+
+void NativeFile::CopyPermissions(const std::filesystem::path&) noexcept
+{
+    // A new file takes its rights from the folder, as the one it replaces did.
+}
+
+bool NativeFile::Close(std::error_code& error)
+{
+    error.clear();
+    if (handle_ != kNoHandle && !::CloseHandle(AsHandle(std::exchange(handle_, kNoHandle)))) {
+        error = LastWindowsError();
+    }
+    return !error;
+}
+
+} // namespace orvcore::detail
+
+#endif

@@ -1,0 +1,120 @@
+#include <orvcore/host/Application.h>
+#include <orvcore/host/Localiser.h>
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <shared_mutex>
+
+namespace orvcore {
+
+namespace {
+
+using Dictionary = std::map<std::string, UTF8String, std::less<>>;
+
+struct Dictionaries {
+    std::shared_mutex mutex;
+    std::map<std::string, Dictionary, std::less<>> byLanguage;
+};
+
+Dictionaries& TheDictionaries()
+{
+    static Dictionaries& dictionaries = *new Dictionaries; // never destroyed: workers may ask while the process exits
+    return dictionaries;
+}
+
+constexpr std::string_view kPrefix = "$$$/";
+
+std::optional<UTF8String> Find(std::string_view language, std::string_view name)
+{
+    const std::shared_lock lock(TheDictionaries().mutex);
+    const auto& all = TheDictionaries().byLanguage;
+    for (const std::string_view candidate : {language, language.substr(0, language.find_first_of("_-"))}) {
+        if (const auto dictionary = all.find(candidate); dictionary != all.end()) {
+            if (const auto entry = dictionary->second.find(name); entry != dictionary->second.end()) {
+                return entry->second;
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+UTF8String Unescape(std::string_view text)
+{
+    UTF8String out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char c = text[i];
+        if (c == '\\' && i + 1 < text.size() && (text[i + 1] == 'n' || text[i + 1] == '\\')) {
+            c = text[++i] == 'n' ? '\n' : '\\';
+        }
+        out.push_back(static_cast<char8_t>(c));
+    }
+    return out;
+}
+
+UTF8String Substitute(const UTF8String& text, std::initializer_list<std::u8string_view> arguments)
+{
+    UTF8String out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == u8'@' && i + 1 < text.size() && text[i + 1] >= u8'0' && text[i + 1] <= u8'9') {
+            const auto index = static_cast<std::size_t>(text[i + 1] - u8'0');
+            if (index < arguments.size()) {
+                out += arguments.begin()[index];
+                ++i;
+                continue;
+            }
+        }
+        out.push_back(text[i]);
+    }
+    return out;
+}
+
+} // namespace
+
+UTF8String Localiser::Resolve(std::string_view key, std::initializer_list<std::u8string_view> arguments)
+{
+    if (!key.starts_with(kPrefix)) {
+        return Substitute(ToUTF8(key), arguments);
+    }
+    const std::size_t equals = key.find('=');
+    std::optional<UTF8String> text = Find(Application::GetLanguage(), key.substr(0, equals));
+    if (!text) {
+        text = ToUTF8(equals == std::string_view::npos ? key : key.substr(equals + 1));
+    }
+    return Substitute(*text, arguments);
+}
+
+std::size_t Localiser::LoadDictionary(const std::string& language, std::string_view dictionary)
+{
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (dictionary.starts_with(kByteOrderMark)) {
+        dictionary.remove_prefix(kByteOrderMark.size());
+    }
+    std::size_t ignored = 0;
+    const std::unique_lock lock(TheDictionaries().mutex);
+    Dictionary& entries = TheDictionaries().byLanguage[language];
+    while (!dictionary.empty()) {
+        const std::size_t end = dictionary.find('\n');
+        std::string_view line = dictionary.substr(0, end);
+        dictionary.remove_prefix(end == std::string_view::npos ? dictionary.size() : end + 1);
+        if (line.ends_with('\r')) {
+            line.remove_suffix(1);
+        }
+        const std::size_t equals = line.find('=');
+        if (line.starts_with(kPrefix) && equals != std::string_view::npos) {
+            entries.insert_or_assign(std::string(line.substr(0, equals)), Unescape(line.substr(equals + 1)));
+        } else if (!line.empty() && !line.starts_with('#')) {
+            ++ignored;
+        }
+    }
+    return ignored;
+}
+
+void Localiser::UnloadDictionary(const std::string& language)
+{
+    const std::unique_lock lock(TheDictionaries().mutex);
+    TheDictionaries().byLanguage.erase(language);
+}
+
+} // namespace orvcore

@@ -1,0 +1,288 @@
+#pragma once
+
+#include <orvcore/json/shared/JSONDocument.h>
+#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/tasks/ParallelFor.h>
+#include <orvcore/text/Guid.h>
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <map>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+// How one C++ type stands in JSON. A codec has two static functions:
+//   bool Read(const JSONNode&, T&)    false when the value is of no usable kind; T is then left in any valid state
+//   void Write(JSONSink&, const T&)
+namespace orvcore::serialization::detail {
+
+template <class T>
+struct Codec;
+
+template <>
+struct Codec<bool> {
+    static bool Read(const JSONNode& node, bool& out)
+    {
+        return node.Get(out);
+    }
+    static void Write(JSONSink& sink, bool value)
+    {
+        sink.Bool(value);
+    }
+};
+
+template <>
+struct Codec<double> {
+    static bool Read(const JSONNode& node, double& out)
+    {
+        return node.Get(out);
+    }
+    static void Write(JSONSink& sink, double value)
+    {
+        sink.Double(value);
+    }
+};
+
+// A signed integer that must fit T.
+template <class T>
+requires(std::is_integral_v<T>&& std::is_signed_v<T>) struct Codec<T> {
+    static bool Read(const JSONNode& node, T& out)
+    {
+        std::int64_t value = 0;
+        if (!node.Get(value) || value < std::numeric_limits<T>::min() || value > std::numeric_limits<T>::max()) {
+            return false;
+        }
+        out = static_cast<T>(value);
+        return true;
+    }
+    static void Write(JSONSink& sink, T value)
+    {
+        sink.Int(value);
+    }
+};
+
+// An unsigned integer that must fit T.
+template <class T>
+requires(std::is_integral_v<T>&& std::is_unsigned_v<T> && !std::is_same_v<T, bool>) struct Codec<T> {
+    static bool Read(const JSONNode& node, T& out)
+    {
+        std::uint64_t value = 0;
+        if (!node.Get(value) || value > std::numeric_limits<T>::max()) {
+            return false;
+        }
+        out = static_cast<T>(value);
+        return true;
+    }
+    static void Write(JSONSink& sink, T value)
+    {
+        sink.UInt(value);
+    }
+};
+
+// An enumeration as its number; numbers without a name are kept.
+template <class T>
+requires std::is_enum_v<T>
+struct Codec<T> {
+    using Number = std::underlying_type_t<T>;
+    static bool Read(const JSONNode& node, T& out)
+    {
+        Number value{};
+        if (!Codec<Number>::Read(node, value)) {
+            return false;
+        }
+        out = static_cast<T>(value);
+        return true;
+    }
+    static void Write(JSONSink& sink, T value)
+    {
+        Codec<Number>::Write(sink, static_cast<Number>(value));
+    }
+};
+
+template <>
+struct Codec<std::string> {
+    static bool Read(const JSONNode& node, std::string& out)
+    {
+        std::string_view text;
+        if (!node.Get(text)) {
+            return false;
+        }
+        out = text;
+        return true;
+    }
+    static void Write(JSONSink& sink, const std::string& value)
+    {
+        sink.String(value);
+    }
+};
+
+template <>
+struct Codec<UTF8String> {
+    static bool Read(const JSONNode& node, UTF8String& out)
+    {
+        std::string_view text;
+        if (!node.Get(text)) {
+            return false;
+        }
+        out = AsUTF8(text);
+        return true;
+    }
+    static void Write(JSONSink& sink, const UTF8String& value)
+    {
+        sink.String(AsNarrow(value));
+    }
+};
+
+template <>
+struct Codec<UTF16String> {
+    static bool Read(const JSONNode& node, UTF16String& out)
+    {
+        std::string_view text;
+        if (!node.Get(text)) {
+            return false;
+        }
+        out = ToUTF16(text);
+        return true;
+    }
+    static void Write(JSONSink& sink, const UTF16String& value)
+    {
+        sink.String(std::u16string_view(value));
+    }
+};
+
+template <>
+struct Codec<Guid> {
+    static bool Read(const JSONNode& node, Guid& out)
+    {
+        std::string_view text;
+        const auto guid = node.Get(text) ? Guid::FromString(text) : std::nullopt;
+        out = guid.value_or(Guid());
+        return guid.has_value();
+    }
+    static void Write(JSONSink& sink, const Guid& value)
+    {
+        sink.String(std::string_view(value.ToString()));
+    }
+};
+
+/// Lists with more elements than this convert on all workers of the CPU-bound executor.
+inline constexpr std::size_t kParallelThreshold = 512;
+/// How many elements one piece of such a conversion takes.
+inline constexpr std::size_t kParallelGrain = 128;
+
+// Writes `count` elements in order, each by `write(JSONSink&, index)`.
+template <class WriteElement>
+void WriteElements(JSONSink& sink, std::size_t count, const WriteElement& write)
+{
+    sink.BeginArray();
+    if (count <= kParallelThreshold) {
+        for (std::size_t i = 0; i < count; ++i) {
+            write(sink, i);
+        }
+    } else {
+        std::vector<UTF8String> pieces((count + kParallelGrain - 1) / kParallelGrain);
+        ParallelFor(pieces.size(), 1, [&](std::size_t begin, std::size_t end) {
+            for (std::size_t piece = begin; piece < end; ++piece) {
+                JSONTextWriter writer(sink.LastKey(), sink.Depth() - 1);
+                writer.BeginArray();
+                const std::size_t last = std::min(count, (piece + 1) * kParallelGrain);
+                for (std::size_t i = piece * kParallelGrain; i < last; ++i) {
+                    write(writer, i);
+                }
+                writer.EndArray();
+                pieces[piece] = writer.Take();
+            }
+        });
+        for (const UTF8String& piece : pieces) {
+            sink.RawElements(AsNarrow(piece));
+        }
+    }
+    sink.EndArray();
+}
+
+// Calls `read(index)` for every index below `count`; false as soon as one call returned false.
+template <class ReadElement>
+bool ReadElements(std::size_t count, const ReadElement& read)
+{
+    if (count <= kParallelThreshold) {
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!read(i)) {
+                return false;
+            }
+        }
+        return true;
+    }
+    std::atomic<bool> usable = true;
+    ParallelFor(count, kParallelGrain, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end && usable.load(std::memory_order_relaxed); ++i) {
+            if (!read(i)) {
+                usable = false;
+            }
+        }
+    });
+    return usable;
+}
+
+template <class T>
+struct Codec<std::vector<T>> {
+    static_assert(!std::is_same_v<T, bool>, "elements must be separate objects");
+    static bool Read(const JSONNode& node, std::vector<T>& out)
+    {
+        if (!node.IsArray()) {
+            return false;
+        }
+        const auto children = node.Children();
+        std::vector<T> elements(children.size());
+        if (!ReadElements(children.size(), [&](std::size_t i) { return Codec<T>::Read(children[i], elements[i]); })) {
+            return false;
+        }
+        out = std::move(elements);
+        return true;
+    }
+    static void Write(JSONSink& sink, const std::vector<T>& value)
+    {
+        WriteElements(sink, value.size(), [&](JSONSink& to, std::size_t i) { Codec<T>::Write(to, value[i]); });
+    }
+};
+
+// A map from locale to value is an object keyed by locale name.
+template <class T>
+struct Codec<std::map<UTF16String, T>> {
+    static bool Read(const JSONNode& node, std::map<UTF16String, T>& out)
+    {
+        if (!node.IsObject()) {
+            return false;
+        }
+        std::map<UTF16String, T> members;
+        for (const JSONNode& child : node.Children()) {
+            T value{};
+            if (!Codec<T>::Read(child, value)) {
+                return false;
+            }
+            members.insert_or_assign(ToUTF16(child.Key()), std::move(value));
+        }
+        out = std::move(members);
+        return true;
+    }
+    static void Write(JSONSink& sink, const std::map<UTF16String, T>& value)
+    {
+        // The map is ordered by UTF-16 code units, JSON keys by UTF-8 bytes; the two differ past the surrogates.
+        std::vector<std::pair<std::string, const T*>> members;
+        members.reserve(value.size());
+        for (const auto& [key, member] : value) {
+            members.emplace_back(ToNarrow(key), &member);
+        }
+        std::stable_sort(members.begin(), members.end(),
+                         [](const auto& a, const auto& b) { return a.first < b.first; });
+        sink.BeginObject();
+        for (const auto& [key, member] : members) {
+            sink.Key(key);
+            Codec<T>::Write(sink, *member);
+        }
+        sink.EndObject();
+    }
+};
+
+} // namespace orvcore::serialization::detail

@@ -1,0 +1,335 @@
+#pragma once
+
+#include <orvcore/json/shared/JSONCodec.h>
+#include <orvcore/json/shared/JSONTreeBuilder.h>
+#include <orvcore/text/shared/SameText.h>
+
+#include <array>
+#include <functional>
+#include <string>
+#include <tuple>
+
+// A JSON object's shape, written once. `JSONTable<Record>::fields` lists the object's keys in the order in which the
+// format documents them; the reader and the writer both walk that list. The text puts the keys out in ascending byte
+// order, which is worked out from the list at compile time.
+namespace orvcore::serialization::detail {
+
+/// Specialised for each record: `static constexpr auto fields = Fields(Required(...), Optional(...), ...)` and, for
+/// records that keep what they do not know, `static constexpr auto unknown = &Record::unknownKeys` (or a callable that
+/// leads from the record to its `UnknownKeys`).
+template <class Record>
+struct JSONTable;
+
+enum class Presence : std::uint8_t {
+    kRequired, // absent or unusable: missing-key error
+    kOptional, // absent: the record's default stays; unusable: missing-key error
+    kLenient,  // absent or unusable: the record's default stays
+};
+
+struct Always {
+    template <class Record>
+    constexpr bool operator()(const Record&) const
+    {
+        return true;
+    }
+};
+
+// A field that is read and never written has this in the writer's place.
+struct NotWritten {};
+
+template <class ReadFunction, class WriteFunction, class Condition = Always>
+struct Field {
+    std::string_view key;
+    Presence presence;
+    ReadFunction read;   // bool(const JSONNode&, Record&)
+    WriteFunction write; // void(JSONSink&, const Record&)
+    Condition condition{};
+
+    /// Read where present, never written.
+    constexpr auto ReadOnly() const
+    {
+        return Field<ReadFunction, NotWritten>{key, presence, read, {}, {}};
+    }
+    /// Written only for records that satisfy `condition`.
+    template <class C>
+    constexpr auto WrittenWhen(C when) const
+    {
+        return Field<ReadFunction, WriteFunction, C>{key, presence, read, write, when};
+    }
+};
+
+template <class C, class Record, class Member>
+constexpr auto MemberField(std::string_view key, Presence presence, Member Record::*member)
+{
+    using Used = std::conditional_t<std::is_void_v<C>, Codec<Member>, C>;
+    const auto read = [member](const JSONNode& node, Record& record) { return Used::Read(node, record.*member); };
+    const auto write = [member](JSONSink& sink, const Record& record) { Used::Write(sink, record.*member); };
+    return Field<decltype(read), decltype(write)>{key, presence, read, write, {}};
+}
+
+/// @name Rows over a data member. `C` names a codec other than the member type's own.
+/// @{
+template <class C = void, class Record, class Member>
+constexpr auto Required(std::string_view key, Member Record::*member)
+{
+    return MemberField<C>(key, Presence::kRequired, member);
+}
+template <class C = void, class Record, class Member>
+constexpr auto Optional(std::string_view key, Member Record::*member)
+{
+    return MemberField<C>(key, Presence::kOptional, member);
+}
+template <class C = void, class Record, class Member>
+constexpr auto Lenient(std::string_view key, Member Record::*member)
+{
+    return MemberField<C>(key, Presence::kLenient, member);
+}
+/// @}
+
+/// A row over a getter and a setter: `read` and `write` are any callables of the shapes that `Field` names.
+template <class ReadFunction, class WriteFunction>
+constexpr auto CustomField(std::string_view key, Presence presence, ReadFunction read, WriteFunction write)
+{
+    return Field<ReadFunction, WriteFunction>{key, presence, read, write, {}};
+}
+
+template <class Whole, class Access, class Read, class Write, class Condition>
+constexpr auto LiftRow(Access access, const Field<Read, Write, Condition>& row)
+{
+    const auto read = [access, inner = row.read](const JSONNode& node, Whole& whole) {
+        return inner(node, std::invoke(access, whole));
+    };
+    const auto condition = [access, inner = row.condition](const Whole& whole) {
+        return inner(std::invoke(access, whole));
+    };
+    if constexpr (std::is_same_v<Write, NotWritten>) {
+        return Field<decltype(read), NotWritten>{row.key, row.presence, read, {}, {}};
+    } else {
+        const auto write = [access, inner = row.write](JSONSink& sink, const Whole& whole) {
+            inner(sink, std::invoke(access, whole));
+        };
+        return Field<decltype(read), decltype(write), decltype(condition)>{row.key, row.presence, read, write,
+                                                                           condition};
+    }
+}
+
+template <class... F>
+constexpr auto Fields(F... fields)
+{
+    return std::make_tuple(fields...);
+}
+
+/// The rows of a part as rows of the whole that holds it. `access` leads from the whole to the part: a member pointer,
+/// or a callable that takes the whole by reference, const or not, and returns the part the same way. The rows may then
+/// be joined with the whole's own by `std::tuple_cat`.
+template <class Whole, class Access, class... Rows>
+constexpr auto Lift(Access access, const std::tuple<Rows...>& rows)
+{
+    return std::apply([access](const auto&... row) { return std::make_tuple(LiftRow<Whole>(access, row)...); }, rows);
+}
+
+// The keys of a table in both their orders: the table's own and ascending byte order.
+template <std::size_t N>
+struct KeyOrder {
+    std::array<std::string_view, N> tableKeys{};
+    std::array<std::string_view, N> keys{}; // ascending
+    std::array<std::size_t, N> rows{};      // ascending place to row of the table
+    std::array<std::size_t, N> places{};    // and back
+
+    // The row of `key`, or N. `last` is the row found before, or N: documents come in one of the two orders.
+    std::size_t Find(std::string_view key, std::size_t last) const
+    {
+        const std::size_t nextPlace = last < N ? places[last] + 1 : 0;
+        if (nextPlace < N && orvcore::detail::SameText(keys[nextPlace], key)) {
+            return rows[nextPlace];
+        }
+        const std::size_t nextRow = last < N ? last + 1 : 0;
+        if (nextRow < N && orvcore::detail::SameText(tableKeys[nextRow], key)) {
+            return nextRow;
+        }
+        const auto at = std::lower_bound(keys.begin(), keys.end(), key);
+        return at != keys.end() && *at == key ? rows[static_cast<std::size_t>(at - keys.begin())] : N;
+    }
+};
+
+template <class Table, std::size_t... I>
+constexpr auto OrderOf(const Table& table, std::index_sequence<I...>)
+{
+    KeyOrder<sizeof...(I)> order{};
+    order.tableKeys = {std::get<I>(table).key...};
+    const auto& keys = order.tableKeys;
+    for (std::size_t row = 0; row < sizeof...(I); ++row) {
+        std::size_t at = row;
+        for (; at > 0 && keys[row] < order.keys[at - 1]; --at) {
+            order.keys[at] = order.keys[at - 1];
+            order.rows[at] = order.rows[at - 1];
+        }
+        order.keys[at] = keys[row];
+        order.rows[at] = row;
+    }
+    for (std::size_t place = 0; place < sizeof...(I); ++place) {
+        order.places[order.rows[place]] = place;
+    }
+    return order;
+}
+
+template <class Record, const auto& Table>
+struct TableWalker {
+    static constexpr std::size_t kCount = std::tuple_size_v<std::remove_cvref_t<decltype(Table)>>;
+    static constexpr auto kOrder = OrderOf(Table, std::make_index_sequence<kCount>());
+
+    static void Read(const JSONNode& object, Record& record, UnknownKeys* unknown)
+    {
+        std::array<const JSONNode*, kCount> found{};
+        std::size_t last = kCount;
+        for (const JSONNode& child : object.Children()) {
+            const std::size_t row = kOrder.Find(child.Key(), last);
+            if (row < kCount) {
+                found[row] = &child;
+                last = row;
+            } else if (unknown != nullptr) {
+                KeepUnknown(child, *unknown);
+            }
+        }
+        ReadRows(found, record, std::make_index_sequence<kCount>());
+    }
+
+    static void Write(JSONSink& sink, const Record& record, const UnknownKeys* unknown)
+    {
+        sink.BeginObject();
+        UnknownKeys::const_iterator next{};
+        UnknownKeys::const_iterator end{};
+        if (unknown != nullptr) {
+            next = unknown->begin();
+            end = unknown->end();
+        }
+        WriteRows(sink, record, next, end, std::make_index_sequence<kCount>());
+        for (; next != end; ++next) {
+            WriteUnknown(sink, *next);
+        }
+        sink.EndObject();
+    }
+
+private:
+    static void KeepUnknown(const JSONNode& node, UnknownKeys& unknown)
+    {
+        unknown.insert_or_assign(std::string(node.Key()), ToNarrow(GetJSONUTF8String(node.ToTree(), false)));
+    }
+
+    template <std::size_t... I>
+    static void ReadRows(const std::array<const JSONNode*, kCount>& found, Record& record, std::index_sequence<I...>)
+    {
+        (ReadRow(std::get<I>(Table), found[I], record), ...);
+    }
+
+    template <class Row>
+    static void ReadRow(const Row& row, const JSONNode* node, Record& record)
+    {
+        const bool satisfied = node == nullptr ? row.presence != Presence::kRequired
+                                               : row.read(*node, record) || row.presence == Presence::kLenient;
+        if (!satisfied) {
+            throw missing_key_exception(std::string(row.key));
+        }
+    }
+
+    template <std::size_t... I>
+    static void WriteRows(JSONSink& sink, const Record& record, UnknownKeys::const_iterator& next,
+                          UnknownKeys::const_iterator end, std::index_sequence<I...>)
+    {
+        (WriteRow(std::get<kOrder.rows[I]>(Table), sink, record, next, end), ...);
+    }
+
+    template <class Row>
+    static void WriteRow(const Row& row, JSONSink& sink, const Record& record, UnknownKeys::const_iterator& next,
+                         UnknownKeys::const_iterator end)
+    {
+        if constexpr (!std::is_same_v<std::remove_cvref_t<decltype(row.write)>, NotWritten>) {
+            for (; next != end && next->first < row.key; ++next) {
+                WriteUnknown(sink, *next);
+            }
+            if (next != end && next->first == row.key) {
+                ++next; // the record's own value holds, also where it is not written
+            }
+            if (row.condition(record)) {
+                sink.PlainKey(row.key);
+                row.write(sink, record);
+            }
+        }
+    }
+
+    static void WriteUnknown(JSONSink& sink, const UnknownKeys::value_type& member)
+    {
+        sink.Key(member.first);
+        sink.Raw(member.second);
+    }
+};
+
+template <class T>
+concept TabledRecord = requires
+{
+    JSONTable<T>::fields;
+};
+
+template <class T>
+concept KeepsUnknownKeys = requires
+{
+    JSONTable<T>::unknown;
+};
+
+/// A record with a table is an object; anything else under its key is unusable.
+template <TabledRecord T>
+struct TableCodec {
+    using Walker = TableWalker<T, JSONTable<T>::fields>;
+    static bool Read(const JSONNode& node, T& out)
+    {
+        if (!node.IsObject()) {
+            return false;
+        }
+        if constexpr (KeepsUnknownKeys<T>) {
+            Walker::Read(node, out, &std::invoke(JSONTable<T>::unknown, out));
+        } else {
+            Walker::Read(node, out, nullptr);
+        }
+        return true;
+    }
+    static void Write(JSONSink& sink, const T& value)
+    {
+        if constexpr (KeepsUnknownKeys<T>) {
+            Walker::Write(sink, value, &std::invoke(JSONTable<T>::unknown, value));
+        } else {
+            Walker::Write(sink, value, nullptr);
+        }
+    }
+};
+
+template <TabledRecord T>
+struct Codec<T> : TableCodec<T> {
+};
+
+/// A value as a tree.
+template <class T>
+Variant ToTree(const T& value)
+{
+    JSONTreeBuilder builder;
+    Codec<T>::Write(builder, value);
+    return builder.Take();
+}
+
+/// A value from a tree; `T{}` filled from it. @return false when the tree is of no usable kind.
+/// @throws missing_key_exception by the rules of the record's table.
+template <class T>
+bool FromTree(const Variant& tree, T& out)
+{
+    return Codec<T>::Read(JSONDocument::FromTree(tree).Root(), out);
+}
+
+/// A value as compact JSON text.
+template <class T>
+UTF8String ToText(const T& value)
+{
+    JSONTextWriter writer;
+    Codec<T>::Write(writer, value);
+    return writer.Take();
+}
+
+} // namespace orvcore::serialization::detail

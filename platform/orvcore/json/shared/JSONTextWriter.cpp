@@ -1,0 +1,338 @@
+#include <orvcore/json/shared/JSONTextWriter.h>
+
+#include <orvcore/json/JSON.h>
+#include <orvcore/json/shared/JSONWriteError.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace orvcore::serialization {
+
+namespace {
+
+// What a byte needs inside a JSON string: 0 nothing, 'u' the \u00XX form, 8 a look at its UTF-8 sequence, else the
+// letter after the back-slash.
+constexpr std::array<char8_t, 256> kEscapes = [] {
+    std::array<char8_t, 256> table{};
+    for (std::size_t i = 0; i < 0x20; ++i) {
+        table[i] = u8'u';
+    }
+    table['\b'] = u8'b';
+    table['\f'] = u8'f';
+    table['\n'] = u8'n';
+    table['\r'] = u8'r';
+    table['\t'] = u8't';
+    table['"'] = u8'"';
+    table['\\'] = u8'\\';
+    return table;
+}();
+
+constexpr std::u8string_view kHexDigits = u8"0123456789abcdef";
+
+// The most that one byte becomes when it is escaped.
+constexpr std::size_t kLongestEscape = 6;
+
+char8_t* PutEscape(unsigned char byte, char8_t* to)
+{
+    *to++ = u8'\\';
+    *to++ = kEscapes[byte];
+    if (kEscapes[byte] == u8'u') {
+        *to++ = u8'0';
+        *to++ = u8'0';
+        *to++ = kHexDigits[byte >> 4U];
+        *to++ = kHexDigits[byte & 0x0FU];
+    }
+    return to;
+}
+
+// The most objects and arrays of a compact, well-formed JSON text that one of its values lies in.
+std::size_t DeepestValue(std::string_view json)
+{
+    std::size_t deepest = 0;
+    std::size_t depth = 0;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (c == ']' || c == '}') {
+            --depth;
+            continue;
+        }
+        deepest = std::max(deepest, depth);
+        if (c == '[' || c == '{') {
+            ++depth;
+        } else if (c == '"') {
+            for (++i; i < json.size() && json[i] != '"'; ++i) {
+                i += json[i] == '\\' ? 1U : 0U;
+            }
+        }
+    }
+    return deepest;
+}
+
+// Texts are escaped in slices, so that the room for the worst case stays small.
+constexpr std::size_t kSlice = 4096;
+
+// The length of a text's first slice, which does not part a surrogate pair.
+std::size_t SliceLength(std::u16string_view text)
+{
+    if (text.size() <= kSlice) {
+        return text.size();
+    }
+    const char16_t last = text[kSlice - 1];
+    return last >= 0xD800 && last <= 0xDBFF ? kSlice - 1 : kSlice;
+}
+
+char8_t* PutEscaped(std::u16string_view text, char8_t* to)
+{
+    for (std::size_t i = 0; i < text.size();) {
+        if (text[i] < 0x80) {
+            const auto byte = static_cast<unsigned char>(text[i++]);
+            if (kEscapes[byte] != 0) {
+                to = PutEscape(byte, to);
+            } else {
+                *to++ = byte;
+            }
+            continue;
+        }
+        std::size_t end = i;
+        while (end < text.size() && text[end] >= 0x80) {
+            ++end;
+        }
+        to = EncodeUTF8(text.substr(i, end - i), to);
+        i = end;
+    }
+    return to;
+}
+
+} // namespace
+
+JSONTextWriter::JSONTextWriter(bool formatted)
+    : formatted_(formatted)
+{
+}
+
+JSONTextWriter::JSONTextWriter(std::string_view key, std::size_t depth)
+    : depth_(depth)
+    , formatted_(false)
+    , lastKey_(key)
+{
+}
+
+JSONTextWriter::~JSONTextWriter() = default;
+
+UTF8String JSONTextWriter::Take()
+{
+    UTF8String result(buffer_.get(), size_);
+    size_ = 0;
+    needComma_ = false;
+    return result;
+}
+
+void JSONTextWriter::Grow(std::size_t bytes)
+{
+    constexpr std::size_t kFirst = 4096;
+    const std::size_t capacity = std::max({kFirst, capacity_ * 2, size_ + bytes});
+    auto buffer = std::make_unique_for_overwrite<char8_t[]>(capacity);
+    std::copy_n(buffer_.get(), size_, buffer.get());
+    buffer_ = std::move(buffer);
+    capacity_ = capacity;
+}
+
+void JSONTextWriter::Put(std::string_view bytes)
+{
+    std::copy_n(bytes.data(), bytes.size(), Reserve(bytes.size()));
+    size_ += bytes.size();
+}
+
+void JSONTextWriter::NewLine()
+{
+    Put(u8'\n');
+    std::fill_n(Reserve(depth_ * 2), depth_ * 2, u8' ');
+    size_ += depth_ * 2;
+}
+
+void JSONTextWriter::BeforeValue()
+{
+    if (afterKey_) {
+        afterKey_ = false;
+    } else {
+        if (needComma_) {
+            Put(u8',');
+        }
+        if (formatted_ && depth_ > 0) {
+            NewLine();
+        }
+    }
+    needComma_ = true;
+}
+
+void JSONTextWriter::Begin(char8_t bracket)
+{
+    BeforeValue();
+    Put(bracket);
+    ++depth_;
+    needComma_ = false;
+}
+
+void JSONTextWriter::End(char8_t bracket)
+{
+    --depth_;
+    if (formatted_ && needComma_) {
+        NewLine();
+    }
+    Put(bracket);
+    needComma_ = true;
+}
+
+void JSONTextWriter::BeginObject()
+{
+    Begin(u8'{');
+}
+void JSONTextWriter::EndObject()
+{
+    End(u8'}');
+}
+void JSONTextWriter::BeginArray()
+{
+    Begin(u8'[');
+}
+void JSONTextWriter::EndArray()
+{
+    End(u8']');
+}
+
+void JSONTextWriter::Key(std::string_view key)
+{
+    BeforeValue();
+    Quote(key);
+    AfterKey(key);
+}
+
+void JSONTextWriter::PlainKey(std::string_view key)
+{
+    BeforeValue();
+    char8_t* to = Reserve(key.size() + 2);
+    *to++ = u8'"';
+    to = std::copy(key.begin(), key.end(), to);
+    *to = u8'"';
+    size_ += key.size() + 2;
+    AfterKey(key);
+}
+
+void JSONTextWriter::AfterKey(std::string_view key)
+{
+    lastKey_ = key;
+    Put(u8':');
+    if (formatted_) {
+        Put(u8' ');
+    }
+    afterKey_ = true;
+}
+
+void JSONTextWriter::Null()
+{
+    BeforeValue();
+    Put("null");
+}
+
+void JSONTextWriter::Bool(bool value)
+{
+    BeforeValue();
+    Put(value ? "true" : "false");
+}
+
+template <class Number>
+void JSONTextWriter::PutNumber(Number value)
+{
+    constexpr std::size_t kLongestNumber = 32;
+    auto* to = reinterpret_cast<char*>(Reserve(kLongestNumber));
+    size_ += static_cast<std::size_t>(std::to_chars(to, to + kLongestNumber, value).ptr - to);
+}
+
+void JSONTextWriter::Int(std::int64_t value)
+{
+    BeforeValue();
+    PutNumber(value);
+}
+
+void JSONTextWriter::UInt(std::uint64_t value)
+{
+    BeforeValue();
+    PutNumber(value);
+}
+
+void JSONTextWriter::Double(double value)
+{
+    if (!std::isfinite(value)) {
+        throw detail::NotFinite(lastKey_);
+    }
+    BeforeValue();
+    const std::size_t before = size_;
+    PutNumber(value);
+    const std::u8string_view digits(buffer_.get() + before, size_ - before);
+    if (digits.find_first_of(u8".e") == std::u8string_view::npos) {
+        Put(".0");
+    }
+}
+
+void JSONTextWriter::String(std::string_view text)
+{
+    BeforeValue();
+    Quote(text);
+}
+
+void JSONTextWriter::Quote(std::string_view text)
+{
+    if (!IsWellFormedUTF8(text)) {
+        const UTF8String mended = ToUTF8(ToUTF16(text));
+        return Quote(AsNarrow(mended));
+    }
+    Put(u8'"');
+    for (; !text.empty(); text.remove_prefix(std::min(text.size(), kSlice))) {
+        char8_t* const begin = Reserve(std::min(text.size(), kSlice) * kLongestEscape);
+        char8_t* to = begin;
+        for (const char c : text.substr(0, kSlice)) {
+            const auto byte = static_cast<unsigned char>(c);
+            if (kEscapes[byte] != 0) {
+                to = PutEscape(byte, to);
+            } else {
+                *to++ = byte;
+            }
+        }
+        size_ += static_cast<std::size_t>(to - begin);
+    }
+    Put(u8'"');
+}
+
+void JSONTextWriter::String(std::u16string_view text)
+{
+    BeforeValue();
+    Put(u8'"');
+    while (!text.empty()) {
+        const std::u16string_view slice = text.substr(0, SliceLength(text));
+        char8_t* const begin = Reserve(slice.size() * kLongestEscape);
+        size_ += static_cast<std::size_t>(PutEscaped(slice, begin) - begin);
+        text.remove_prefix(slice.size());
+    }
+    Put(u8'"');
+}
+
+void JSONTextWriter::Raw(std::string_view json)
+{
+    if (depth_ + DeepestValue(json) > kMaxJSONDepth) {
+        throw json_write_exception("a value" + detail::UnderKey(lastKey_) + " is nested too deep");
+    }
+    BeforeValue();
+    Put(json);
+}
+
+void JSONTextWriter::RawElements(std::string_view jsonArray)
+{
+    if (jsonArray.size() > 2) {
+        BeforeValue();
+        Put(jsonArray.substr(1, jsonArray.size() - 2));
+    }
+}
+
+} // namespace orvcore::serialization

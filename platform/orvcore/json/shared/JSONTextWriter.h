@@ -1,0 +1,85 @@
+#pragma once
+
+#include <orvcore/json/JSONErrors.h>
+#include <orvcore/json/shared/JSONSink.h>
+
+#include <memory>
+
+namespace orvcore::serialization {
+
+/// Writes JSON text: compact by default, or indented by two spaces a level. Not thread-safe.
+/// A number that is not finite raises `json_write_exception`, which names the key; so does a raw value that would lie
+/// deeper than `kMaxJSONDepth`, where no reader would take it.
+class ORVPLATFORM_API JSONTextWriter final : public JSONSink {
+public:
+    explicit JSONTextWriter(bool formatted = false);
+    /// A writer of a part: of a compact value that is to lie `depth` deep in a whole, under `key`, for messages. The
+    /// key's bytes must outlive this writer.
+    JSONTextWriter(std::string_view key, std::size_t depth);
+    ~JSONTextWriter() override;
+
+    void BeginObject() override;
+    void EndObject() override;
+    void BeginArray() override;
+    void EndArray() override;
+    void Key(std::string_view key) override;
+    void PlainKey(std::string_view key) override;
+    std::string_view LastKey() const noexcept override
+    {
+        return lastKey_;
+    }
+    std::size_t Depth() const noexcept override
+    {
+        return depth_;
+    }
+    void Null() override;
+    void Bool(bool value) override;
+    void Int(std::int64_t value) override;
+    void UInt(std::uint64_t value) override;
+    void Double(double value) override;
+    void String(std::string_view text) override;
+    void String(std::u16string_view text) override;
+    void Raw(std::string_view json) override;
+    void RawElements(std::string_view jsonArray) override;
+
+    /// Hands the text over and leaves the writer empty.
+    UTF8String Take();
+
+private:
+    void BeforeValue();
+    void Begin(char8_t bracket);
+    void End(char8_t bracket);
+    void NewLine();
+    void AfterKey(std::string_view key);
+    void Quote(std::string_view text);
+    template <class Number>
+    void PutNumber(Number value);
+
+    // Room for `bytes` more at the end.
+    char8_t* Reserve(std::size_t bytes)
+    {
+        if (capacity_ - size_ < bytes) {
+            Grow(bytes);
+        }
+        return buffer_.get() + size_;
+    }
+    void Grow(std::size_t bytes);
+    void Put(char8_t byte)
+    {
+        *Reserve(1) = byte;
+        ++size_;
+    }
+    void Put(std::string_view bytes);
+
+    // A buffer of our own: a standard string would fill what it reserves before it is written.
+    std::unique_ptr<char8_t[]> buffer_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
+    std::size_t depth_ = 0;
+    bool formatted_;
+    bool needComma_ = false;
+    bool afterKey_ = false;
+    std::string_view lastKey_;
+};
+
+} // namespace orvcore::serialization

@@ -1,0 +1,130 @@
+#include <orvcore/tasks/AsyncThreadedSubExecutor.h>
+
+#include <algorithm>
+#include <deque>
+#include <mutex>
+
+namespace orvcore {
+
+struct AsyncThreadedSubExecutor::State : std::enable_shared_from_this<State> {
+    State(std::shared_ptr<Executor> executor, std::size_t limit)
+        : concurrency(limit)
+        , parent(std::move(executor))
+    {
+    }
+
+    bool Post(OneTimeInvocation task);
+    bool PostRunner(const std::shared_ptr<Executor>& executor);
+    void RunOne();
+    void Stop();
+
+    const std::size_t concurrency;
+    std::mutex mutex;
+    std::shared_ptr<Executor> parent; // empty after the release
+    std::deque<OneTimeInvocation> queue;
+    std::size_t runners = 0; // tasks of the parent that run, or will run, one task of the queue each
+    bool stopped = false;
+};
+
+bool AsyncThreadedSubExecutor::State::PostRunner(const std::shared_ptr<Executor>& executor)
+{
+    return executor && executor->Post([self = shared_from_this()] { self->RunOne(); });
+}
+
+bool AsyncThreadedSubExecutor::State::Post(OneTimeInvocation task)
+{
+    std::shared_ptr<Executor> executor;
+    {
+        const std::lock_guard lock(mutex);
+        if (stopped) {
+            return false;
+        }
+        queue.push_back(std::move(task));
+        if (runners == concurrency) {
+            return true;
+        }
+        ++runners;
+        executor = parent;
+    }
+    if (PostRunner(executor)) {
+        return true;
+    }
+    Stop(); // the threads underneath are gone for good
+    return false;
+}
+
+// One task a turn on the parent, so that a long queue does not keep others from its threads.
+void AsyncThreadedSubExecutor::State::RunOne()
+{
+    OneTimeInvocation task;
+    {
+        const std::lock_guard lock(mutex);
+        if (queue.empty()) {
+            --runners;
+            return;
+        }
+        task = std::move(queue.front());
+        queue.pop_front();
+    }
+    RunTask(task);
+    std::shared_ptr<Executor> executor;
+    {
+        const std::lock_guard lock(mutex);
+        if (queue.empty()) {
+            --runners;
+            return;
+        }
+        executor = parent;
+    }
+    if (!PostRunner(executor)) {
+        Stop();
+    }
+}
+
+void AsyncThreadedSubExecutor::State::Stop()
+{
+    std::deque<OneTimeInvocation> dropped; // destroyed outside the lock: what the tasks hold may post or stop in turn
+    const std::lock_guard lock(mutex);
+    stopped = true;
+    dropped.swap(queue);
+}
+
+AsyncThreadedSubExecutor::AsyncThreadedSubExecutor(std::shared_ptr<Executor> parent, std::size_t concurrency)
+    : state_(std::make_shared<State>(std::move(parent), std::max<std::size_t>(concurrency, 1)))
+{
+}
+
+AsyncThreadedSubExecutor::~AsyncThreadedSubExecutor()
+{
+    Release();
+}
+
+bool AsyncThreadedSubExecutor::Post(OneTimeInvocation task)
+{
+    return state_->Post(std::move(task));
+}
+
+std::size_t AsyncThreadedSubExecutor::GetConcurrency() const
+{
+    return state_->concurrency;
+}
+
+void AsyncThreadedSubExecutor::Stop()
+{
+    state_->Stop();
+}
+
+void AsyncThreadedSubExecutor::Release()
+{
+    state_->Stop();
+    std::shared_ptr<Executor> released;
+    const std::lock_guard lock(state_->mutex);
+    released.swap(state_->parent);
+}
+
+std::shared_ptr<AsyncThreadedSubExecutor> CreateSubExecutor(std::shared_ptr<Executor> executor, std::size_t concurrency)
+{
+    return std::make_shared<AsyncThreadedSubExecutor>(std::move(executor), concurrency);
+}
+
+} // namespace orvcore

@@ -1,0 +1,219 @@
+#include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/MainThread.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+
+namespace orvcore {
+
+namespace {
+
+class MainThreadQueue {
+public:
+    bool Push(OneTimeInvocation call)
+    {
+        {
+            const std::lock_guard lock(mutex_);
+            if (!accepting_) {
+                return false;
+            }
+            calls_.push_back(std::move(call));
+            ++pushed_;
+        }
+        queued_.notify_all();
+        Dispatch();
+        return true;
+    }
+
+    std::size_t Run(std::chrono::milliseconds budget)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        std::size_t ran = 0;
+        for (const std::uint64_t end = BeginRun();;) {
+            OneTimeInvocation call = Pop(end);
+            if (!call) {
+                break;
+            }
+            RunTask(call);
+            ++ran;
+            const auto used = std::chrono::steady_clock::now() - start;
+            if (std::chrono::duration_cast<std::chrono::milliseconds>(used) >= budget) { // the other way overflows
+                break;
+            }
+        }
+        Dispatch(); // for what is left
+        return ran;
+    }
+
+    bool Wait(std::chrono::milliseconds timeout)
+    {
+        constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365); // clocks overflow far beyond it
+        std::unique_lock lock(mutex_);
+        return queued_.wait_for(lock, std::min(timeout, kLongest), [this] { return !calls_.empty(); });
+    }
+
+    void SetDispatcher(MainThreadDispatcher dispatcher)
+    {
+        auto installed = std::make_shared<Installed>(Installed{std::move(dispatcher)});
+        {
+            const std::lock_guard lock(mutex_);
+            dispatcher_.swap(installed);
+            dispatched_ = false;
+        }
+        if (AwaitReturn(installed)) {
+            installed->call = nullptr; // here, not on a worker that has yet to let go of it
+        }
+        Dispatch();
+    }
+
+    void Stop()
+    {
+        std::deque<OneTimeInvocation> dropped; // destroyed outside the lock
+        std::shared_ptr<Installed> installed;
+        {
+            const std::lock_guard lock(mutex_);
+            accepting_ = false;
+            dispatched_ = false; // what was asked for may be lost with the host's event loop
+            dropped.swap(calls_);
+            installed = dispatcher_;
+        }
+        AwaitReturn(installed);
+    }
+
+    void Start()
+    {
+        const std::lock_guard lock(mutex_);
+        accepting_ = true;
+    }
+
+private:
+    struct Installed {
+        MainThreadDispatcher call;
+        std::size_t running = 0; // calls under way, guarded by the queue's mutex
+    };
+
+    // Until no other thread is inside the dispatcher. From inside one nothing is waited for, and the result is false:
+    // it may be the same.
+    bool AwaitReturn(const std::shared_ptr<Installed>& installed)
+    {
+        std::unique_lock lock(mutex_);
+        if (!installed || dispatchersOnThisThread != 0) {
+            return false;
+        }
+        returned_.wait(lock, [&] { return installed->running == 0; });
+        return true;
+    }
+
+    // The number of the first call that this run leaves to the next.
+    std::uint64_t BeginRun()
+    {
+        const std::lock_guard lock(mutex_);
+        dispatched_ = false;
+        return pushed_;
+    }
+
+    OneTimeInvocation Pop(std::uint64_t end)
+    {
+        const std::lock_guard lock(mutex_);
+        if (calls_.empty() || pushed_ - calls_.size() >= end) {
+            return {};
+        }
+        OneTimeInvocation call = std::move(calls_.front());
+        calls_.pop_front();
+        return call;
+    }
+
+    void Dispatch()
+    {
+        std::shared_ptr<Installed> dispatcher;
+        {
+            const std::lock_guard lock(mutex_);
+            if (dispatched_ || calls_.empty() || !dispatcher_ || !dispatcher_->call) {
+                return;
+            }
+            dispatched_ = true;
+            dispatcher = dispatcher_;
+            ++dispatcher->running;
+        }
+        const bool asked = Ask(dispatcher->call);
+        {
+            const std::lock_guard lock(mutex_);
+            --dispatcher->running;
+            if (!asked && dispatcher == dispatcher_) {
+                dispatched_ = false; // the next call asks again
+            }
+        }
+        returned_.notify_all();
+    }
+
+    // False when the host's function threw, which is reported: the thread that queues has no part in it.
+    static bool Ask(const MainThreadDispatcher& dispatcher) noexcept
+    {
+        bool asked = false;
+        OneTimeInvocation ask([&] {
+            dispatcher([] { RunMainThreadCalls(); });
+            asked = true;
+        });
+        ++dispatchersOnThisThread;
+        RunTask(ask);
+        --dispatchersOnThisThread;
+        return asked;
+    }
+
+    static thread_local int dispatchersOnThisThread;
+
+    std::mutex mutex_;
+    std::condition_variable queued_;
+    std::condition_variable returned_;
+    std::deque<OneTimeInvocation> calls_;
+    std::uint64_t pushed_ = 0; // calls ever queued; the front's number is this less the queue's length
+    std::shared_ptr<Installed> dispatcher_;
+    bool dispatched_ = false; // the event loop was asked and has not come yet
+    bool accepting_ = true;
+};
+
+thread_local int MainThreadQueue::dispatchersOnThisThread = 0;
+
+// Never destroyed: workers may still queue while the process exits.
+MainThreadQueue& TheQueue()
+{
+    static MainThreadQueue& queue = *new MainThreadQueue;
+    return queue;
+}
+
+} // namespace
+
+bool AsyncCallFromMainThread(OneTimeInvocation call)
+{
+    return TheQueue().Push(std::move(call));
+}
+
+std::size_t RunMainThreadCalls(std::chrono::milliseconds budget)
+{
+    return TheQueue().Run(budget);
+}
+
+bool WaitForMainThreadCalls(std::chrono::milliseconds timeout)
+{
+    return TheQueue().Wait(timeout);
+}
+
+void SetMainThreadDispatcher(MainThreadDispatcher dispatcher)
+{
+    TheQueue().SetDispatcher(std::move(dispatcher));
+}
+
+void StopMainThreadCalls()
+{
+    TheQueue().Stop();
+}
+
+void StartMainThreadCalls()
+{
+    TheQueue().Start();
+}
+
+} // namespace orvcore

@@ -1,0 +1,157 @@
+#include <orvcore/tasks/shared/ThreadPoolExecutor.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace orvcore {
+
+struct ThreadPoolExecutor::State : std::enable_shared_from_this<State> {
+    explicit State(std::size_t count)
+        : workers(count)
+    {
+    }
+
+    bool StartWorkers();
+    void Work();
+    bool IsOwnTask() const;
+
+    const std::size_t workers;
+    std::mutex mutex;
+    std::condition_variable work;
+    std::condition_variable idle;
+    std::deque<OneTimeInvocation> queue;
+    std::vector<std::thread> threads;
+    std::size_t running = 0;
+    bool refusing = false;
+    bool ending = false; // the workers have to leave; before that they only stop taking work
+};
+
+namespace {
+
+// The pool whose task this thread is running, so that a stop from inside does not wait for itself.
+thread_local const void* currentPool = nullptr;
+
+} // namespace
+
+bool ThreadPoolExecutor::State::IsOwnTask() const
+{
+    return currentPool == this;
+}
+
+bool ThreadPoolExecutor::State::StartWorkers()
+{
+    threads.reserve(workers);
+    try {
+        while (threads.size() < workers) {
+            threads.emplace_back([self = shared_from_this()] { self->Work(); });
+        }
+    } catch (const std::system_error&) {
+        return !threads.empty(); // the system has no thread left: fewer will do
+    }
+    return true;
+}
+
+void ThreadPoolExecutor::State::Work()
+{
+    currentPool = this;
+    std::unique_lock lock(mutex);
+    for (;;) {
+        work.wait(lock, [this] { return ending || (!refusing && !queue.empty()); });
+        if (ending) {
+            return;
+        }
+        ++running;
+        {
+            OneTimeInvocation task = std::move(queue.front());
+            queue.pop_front();
+            lock.unlock();
+            RunTask(task);
+        } // what the task holds goes before the pool counts as idle, and outside the lock
+        lock.lock();
+        if (--running == 0) {
+            idle.notify_all();
+        }
+    }
+}
+
+ThreadPoolExecutor::ThreadPoolExecutor(std::size_t workers)
+    : state_(std::make_shared<State>(std::max<std::size_t>(workers, 1)))
+{
+}
+
+ThreadPoolExecutor::~ThreadPoolExecutor()
+{
+    if (Stop()) {
+        return;
+    }
+    std::vector<std::thread> threads;
+    {
+        const std::lock_guard lock(state_->mutex);
+        state_->ending = true;
+        threads.swap(state_->threads);
+    }
+    state_->work.notify_all();
+    for (std::thread& thread : threads) {
+        thread.detach();
+    }
+}
+
+std::size_t ThreadPoolExecutor::GetConcurrency() const
+{
+    return state_->workers;
+}
+
+bool ThreadPoolExecutor::Post(OneTimeInvocation task)
+{
+    {
+        const std::lock_guard lock(state_->mutex);
+        if (state_->refusing || (state_->threads.empty() && !state_->StartWorkers())) {
+            return false;
+        }
+        state_->queue.push_back(std::move(task));
+    }
+    state_->work.notify_one();
+    return true;
+}
+
+void ThreadPoolExecutor::Refuse()
+{
+    const std::lock_guard lock(state_->mutex);
+    state_->refusing = true;
+}
+
+bool ThreadPoolExecutor::WaitUntilIdle(std::chrono::milliseconds patience)
+{
+    constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365); // clocks overflow far beyond it
+    std::unique_lock lock(state_->mutex);
+    return !state_->IsOwnTask() &&
+           state_->idle.wait_for(lock, std::min(patience, kLongest), [this] { return state_->running == 0; });
+}
+
+bool ThreadPoolExecutor::Stop()
+{
+    std::deque<OneTimeInvocation> dropped; // destroyed outside the lock: what the tasks hold may post or stop in turn
+    std::vector<std::thread> threads;
+    {
+        const std::lock_guard lock(state_->mutex);
+        state_->refusing = true;
+        dropped.swap(state_->queue);
+        if (state_->IsOwnTask()) {
+            return false;
+        }
+        state_->ending = true;
+        threads.swap(state_->threads);
+    }
+    state_->work.notify_all();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    return true;
+}
+
+} // namespace orvcore

@@ -1,0 +1,73 @@
+#include <orvcore/text/Strings.h>
+#include <orvcore/text/shared/HashMixer.h>
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include <cstring>
+
+namespace orvcore {
+
+struct HashMixer::State {
+    XXH3_state_t xxh3;
+};
+
+HashMixer::HashMixer()
+    : state_(std::make_unique<State>())
+{
+    XXH3_INITSTATE(&state_->xxh3);
+    XXH3_128bits_reset(&state_->xxh3);
+}
+
+HashMixer::HashMixer(HashMixer&&) noexcept = default;
+HashMixer& HashMixer::operator=(HashMixer&&) noexcept = default;
+HashMixer::~HashMixer() = default;
+
+HashMixer& HashMixer::AddBytes(const void* bytes, std::size_t size)
+{
+    XXH3_128bits_update(&state_->xxh3, bytes, size);
+    return *this;
+}
+
+HashMixer& HashMixer::Add(std::string_view narrow)
+{
+    return Add(std::uint64_t{narrow.size()}).AddBytes(narrow.data(), narrow.size());
+}
+
+HashMixer& HashMixer::Add(std::u8string_view text)
+{
+    return Add(AsNarrow(text));
+}
+
+HashMixer& HashMixer::Add(std::u16string_view text)
+{
+    Add(std::uint64_t{text.size()});
+    for (const char16_t unit : text) {
+        const unsigned char bytes[] = {static_cast<unsigned char>(unit & 0xFFU),
+                                       static_cast<unsigned char>(unit >> 8U)};
+        AddBytes(bytes, sizeof bytes);
+    }
+    return *this;
+}
+
+HashMixer& HashMixer::Add(std::uint64_t value)
+{
+    unsigned char bytes[8];
+    for (unsigned char& byte : bytes) {
+        byte = static_cast<unsigned char>(value & 0xFFU);
+        value >>= 8U;
+    }
+    return AddBytes(bytes, sizeof bytes);
+}
+
+Guid HashMixer::GetResult() const
+{
+    XXH128_canonical_t canonical;
+    XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(&state_->xxh3));
+    Guid guid;
+    static_assert(sizeof canonical.digest == sizeof guid.bytes);
+    std::memcpy(guid.bytes.data(), canonical.digest, sizeof canonical.digest);
+    return guid;
+}
+
+} // namespace orvcore

@@ -1,0 +1,113 @@
+#include <orvstorage/detail/packing/BlockDeflater.h>
+
+#include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/ParallelFor.h>
+
+#define ZLIB_CONST
+#include <zlib.h>
+
+#include <algorithm>
+#include <new>
+
+namespace orvstorage::detail {
+
+namespace {
+
+constexpr std::size_t kBlockSize = std::size_t{256} << 10;
+constexpr std::size_t kWindow = std::size_t{32} << 10; // how far deflate looks back
+constexpr std::size_t kMostBlocks = 32;
+constexpr int kLevel = 6;
+constexpr int kRawWindowBits = -15; // no header of zlib's own
+constexpr int kMemoryLevel = 8;
+
+const Bytef* Bytes(const char* data)
+{
+    return reinterpret_cast<const Bytef*>(data);
+}
+
+} // namespace
+
+// One block's compressor and result, kept for the blocks to come.
+struct BlockDeflater::Block {
+    Block()
+    {
+        if (deflateInit2(&stream, kLevel, Z_DEFLATED, kRawWindowBits, kMemoryLevel, Z_DEFAULT_STRATEGY) != Z_OK) {
+            throw std::bad_alloc();
+        }
+        // The largest a block can become, with the empty block that closes it.
+        output.resize(deflateBound(&stream, kBlockSize) + 16);
+    }
+    Block(const Block&) = delete;
+    Block& operator=(const Block&) = delete;
+    ~Block()
+    {
+        deflateEnd(&stream);
+    }
+
+    void Run(std::span<const char> dictionary, std::span<const char> input, bool last)
+    {
+        deflateReset(&stream);
+        if (!dictionary.empty()) {
+            deflateSetDictionary(&stream, Bytes(dictionary.data()), static_cast<uInt>(dictionary.size()));
+        }
+        stream.next_in = Bytes(input.data());
+        stream.avail_in = static_cast<uInt>(input.size());
+        stream.next_out = reinterpret_cast<Bytef*>(output.data());
+        stream.avail_out = static_cast<uInt>(output.size());
+        if (deflate(&stream, last ? Z_FINISH : Z_SYNC_FLUSH) != (last ? Z_STREAM_END : Z_OK) || stream.avail_in > 0) {
+            throw std::bad_alloc(); // the output is large enough, so nothing else can be the reason
+        }
+        made = output.size() - stream.avail_out;
+        crc = static_cast<std::uint32_t>(crc32(0, Bytes(input.data()), static_cast<uInt>(input.size())));
+    }
+
+    z_stream stream{};
+    std::vector<char> output;
+    std::size_t made = 0;
+    std::uint32_t crc = 0;
+};
+
+BlockDeflater::BlockDeflater()
+{
+    const std::size_t count = std::min(2 * orvcore::GetCPUBoundExecutor()->GetConcurrency(), kMostBlocks);
+    blocks_.resize(std::max<std::size_t>(count, 1));
+}
+
+BlockDeflater::~BlockDeflater() = default;
+
+std::size_t BlockDeflater::BatchSize() const noexcept
+{
+    return blocks_.size() * kBlockSize;
+}
+
+void BlockDeflater::Deflate(std::span<const char> batch, bool last, std::vector<char>& output)
+{
+    const std::size_t count = std::max<std::size_t>((batch.size() + kBlockSize - 1) / kBlockSize, 1);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!blocks_.at(i)) {
+            blocks_[i] = std::make_unique<Block>();
+        }
+    }
+    orvcore::ParallelFor(count, 1, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i) {
+            const std::size_t at = i * kBlockSize;
+            const auto dictionary = i == 0 ? std::span<const char>(before_) : batch.subspan(at - kWindow, kWindow);
+            const auto input = batch.subspan(at, std::min(kBlockSize, batch.size() - at));
+            blocks_[i]->Run(dictionary, input, last && i + 1 == count);
+        }
+    });
+    output.clear();
+    std::size_t left = batch.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const Block& block = *blocks_[i];
+        output.insert(output.end(), block.output.begin(),
+                      block.output.begin() + static_cast<std::ptrdiff_t>(block.made));
+        const std::size_t length = std::min(kBlockSize, left);
+        crc_ = static_cast<std::uint32_t>(crc32_combine(crc_, block.crc, static_cast<z_off_t>(length)));
+        left -= length;
+    }
+    const auto tail = batch.last(std::min(kWindow, batch.size()));
+    before_.assign(tail.begin(), tail.end());
+}
+
+} // namespace orvstorage::detail

@@ -1,0 +1,37 @@
+#include <orvstorage/detail/packing/PackProgress.h>
+
+#include <algorithm>
+
+namespace orvstorage::detail {
+
+namespace {
+
+// Some milliseconds of work: a cancel is heeded quickly, and asking costs nothing against it.
+constexpr std::uint64_t kStep = std::uint64_t{256} << 10;
+
+} // namespace
+
+bool PackProgress::Ask(double fraction)
+{
+    if (!cancelled_ && progress_) {
+        try {
+            cancelled_ = !progress_(fraction, opaque_);
+        } catch (...) {
+            thrown_ = std::current_exception();
+            cancelled_ = true;
+        }
+    }
+    return !cancelled_;
+}
+
+bool PackProgress::Advance(std::uint64_t bytes)
+{
+    done_ += bytes;
+    if (cancelled_ || done_ < nextAsk_) {
+        return !cancelled_;
+    }
+    nextAsk_ = done_ + kStep;
+    return Ask(total_ == 0 ? 0.0 : std::min(1.0, static_cast<double>(done_) / static_cast<double>(total_)));
+}
+
+} // namespace orvstorage::detail

@@ -1,0 +1,127 @@
+#include <orvstorage/detail/packing/Packer.h>
+
+#include <orvstorage/detail/reading/ArchiveSource.h>
+
+#include <algorithm>
+#include <array>
+
+namespace orvstorage::detail {
+
+namespace {
+
+constexpr std::uint32_t kPlainFile = 0100644U << 16; // a Unix regular file that all may read
+// Deflating these again costs time and gains nothing.
+constexpr std::array<std::u8string_view, 27> kPackedAlready = {
+    u8".7z",  u8".aac", u8".avif", u8".bz2",  u8".docx", u8".flac", u8".gif", u8".gz",   u8".heic",
+    u8".jpg", u8".jxl", u8".lz4",  u8".jpeg", u8".m4a",  u8".m4v",  u8".mkv", u8".mov",  u8".mp3",
+    u8".mp4", u8".ogg", u8".opus", u8".png",  u8".webm", u8".webp", u8".xz",  u8".zelt", u8".zip"};
+
+bool IsPackedAlready(const orvcore::UTF8String& name)
+{
+    orvcore::UTF8String extension = name.substr(std::min(name.rfind(u8'.'), name.size()));
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char8_t c) { return c >= u8'A' && c <= u8'Z' ? static_cast<char8_t>(c + 32) : c; });
+    return std::find(kPackedAlready.begin(), kPackedAlready.end(), extension) != kPackedAlready.end();
+}
+
+ItemForm FormOf(const PackItem& item)
+{
+    return item.size == 0 || IsPackedAlready(item.name) ? ItemForm::Plain : ItemForm::Deflated;
+}
+
+bool Describe(zip_t* archive, zip_uint64_t index, const PackItem& item, const std::string& password)
+{
+    const zip_int32_t method = FormOf(item) == ItemForm::Plain ? ZIP_CM_STORE : ZIP_CM_DEFLATE;
+    return zip_set_file_compression(archive, index, method, 0) == 0 &&
+           zip_file_set_dostime(archive, index, item.dosTime, item.dosDate, 0) == 0 &&
+           zip_file_set_external_attributes(archive, index, 0, ZIP_OPSYS_UNIX, kPlainFile) == 0 &&
+           (password.empty() || zip_file_set_encryption(archive, index, ZIP_EM_AES_256, password.c_str()) == 0);
+}
+
+// Dates and owners that other programs keep of the old content: they read them before the date that is set here.
+bool DropOldFields(zip_t* archive, zip_uint64_t index)
+{
+    constexpr std::array<zip_uint16_t, 3> kFields = {0x5455, 0x5855, 0x000a}; // two of Unix, one of NTFS
+    return std::all_of(kFields.begin(), kFields.end(), [&](zip_uint16_t field) {
+        return zip_file_extra_field_delete_by_id(archive, index, field, ZIP_EXTRA_FIELD_ALL,
+                                                 ZIP_FL_LOCAL | ZIP_FL_CENTRAL) == 0;
+    });
+}
+
+bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& item, const std::string& password,
+         PackProgress& progress)
+{
+    if (replaced && !DropOldFields(archive, *replaced)) {
+        return false;
+    }
+    zip_source_t* source = MakeItemSource(item, FormOf(item), progress);
+    if (source == nullptr) {
+        zip_error_set(zip_get_error(archive), ZIP_ER_MEMORY, 0);
+        return false;
+    }
+    const auto* name = reinterpret_cast<const char*>(item.name.c_str());
+    const zip_int64_t index =
+        replaced ? (zip_file_replace(archive, *replaced, source, 0) == 0 ? static_cast<zip_int64_t>(*replaced) : -1)
+                 : zip_file_add(archive, name, source, ZIP_FL_ENC_UTF_8);
+    if (index < 0) {
+        zip_source_free(source);
+        return false;
+    }
+    return Describe(archive, static_cast<zip_uint64_t>(index), item, password);
+}
+
+// Writes the archive and puts it in place. The handle is used up when that succeeds.
+bool Close(ArchiveHandle archive, PackProgress& progress, ZipFailure& failure)
+{
+    if (zip_close(archive.get()) == 0) {
+        static_cast<void>(archive.release());
+        return true;
+    }
+    TranslateError(*zip_get_error(archive.get()), failure);
+    // What is written is the archive as a whole, and a host that cancels means all of it.
+    const bool isWhole = failure.error == ZipError::Cancelled || failure.error == ZipError::WriteFailed ||
+                         failure.error == ZipError::DiskFull;
+    failure.entry = isWhole ? orvcore::UTF8String() : progress.current;
+    return false;
+}
+
+} // namespace
+
+bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, PackProgress& progress, ZipFailure& failure)
+{
+    ArchiveHandle archive = OpenForWriting(
+        nullptr, target.path, [&] { return progress.Finish(); }, failure);
+    if (!archive) {
+        return false;
+    }
+    if (!progress.Advance(0)) {
+        failure.error = ZipError::Cancelled;
+        return false;
+    }
+    for (const PackItem& item : items) {
+        if (!Put(archive.get(), std::nullopt, item, target.password, progress)) {
+            TranslateError(*zip_get_error(archive.get()), failure);
+            failure.entry = item.name;
+            return false;
+        }
+    }
+    return Close(std::move(archive), progress, failure);
+}
+
+bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
+             const PackItem& item, ZipFailure& failure)
+{
+    const ZipProgress none;
+    PackProgress progress(none, nullptr, item.size);
+    ArchiveHandle archive = OpenForWriting(std::move(old), target.path, {}, failure);
+    if (!archive) {
+        return false;
+    }
+    if (!Put(archive.get(), replaced, item, target.password, progress)) {
+        TranslateError(*zip_get_error(archive.get()), failure);
+        return false;
+    }
+    return Close(std::move(archive), progress, failure);
+}
+
+} // namespace orvstorage::detail

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <orvstorage/detail/packing/ItemSource.h>
+#include <orvstorage/detail/reading/ZipArchive.h>
+
+#include <optional>
+#include <string>
+
+namespace orvstorage::detail {
+
+/// Where and how an archive is written.
+struct PackTarget {
+    std::filesystem::path path;
+    std::string password; ///< encrypts what is added; empty: none
+};
+
+/// Makes a new archive of `items` that takes the place of the target's.
+bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, PackProgress& progress, ZipFailure& failure);
+
+/// Makes a new archive of an old one, with `item` in the place of the entry `replaced` or added at the end. The old
+/// one's other entries are copied as they are packed. `old` may be null: there is none.
+bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
+             const PackItem& item, ZipFailure& failure);
+
+} // namespace orvstorage::detail

@@ -1,0 +1,210 @@
+#include <orvstorage/detail/reading/ArchiveSource.h>
+
+#include <orvcore/files/shared/AtomicFile.h>
+#include <orvstorage/detail/reading/Libzip.h>
+#include <orvstorage/detail/reading/ReadAhead.h>
+
+#include <cerrno>
+#include <optional>
+
+namespace orvstorage::detail {
+
+namespace {
+
+// What the zip library reads from and writes to: our file layer, which knows long paths, shared files and the swap at
+// the end. One object a handle; the library frees it.
+class Source {
+public:
+    /// @param target what is written in the end; null: the source is only read
+    Source(std::shared_ptr<const ArchiveFile> file, const std::filesystem::path* target, std::function<bool()> approve)
+        : isWritable_(target != nullptr)
+        , target_(isWritable_ ? *target : std::filesystem::path())
+        , approve_(std::move(approve))
+    {
+        if (file) {
+            reader_.emplace(std::move(file));
+        }
+        zip_error_init(&error_);
+    }
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+    ~Source()
+    {
+        zip_error_fini(&error_);
+    }
+
+    zip_int64_t Call(void* data, zip_uint64_t length, zip_source_cmd_t command);
+    zip_int64_t Fail(int zipError, const std::error_code& reason);
+
+private:
+    zip_int64_t Supports() const;
+    zip_int64_t Stat(void* data, zip_uint64_t length);
+    zip_int64_t Read(void* data, zip_uint64_t length);
+    zip_int64_t Write(const void* data, zip_uint64_t length);
+    zip_int64_t SeekWrite(void* data, zip_uint64_t length);
+    zip_int64_t Commit();
+
+    std::optional<ReadAhead> reader_;
+    const bool isWritable_;
+    std::filesystem::path target_;
+    std::function<bool()> approve_;
+    std::optional<orvcore::AtomicFile> writer_;
+    std::uint64_t position_ = 0;
+    zip_error_t error_{};
+};
+
+zip_int64_t Source::Supports() const
+{
+    constexpr zip_int64_t kRead = ZIP_SOURCE_SUPPORTS_SEEKABLE;
+    constexpr zip_int64_t kWrite = ZIP_SOURCE_SUPPORTS_WRITABLE;
+    return isWritable_ ? kWrite : kRead;
+}
+
+zip_int64_t Source::Fail(int zipError, const std::error_code& reason)
+{
+    const std::error_condition condition = reason.default_error_condition();
+    const bool isErrno = condition.category() == std::generic_category();
+    zip_error_set(&error_, zipError, isErrno ? condition.value() : EIO);
+    return -1;
+}
+
+zip_int64_t Source::Stat(void* data, zip_uint64_t length)
+{
+    auto* stat = ZIP_SOURCE_GET_ARGS(zip_stat_t, data, length, &error_);
+    if (stat == nullptr) {
+        return -1;
+    }
+    if (!reader_) {
+        zip_error_set(&error_, ZIP_ER_READ, ENOENT); // the library's way to learn that there is no archive yet
+        return -1;
+    }
+    zip_stat_init(stat);
+    stat->size = reader_->File().Size();
+    stat->valid = ZIP_STAT_SIZE;
+    return sizeof(*stat);
+}
+
+zip_int64_t Source::Read(void* data, zip_uint64_t length)
+{
+    std::error_code error;
+    const std::size_t count = reader_->Read(position_, data, length, error);
+    if (error) {
+        return Fail(ZIP_ER_READ, error);
+    }
+    position_ += count;
+    return static_cast<zip_int64_t>(count);
+}
+
+zip_int64_t Source::Write(const void* data, zip_uint64_t length)
+{
+    std::error_code error;
+    if (!writer_->Write(data, length, error)) {
+        return Fail(ZIP_ER_WRITE, error);
+    }
+    return static_cast<zip_int64_t>(length);
+}
+
+zip_int64_t Source::SeekWrite(void* data, zip_uint64_t length)
+{
+    const zip_int64_t offset =
+        zip_source_seek_compute_offset(writer_->Position(), writer_->Size(), data, length, &error_);
+    if (offset >= 0) {
+        writer_->Seek(static_cast<std::uint64_t>(offset));
+    }
+    return offset < 0 ? -1 : 0;
+}
+
+zip_int64_t Source::Commit()
+{
+    std::error_code error;
+    if (approve_ && !approve_()) {
+        return Fail(ZIP_ER_CANCELLED, error);
+    }
+    reader_.reset(); // some systems do not replace a file that is open
+    if (!writer_->Commit(orvcore::AtomicFile::Durability::OnDisk, error)) {
+        return Fail(ZIP_ER_WRITE, error);
+    }
+    writer_.reset();
+    return 0;
+}
+
+zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t command)
+{
+    switch (command) {
+    case ZIP_SOURCE_OPEN:
+        position_ = 0;
+        return 0;
+    case ZIP_SOURCE_READ:
+        return Read(data, length);
+    case ZIP_SOURCE_CLOSE:
+        return 0;
+    case ZIP_SOURCE_STAT:
+        return Stat(data, length);
+    case ZIP_SOURCE_ERROR:
+        return zip_error_to_data(&error_, data, length);
+    case ZIP_SOURCE_SEEK: {
+        const zip_int64_t offset =
+            zip_source_seek_compute_offset(position_, reader_->File().Size(), data, length, &error_);
+        position_ = offset < 0 ? position_ : static_cast<std::uint64_t>(offset);
+        return offset < 0 ? -1 : 0;
+    }
+    case ZIP_SOURCE_TELL:
+        return static_cast<zip_int64_t>(position_);
+    case ZIP_SOURCE_SUPPORTS:
+        return Supports();
+    case ZIP_SOURCE_BEGIN_WRITE:
+        writer_.emplace(target_);
+        writer_->RemoveLeftBehind();
+        return 0;
+    case ZIP_SOURCE_WRITE:
+        return Write(data, length);
+    case ZIP_SOURCE_SEEK_WRITE:
+        return SeekWrite(data, length);
+    case ZIP_SOURCE_TELL_WRITE:
+        return static_cast<zip_int64_t>(writer_->Position());
+    case ZIP_SOURCE_COMMIT_WRITE:
+        return Commit();
+    case ZIP_SOURCE_ROLLBACK_WRITE:
+        writer_.reset();
+        return 0;
+    default: // commands of other versions of the library
+        zip_error_set(&error_, ZIP_ER_OPNOTSUPP, 0);
+        return -1;
+    }
+}
+
+ArchiveHandle Open(std::unique_ptr<Source> source, int flags, ZipFailure& failure)
+{
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_source_t* zipSource = zip_source_function_create(CallSource<Source>, source.get(), &error);
+    ArchiveHandle handle;
+    if (zipSource != nullptr) {
+        static_cast<void>(source.release()); // owned by zipSource now
+        handle.reset(zip_open_from_source(zipSource, flags, &error));
+        if (!handle) {
+            zip_source_free(zipSource);
+        }
+    }
+    if (!handle) {
+        TranslateError(error, failure);
+    }
+    zip_error_fini(&error);
+    return handle;
+}
+
+} // namespace
+
+ArchiveHandle OpenForReading(const std::shared_ptr<const ArchiveFile>& file, ZipFailure& failure)
+{
+    return Open(std::make_unique<Source>(file, nullptr, nullptr), ZIP_RDONLY, failure);
+}
+
+ArchiveHandle OpenForWriting(std::shared_ptr<const ArchiveFile> old, const std::filesystem::path& path,
+                             std::function<bool()> approve, ZipFailure& failure)
+{
+    const int flags = old ? 0 : ZIP_CREATE;
+    return Open(std::make_unique<Source>(std::move(old), &path, std::move(approve)), flags, failure);
+}
+
+} // namespace orvstorage::detail

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <orvstorage/ZipEntry.h>
+#include <orvstorage/detail/reading/CentralDirectory.h>
+#include <orvstorage/detail/reading/Libzip.h>
+
+#include <string>
+
+namespace orvstorage::detail {
+
+/// What an entry is, by the attributes its maker gave it.
+enum class EntryKind : std::uint8_t { File, Directory, SymbolicLink, Special };
+
+struct ArchiveEntry {
+    ZipEntry shown;
+    EntryKind kind = EntryKind::File;
+    ZipError dataError = ZipError::None;
+    bool nameHasNul = false;
+};
+
+/// One archive open for reading: its entries and a handle of the zip library. Used by one thread; a second thread
+/// takes a handle of its own on the same file.
+class ZipArchive {
+public:
+    /// Null, with the reason in `failure`, when the archive as a whole cannot be read.
+    static std::shared_ptr<ZipArchive> Open(const std::filesystem::path& path, const std::string& password,
+                                            const ZipLimits& limits, ZipFailure& failure);
+
+    const std::vector<ArchiveEntry>& Entries() const
+    {
+        return entries_;
+    }
+    const std::shared_ptr<const ArchiveFile>& File() const
+    {
+        return file_;
+    }
+    zip_t* Handle() const
+    {
+        return handle_.get();
+    }
+    /// Another handle on the same file, for another thread.
+    ArchiveHandle NewHandle(ZipFailure& failure) const;
+
+    /// The index of the one entry of exactly this name. False, with the reason, when there is none or there are
+    /// several.
+    bool Find(std::u8string_view name, std::size_t& index, ZipFailure& failure) const;
+
+private:
+    bool ReadEntries(const std::vector<DirectoryRecord>& records, ZipFailure& failure);
+
+    std::shared_ptr<const ArchiveFile> file_;
+    std::string password_;
+    ArchiveHandle handle_;
+    std::vector<ArchiveEntry> entries_;
+};
+
+} // namespace orvstorage::detail

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <orvstorage/ZipLimits.h>
+#include <orvstorage/detail/reading/ZipArchive.h>
+
+#include <vector>
+
+namespace orvstorage::detail {
+
+/// What unpacking an archive comes to, decided before anything is written.
+struct UnpackPlan {
+    struct File {
+        std::size_t index = 0; ///< of the archive's entry
+        orvcore::UTF8String relative;
+    };
+    std::vector<File> files;
+    std::vector<orvcore::UTF8String> directories;
+    std::vector<ZipFailure> refused; ///< entries that are left out, in the archive's order
+};
+
+/// Judges every entry. Entries whose name or kind is bad are refused alone; a limit that is exceeded refuses the whole.
+/// @return false with `failure` set in the second case.
+bool MakeUnpackPlan(const ZipArchive& archive, const ZipLimits& limits, UnpackPlan& plan, ZipFailure& failure);
+
+} // namespace orvstorage::detail

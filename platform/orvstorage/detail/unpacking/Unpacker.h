@@ -1,0 +1,20 @@
+#pragma once
+
+#include <orvcore/files/Files.h>
+#include <orvstorage/detail/unpacking/UnpackPlan.h>
+
+namespace orvstorage::detail {
+
+/// Writes one entry to a file that appears whole or not at all. The file's folder is created when missing.
+bool UnpackToFile(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
+                  ZipFailure& failure);
+
+/// Reads and checks one entry's content, keeping nothing of it.
+bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure);
+
+/// Carries a plan out: all files are first unpacked into a private folder inside `target`, then moved to their places.
+/// After a failure everything this call created is gone again, and nothing that existed has been deleted.
+bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const std::filesystem::path& target,
+            orvcore::IfExists ifExists, ZipFailure& failure);
+
+} // namespace orvstorage::detail
