@@ -8,7 +8,7 @@
 #include <sources/LocalGraphicsSource.h>
 
 #include <orvcore/files/Files.h>
-#include <orvcore/host/shared/DebugSettings.h>
+#include <orvcore/host/DebugSettings.h>
 
 #include <algorithm>
 #include <chrono>

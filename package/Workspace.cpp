@@ -4,9 +4,9 @@
 #include <package/detail/FolderUse.h>
 #include <package/detail/SafeFileName.h>
 
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
-#include <orvcore/files/shared/AtomicFile.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/tasks/Executor.h>
 

@@ -1,6 +1,6 @@
 #include <sources/SearchIndex.h>
 
-#include <orvcore/host/shared/DebugSettings.h>
+#include <orvcore/host/DebugSettings.h>
 #include <orvcore/text/shared/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>

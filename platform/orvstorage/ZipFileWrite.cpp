@@ -1,4 +1,4 @@
-#include <orvcore/files/shared/AtomicFile.h>
+#include <orvcore/files/AtomicFile.h>
 #include <orvstorage/detail/ZipState.h>
 #include <orvstorage/detail/names/EntryName.h>
 #include <orvstorage/detail/names/NameRegister.h>

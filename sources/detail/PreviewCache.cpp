@@ -1,7 +1,7 @@
 #include <sources/detail/PreviewCache.h>
 
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
-#include <orvcore/files/shared/AtomicFile.h>
 #include <orvcore/text/shared/HashMixer.h>
 #include <package/Workspace.h>
 #include <sources/LocalGraphicsSource.h>

@@ -1,7 +1,7 @@
 // What only a POSIX system has: pipes with a name in a folder, and access rights of files and folders.
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/shared/AtomicFile.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

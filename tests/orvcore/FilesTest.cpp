@@ -1,6 +1,6 @@
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
-#include <orvcore/files/shared/AtomicFile.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include <orvcore/host/Application.h>
+#include <orvcore/host/DebugSettings.h>
 #include <orvcore/host/Localiser.h>
-#include <orvcore/host/shared/DebugSettings.h>
 #include <orvcore/host/shared/Environment.h>
 #include <orvcore/text/shared/HashMixer.h>
 

@@ -1,7 +1,7 @@
 #include <orvcore/json/JSON.h>
+#include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/json/shared/JSONDocument.h>
 #include <orvcore/json/shared/JSONTable.h>
-#include <orvcore/json/shared/JSONTextWriter.h>
 #include <orvcore/text/shared/BinaryText.h>
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include <orvcore/files/shared/AtomicFile.h>
+#include <orvcore/files/AtomicFile.h>
 #include <orvstorage/ZipFile.h>
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
 #include <package/Workspace.h>
 
-#include <orvcore/files/shared/AtomicFile.h>
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/shared/FileLock.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/tasks/Executor.h>

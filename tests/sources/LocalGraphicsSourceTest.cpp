@@ -2,7 +2,7 @@
 #include <sources/SourceNames.h>
 
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/host/shared/DebugSettings.h>
+#include <orvcore/host/DebugSettings.h>
 #include <orvcore/tasks/MainThread.h>
 #include <package/CapsuleZip.h>
 #include <package/Workspace.h>

@@ -3,7 +3,7 @@
 #include "Progress.h"
 #include "Template.h"
 
-#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 
 namespace zelt {
 

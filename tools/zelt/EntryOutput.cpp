@@ -3,7 +3,7 @@
 #include "Output.h"
 #include "TextLayout.h"
 
-#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 
 #include <cstdio>
 

@@ -3,8 +3,8 @@
 #include "Errors.h"
 #include "Output.h"
 
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/shared/AtomicFile.h>
 
 #include <string>
 

@@ -5,7 +5,7 @@
 #include "Template.h"
 
 #include <orvcore/files/Paths.h>
-#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/text/Guid.h>
 #include <sources/SearchIndex.h>
 

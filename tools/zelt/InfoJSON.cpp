@@ -2,7 +2,7 @@
 
 #include <capsule/DefinitionKeys.h>
 #include <capsule/Serialization.h>
-#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 
 #include <map>
 

@@ -1,6 +1,6 @@
 #include "JSONSplice.h"
 
-#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 
 namespace zelt {
 

@@ -4,7 +4,7 @@
 #include <orvcore/Console.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Paths.h>
-#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 
 #include <algorithm>
 #include <cstdio>

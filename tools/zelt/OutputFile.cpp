@@ -4,8 +4,8 @@
 #include "Output.h"
 #include "Progress.h"
 
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
-#include <orvcore/files/shared/AtomicFile.h>
 
 namespace zelt {
 

@@ -1,8 +1,8 @@
 #include <orvcore/files/Files.h>
 
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/shared/AtomicFile.h>
 #include <orvcore/files/shared/NativeFile.h>
 #include <orvcore/text/Guid.h>
 

@@ -1,8 +1,8 @@
 #include <orvcore/files/shared/GuardedFolder.h>
 
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/shared/AtomicFile.h>
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/json/shared/JSONDocument.h>
-#include <orvcore/json/shared/JSONTextWriter.h>
 #include <orvcore/tasks/ParallelFor.h>
 #include <orvcore/text/Guid.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <orvcore/json/JSON.h>
-#include <orvcore/json/shared/JSONSink.h>
+#include <orvcore/json/JSONSink.h>
 
 #include <vector>
 

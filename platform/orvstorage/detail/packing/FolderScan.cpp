@@ -1,7 +1,7 @@
 #include <orvstorage/detail/packing/FolderScan.h>
 
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/shared/AtomicFile.h>
 #include <orvstorage/detail/names/EntryName.h>
 #include <orvstorage/detail/names/NameRegister.h>
 

@@ -1,6 +1,6 @@
 #include <orvstorage/detail/reading/ArchiveSource.h>
 
-#include <orvcore/files/shared/AtomicFile.h>
+#include <orvcore/files/AtomicFile.h>
 #include <orvstorage/detail/reading/Libzip.h>
 #include <orvstorage/detail/reading/ReadAhead.h>
 

@@ -1,4 +1,4 @@
-#include <orvcore/files/shared/AtomicFile.h>
+#include <orvcore/files/AtomicFile.h>
 
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/FileSystem.h>

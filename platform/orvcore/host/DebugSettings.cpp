@@ -1,4 +1,4 @@
-#include <orvcore/host/shared/DebugSettings.h>
+#include <orvcore/host/DebugSettings.h>
 #include <orvcore/host/shared/Environment.h>
 
 #include <charconv>

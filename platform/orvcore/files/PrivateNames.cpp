@@ -1,5 +1,5 @@
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/shared/AtomicFile.h>
 #include <orvcore/text/Guid.h>
 
 #include <algorithm>

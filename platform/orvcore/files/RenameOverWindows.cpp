@@ -1,7 +1,7 @@
 #if defined(_WIN32)
 
+#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/detail/WindowsError.h>
-#include <orvcore/files/shared/AtomicFile.h>
 
 #include <windows.h>
 

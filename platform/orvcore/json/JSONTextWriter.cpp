@@ -1,4 +1,4 @@
-#include <orvcore/json/shared/JSONTextWriter.h>
+#include <orvcore/json/JSONTextWriter.h>
 
 #include <orvcore/json/JSON.h>
 #include <orvcore/json/shared/JSONWriteError.h>
