@@ -5,10 +5,7 @@
 #include <capsule/ForeignValue.h>
 #include <capsule/detail/UIStringJSON.h>
 
-#include <kinlet/shared/ColorJSON.h>
-#include <kinlet/shared/GeometryJSON.h>
-#include <kinlet/shared/MediaReplacementJSON.h>
-#include <kinlet/shared/RecordCodecs.h>
+#include <kinlet/shared/RecordJSON.h>
 
 namespace orvcore::serialization::detail {
 
