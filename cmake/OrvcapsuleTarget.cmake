@@ -8,5 +8,6 @@ target_include_directories(orvcapsule PUBLIC
   "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orvcapsule>")
 target_link_libraries(orvcapsule PUBLIC orvplatform PRIVATE $<BUILD_INTERFACE:orv_warnings>)
 orv_hide_dependencies(orvcapsule)
+orv_precompile(orvcapsule)
 set_target_properties(orvcapsule PROPERTIES
   INSTALL_RPATH "$ORIGIN" VERSION ${PROJECT_VERSION} SOVERSION ${ORV_SOVERSION})
