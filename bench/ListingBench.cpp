@@ -7,8 +7,8 @@
 
 #include <sources/LocalGraphicsSource.h>
 
-#include <orvcore/host/DebugSettings.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/host/DebugSettings.h>
 
 #include <algorithm>
 #include <chrono>

@@ -6,8 +6,8 @@
 
 #include <manager/GraphicSourceManager.h>
 #include <orvcore/files/Files.h>
-#include <orvcore/tasks/MainThread.h>
 #include <orvcore/files/Paths.h>
+#include <orvcore/tasks/MainThread.h>
 #include <sources/LocalGraphicsSource.h>
 
 #include <algorithm>

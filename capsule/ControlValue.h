@@ -3,8 +3,8 @@
 #include <capsule/UIString.h>
 
 #include <kinlet/Color.h>
-#include <kinlet/Geometry.h>
 #include <kinlet/Spreadsheet.h>
+#include <kinlet/Units.h>
 
 #include <cstdint>
 #include <variant>

@@ -1,5 +1,5 @@
 # What a host gets: both shared libraries, the public headers under the include texts that the tree uses, a CMake
-# package and a pkg-config file. Private headers (detail/) stay here.
+# package and a pkg-config file. Headers that are shared inside the project (shared/) and private ones (detail/) stay here.
 include(CMakePackageConfigHelpers)
 
 set(ORV_INCLUDE_DIR "${CMAKE_INSTALL_INCLUDEDIR}/orvcapsule")
@@ -12,11 +12,11 @@ install(TARGETS orvplatform orvcapsule EXPORT orvcapsuleTargets
 foreach(folder IN ITEMS capsule package sources rewrite manager stock fontusage)
   if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}")
     install(DIRECTORY "${folder}" DESTINATION "${ORV_INCLUDE_DIR}" COMPONENT development
-      FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE)
+      FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE PATTERN shared EXCLUDE)
   endif()
 endforeach()
 install(DIRECTORY platform/ DESTINATION "${ORV_INCLUDE_DIR}" COMPONENT development
-  FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE)
+  FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE PATTERN shared EXCLUDE)
 install(DIRECTORY "${PROJECT_BINARY_DIR}/generated/" DESTINATION "${ORV_INCLUDE_DIR}" COMPONENT development
   FILES_MATCHING PATTERN "*.h")
 

@@ -1,7 +1,7 @@
 // Any text, given to the reader of every single record: it may only raise what its header names, and what it read must
 // be written as a text that reads as the same again.
 #include <capsule/Serialization.h>
-#include <kinlet/RecordJSON.h>
+#include <kinlet/detail/RecordTables.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -34,7 +34,7 @@ void TryTree(const json::Variant& tree)
 {
     const auto rewrite = [](const json::Variant& from) {
         Record record;
-        return kinlet::FromJSON(from, record) ? kinlet::ToJSON(record) : json::Variant();
+        return json::detail::FromTree(from, record) ? json::detail::ToTree(record) : json::Variant();
     };
     try {
         ExpectSame(rewrite(tree), rewrite);

@@ -1,7 +1,7 @@
 #include <manager/GraphicSourceManager.h>
 
 #include <sources/SearchIndex.h>
-#include <sources/detail/IndexSession.h>
+#include <sources/shared/IndexSession.h>
 
 #include <orvcore/tasks/AsyncThreadedSubExecutor.h>
 #include <orvcore/tasks/Executor.h>

@@ -1,9 +1,9 @@
 #include <package/CapsuleZip.h>
 
-#include <orvcore/host/Application.h>
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/files/shared/CopyDirectory.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/shared/CopyDirectory.h>
+#include <orvcore/host/Application.h>
 #include <orvcore/json/JSON.h>
 #include <package/PackageNames.h>
 #include <package/detail/PackageFile.h>

@@ -4,11 +4,11 @@
 #include <package/detail/FolderUse.h>
 #include <package/detail/SafeFileName.h>
 
-#include <orvcore/host/Application.h>
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/tasks/Executor.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/tasks/Executor.h>
 
 #include <atomic>
 #include <chrono>

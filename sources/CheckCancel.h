@@ -1,7 +1,7 @@
 #pragma once
 
-#include <orvcapsule/Export.h>
 #include <orvappsupport/Progress.h>
+#include <orvcapsule/Export.h>
 #include <orvcore/text/Strings.h>
 
 #include <atomic>

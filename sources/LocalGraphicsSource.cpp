@@ -1,8 +1,8 @@
 #include <sources/LocalGraphicsSource.h>
 
-#include <orvcore/tasks/Executor.h>
 #include <orvcore/files/Files.h>
 #include <orvcore/host/Localiser.h>
+#include <orvcore/tasks/Executor.h>
 #include <package/Workspace.h>
 #include <sources/SearchIndex.h>
 #include <sources/SourceNames.h>

@@ -1,11 +1,11 @@
 #include <sources/SearchIndex.h>
 
-#include <orvcore/host/DebugSettings.h>
 #include <orvcore/files/Paths.h>
+#include <orvcore/host/DebugSettings.h>
 #include <orvcore/text/shared/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
-#include <sources/detail/IndexSession.h>
+#include <sources/shared/IndexSession.h>
 
 #include <algorithm>
 #include <chrono>

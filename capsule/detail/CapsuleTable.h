@@ -5,7 +5,7 @@
 #include <capsule/detail/ControlJSON.h>
 #include <capsule/detail/UIStringJSON.h>
 
-#include <kinlet/detail/RecordCodecs.h>
+#include <kinlet/shared/RecordJSON.h>
 
 namespace orvcapsule::serialization::detail {
 

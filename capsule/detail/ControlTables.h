@@ -5,10 +5,7 @@
 #include <capsule/ForeignValue.h>
 #include <capsule/detail/UIStringJSON.h>
 
-#include <kinlet/detail/ColorJSON.h>
-#include <kinlet/detail/GeometryJSON.h>
-#include <kinlet/detail/MediaReplacementJSON.h>
-#include <kinlet/detail/RecordCodecs.h>
+#include <kinlet/shared/RecordJSON.h>
 
 namespace orvcore::serialization::detail {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <sources/CheckCancel.h>
-#include <sources/detail/FreeElsewhere.h>
+#include <sources/shared/FreeElsewhere.h>
 
 #include <orvcore/tasks/MainThread.h>
 

@@ -2,7 +2,7 @@
 
 #include <sources/CapsuleEntry.h>
 #include <sources/CheckCancel.h>
-#include <sources/detail/IndexSession.h>
+#include <sources/shared/IndexSession.h>
 
 #include <boost/shared_ptr.hpp>
 

@@ -1,7 +1,7 @@
 #include <package/detail/FolderUse.h>
 
-#include <orvcore/files/shared/FileLock.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/shared/FileLock.h>
 
 #include <map>
 #include <mutex>

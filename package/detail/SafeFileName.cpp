@@ -1,7 +1,7 @@
 #include <package/detail/SafeFileName.h>
 
-#include <orvcore/text/shared/HashMixer.h>
 #include <orvcore/files/Paths.h>
+#include <orvcore/text/shared/HashMixer.h>
 
 #include <algorithm>
 #include <string>

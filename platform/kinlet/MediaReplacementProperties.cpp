@@ -1,6 +1,6 @@
 #include <kinlet/MediaReplacementProperties.h>
 
-#include <kinlet/detail/MediaReplacementJSON.h>
+#include <kinlet/shared/RecordJSON.h>
 
 namespace kinlet {
 

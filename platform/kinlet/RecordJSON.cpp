@@ -1,20 +1,13 @@
-#include <kinlet/RecordJSON.h>
-
-#include <kinlet/detail/SourceInfoJSON.h>
-#include <kinlet/detail/SpreadsheetJSON.h>
+#include <kinlet/detail/RecordTables.h>
 
 namespace kinlet {
 
 namespace serialization = orvcore::serialization;
 
-template <MediaLinkRecord Record>
-serialization::Variant ToJSON(const Record& record)
-{
-    return serialization::detail::ToTree(record);
-}
+namespace {
 
-template <MediaLinkRecord Record>
-bool FromJSON(const serialization::Variant& tree, Record& record)
+template <class Record>
+bool FromTree(const serialization::Variant& tree, Record& record)
 {
     Record result;
     const bool usable = serialization::detail::FromTree(tree, result);
@@ -24,38 +17,98 @@ bool FromJSON(const serialization::Variant& tree, Record& record)
     return usable;
 }
 
-// Both functions of one record. NOLINTNEXTLINE(bugprone-macro-parentheses)
-#define KINLET_RECORD_JSON(Record)                                                                                     \
-    template ORVPLATFORM_API serialization::Variant ToJSON(const Record&);                                             \
-    template ORVPLATFORM_API bool FromJSON(const serialization::Variant&, Record&)
+} // namespace
 
-KINLET_RECORD_JSON(Time);
-KINLET_RECORD_JSON(FrameRate);
-KINLET_RECORD_JSON(PixelAspectRatio);
-KINLET_RECORD_JSON(Point);
-KINLET_RECORD_JSON(PointF);
-KINLET_RECORD_JSON(Rect);
-KINLET_RECORD_JSON(PixelFormat);
-KINLET_RECORD_JSON(ChannelLabel);
-KINLET_RECORD_JSON(ColorRGBA);
-KINLET_RECORD_JSON(ColorProfile);
-KINLET_RECORD_JSON(ColorSpaceMetadata);
-KINLET_RECORD_JSON(ColorSpace);
-KINLET_RECORD_JSON(ServerConnection);
-KINLET_RECORD_JSON(RemoteAssetRequest);
-KINLET_RECORD_JSON(RemoteProductionRequest);
-KINLET_RECORD_JSON(MissingFont);
-KINLET_RECORD_JSON(MissingPlugin);
-KINLET_RECORD_JSON(MissingFootage);
-KINLET_RECORD_JSON(MissingAssets);
-KINLET_RECORD_JSON(CapsuleParams);
-KINLET_RECORD_JSON(SourceInfo);
-KINLET_RECORD_JSON(SpreadsheetColumnInfo);
-KINLET_RECORD_JSON(SpreadsheetCell);
-KINLET_RECORD_JSON(SpreadsheetData);
-KINLET_RECORD_JSON(SourceTextFontEditInfo);
-KINLET_RECORD_JSON(TextEditInfo);
+serialization::Variant ToJSON(const SourceInfo& record)
+{
+    return serialization::detail::ToTree(record);
+}
 
-#undef KINLET_RECORD_JSON
+bool FromJSON(const serialization::Variant& tree, SourceInfo& record)
+{
+    return FromTree(tree, record);
+}
+
+serialization::Variant CapsuleParams::ToJSON() const
+{
+    return serialization::detail::ToTree(*this);
+}
+
+bool CapsuleParams::FromJSON(const serialization::Variant& tree)
+{
+    return FromTree(tree, *this);
+}
+
+namespace detail {
+
+namespace {
+
+// Reading starts from a fresh record, so that nothing of the old one is left.
+template <class T>
+bool ReplaceRecord(const JSONNode& node, T& out)
+{
+    out = T();
+    return serialization::detail::TableCodec<T>::Read(node, out);
+}
+
+template <class T>
+void PutRecord(JSONSink& sink, const T& value)
+{
+    serialization::detail::TableCodec<T>::Write(sink, value);
+}
+
+} // namespace
+
+bool ReadRecord(const JSONNode& node, SourceInfo& out)
+{
+    return ReplaceRecord(node, out);
+}
+
+void WriteRecord(JSONSink& sink, const SourceInfo& value)
+{
+    PutRecord(sink, value);
+}
+
+bool ReadRecord(const JSONNode& node, CapsuleParams& out)
+{
+    return ReplaceRecord(node, out);
+}
+
+void WriteRecord(JSONSink& sink, const CapsuleParams& value)
+{
+    PutRecord(sink, value);
+}
+
+bool ReadRecord(const JSONNode& node, SourceTextFontEditInfo& out)
+{
+    return ReplaceRecord(node, out);
+}
+
+void WriteRecord(JSONSink& sink, const SourceTextFontEditInfo& value)
+{
+    PutRecord(sink, value);
+}
+
+bool ReadRecord(const JSONNode& node, TextEditInfo& out)
+{
+    return ReplaceRecord(node, out);
+}
+
+void WriteRecord(JSONSink& sink, const TextEditInfo& value)
+{
+    PutRecord(sink, value);
+}
+
+bool ReadRecord(const JSONNode& node, SpreadsheetData& out)
+{
+    return ReplaceRecord(node, out);
+}
+
+void WriteRecord(JSONSink& sink, const SpreadsheetData& value)
+{
+    PutRecord(sink, value);
+}
+
+} // namespace detail
 
 } // namespace kinlet

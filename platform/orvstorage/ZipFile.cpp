@@ -1,9 +1,9 @@
 #include <orvstorage/ZipFile.h>
 
+#include <orvstorage/detail/ZipState.h>
 #include <orvstorage/detail/reading/EntryReader.h>
 #include <orvstorage/detail/unpacking/UnpackPlan.h>
 #include <orvstorage/detail/unpacking/Unpacker.h>
-#include <orvstorage/detail/ZipState.h>
 
 #include <algorithm>
 

@@ -4,10 +4,10 @@
 #include <package/Workspace.h>
 #include <sources/detail/EntryRecord.h>
 
-#include <orvcore/host/Application.h>
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/host/DebugSettings.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/host/DebugSettings.h>
 #include <orvcore/text/shared/HashMixer.h>
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 #include <sources/detail/FolderListing.h>
 
-#include <orvcore/tasks/Executor.h>
 #include <orvcore/host/Localiser.h>
+#include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/ParallelFor.h>
-#include <sources/detail/FreeElsewhere.h>
+#include <sources/shared/FreeElsewhere.h>
 
 #include <algorithm>
 

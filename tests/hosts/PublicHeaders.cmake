@@ -1,7 +1,7 @@
 # One source file a public header. On Windows it includes the system's header first, as hosts do, without the defines
 # that the project's own sources use.
 file(GLOB public_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}"
-  "${PROJECT_SOURCE_DIR}/platform/*/*.h"
+  "${PROJECT_SOURCE_DIR}/platform/*/*.h" "${PROJECT_SOURCE_DIR}/platform/orvcore/*/*.h"
   "${PROJECT_SOURCE_DIR}/capsule/*.h" "${PROJECT_SOURCE_DIR}/package/*.h" "${PROJECT_SOURCE_DIR}/sources/*.h"
   "${PROJECT_SOURCE_DIR}/rewrite/*.h" "${PROJECT_SOURCE_DIR}/manager/*.h" "${PROJECT_SOURCE_DIR}/stock/*.h"
   "${PROJECT_SOURCE_DIR}/fontusage/*.h")

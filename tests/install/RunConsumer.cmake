@@ -18,7 +18,7 @@ endfunction()
 # The tree is moved before its use: nothing in it may name the place where it was installed.
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/installed")
 file(RENAME "${WORK_DIR}/installed" "${prefix}")
-file(GLOB_RECURSE private_headers "${prefix}/include/*/detail/*")
+file(GLOB_RECURSE private_headers "${prefix}/include/*/detail/*" "${prefix}/include/*/shared/*")
 if(private_headers)
   message(FATAL_ERROR "private headers were installed: ${private_headers}")
 endif()

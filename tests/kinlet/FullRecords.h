@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kinlet/RecordJSON.h>
+#include <kinlet/detail/RecordTables.h>
 
 #include <gtest/gtest.h>
 
@@ -152,13 +152,27 @@ private:
     std::mt19937_64 generator_;
 };
 
+// The value tree of any record that has a table.
+template <class Record>
+orvcore::serialization::Variant TreeOf(const Record& record)
+{
+    return orvcore::serialization::detail::ToTree(record);
+}
+
+// Fills any record that has a table; false when the tree is of no usable kind.
+template <class Record>
+bool FromTree(const orvcore::serialization::Variant& tree, Record& out)
+{
+    return orvcore::serialization::detail::FromTree(tree, out);
+}
+
 // The record after a trip through JSON text.
 template <class Record>
 Record ThroughText(const Record& record)
 {
-    const auto text = orvcore::serialization::GetJSONUTF8String(kinlet::ToJSON(record), false);
+    const auto text = orvcore::serialization::GetJSONUTF8String(TreeOf(record), false);
     Record result;
-    EXPECT_TRUE(kinlet::FromJSON(orvcore::serialization::JSONParse(text), result));
+    EXPECT_TRUE(FromTree(orvcore::serialization::JSONParse(text), result));
     return result;
 }
 
@@ -167,14 +181,14 @@ template <class Record>
 Record FromText(std::u8string_view text)
 {
     Record result;
-    EXPECT_TRUE(kinlet::FromJSON(orvcore::serialization::JSONParse(text), result));
+    EXPECT_TRUE(FromTree(orvcore::serialization::JSONParse(text), result));
     return result;
 }
 
 template <class Record>
 std::string ToText(const Record& record)
 {
-    return orvcore::ToNarrow(orvcore::serialization::GetJSONUTF8String(kinlet::ToJSON(record), false));
+    return orvcore::ToNarrow(orvcore::serialization::GetJSONUTF8String(TreeOf(record), false));
 }
 
 // The key that reading `text` reports as missing; "" when it reads.
@@ -183,7 +197,7 @@ std::string MissingKey(const orvcore::serialization::Variant& tree)
 {
     try {
         Record result;
-        return kinlet::FromJSON(tree, result) ? "" : "(no object)";
+        return FromTree(tree, result) ? "" : "(no object)";
     } catch (const orvcore::serialization::missing_key_exception& error) {
         return error.GetKey();
     }

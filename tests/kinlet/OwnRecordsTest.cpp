@@ -1,8 +1,5 @@
 #include "FullRecords.h"
 
-#include <kinlet/MediaReplacementProperties.h>
-#include <kinlet/detail/MediaReplacementJSON.h>
-
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -27,7 +24,7 @@ void ExpectTolerant(const Record& full, std::initializer_list<std::string_view> 
     EXPECT_EQ(ThroughText(full), full);
     EXPECT_EQ(FromText<Record>(u8"{}"), Record());
     for (const std::string_view key : keys) {
-        Object object = std::any_cast<Object>(kinlet::ToJSON(full));
+        Object object = std::any_cast<Object>(TreeOf(full));
         ASSERT_EQ(object.erase(orvcore::ToUTF8(key)), 1U) << key;
         EXPECT_EQ(MissingKey<Record>(object), "") << key;
         object[orvcore::ToUTF8(key)] = std::make_shared<Variant>();
@@ -113,10 +110,10 @@ TEST(UnknownKeys, TextsThatAreNotJSONAreRefusedByKey)
 
 TEST(ToJSON, RefusesNumbersThatAreNotFinite)
 {
-    EXPECT_THROW(kinlet::ToJSON(kinlet::PointF{std::nan(""), 0}), orvcore::serialization::json_write_exception);
+    EXPECT_THROW(TreeOf(kinlet::PointF{std::nan(""), 0}), orvcore::serialization::json_write_exception);
     SpreadsheetData data;
     data.columnValues = {std::vector<SpreadsheetCell>(600, HUGE_VAL)};
-    EXPECT_THROW(kinlet::ToJSON(data), orvcore::serialization::json_write_exception);
+    EXPECT_THROW(TreeOf(data), orvcore::serialization::json_write_exception);
 }
 
 TEST(SpreadsheetData, ReadsBackAndKeepsWhatItDoesNotKnow)
@@ -157,7 +154,7 @@ TEST(SpreadsheetData, LongColumnsKeepTheirOrder)
         }
     }
     EXPECT_EQ(ThroughText(data), data);
-    Object object = std::any_cast<Object>(kinlet::ToJSON(data));
+    Object object = std::any_cast<Object>(TreeOf(data));
     const auto* columns = AsArray(*object[u8"columnValues"]);
     auto tree = JSONParse(GetJSONUTF8String(*columns->front(), false));
     *std::any_cast<orvcore::serialization::Array&>(tree)[4321] = Variant(Object());
@@ -182,7 +179,7 @@ TEST(PointsAndColors, ReadBack)
     EXPECT_EQ(ThroughText(color), color);
     kinlet::ColorRGBA read;
     for (const std::u8string_view bad : {u8"[1,1,1]", u8"[1,1,1,1,1]", u8R"([1,1,1,"1"])", u8"{}"}) {
-        EXPECT_FALSE(kinlet::FromJSON(JSONParse(bad), read)) << orvcore::AsNarrow(bad);
+        EXPECT_FALSE(FromTree(JSONParse(bad), read)) << orvcore::AsNarrow(bad);
     }
 }
 

@@ -1,5 +1,4 @@
-#include <kinlet/PixelAspectRatio.h>
-#include <kinlet/Time.h>
+#include <kinlet/Units.h>
 
 #include <gtest/gtest.h>
 

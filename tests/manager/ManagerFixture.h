@@ -4,9 +4,9 @@
 
 #include <manager/GraphicSourceManager.h>
 #include <orvappsupport/Progress.h>
+#include <orvcore/files/Paths.h>
 #include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/MainThread.h>
-#include <orvcore/files/Paths.h>
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 // What only a POSIX system has: pipes with a name in a folder, and access rights of files and folders.
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/files/shared/CopyDirectory.h>
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/FileSystem.h>
+#include <orvcore/files/shared/CopyDirectory.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

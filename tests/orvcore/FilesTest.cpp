@@ -1,7 +1,7 @@
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/files/shared/CopyDirectory.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/shared/CopyDirectory.h>
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include <orvcore/host/Application.h>
 #include <orvcore/host/DebugSettings.h>
+#include <orvcore/host/Localiser.h>
 #include <orvcore/host/shared/Environment.h>
 #include <orvcore/text/shared/HashMixer.h>
-#include <orvcore/host/Localiser.h>
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include <orvcore/text/shared/BinaryText.h>
 #include <orvcore/json/JSON.h>
-#include <orvcore/json/shared/JSONDocument.h>
 #include <orvcore/json/JSONTextWriter.h>
+#include <orvcore/json/shared/JSONDocument.h>
 #include <orvcore/json/shared/JSONTable.h>
+#include <orvcore/text/shared/BinaryText.h>
 
 #include <gmock/gmock.h>
 

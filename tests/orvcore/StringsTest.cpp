@@ -1,8 +1,8 @@
+#include <orvcore/text/DisplayWidth.h>
 #include <orvcore/text/Guid.h>
 #include <orvcore/text/Printable.h>
 #include <orvcore/text/Strings.h>
 #include <orvcore/text/shared/SameText.h>
-#include <orvcore/text/DisplayWidth.h>
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
 
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/shared/FileLock.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/tasks/Executor.h>
-#include <orvcore/files/shared/FileLock.h>
-#include <orvcore/files/FileSystem.h>
 #include <orvcore/tasks/Future.h>
 #include <orvcore/text/Guid.h>
 

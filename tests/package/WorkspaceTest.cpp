@@ -1,9 +1,9 @@
 #include <package/Workspace.h>
 
-#include <orvcore/host/Application.h>
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/tasks/Executor.h>
 #include <orvcore/files/shared/FileLock.h>
+#include <orvcore/host/Application.h>
+#include <orvcore/tasks/Executor.h>
 #include <tests/support/Latch.h>
 #include <tests/support/RunProgram.h>
 #include <tests/support/TempFolder.h>

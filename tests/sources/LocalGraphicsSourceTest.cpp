@@ -1,8 +1,8 @@
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
 
-#include <orvcore/host/DebugSettings.h>
 #include <orvcore/files/FileSystem.h>
+#include <orvcore/host/DebugSettings.h>
 #include <orvcore/json/JSON.h>
 #include <orvcore/tasks/MainThread.h>
 #include <package/CapsuleZip.h>

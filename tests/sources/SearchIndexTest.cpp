@@ -2,8 +2,8 @@
 
 #include <tests/support/Latch.h>
 
-#include <orvcore/tasks/Executor.h>
 #include <orvcore/files/Paths.h>
+#include <orvcore/tasks/Executor.h>
 #include <sources/SearchIndex.h>
 
 #include <gtest/gtest.h>

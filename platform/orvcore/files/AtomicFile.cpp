@@ -1,9 +1,9 @@
 #include <orvcore/files/AtomicFile.h>
 
 #include <orvcore/files/FileError.h>
-#include <orvcore/files/shared/FileLock.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/shared/FileLock.h>
 #include <orvcore/files/shared/NativeFile.h>
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/text/Guid.h>
 #include <orvcore/files/shared/FilePieces.h>
+#include <orvcore/text/Guid.h>
 
 #include <algorithm>
 #include <system_error>

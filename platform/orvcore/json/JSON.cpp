@@ -1,7 +1,7 @@
 #include <orvcore/json/JSON.h>
 
-#include <orvcore/json/shared/JSONDocument.h>
 #include <orvcore/json/JSONTextWriter.h>
+#include <orvcore/json/shared/JSONDocument.h>
 
 namespace orvcore::serialization {
 

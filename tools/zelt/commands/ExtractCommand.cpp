@@ -5,9 +5,9 @@
 #include <tools/zelt/support/TempFolder.h>
 #include <tools/zelt/support/Template.h>
 
-#include <orvcore/host/Application.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/host/Application.h>
 #include <package/PackageNames.h>
 
 namespace zelt {

@@ -4,9 +4,9 @@
 #include <tools/zelt/support/IndexFile.h>
 #include <tools/zelt/support/Template.h>
 
-#include <orvcore/text/Guid.h>
-#include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/files/Paths.h>
+#include <orvcore/json/JSONTextWriter.h>
+#include <orvcore/text/Guid.h>
 #include <sources/SearchIndex.h>
 
 namespace zelt {

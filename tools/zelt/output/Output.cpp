@@ -1,10 +1,10 @@
 #include <tools/zelt/output/Output.h>
 
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/files/Paths.h>
-#include <tools/support/Console.h>
+#include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/text/Printable.h>
+#include <tools/support/Console.h>
 
 #include <algorithm>
 

@@ -5,9 +5,9 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/support/IndexFile.h>
 
+#include <orvcore/files/Paths.h>
 #include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/MainThread.h>
-#include <orvcore/files/Paths.h>
 #include <sources/SourceNames.h>
 #include <tools/support/Console.h>
 

@@ -1,9 +1,9 @@
 #include <orvcore/files/shared/CopyDirectory.h>
 
-#include <orvcore/tasks/Executor.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/shared/FilePieces.h>
 #include <orvcore/files/shared/GuardedFolder.h>
+#include <orvcore/tasks/Executor.h>
 
 #include <memory>
 #include <string>

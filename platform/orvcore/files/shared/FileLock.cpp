@@ -1,5 +1,5 @@
-#include <orvcore/files/shared/FileLock.h>
 #include <orvcore/files/Paths.h>
+#include <orvcore/files/shared/FileLock.h>
 
 #include <thread>
 

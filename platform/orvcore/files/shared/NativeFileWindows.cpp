@@ -2,8 +2,8 @@
 
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/Files.h>
-#include <orvcore/files/shared/NativeFile.h>
 #include <orvcore/files/detail/WindowsError.h>
+#include <orvcore/files/shared/NativeFile.h>
 
 #include <windows.h>
 

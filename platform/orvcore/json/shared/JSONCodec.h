@@ -1,9 +1,9 @@
 #pragma once
 
-#include <orvcore/text/Guid.h>
-#include <orvcore/json/shared/JSONDocument.h>
 #include <orvcore/json/JSONSink.h>
+#include <orvcore/json/shared/JSONDocument.h>
 #include <orvcore/tasks/ParallelFor.h>
+#include <orvcore/text/Guid.h>
 
 #include <algorithm>
 #include <atomic>

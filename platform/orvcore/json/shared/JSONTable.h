@@ -1,8 +1,8 @@
 #pragma once
 
 #include <orvcore/json/JSONTextWriter.h>
-#include <orvcore/json/shared/JSONTreeBuilder.h>
 #include <orvcore/json/shared/JSONCodec.h>
+#include <orvcore/json/shared/JSONTreeBuilder.h>
 #include <orvcore/text/shared/SameText.h>
 
 #include <array>

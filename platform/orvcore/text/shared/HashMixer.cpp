@@ -1,5 +1,5 @@
-#include <orvcore/text/shared/HashMixer.h>
 #include <orvcore/text/Strings.h>
+#include <orvcore/text/shared/HashMixer.h>
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>

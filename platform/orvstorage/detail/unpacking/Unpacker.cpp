@@ -1,8 +1,8 @@
 #include <orvstorage/detail/unpacking/Unpacker.h>
 
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/tasks/ParallelFor.h>
 #include <orvcore/files/shared/GuardedFolder.h>
+#include <orvcore/tasks/ParallelFor.h>
 #include <orvstorage/detail/reading/EntryReader.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include <kinlet/Time.h>
+#include <kinlet/Units.h>
 
 #include <algorithm>
 #include <limits>
@@ -66,6 +66,24 @@ std::optional<FrameRate> FrameRate::FromRational(const boost::rational<std::int6
         return std::nullopt;
     }
     return FrameRate{ticks * framesPerSecond.denominator()};
+}
+
+boost::rational<std::int64_t> PixelAspectRatio::ToRational() const
+{
+    if (numerator == 0 || denominator == 0) {
+        return boost::rational<std::int64_t>(1);
+    }
+    return {numerator, denominator};
+}
+
+std::optional<PixelAspectRatio> PixelAspectRatio::FromRational(const boost::rational<std::int64_t>& ratio)
+{
+    constexpr std::int64_t highest = std::numeric_limits<std::uint32_t>::max();
+    if (ratio.numerator() <= 0 || ratio.numerator() > highest || ratio.denominator() > highest) {
+        return std::nullopt;
+    }
+    return PixelAspectRatio{static_cast<std::uint32_t>(ratio.numerator()),
+                            static_cast<std::uint32_t>(ratio.denominator())};
 }
 
 } // namespace kinlet

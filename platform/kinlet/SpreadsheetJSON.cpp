@@ -1,22 +1,8 @@
-#include <kinlet/detail/RecordCodecs.h>
-#include <kinlet/detail/ReplaceRecord.h>
-#include <kinlet/detail/SpreadsheetJSON.h>
+#include <kinlet/detail/RecordTables.h>
 
+#include <algorithm>
+#include <array>
 #include <charconv>
-
-namespace kinlet::detail {
-
-bool ReadRecord(const JSONNode& node, SpreadsheetData& out)
-{
-    return ReplaceRecord(node, out);
-}
-
-void WriteRecord(JSONSink& sink, const SpreadsheetData& value)
-{
-    PutRecord(sink, value);
-}
-
-} // namespace kinlet::detail
 
 namespace orvcore::serialization::detail {
 
