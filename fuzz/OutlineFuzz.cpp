@@ -1,7 +1,7 @@
 // A JSON text behind two bytes that choose an edit: the scanner must find the values that the reader reads, no more and
 // no fewer, and an edit must change that one member and no other.
 #include <orvcore/json/shared/JSONDocument.h>
-#include <tools/zelt/JSONSplice.h>
+#include <tools/zelt/editing/JSONSplice.h>
 
 #include <cstdint>
 #include <cstdio>
