@@ -1,9 +1,9 @@
 <<<<<<<< HEAD:platform/orvstorage/detail/ByteProgress.cpp
 #include <orvstorage/detail/ByteProgress.h>
 |||||||| 111620f:platform/orvstorage/detail/PackProgress.cpp
-#include <orvstorage/detail/PackProgress.h>
+#include <orvstorage/detail/ByteProgress.h>
 ========
-#include <orvstorage/detail/packing/PackProgress.h>
+#include <orvstorage/detail/ByteProgress.h>
 >>>>>>>> main:platform/orvstorage/detail/packing/PackProgress.cpp
 
 #include <algorithm>
