@@ -72,7 +72,7 @@ std::string SharedData()
 std::string ManyEntries()
 {
     ZipBytes bytes;
-    for (int i = 0; i < 10000; ++i) {
+    for (int i = 0; i < 5000; ++i) {
         bytes.Add({.name = std::to_string(i)});
     }
     return bytes.Finish();

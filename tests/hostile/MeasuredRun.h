@@ -11,7 +11,7 @@ namespace test {
 struct MeasuredRun {
     int exitCode = -1; ///< -1: it could not be started, or did not end by itself
     double processorSeconds = 0;
-    std::uint64_t peakBytes = 0; ///< of memory in use
+    std::uint64_t peakBytes = 0; ///< of memory in use; on some systems at least what the caller itself used
 };
 
 /// Runs a program to its end, both its outputs into the file `output`. Arguments must not hold quotes.

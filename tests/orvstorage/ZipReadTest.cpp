@@ -155,6 +155,8 @@ TEST(ZipRead, HeadersAtTheDataAgreeWithTheDirectory)
 {
     const ZipItem plain{.name = "a.txt", .data = "content"};
     const std::string sizes = ZipBytes::Number(7, 4) + ZipBytes::Number(7, 4);
+    const std::string sizes64 = ZipBytes::Number(1, 2) + ZipBytes::Number(16, 2) + ZipBytes::Number(9, 8) +
+                                ZipBytes::Number(7, 8); // of which the header asks for the second
     const std::string signedCrc = "PK\7\x8" + ZipBytes::Number(test::Crc32("content"), 4);
     const auto streamed = [](const std::string& behind) {
         return ZipItem{.name = "a.txt",
@@ -187,6 +189,7 @@ TEST(ZipRead, HeadersAtTheDataAgreeWithTheDirectory)
         // What real writers leave.
         {plain, 6, "\2", ZipError::None},
         {plain, 7, std::string(1, '\0'), ZipError::None},
+        {{.name = "a.txt", .data = "content", .extra = sizes64}, 18, std::string(4, '\xff'), ZipError::None},
         {streamed(""), 14, std::string(12, '\0'), ZipError::None},
         {streamed(""), 14, std::string(4, '\0') + std::string(8, '\xff'), ZipError::None},
         {streamed(signedCrc + sizes), 14, std::string(12, '\0'), ZipError::None},

@@ -23,20 +23,27 @@ std::size_t FindEnd(std::span<const unsigned char> tail)
     return tail.size();
 }
 
+// What both end records tell in one order, each in numbers of its own width.
+DirectoryExtent TakeExtent(ByteCursor& cursor, std::size_t diskWidth, std::size_t countWidth, std::size_t placeWidth)
+{
+    const std::uint64_t disk = cursor.Take(diskWidth);
+    const std::uint64_t directoryDisk = cursor.Take(diskWidth);
+    const std::uint64_t here = cursor.Take(countWidth);
+    DirectoryExtent extent;
+    extent.entries = cursor.Take(countWidth);
+    extent.size = cursor.Take(placeWidth);
+    extent.offset = cursor.Take(placeWidth);
+    extent.error = disk != 0 || directoryDisk != 0 || here != extent.entries ? ZipError::SeveralDisks : ZipError::None;
+    return extent;
+}
+
 DirectoryExtent ReadPlain(std::span<const unsigned char> bytes)
 {
     ByteCursor cursor(bytes);
     cursor.Skip(4);
-    const std::uint16_t disk = cursor.Take16();
-    const std::uint16_t directoryDisk = cursor.Take16();
-    const std::uint16_t here = cursor.Take16();
-    DirectoryExtent extent;
-    extent.entries = cursor.Take16();
-    extent.size = cursor.Take32();
-    extent.offset = cursor.Take32();
+    DirectoryExtent extent = TakeExtent(cursor, 2, 2, 4);
     const auto comment = cursor.TakeBytes(cursor.Take16());
     extent.comment.assign(comment.begin(), comment.end());
-    extent.error = disk != 0 || directoryDisk != 0 || here != extent.entries ? ZipError::SeveralDisks : ZipError::None;
     return extent;
 }
 
@@ -57,15 +64,7 @@ std::optional<DirectoryExtent> ReadZip64(const ArchiveFile& file, std::span<cons
     }
     ByteCursor cursor(bytes);
     cursor.Skip(16);
-    const std::uint32_t disk = cursor.Take32();
-    const std::uint32_t directoryDisk = cursor.Take32();
-    const std::uint64_t here = cursor.Take64();
-    DirectoryExtent extent;
-    extent.entries = cursor.Take64();
-    extent.size = cursor.Take64();
-    extent.offset = cursor.Take64();
-    extent.error = disk != 0 || directoryDisk != 0 || here != extent.entries ? ZipError::SeveralDisks : ZipError::None;
-    return extent;
+    return TakeExtent(cursor, 4, 8, 8);
 }
 
 // Two readers, of which one knows zip64, must not see two archives in one.
