@@ -3,6 +3,7 @@
 #include <orvcore/AtomicFile.h>
 #include <orvcore/ParallelFor.h>
 #include <orvcore/detail/GuardedFolder.h>
+#include <orvcore/detail/NewFolders.h>
 #include <orvstorage/detail/EntryReader.h>
 
 #include <algorithm>
