@@ -86,9 +86,7 @@ public:
                                const orvcore::UTF16String& projectName, orvcore::UTF16String& outProjectPath) const;
 
     /// As above, for a caller that waits and may give up.
-    /// @param progress, opaque see orvstorage::ZipFile::UnzipItems; a fraction is that of one entry, and begins anew
-    /// with
-    ///        the next
+    /// @param progress, opaque see orvstorage::ZipFile::UnzipItems; the fraction begins anew with each entry
     bool GetZELTProjectPackage(const orvcore::UTF16String& baseDirectory, const orvcore::UTF16String& subDirectory,
                                const orvcore::UTF16String& projectName, orvcore::UTF16String& outProjectPath,
                                const orvstorage::ZipProgress& progress, void* opaque) const;

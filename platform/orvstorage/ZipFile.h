@@ -54,7 +54,7 @@ public:
     /// its folder is created when missing, and gone again after a failure. Memory does not depend on the entry's size.
     bool UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination) const;
     /// The same, and whoever waits can give up.
-    /// @param progress may be empty; told at the start, some hundred times a second and, with 1.0, before the file
+    /// @param progress may be empty; told at the start, after each 256 KiB and, with 1.0, before the file
     ///        appears. After its false nothing is left and the failure is `Cancelled`; what it throws is passed on to
     ///        the caller, nothing left either.
     bool UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination, const ZipProgress& progress,

@@ -2,6 +2,7 @@
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/shared/GuardedFolder.h>
+#include <orvcore/files/shared/NewFolders.h>
 #include <orvcore/tasks/ParallelFor.h>
 #include <orvstorage/detail/reading/EntryReader.h>
 
