@@ -108,7 +108,8 @@ std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
     if (!root_.empty()) {
         directories.insert(orvcore::PathToUTF8(root_));
     }
-    const detail::FoundPackages found = detail::FindPackages(root_, Depth::AllBelow, &orvcore::IsTerminating);
+    const detail::FoundPackages found =
+        detail::FindPackages(root_, Depth::AllBelow, [] { return orvcore::IsTerminating(); });
     for (const FolderFailure& failure : found.failures) {
         if (detail::ConcernsWholeWalk(failure.reason) || orvcore::PathFromUTF8(failure.folder) == root_) {
             throw unlisted_folders_exception({failure});

@@ -49,7 +49,10 @@ void PackageEntries::FillFromContent(CapsuleEntry& entry, OnePackage& package, c
                                      PackageState& state) const
 {
     bool hasDefinition = known.Recall(entry, state);
-    if (!hasDefinition && !stop_()) {
+    if (stop_()) {
+        return;
+    }
+    if (!hasDefinition) {
         hasDefinition = FillFromDefinition(entry, package.Content(), stop_);
         state.hasStill = hasDefinition;
         state.hasVideo = true; // until it is looked for

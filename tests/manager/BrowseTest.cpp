@@ -196,7 +196,7 @@ TEST_F(BrowseTest, AFolderThatCannotBeListedCostsItselfAlone)
     const auto failed = [&] {
         std::vector<orvcore::UTF8String> folders;
         for (const auto& failure : manager->GetFolderFailures(orvcapsule::kLocalSourceID)) {
-            EXPECT_EQ(failure.reason, std::errc::too_many_symbolic_link_levels);
+            EXPECT_TRUE(failure.reason);
             folders.push_back(failure.folder);
         }
         return folders;

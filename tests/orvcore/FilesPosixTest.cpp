@@ -35,6 +35,18 @@ std::error_code ErrorOf(const std::function<void()>& work)
     return {};
 }
 
+TEST(FilesPosix, NamesThatAreNoUTF8KeepTheirBytesInUTF16)
+{
+    for (const char* name :
+         {"", "a/\u00fc", "odd\xff", "\xe5\xad.x", "\xed\xb3\xbf", "\u00fc\x80\u00fc", "\xf0\x9f\x8e"}) {
+        const orvcore::UTF8String text = orvcore::ToUTF8(std::string_view(name));
+        EXPECT_EQ(orvcore::PathTextToUTF8(orvcore::PathTextToUTF16(text)), text);
+        EXPECT_EQ(orvcore::PathFromUTF16(orvcore::PathToUTF16(name)), name);
+    }
+    EXPECT_EQ(orvcore::PathToUTF16("\u00fc\xff"), u"\u00fc\xDCFF");
+    EXPECT_EQ(orvcore::PathTextToUTF8(u"\U0001F4FF\xD83D"), u8"\U0001F4FF\uFFFD") << "surrogates of other kinds";
+}
+
 TEST(FilesPosix, NothingReplacesWhatIsNoFile)
 {
     const TempFolder folder;
