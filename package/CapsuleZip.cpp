@@ -3,9 +3,12 @@
 #include <orvcore/Application.h>
 #include <orvcore/AtomicFile.h>
 #include <orvcore/CopyDirectory.h>
+#include <orvcore/FileSystem.h>
 #include <orvcore/Files.h>
 #include <package/PackageNames.h>
 #include <package/detail/PackageFile.h>
+
+#include <algorithm>
 
 namespace orvcapsule {
 
@@ -48,6 +51,20 @@ bool IsEmpty(const fs::path& folder)
 {
     const auto listing = orvcore::ListDirectory(folder);
     return listing.directories.empty() && listing.files.empty();
+}
+
+// Innermost first.
+std::vector<fs::path> MissingFolders(const fs::path& folder)
+{
+    std::vector<fs::path> missing;
+    for (fs::path at = orvcore::WithoutClosingSeparators(folder); !at.empty() && !orvcore::Exists(at);
+         at = at.parent_path()) {
+        missing.push_back(at);
+        if (at == at.parent_path()) {
+            break;
+        }
+    }
+    return missing;
 }
 
 // Only what is not there has a substitute: another entry in the place of a damaged one would pass for it.
@@ -195,8 +212,12 @@ bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const U
     if (!privateFolder) {
         orvcore::RemoveLeftBehind(directory, std::chrono::hours(24)); // halves of projects that killed programs left
     }
+    const std::vector<fs::path> newFolders = MissingFolders(directory);
     const auto file = ExtractAnyProject(GetArchive(), privateFolder ? privateFolder->Path() : directory, projectName);
     if (!file || (privateFolder && !CopyUnzipped(GetArchive(), privateFolder->Path(), directory, true))) {
+        std::error_code stays; // what holds something by now
+        std::for_each(newFolders.begin(), newFolders.end(),
+                      [&](const fs::path& path) { orvcore::RemoveOne(path, stays); });
         return false;
     }
     outProjectPath = orvcore::PathToUTF16(directory / *file);

@@ -4,7 +4,6 @@
 #include <thread>
 
 #if defined(_WIN32)
-#include <orvcore/detail/WindowsError.h>
 #include <windows.h>
 #else
 #include <cerrno>
