@@ -3,10 +3,13 @@
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
 #include <orvcore/files/shared/CopyDirectory.h>
+#include <orvcore/files/shared/NewFolders.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/json/JSON.h>
 #include <package/PackageNames.h>
 #include <package/detail/PackageFile.h>
+
+#include <algorithm>
 
 namespace orvcapsule {
 
@@ -217,9 +220,15 @@ bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const U
     const fs::path& unpackDirectory = privateFolder ? privateFolder->Path() : directory;
     const auto file = ProjectExtraction{zip, unpackDirectory, progress, opaque}.ExtractAnyProject(projectName);
     const auto always = [](double) { return true; };
+    orvcore::detail::NewFolders folders;
+    if (file && privateFolder) {
+        std::error_code ignored; // the copy meets the same obstacle and tells it
+        folders.Make(directory, ignored);
+    }
     if (!file || (privateFolder && !CopyUnzipped(zip, privateFolder->Path(), directory, true, always))) {
         return false;
     }
+    folders.Keep();
     outProjectPath = orvcore::PathToUTF16(directory / *file);
     return true;
 }

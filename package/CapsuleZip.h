@@ -78,7 +78,8 @@ public:
     /// "ZeltOptimizations.bin" beside it when present. Each name is tried when there is no entry of the one before it;
     /// an entry that is there and cannot be extracted makes the call fail. Only when the side file cannot be is the
     /// result true, and the last failure tells of it.
-    /// @param baseDirectory, subDirectory joined, the project's folder; created when missing. Without a base it is the
+    /// @param baseDirectory, subDirectory joined, the project's folder; created when missing, but for a failure.
+    /// Without a base it is the
     ///        sub-directory, with one it lies below the base even when `subDirectory` is absolute.
     /// @param projectName the project file's name without extension
     /// @param outProjectPath receives the project file's path; left alone when the result is false

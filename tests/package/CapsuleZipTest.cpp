@@ -177,6 +177,7 @@ TEST_F(CapsuleZipTest, OnlyWhatIsMissingHasASubstitute)
             EXPECT_EQ(out, u"untouched");
             EXPECT_EQ(NameOf(zip.GetLastFailure().error), "ChecksumMismatch") << c.bad;
             EXPECT_EQ(orvcore::ToNarrow(zip.GetLastFailure().entry), c.bad);
+            EXPECT_FALSE(orvcore::Exists(folder_ / "base")) << "made for nothing";
         }
     }
     const CapsuleZip zip(Package("p.zelt", ZipBytes()

@@ -172,8 +172,12 @@ bool AtomicFile::CommitIf(const std::function<bool()>& isWanted, Durability dura
         error = std::make_error_code(std::errc::operation_canceled);
         return false;
     }
-    placed = detail::VersionAt(private_); // a rename changes none of it
-    return PutInPlace(error);
+    const auto version = detail::VersionAt(private_); // a rename changes none of it
+    if (!PutInPlace(error)) {
+        return false;
+    }
+    placed = version;
+    return true;
 }
 
 void AtomicFile::Rollback() noexcept

@@ -83,7 +83,7 @@ public:
     [[nodiscard]] bool Commit(Durability durability, std::error_code& error);
     /// As Commit, if `isWanted` says so at the last moment; its false is the error `operation_canceled`. From when it
     /// is asked until the file is in place, nobody else commits so in that folder, in this process or another.
-    /// @param placed what the new file is then known by, where that can be told
+    /// @param placed after success, what the new file is known by, or empty where that cannot be told
     [[nodiscard]] bool CommitIf(const std::function<bool()>& isWanted, Durability durability,
                                 std::optional<detail::FileVersion>& placed, std::error_code& error);
     /// Gives the content up.
