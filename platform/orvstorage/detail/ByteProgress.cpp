@@ -1,10 +1,4 @@
-<<<<<<<< HEAD:platform/orvstorage/detail/ByteProgress.cpp
 #include <orvstorage/detail/ByteProgress.h>
-|||||||| 111620f:platform/orvstorage/detail/PackProgress.cpp
-#include <orvstorage/detail/ByteProgress.h>
-========
-#include <orvstorage/detail/ByteProgress.h>
->>>>>>>> main:platform/orvstorage/detail/packing/PackProgress.cpp
 
 #include <algorithm>
 
