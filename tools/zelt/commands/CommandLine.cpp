@@ -232,6 +232,21 @@ void AddBrowsing(CLI::App& app, Action& action, const std::vector<std::string>& 
     tags.first->add_flag("--json", tags.second->json, "One JSON object for each text, on one line");
 }
 
+void AddFonts(CLI::App& app, Action& action)
+{
+    const auto fonts = AddCommand(app, action, "fonts",
+                                  "List the fonts that packages need, and which of them this machine lacks", &RunFonts);
+    AddFiles(fonts.first, fonts.second->files);
+    fonts.first->add_flag("--json", fonts.second->json, "One JSON object for each package, on one line");
+    AddText(fonts.first, "--report", fonts.second->document, "DOCUMENT",
+            "Send a message for each font: this document uses it");
+
+    const auto broker = AddCommand(app, action, "broker",
+                                   "Take suite messages and print each as a JSON object, for development", &RunBroker);
+    AddFile(broker.first, "--listen", broker.second->path, "Socket, or pipe on Windows")->type_name("PATH");
+    AddText(broker.first, "--messages", broker.second->messages, "COUNT", "End after so many messages");
+}
+
 std::string WhatIsWrong(const CLI::App& app, const CLI::ParseError& error)
 {
     auto unknown = app.remaining(true);
@@ -267,6 +282,7 @@ ExitCode RunCommandLine(std::vector<std::string> arguments)
     AddNew(app, action);
     AddBrowsing(app, action, TakeTerms(arguments));
     AddIndex(app, action);
+    AddFonts(app, action);
     MarkLiterals(arguments);
     try {
         std::reverse(arguments.begin(), arguments.end()); // as this parser takes them

@@ -128,4 +128,17 @@ struct IndexTagsOptions {
 };
 ExitCode RunIndexTags(const IndexTagsOptions& options);
 
+struct FontsOptions {
+    std::vector<std::string> files;
+    std::optional<std::string> document; ///< whose use of the fonts is reported
+    bool json = false;
+};
+ExitCode RunFonts(const FontsOptions& options);
+
+struct BrokerOptions {
+    std::string path;                    ///< a socket or pipe
+    std::optional<std::string> messages; ///< a number, after which it ends
+};
+ExitCode RunBroker(const BrokerOptions& options);
+
 } // namespace zelt

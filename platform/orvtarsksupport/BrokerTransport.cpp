@@ -1,0 +1,57 @@
+#include <orvtarsksupport/BrokerTransport.h>
+
+#include <orvcore/host/shared/Environment.h>
+#include <orvtarsksupport/BrokerFrames.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace orvtarsksupport {
+
+namespace {
+
+class BrokerTransport final : public ITarskTransport {
+public:
+    BrokerTransport(orvcore::UTF8String path, std::chrono::milliseconds timeout)
+        : path_(std::move(path))
+        , timeout_(std::min<std::chrono::milliseconds>(timeout, std::chrono::hours(24))) // no point of time overflows
+    {
+    }
+
+    TarskResult Send(const TarskMessage& message, orvcore::UTF8String& reply) override
+    {
+        reply.clear();
+        const Deadline deadline = std::chrono::steady_clock::now() + timeout_;
+        if (!FitsFrame(message)) {
+            return {TarskStatus::BadMessage};
+        }
+        LocalStream stream;
+        TarskResult result = LocalStream::Connect(Path(), deadline, stream);
+        if (result) {
+            result = WriteRequest(stream, message, deadline);
+        }
+        return result && message.awaitReply ? ReadReply(stream, reply, deadline) : result;
+    }
+
+private:
+    orvcore::UTF8String Path() const
+    {
+        if (!path_.empty()) {
+            return path_;
+        }
+        const auto named = orvcore::ReadEnvironment(kBrokerVariable);
+        return named && !named->empty() ? *named : DefaultBrokerPath();
+    }
+
+    const orvcore::UTF8String path_;
+    const std::chrono::milliseconds timeout_;
+};
+
+} // namespace
+
+std::shared_ptr<ITarskTransport> MakeBrokerTransport(orvcore::UTF8String path, std::chrono::milliseconds timeout)
+{
+    return std::make_shared<BrokerTransport>(std::move(path), timeout);
+}
+
+} // namespace orvtarsksupport

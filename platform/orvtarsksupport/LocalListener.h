@@ -1,0 +1,33 @@
+#pragma once
+
+#include <orvtarsksupport/LocalStream.h>
+
+#include <memory>
+#include <optional>
+#include <system_error>
+
+namespace orvtarsksupport {
+
+/// Where clients of `LocalStream` connect to: what a broker for development and tests stands on. One thread at a time.
+class ORVPLATFORM_API LocalListener {
+public:
+    /// Listens at `path` (UTF-8). On Linux the socket's folder must be there; only this user can connect, and a socket
+    /// that a program left behind is replaced. Empty with an `error` when another listens there, or the system refuses.
+    static std::unique_ptr<LocalListener> Open(const orvcore::UTF8String& path, std::error_code& error);
+
+    LocalListener(const LocalListener&) = delete;
+    LocalListener& operator=(const LocalListener&) = delete;
+    /// Ends listening; a socket's file goes.
+    ~LocalListener();
+
+    /// The next client's connection; nothing when none came before the deadline.
+    std::optional<LocalStream> Accept(Deadline deadline);
+
+private:
+    LocalListener(orvcore::UTF8String path, std::intptr_t handle);
+
+    const orvcore::UTF8String path_;
+    std::intptr_t handle_; // the socket, or the pipe's instance that waits for the next client
+};
+
+} // namespace orvtarsksupport

@@ -1,0 +1,142 @@
+#include <tools/zelt/commands/Commands.h>
+#include <tools/zelt/output/Output.h>
+#include <tools/zelt/support/Template.h>
+
+#include <boost/date_time/posix_time/posix_time.hpp>
+#include <fontusage/FontUsageMessage.h>
+#include <orvcore/json/JSONTextWriter.h>
+#include <orvtarsksupport/TarskTransport.h>
+#include <tools/support/fonts/MachineFonts.h>
+
+#include <algorithm>
+#include <set>
+
+namespace zelt {
+
+namespace {
+
+using namespace orvtarsksupport;
+using orvcapsule::Capsule;
+
+// Nothing when the system cannot tell.
+using FontNames = std::optional<std::set<std::string>>;
+
+bool IsMissing(const FontNames& installed, const std::string& font)
+{
+    return installed && !installed->contains(font);
+}
+
+std::string AsJSON(const Template& read, const FontNames& installed)
+{
+    orvcore::serialization::JSONTextWriter writer;
+    const auto textOrNull = [&writer](std::string_view key, bool isText, std::string_view text) {
+        writer.Key(key);
+        isText ? writer.String(text) : writer.Null();
+    };
+    const auto font = [&](const std::string& name) {
+        writer.BeginObject();
+        textOrNull("name", true, name);
+        writer.Key("installed");
+        installed ? writer.Bool(installed->contains(name)) : writer.Null();
+        writer.EndObject();
+    };
+    writer.BeginObject();
+    textOrNull("file", true, read.file);
+    writer.Key("ok");
+    writer.Bool(read.IsGood());
+    textOrNull("error", !read.IsGood(), read.IsGood() ? "" : read.definition.refusals.front().text);
+    writer.Key("fonts");
+    if (read.IsGood()) {
+        writer.BeginObject();
+        for (const auto& [locale, fonts] : read.definition.capsule->GetUsedFontsLocalized()) {
+            writer.Key(orvcore::ToNarrow(locale));
+            writer.BeginArray();
+            std::for_each(fonts.begin(), fonts.end(), font);
+            writer.EndArray();
+        }
+        writer.EndObject();
+    } else {
+        writer.Null();
+    }
+    writer.EndObject();
+    return orvcore::ToNarrow(writer.Take());
+}
+
+void PrintText(const std::string& file, const Capsule& capsule, const FontNames& installed)
+{
+    PrintLine(Printable(file));
+    for (const auto& [locale, fonts] : capsule.GetUsedFontsLocalized()) {
+        for (const std::string& font : fonts) {
+            PrintLine(Printable("  " + orvcore::ToNarrow(locale) + ": " + font) +
+                      (IsMissing(installed, font) ? " (missing)" : ""));
+        }
+    }
+}
+
+// Takes messages on to the transport in use and notes how each ends: the library itself keeps it quiet.
+class Witness final : public ITarskTransport {
+public:
+    TarskResult Send(const TarskMessage& message, orvcore::UTF8String& reply) override
+    {
+        result = transport_->Send(message, reply);
+        return result;
+    }
+    TarskResult result{TarskStatus::BadMessage}; // of a message that never came here
+
+private:
+    const std::shared_ptr<ITarskTransport> transport_ = GetTarskTransport();
+};
+
+std::string Now()
+{
+    return to_iso_extended_string(boost::posix_time::second_clock::universal_time()) + 'Z';
+}
+
+// Stops at the first failure: what ails one message ails the others, and each would wait for the broker again.
+void Report(const std::set<std::string>& fonts, const std::string& document)
+{
+    const auto witness = std::make_shared<Witness>();
+    SetTarskTransport(witness);
+    for (const std::string& font : fonts) {
+        orvcapsule::SendFontUsageMessage(orvcore::ToUTF8(font), orvcore::ToUTF8(document), orvcore::ToUTF8(Now()),
+                                         u8"use");
+        if (!witness->result) {
+            throw std::runtime_error("the font " + font + " was not reported: " + witness->result.Message());
+        }
+    }
+}
+
+} // namespace
+
+ExitCode RunFonts(const FontsOptions& options)
+{
+    const FontNames installed = orvtools::InstalledFontNames();
+    std::set<std::string> needed;
+    ExitCode exit = ExitCode::kDone;
+    for (const std::string& file : options.files) {
+        const ExitCode one = OnFile(file, [&] {
+            const Template read = ReadTemplate(file);
+            if (options.json) {
+                PrintLine(AsJSON(read, installed));
+            }
+            if (!read.IsGood()) {
+                throw FileError(file, read.definition.refusals.front().text);
+            }
+            const Capsule& capsule = *read.definition.capsule;
+            if (!options.json) {
+                PrintText(file, capsule, installed);
+            }
+            for (const auto& [locale, fonts] : capsule.GetUsedFontsLocalized()) {
+                needed.insert(fonts.begin(), fonts.end());
+            }
+        });
+        exit = one == ExitCode::kDone ? exit : one;
+    }
+    if (options.document) {
+        const ExitCode reported = OnFile(*options.document, [&] { Report(needed, *options.document); });
+        exit = reported == ExitCode::kDone ? exit : reported;
+    }
+    return exit;
+}
+
+} // namespace zelt
