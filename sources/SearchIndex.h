@@ -38,8 +38,8 @@ ORVCAPSULE_API void QueryRapidFindDB(const std::vector<orvcore::UTF16String>& te
 /// texts that begin with it as a whole, then shorter ones. An empty prefix stands for any beginning.
 ORVCAPSULE_API void GetTags(const orvcore::UTF16String& prefix, std::set<orvcore::UTF16String>& tags);
 
-/// Removes the rows of the templates at `paths`, or all rows when `paths` is empty. No search of this process finds them
-/// from then on, also when the file cannot be written yet.
+/// Removes the rows of the templates at `paths`, or all rows when `paths` is empty. No search of this process finds
+/// them from then on, also when the file cannot be written yet.
 ORVCAPSULE_API void ClearRapidFindDB(const std::vector<orvcore::UTF8String>& paths);
 
 /// Lets go of the index. A search that is running on another thread is interrupted; the file closes when the last call

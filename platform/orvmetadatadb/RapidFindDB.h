@@ -83,10 +83,10 @@ public:
     /// Removes all rows of `key`, which need not have any.
     ResultCode DeleteRow(const orvcore::UTF16String& key);
 
-    /// Removes the table in use with all its rows; `UpdateTable` takes one into use again. No search finds the rows from
-    /// then on, also when the file cannot be written: while it is locked elsewhere the removal waits as inserts do, and
-    /// after another failure until a new call or the end of the object. Also the remedy for a damaged file, see above.
-    /// (In the file an empty table stays, so that no other process finds it missing.)
+    /// Removes the table in use with all its rows; `UpdateTable` takes one into use again. No search finds the rows
+    /// from then on, also when the file cannot be written: while it is locked elsewhere the removal waits as inserts
+    /// do, and after another failure until a new call or the end of the object. Also the remedy for a damaged file, see
+    /// above. (In the file an empty table stays, so that no other process finds it missing.)
     ResultCode DeleteTable();
 
     /// Sets `keys` to the keys that fulfil the conditions combined by `matchOperator` (a MatchOperator), without

@@ -1,5 +1,5 @@
-// listing_exit FOLDER return|shutdown: ends while a listing reads the packages in FOLDER/root, with 0 when it does so in
-// good order.
+// listing_exit FOLDER return|shutdown: ends while a listing reads the packages in FOLDER/root, with 0 when it does so
+// in good order.
 #include <manager/GraphicSourceManager.h>
 #include <orvappsupport/Progress.h>
 #include <orvcore/MainThread.h>
@@ -33,8 +33,7 @@ int main(int argc, char** argv)
     }
     const std::filesystem::path folder = orvcore::PathFromUTF8(orvcore::AsUTF8(argv[1]));
     const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>> noFolders;
-    const auto manager =
-        std::make_shared<orvcapsule::GraphicSourceManager>(orvcore::PathToUTF16(folder / "index.db"));
+    const auto manager = std::make_shared<orvcapsule::GraphicSourceManager>(orvcore::PathToUTF16(folder / "index.db"));
     manager->AddGraphicSource(
         std::make_shared<orvcapsule::LocalGraphicsSource>(orvcore::PathToUTF16(folder / "root"), noFolders));
     if (!BeginListing(*manager)) {

@@ -107,9 +107,8 @@ void IndexFile::UseTable(const orvcore::UTF16String& table)
 void IndexFile::CreateTable(const std::string& table)
 {
     Transaction transaction(connection_);
-    connection_.Execute(("CREATE TABLE IF NOT EXISTS " + Identifier(table) +
-                         "(id INTEGER PRIMARY KEY, path BLOB, text TEXT)")
-                            .c_str());
+    connection_.Execute(
+        ("CREATE TABLE IF NOT EXISTS " + Identifier(table) + "(id INTEGER PRIMARY KEY, path BLOB, text TEXT)").c_str());
     transaction.Commit();
 }
 

@@ -12,8 +12,8 @@ namespace orvmetadatadb::detail {
 /// The database file of one index and the statements that read and write it.
 ///
 /// A table is a list of changes, from the first to the last, that together make its rows. Changes are only added at the
-/// end, so a reader goes on after the last one it has seen, and writers need to know nothing of each other. A removal of
-/// all rows empties the list and stays as its only change: the numbers go on from it and never come back.
+/// end, so a reader goes on after the last one it has seen, and writers need to know nothing of each other. A removal
+/// of all rows empties the list and stays as its only change: the numbers go on from it and never come back.
 ///
 /// | path | text | the change |
 /// |---|---|---|
