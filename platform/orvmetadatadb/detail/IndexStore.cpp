@@ -338,12 +338,12 @@ void IndexStore::ReadChanges()
             lastKey_ = std::move(path);
         }
         const orvcore::UTF16String text = orvcore::ToUTF16(changes.Text(2));
-        if (!text.empty()) {
-            memory_.Insert(lastKey_, text);
-        } else if (isSameKey) {
+        if (text.empty() && isSameKey) {
             memory_.Clear();
-        } else {
+        } else if (text.empty()) {
             memory_.Delete(lastKey_);
+        } else if (!lastKey_.empty()) { // a damaged file may begin without one
+            memory_.Insert(lastKey_, text);
         }
         lastRead_ = changes.Integer(0);
     }

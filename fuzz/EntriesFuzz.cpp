@@ -1,0 +1,141 @@
+// Any damage to the notes that a listing keeps of the packages it read: reading them must not crash, hang or take more
+// memory than they have, and what is recalled from them can be saved and recalled as the same again.
+#include <fuzz/Patches.h>
+
+#include <orvcore/files/Files.h>
+#include <orvcore/files/Paths.h>
+#include <orvcore/host/DebugSettings.h>
+#include <orvcore/text/shared/HashMixer.h>
+#include <package/Workspace.h>
+#include <sources/detail/EntryRecord.h>
+#include <sources/detail/EntryStore.h>
+
+#include <boost/make_shared.hpp>
+
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+
+namespace {
+
+using namespace orvcapsule;
+using Entry = boost::shared_ptr<CapsuleEntry>;
+
+struct Notes {
+    std::vector<Entry> entries;
+    std::vector<detail::PackageState> states;
+};
+
+[[noreturn]] void Fail(const char* what)
+{
+    std::fprintf(stderr, "%s\n", what);
+    std::abort();
+}
+
+detail::EntryStore Store()
+{
+    return {"fuzz", std::filesystem::path("fuzz"), [] { return false; }};
+}
+
+Notes MakeNotes()
+{
+    Notes notes;
+    for (int i = 0; i < 3; ++i) {
+        auto entry = boost::make_shared<CapsuleEntry>();
+        entry->path = orvcore::ToUTF8("/templates/" + std::to_string(i) + ".zelt");
+        entry->name = u"Title";
+        entry->capsuleID = u"id";
+        entry->usedFonts = {u"Font One", u"Font Two"};
+        entry->tags = {u"tag", u"字幕"};
+        detail::PackageState state;
+        state.facts.kind = orvcore::FileKind::File;
+        state.facts.size = 1000;
+        state.isKnown = true;
+        notes.entries.push_back(entry);
+        notes.states.push_back(state);
+    }
+    return notes;
+}
+
+// The one file of notes in the working folder, made by a store of its own.
+const std::filesystem::path& File()
+{
+    static const std::filesystem::path file = [] {
+        const auto folder = orvcore::PathFromUTF8(GetTempLocalDirectory());
+        orvcore::EnsureDirectory(folder);
+        orvcore::DebugSettings::SetInt("ORV.entrysettletime", 0);
+        std::set<std::filesystem::path> before;
+        for (const auto& each : std::filesystem::directory_iterator(folder)) {
+            before.insert(each.path());
+        }
+        const Notes notes = MakeNotes();
+        Store().Save(notes.entries, notes.states);
+        for (const auto& each : std::filesystem::directory_iterator(folder)) {
+            if (each.path().extension() == ".entries" && before.count(each.path()) == 0) {
+                return each.path();
+            }
+        }
+        return std::filesystem::path();
+    }();
+    return file;
+}
+
+void WriteFile(const std::string& records)
+{
+    const orvcore::Guid sum = orvcore::HashMixer().Add(records).GetResult();
+    const std::string bytes = std::string(sum.bytes.begin(), sum.bytes.end()) + records;
+    if (orvcore::WriteBufferToFile(File(), bytes.data(), bytes.size()) < 0) {
+        Fail("the file of notes cannot be written");
+    }
+}
+
+// What the store recalls of the packages that the records name, as if each were as it was.
+Notes Recall(std::string_view records)
+{
+    Notes notes;
+    const detail::EntryStore store = Store();
+    std::u8string_view path;
+    std::string_view rest;
+    while (!records.empty() && detail::TakeRecord(records, path, rest)) {
+        auto entry = boost::make_shared<CapsuleEntry>();
+        entry->path = path;
+        detail::PackageState state;
+        state.facts.kind = orvcore::FileKind::File;
+        if (detail::TakeState(rest, state) && store.Recall(*entry, state)) {
+            notes.entries.push_back(entry);
+            notes.states.push_back(state);
+        }
+    }
+    return notes;
+}
+
+std::string Written(const Notes& notes)
+{
+    std::string records;
+    for (std::size_t i = 0; i < notes.entries.size(); ++i) {
+        detail::AppendRecord(records, *notes.entries[i], notes.states[i]);
+    }
+    return records;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static const std::string whole = Written(MakeNotes());
+    if (File().empty()) {
+        Fail("there is no file of notes");
+    }
+    const std::string damaged = fuzz::Patched(whole, data, size);
+    WriteFile(damaged);
+    const std::string written = Written(Recall(damaged));
+    WriteFile(written);
+    const std::string again = Written(Recall(written));
+    if (again != written) {
+        Fail("notes are not recalled as they were written");
+    }
+    if (size == 0 && again != whole) {
+        Fail("notes without damage are not recalled");
+    }
+    return 0;
+}
