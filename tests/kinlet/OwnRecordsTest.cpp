@@ -95,7 +95,7 @@ TEST(UnknownKeys, TextsThatAreNotJSONAreRefusedByKey)
         kinlet::TextEditInfo edit;
         edit.unknownKeys = media.unknownKeys;
         Object control;
-        const std::function<void()> roads[] = {[&] { ToText(edit); }, [&] { kinlet::ToJSON(edit); },
+        const std::function<void()> roads[] = {[&] { ToText(edit); }, [&] { TreeOf(edit); },
                                                [&] { media.ConvertToObject(control); }};
         for (const auto& road : roads) {
             try {

@@ -1,10 +1,8 @@
-#include <tests/support/ProgramName.h>
+#include <tests/support/RunProgram.h>
 #include <tests/support/TempFolder.h>
 #include <tests/support/ZipBytes.h>
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 namespace {
 
@@ -20,11 +18,10 @@ TEST(ExitTest, AProcessMayEndInTheMiddleOfAListing)
     for (int i = 1; i < 200; ++i) {
         std::filesystem::create_hard_link(folder / "root/0.zelt", folder / ("root/" + std::to_string(i) + ".zelt"));
     }
-    const std::string program =
-        orvtest::ProgramName(ORV_LISTING_EXIT) + " \"" + orvcore::ToNarrow(orvcore::PathToUTF8(folder.Path())) + "\" ";
+    const std::string place = orvcore::ToNarrow(orvcore::PathToUTF8(folder.Path()));
     for (int round = 0; round < 5; ++round) {
-        EXPECT_EQ(std::system((program + "return").c_str()), 0);
-        EXPECT_EQ(std::system((program + "shutdown").c_str()), 0);
+        EXPECT_EQ(orvtest::RunProgram(ORV_LISTING_EXIT, {place, "return"}), 0);
+        EXPECT_EQ(orvtest::RunProgram(ORV_LISTING_EXIT, {place, "shutdown"}), 0);
     }
 }
 

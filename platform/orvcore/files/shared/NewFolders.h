@@ -1,5 +1,7 @@
 #pragma once
 
+#include <orvcore/Export.h>
+
 #include <filesystem>
 #include <system_error>
 #include <vector>
@@ -8,7 +10,7 @@ namespace orvcore::detail {
 
 /// Creates a folder and its missing parents, and takes those that it has created away again unless Keep is called:
 /// work that fails leaves none behind. One that holds something by then stays.
-class NewFolders {
+class ORVPLATFORM_API NewFolders {
 public:
     NewFolders() = default;
     NewFolders(const NewFolders&) = delete;
