@@ -58,11 +58,12 @@ TEST_P(ZipOthers, UnderstandEachOther)
         EXPECT_NE(theirs.UnzipItem(orvcore::AsUTF8(name)), nullptr) << theirs.GetLastFailure().Message();
     }
     ASSERT_TRUE(RunIn(folder / "in", GetParam().stream));
-    EXPECT_THAT(ZipFile(folder / "theirs.zip").Check(true), testing::IsEmpty());
+    const ZipFile streamed(folder / "theirs.zip");
+    EXPECT_THAT(streamed.Check(true), testing::IsEmpty());
     ASSERT_TRUE(ZipFile(folder / "ours.zip").Zip(folder / "in", {}, nullptr));
     EXPECT_TRUE(RunIn(folder / "in", GetParam().test)) << folder.Read("out.log");
     folder.Write("in/definition.json", "changed");
-    ASSERT_TRUE(theirs.AddItem(u8"definition.json", folder / "in", true)) << theirs.GetLastFailure().Message();
+    ASSERT_TRUE(streamed.AddItem(u8"definition.json", folder / "in", true)) << streamed.GetLastFailure().Message();
     fs::rename(folder / "theirs.zip", folder / "ours.zip");
     EXPECT_TRUE(RunIn(folder / "in", GetParam().test)) << folder.Read("out.log");
 }
