@@ -4,24 +4,18 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-namespace orvcore {
-class AsyncThreadedSubExecutor;
-}
-
 namespace orvcapsule {
 
 namespace detail {
-class IndexSession;
+class ManagerState;
 }
 
 /// What a request is to list of one source.
@@ -156,63 +150,7 @@ public:
     /// @}
 
 private:
-    struct Callbacks {
-        std::shared_ptr<PartialCompletionCallback> partialCompletion;
-        std::shared_ptr<RequestCallback> localRequest;
-        std::shared_ptr<DirectoryCallback> localDirectory;
-        std::shared_ptr<RequestCallback> stockRequest;
-        std::shared_ptr<TextSetCallback> databaseRequest;
-        std::shared_ptr<TextSetCallback> databaseTagRequest;
-    };
-
-    std::vector<SourcePtr> CopySources() const;
-    std::vector<std::shared_ptr<ILocalGraphicSource>> CopyLocalSources() const;
-    bool HasIndex() const;
-    Callbacks CopyCallbacks() const;
-    template <class T>
-    void SetCallback(std::shared_ptr<T> Callbacks::*field, const std::shared_ptr<T>& callback);
-
-    // Posts a task that keeps the manager alive; a refused post aborts the token.
-    void Post(const TokenPtr& token, std::function<void(GraphicSourceManager&)> task);
-    static void AbortToken(const TokenPtr& token);
-    static void Renew(TokenPtr& field);
-    double SumOfProgressWeights() const;
-
-    // Tasks, on the serial executor.
-    void SearchStock(const std::vector<orvcore::UTF16String>& terms, const TokenPtr& token);
-    void SearchIndex(const std::vector<orvcore::UTF16String>& terms, const TokenPtr& token,
-                     const std::shared_ptr<TextSetCallback>& callback) const;
-    void PostListing(const std::vector<GraphicSourceState>& states, bool showProgress, const TokenPtr& token);
-    void GetLocalGraphicsReturningPartialResults(const std::vector<GraphicSourceState>& states, const TokenPtr& token,
-                                                 const Callbacks& callbacks) const;
-    void GetLocalGraphics(const TokenPtr& token, const Callbacks& callbacks) const;
-    void GetLocalGraphicsFromDirectory(const std::string& sourceID, const orvcore::UTF8String& directory,
-                                       const std::vector<orvcore::UTF8String>& files, const TokenPtr& token,
-                                       const std::shared_ptr<DirectoryCallback>& callback) const;
-    void GetSimilarTags(const orvcore::UTF16String& text, const TokenPtr& token) const;
-    void ReplaceCustomDirectories(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories);
-    void Sort(EntryList& entries) const;
-    void DeliverAll(EntryList all, const TokenPtr& token, const std::shared_ptr<RequestCallback>& callback) const;
-    using ListFunction = std::function<void(ILocalGraphicSource&, EntryList&)>;
-    void ListSources(const TokenPtr& token, const Callbacks& callbacks, const ListFunction& list) const;
-    bool ListEachSource(const TokenPtr& token, const Callbacks& callbacks, const ListFunction& list,
-                        EntryList& all) const;
-
-    mutable std::recursive_mutex lock_; // guards the sources and the sort function
-    std::vector<SourcePtr> sources_;
-    std::shared_ptr<orvcore::AsyncThreadedSubExecutor> executor_;
-    mutable std::mutex callbackLock_;
-    Callbacks callbacks_;
-    orvcore::UTF16String databasePath_; // the main thread's; the tasks look at hasIndex_
-    std::atomic<bool> hasIndex_;
-    std::unique_ptr<const detail::IndexSession> index_; // what tasks change the index through; never changes
-    TokenPtr graphicsToken_;
-    TokenPtr defaultSetToken_;
-    TokenPtr indexSearchToken_;
-    TokenPtr similarTagToken_;
-    TokenPtr directoryChangeToken_;
-    std::map<orvcore::UTF8String, TokenPtr> directoryTokens_;
-    std::shared_ptr<SortFunction> sort_;
+    const std::unique_ptr<detail::ManagerState> state_;
 };
 
 } // namespace orvcapsule
