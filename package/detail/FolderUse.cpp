@@ -12,9 +12,9 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{5};
 
-// The use of a folder is a lock on a file beside it, which may be there before the folder is, and one on the folder
-// itself where the system has such: somebody who tidies up may remove the file, and the next process would make
-// another.
+// A process that uses a folder locks a file beside it, which can exist before the folder does, and the folder itself
+// where the system allows that. One lock alone is not enough: a tool that cleans the temporary folder may delete the
+// file, and the next process would create and lock a new one.
 struct UseLocks {
     std::unique_ptr<orvcore::FileLock> beside;
     std::unique_ptr<orvcore::FileLock> folder; // may be empty
@@ -45,7 +45,8 @@ std::filesystem::path LockPath(std::filesystem::path folder)
     return folder += ".lock";
 }
 
-// Who asks for the folder to itself must give up its own hold for a moment, and so must not meet another who asks.
+// The lock file of those who want the folder exclusively. Such a process must release its shared lock for a moment;
+// this lock keeps two of them from doing so at the same time, when each would take the folder for unused.
 std::filesystem::path AskingPath(std::filesystem::path folder)
 {
     return folder += ".ask.lock";

@@ -58,7 +58,7 @@ enum class Durability {
 /// `std::filesystem::filesystem_error`.
 ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
                                  Durability durability = Durability::Cached);
-/// The same, and whoever waits can give up.
+/// The same, with progress and cancellation.
 /// @param progress may be empty; told the fraction done, at last 1.0 before the file takes its place. After its false
 ///        `to` is the old file, and the exception's code `std::errc::operation_canceled`.
 ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
