@@ -14,7 +14,7 @@ void FreeElsewhere(T&& large) noexcept
 {
     static_assert(!std::is_reference_v<T>, "it is moved from");
     try {
-        static_cast<void>(orvcore::GetCPUBoundExecutor()->Post([held = std::move(large)] {}));
+        static_cast<void>(orvcore::GetCPUBoundExecutor()->Post([held = std::forward<T>(large)] {}));
     } catch (...) { // no memory for a task
         return;
     }
