@@ -18,6 +18,9 @@ GraphicSourceManager::GraphicSourceManager(const orvcore::UTF16String& databaseP
 
 GraphicSourceManager::~GraphicSourceManager() = default;
 
+// The order matters: after the tokens a running task ends at its next check, after the executor no other one starts,
+// and only then do the sources end and the index closes. Nothing here waits for the running task: it holds the manager
+// and the sources that it uses, and its later changes of the index have no effect.
 void GraphicSourceManager::Shutdown()
 {
     SetCapsuleSortFxn(nullptr);

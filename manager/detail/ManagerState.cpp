@@ -63,7 +63,7 @@ void ManagerState::ReplaceSource(const SourcePtr& old, const SourcePtr& successo
 
 void ManagerState::EndSources()
 {
-    const std::lock_guard lock(lock_);
+    const std::lock_guard lock(lock_); // recursive: a source's Terminate may ask the manager on this thread
     // A source leaves the list before it is asked to end: one whose end fails every time does not keep a further call
     // from ending the others and closing the index.
     while (!sources_.empty()) {
@@ -88,6 +88,8 @@ SourcePtr ManagerState::FindSource(const std::string& sourceID) const
     return nullptr;
 }
 
+// Requests work on a copy: a source's own code, which may take long or call the manager, never runs under the lock, and
+// a source that is replaced meanwhile lives until the request is done with it.
 std::vector<SourcePtr> ManagerState::CopySources() const
 {
     const std::lock_guard lock(lock_);

@@ -19,7 +19,8 @@ namespace orvcapsule::detail {
 using TokenPtr = GraphicSourceManager::TokenPtr;
 using SourcePtr = GraphicSourceManager::SourcePtr;
 
-/// The host's callbacks. A request copies them when it is made: one that is replaced later gets no results of it.
+/// The host's callbacks. Searches and listings copy them when they are made: a callback that is set later gets none of
+/// their results. A tag request takes its callback when it has the tags.
 struct Callbacks {
     std::shared_ptr<GraphicSourceManager::PartialCompletionCallback> partialCompletion;
     std::shared_ptr<GraphicSourceManager::RequestCallback> localRequest;

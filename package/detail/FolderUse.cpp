@@ -52,7 +52,7 @@ std::filesystem::path AskingPath(std::filesystem::path folder)
     return folder += ".ask.lock";
 }
 
-// The folder may be another one than it was.
+// Opens the folder's own lock anew: the folder may have been deleted and created again since.
 void HoldItself(const std::filesystem::path& folder, UseLocks& locks)
 {
     locks.folder = orvcore::FileLock::Open(folder, false);
@@ -74,7 +74,8 @@ void MakeAndHoldFolder(const std::filesystem::path& folder)
     const std::lock_guard guard(own.mutex);
     UseLocks& locks = own.locks;
     if (!locks.beside) {
-        // Not while someone asks: to see the folder in use now would keep it from being cleaned.
+        // Waits while another process asks for the folder exclusively: that process would take a shared lock for a
+        // sign of use, and the folder would not be cleaned.
         const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
         if (asking) {
             static_cast<void>(asking->WaitShared(kPatience));
@@ -93,11 +94,13 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
     Hold& own = HoldOf(folder);
     const std::lock_guard guard(own.mutex);
     const bool holds = own.locks.beside != nullptr;
+    // Without a lock file no process has initialised the folder, and none is kept out.
     const bool isShared = holds || orvcore::Exists(LockPath(folder));
     const auto asking = isShared ? orvcore::FileLock::Open(AskingPath(folder), true) : nullptr;
     if (isShared && (!asking || !asking->TryExclusive())) {
         return false;
     }
+    // A process that has not initialised the folder opens its locks for this call only.
     const UseLocks others =
         holds ? UseLocks()
               : UseLocks{orvcore::FileLock::Open(LockPath(folder), false), orvcore::FileLock::Open(folder, false)};
@@ -106,7 +109,7 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
     if (alone) {
         action();
     }
-    if (holds) {
+    if (holds) { // the shared locks are gone: made exclusive, or released by the attempt
         own.locks.beside->WaitShared(kPatience);
         HoldItself(folder, own.locks);
     }
