@@ -17,7 +17,7 @@ void SearchStock(const std::vector<orvcore::UTF16String>& /*terms*/, const detai
 void SearchIndex(const detail::ManagerState& state, const std::vector<orvcore::UTF16String>& terms,
                  const detail::TokenPtr& token, const std::shared_ptr<GraphicSourceManager::TextSetCallback>& callback)
 {
-    if (token->GetAbort()) {
+    if (token->GetAbort()) { // a newer search replaced this one while it waited behind a listing
         return;
     }
     std::set<orvcore::UTF8String> names;

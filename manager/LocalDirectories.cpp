@@ -135,6 +135,7 @@ void GraphicSourceManager::LocalDirectoryChanged(const std::vector<GraphicSource
     if (!state_->HasIndex()) {
         return;
     }
+    // The full listing covers these folders, too. Their tokens stay in the map until a newer relisting replaces them.
     for (const auto& [directory, older] : state_->tokens.directories) {
         detail::AbortToken(older);
     }

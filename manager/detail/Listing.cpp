@@ -75,7 +75,7 @@ bool ListEachSource(const ManagerState& state, const TokenPtr& token, const Call
         }
         MoveProgress(*token, progress);
         const int delivered = static_cast<int>(all.size());
-        const int expected = --left == 0 ? delivered : -1;
+        const int expected = --left == 0 ? delivered : -1; // nobody knows what the sources after this one will find
         Deliver(token, callbacks.partialCompletion,
                 [entries, delivered, expected, id = source->GetSourceID()](
                     GraphicSourceManager::PartialCompletionCallback& call) { call(entries, delivered, expected, id); });
@@ -110,7 +110,7 @@ void ListSources(const ManagerState& state, const TokenPtr& token, const Callbac
         return; // an older listing must not empty what a newer one is about to fill
     }
     std::optional<ProgressEnd> end(std::in_place, *token);
-    state.Index().Clear({});
+    state.Index().Clear({}); // no paths mean all rows
     EntryList all;
     if (!ListEachSource(state, token, callbacks, list, all)) {
         FreeElsewhere(std::move(all));
