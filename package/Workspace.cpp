@@ -22,7 +22,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uint64_t kSizeLimitBytes = 314572800;
-// What killed programs left half-made does not count for the size of the folder, which would grow with it for good.
+// Unfinished files of killed programs are removed when they are this old; they would fill the folder otherwise, because
+// they do not count for its size.
 constexpr std::chrono::hours kLongestMaking{1};
 constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
 

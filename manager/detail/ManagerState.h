@@ -45,7 +45,8 @@ void AbortToken(const TokenPtr& token);
 /// Aborts the token of the request before and puts a new one in its place.
 void RenewToken(TokenPtr& token);
 
-/// What a `GraphicSourceManager` owns. Its requests are functions over this; they run one at a time, on a serial executor.
+/// What a `GraphicSourceManager` owns. Its requests are functions over this; they run one at a time, on a serial
+/// executor.
 class ManagerState {
 public:
     /// Opens the search index at `databasePath` unless that is empty.

@@ -84,7 +84,7 @@ struct ORVPLATFORM_API DirectoryListing {
     std::vector<std::filesystem::path> files;       ///< everything else, symbolic links to folders left out
 };
 
-/// Lists a folder; empty lists when it does not exist or cannot be read. Never throws for the file system's sake.
+/// Lists a folder; empty lists when it does not exist or cannot be read. Failures of the file system do not throw.
 ORVPLATFORM_API DirectoryListing ListDirectory(const std::filesystem::path& directory);
 
 /// Visits every file below `directory`, depth first: a folder's sub-folders, then its files. Symbolic links to
