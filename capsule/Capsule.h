@@ -20,7 +20,7 @@ struct CapsuleTable;
 }
 
 /// The description of one motion-graphics template: who made it and with which host, its name and description, the
-/// host-media description of its composition a locale, the resources it needs, the version markers that gate
+/// host-media description of its composition per locale, the resources it needs, the version markers that gate
 /// compatibility, and its client controls in display order.
 ///
 /// A plain value class: it validates nothing and never fails but for lack of memory. Not synchronised: concurrent
@@ -154,7 +154,7 @@ public:
 
     /// The localised name by the rule of `UIString::GetString`, or the older name when that is empty.
     UTF16String GetDisplayName() const;
-    /// The fonts for the application language, else those of the smallest locale ("en_US" has no say here).
+    /// The fonts for the application language, else those of the smallest locale; "en_US" gets no preference here.
     StringList GetUsedFonts() const;
     /// The composition for the application language, else for "en_US", else for the smallest locale, else a
     /// default-built one.

@@ -51,8 +51,8 @@ ORVCAPSULE_API ControlPtr CreateSpreadsheetControl(const UTF16String& id, const 
                                                    const std::vector<SpreadsheetColumnInfoLoc>& columns,
                                                    const kinlet::SpreadsheetValue& value);
 
-/// A control of its own with the same class, settings and value: copies of a `Capsule` share their controls, which are
-/// copied first where one of the records is to be changed alone.
+/// Makes an independent copy of a control, with the same class, settings and value. Copies of a `Capsule` share their
+/// controls: copy a control before you change it in one of these records only.
 ORVCAPSULE_API ControlPtr CloneControl(const ClientControl& control);
 
 } // namespace orvcapsule::factory

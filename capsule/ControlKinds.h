@@ -108,7 +108,7 @@ public:
     ~CommentControl() override;
 };
 
-/// A scale in per cent with one value a dimension; its value is a list of doubles.
+/// A scale in per cent with one value per dimension; its value is a list of doubles.
 class ORVCAPSULE_API ScaleControl : public ClientControl {
 public:
     ScaleControl(UTF16String id, UIString name, ControlProperties properties, bool linked, std::int32_t dimensions,

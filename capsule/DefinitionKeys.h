@@ -1,6 +1,6 @@
 #pragma once
 
-/// The key names of the definition document, for hosts that look into a document themselves.
+/// The key names of the definition document, for hosts that read a document by themselves.
 namespace orvcapsule {
 
 /// @name Top level

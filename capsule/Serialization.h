@@ -13,14 +13,15 @@
 /// convert on all workers of the CPU-bound executor, in order.
 ///
 /// Writers raise `foreign_value_exception` (a `std::bad_variant_access` that names the control) for a control whose
-/// value is not of its kind's alternative, `std::bad_cast` for one that is not of its kind's class where the kind has
-/// settings of its own, and `orvcore::serialization::json_write_exception`, which names the key, for a number that is
-/// not finite and for kept unknown keys that are not JSON or would lie too deep to be read. Readers raise
-/// `orvcore::serialization::missing_key_exception`, which names the innermost key, for a required key that is absent,
-/// and for any key that holds no usable value (null, another type, a number out of range) but for those that readers
-/// pass over then: the top level's, a control's "id" and "uiName", a text control's optional parts as a whole. Those of
-/// value trees also raise `json_write_exception` for a tree that holds a value of a type that trees do not have, or is
-/// nested too deep.
+/// value is not of its kind's alternative; `std::bad_cast` for a control whose class does not match a kind that has
+/// settings of its own; and `orvcore::serialization::json_write_exception`, which names the key, for a number that is
+/// not finite and for kept unknown keys that are not JSON or would be nested too deep to be read.
+///
+/// Readers raise `orvcore::serialization::missing_key_exception`, which names the innermost key, for a required key
+/// that is absent and for a key that holds no usable value (null, another type, a number out of range). Three places
+/// are exempt, where readers ignore an unusable value: the top level, a control's "id" and "uiName", and a text
+/// control's optional parts as a whole. Readers of value trees also raise `json_write_exception` for a tree that holds
+/// a value of a type that trees do not have, or is nested too deep.
 namespace orvcapsule::serialization {
 
 /// The definition document of a template: compact UTF-8 JSON of the current format version, keys in ascending byte

@@ -23,7 +23,7 @@ struct LocStrPair {
     UTF16String text;   ///< the text for that locale
 };
 
-/// A localisable text: one text a locale, with a single rule for picking the one to show.
+/// A localisable text: one text per locale, with a single rule for picking the one to show.
 ///
 /// A plain value without locks: concurrent reads are safe, a writer needs exclusive access. The application language
 /// (`orvcore::Application::GetLanguage`) is fetched at each call that needs it. Any text is accepted as a locale,
@@ -34,7 +34,7 @@ public:
     UIString();
     /// `text` under the application language.
     explicit UIString(const UTF16String& text);
-    /// One entry a pair, in list order: a later pair with the same locale replaces the earlier text. An empty list
+    /// One entry per pair, in list order: a later pair with the same locale replaces the earlier text. An empty list
     /// gives the only `UIString` without any entry.
     explicit UIString(const std::vector<LocStrPair>& pairs);
     /// The same for pairs in braces: `UIString({{u"en_US", u"Title"}, {u"de_DE", u"Titel"}})`, `UIString({})`.
@@ -47,7 +47,7 @@ public:
     /// Sets or replaces the text of `locale`. The text comes first.
     void SetString(const UTF16String& text, const UTF16String& locale);
 
-    /// All texts by locale; valid as long as this object is. A temporary hands its texts over.
+    /// All texts by locale; valid as long as this object is. A call on a temporary moves the texts out.
     const std::map<UTF16String, UTF16String>& GetLocaleStrings() const& noexcept
     {
         return strings_;

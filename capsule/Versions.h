@@ -3,8 +3,9 @@
 namespace orvcapsule {
 
 /// @name Release stamps
-/// The values of a template's version markers: year and month, six digits, or "0" for unsupported. Stored templates
-/// and hosts compare these texts; the last one is a January stamp, out of step with the October ones, and stays so.
+/// The values of a template's version markers: year and month, six digits, or "0" for unsupported. Stored templates and
+/// hosts compare these texts. The last one is a January stamp although the others are October stamps; it must not be
+/// changed.
 /// @{
 inline constexpr char CAPSULE_VERSION_UNSUPPORTED[] = "0";
 inline constexpr char CAPSULE_VERSION_FALL_2017[] = "201710";

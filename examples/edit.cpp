@@ -35,7 +35,7 @@ std::shared_ptr<Capsule> Read(const CapsuleZip& package)
     if (!capsule) {
         throw std::runtime_error("the definition names no version, or one that this library does not know");
     }
-    if (capsule->GetAPIVersion().empty()) { // an empty record: storing it would overwrite what can still be mended
+    if (capsule->GetAPIVersion().empty()) { // an empty record: storing it would overwrite what can still be repaired
         throw std::runtime_error("the definition is damaged");
     }
     return capsule;

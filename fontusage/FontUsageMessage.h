@@ -13,9 +13,9 @@ inline constexpr std::u8string_view kFontUsesMessageName = u8"tarsk.SuiteMessage
 /// Tells the font-sync service of the desktop suite that a document uses a font. One call tells of one use. The values
 /// are UTF-8, taken as they are (any character, empty ones too) and arrive so.
 ///
-/// Nothing is answered, and a message that cannot be delivered is lost quietly: a host that wants to know wraps the
-/// transport (`orvtarsksupport/TarskTransport.h`). The call blocks until the broker has answered, with the embedded
-/// transport for at most `kBrokerTimeout` (`orvtarsksupport/BrokerTransport.h`). Any thread.
+/// There is no answer, and a message that cannot be delivered is dropped silently: a host that wants to know wraps the
+/// transport (`orvtarsksupport/TarskTransport.h`). The call blocks until the broker has answered; with the embedded
+/// transport at most for `kBrokerTimeout` (`orvtarsksupport/BrokerTransport.h`). Any thread.
 /// @param syncFontID  the font, by its identifier in the service
 /// @param documentID  the document
 /// @param usedAt      when, in the form that the service expects

@@ -4,24 +4,18 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-namespace orvcore {
-class AsyncThreadedSubExecutor;
-}
-
 namespace orvcapsule {
 
 namespace detail {
-class IndexSession;
+class ManagerState;
 }
 
 /// What a request is to list of one source.
@@ -39,8 +33,8 @@ struct GraphicSourceState {
 /// Always owned by a `std::shared_ptr`; a queued request keeps it alive, so the host calls `Shutdown` before it drops
 /// its last reference. All operations are for the host's main thread and return at once unless said otherwise. Every
 /// callback runs on the main thread (`orvcore::RunMainThreadCalls` or the host's dispatcher); it is dropped when its
-/// request was cancelled or replaced by a newer one of its kind meanwhile. Callbacks are set before requests are made.
-/// What a source or the sort function throws in the background is told to `orvcore::SetTaskExceptionHandler`.
+/// request was cancelled, or replaced by a newer one of its kind, before it ran. Set callbacks before making requests.
+/// Exceptions of a source or of the sort function in the background go to `orvcore::SetTaskExceptionHandler`.
 class ORVCAPSULE_API GraphicSourceManager : public std::enable_shared_from_this<GraphicSourceManager> {
 public:
     using EntryPtr = boost::shared_ptr<CapsuleEntry>;
@@ -72,9 +66,9 @@ public:
     virtual ~GraphicSourceManager();
 
     /// Ends the manager: cancels all requests, starts no further task, terminates the sources in the order in which
-    /// they were added and closes the search index. It does not wait for a task in progress, which finds its request
-    /// cancelled at its next check. A second call is harmless. What a source throws from its `Terminate` passes; the
-    /// next call goes on with the sources after it.
+    /// they were added and closes the search index. It does not wait for a running task, which finds its request
+    /// cancelled at its next check. A second call is harmless. An exception from a source's `Terminate` leaves this
+    /// call; another call then goes on with the next source.
     void Shutdown();
 
     /// @name Sources and filters
@@ -109,12 +103,12 @@ public:
     /// @{
     /// Searches. Index mode: the database callback receives the paths of the templates that every term finds.
     void RequestGraphics(const std::vector<orvcore::UTF16String>& terms);
-    /// Lists everything. Index mode: the search index is emptied and filled anew; the partial-completion callback
-    /// receives each source's entries as soon as they are listed, then, when they are indexed, the local-request
-    /// callback all of them, sorted. What a source handed out before it failed is delivered and indexed with the rest.
-    /// With `showProgress` the
-    /// host's progress display shows it, and each source is handed the folders that `states` names for it; the local
-    /// folder source lists all of its own whatever they are.
+    /// Lists everything. Index mode: the search index is emptied and filled anew. The partial-completion callback
+    /// receives the entries of each source as soon as they are listed; at the end, when all are indexed, the
+    /// local-request callback receives all entries, sorted. When a source fails, the entries that it handed out before
+    /// are delivered and indexed, too. With `showProgress` the host's progress display shows the listing, and each
+    /// source receives the folders that `states` names for it; the local folder source ignores them and lists all its
+    /// folders.
     void RequestDefaultGraphicSet(const std::vector<GraphicSourceState>& states, bool showProgress);
     /// Suggests tags (index mode only): the tag callback receives those that hold a word beginning with `text`.
     void RequestSimilarTags(const orvcore::UTF16String& text);
@@ -130,21 +124,22 @@ public:
     /// @name Local folders
     /// Index mode only, but for the first and the last.
     /// @{
-    /// Replaces the custom folders (display name, path) of the local source, after the requests made before: its
-    /// successor (`LocalGraphicsSource::MakeSuccessor`) takes its place. Where it makes none, the folders stay as they
-    /// are and the handler of `orvcore::SetTaskExceptionHandler` is told. No callback follows; the next listing shows
-    /// the change.
+    /// Replaces the custom folders (display name, path) of the local source, after the requests made before: the
+    /// source that `LocalGraphicsSource::MakeSuccessor` makes takes its place. If it makes none, the folders stay as
+    /// they are and the handler of `orvcore::SetTaskExceptionHandler` is told. No callback follows; the next listing
+    /// shows the change.
     void UpdateCustomDirectoryList(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories);
     /// Lists everything again, as `RequestDefaultGraphicSet` does but independently of it. Cancels folder relistings.
     void LocalDirectoryChanged(const std::vector<GraphicSourceState>& states, bool showProgress);
     /// Lists one folder again; the directory callback receives its entries, none when no source is called `sourceID`.
-    /// `files` are the paths that changed, vanished ones included: those that are gone leave the index, the entries are
-    /// indexed anew, and whatever else exists stays there. Several folders may be in flight; a newer relisting of the
-    /// same folder cancels the older one. The host's progress display shows it, and why when it was cancelled.
+    /// `files` are the paths that changed, deleted ones included. Deleted files are removed from the index, the listed
+    /// entries are indexed again, and the rows of all other files stay. Relistings of several folders may be queued; a
+    /// newer one of the same folder cancels the older one. The host's progress display shows the relisting, and tells
+    /// why it stopped when it was cancelled.
     void LocalDirectoryChanged(const std::string& sourceID, const orvcore::UTF8String& directory,
                                const std::vector<orvcore::UTF8String>& files);
-    /// The folders that the last listings of the first source called `sourceID` could not read, and why: those that a
-    /// full listing found, less what folder relistings have read since. Any thread, in a result callback too.
+    /// The folders that the first source called `sourceID` could not read when it listed them last, and why. Any
+    /// thread, also in a result callback.
     std::vector<FolderFailure> GetFolderFailures(const std::string& sourceID) const;
     /// The folders that the local sources look into. Walks them on this thread, which may be any. What a source throws
     /// passes.
@@ -156,63 +151,7 @@ public:
     /// @}
 
 private:
-    struct Callbacks {
-        std::shared_ptr<PartialCompletionCallback> partialCompletion;
-        std::shared_ptr<RequestCallback> localRequest;
-        std::shared_ptr<DirectoryCallback> localDirectory;
-        std::shared_ptr<RequestCallback> stockRequest;
-        std::shared_ptr<TextSetCallback> databaseRequest;
-        std::shared_ptr<TextSetCallback> databaseTagRequest;
-    };
-
-    std::vector<SourcePtr> CopySources() const;
-    std::vector<std::shared_ptr<ILocalGraphicSource>> CopyLocalSources() const;
-    bool HasIndex() const;
-    Callbacks CopyCallbacks() const;
-    template <class T>
-    void SetCallback(std::shared_ptr<T> Callbacks::*field, const std::shared_ptr<T>& callback);
-
-    // Posts a task that keeps the manager alive; a refused post aborts the token.
-    void Post(const TokenPtr& token, std::function<void(GraphicSourceManager&)> task);
-    static void AbortToken(const TokenPtr& token);
-    static void Renew(TokenPtr& field);
-    double SumOfProgressWeights() const;
-
-    // Tasks, on the serial executor.
-    void SearchStock(const std::vector<orvcore::UTF16String>& terms, const TokenPtr& token);
-    void SearchIndex(const std::vector<orvcore::UTF16String>& terms, const TokenPtr& token,
-                     const std::shared_ptr<TextSetCallback>& callback) const;
-    void PostListing(const std::vector<GraphicSourceState>& states, bool showProgress, const TokenPtr& token);
-    void GetLocalGraphicsReturningPartialResults(const std::vector<GraphicSourceState>& states, const TokenPtr& token,
-                                                 const Callbacks& callbacks) const;
-    void GetLocalGraphics(const TokenPtr& token, const Callbacks& callbacks) const;
-    void GetLocalGraphicsFromDirectory(const std::string& sourceID, const orvcore::UTF8String& directory,
-                                       const std::vector<orvcore::UTF8String>& files, const TokenPtr& token,
-                                       const std::shared_ptr<DirectoryCallback>& callback) const;
-    void GetSimilarTags(const orvcore::UTF16String& text, const TokenPtr& token) const;
-    void ReplaceCustomDirectories(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories);
-    void Sort(EntryList& entries) const;
-    void DeliverAll(EntryList all, const TokenPtr& token, const std::shared_ptr<RequestCallback>& callback) const;
-    using ListFunction = std::function<void(ILocalGraphicSource&, EntryList&)>;
-    void ListSources(const TokenPtr& token, const Callbacks& callbacks, const ListFunction& list) const;
-    bool ListEachSource(const TokenPtr& token, const Callbacks& callbacks, const ListFunction& list,
-                        EntryList& all) const;
-
-    mutable std::recursive_mutex lock_; // guards the sources and the sort function
-    std::vector<SourcePtr> sources_;
-    std::shared_ptr<orvcore::AsyncThreadedSubExecutor> executor_;
-    mutable std::mutex callbackLock_;
-    Callbacks callbacks_;
-    orvcore::UTF16String databasePath_; // the main thread's; the tasks look at hasIndex_
-    std::atomic<bool> hasIndex_;
-    std::unique_ptr<const detail::IndexSession> index_; // what tasks change the index through; never changes
-    TokenPtr graphicsToken_;
-    TokenPtr defaultSetToken_;
-    TokenPtr indexSearchToken_;
-    TokenPtr similarTagToken_;
-    TokenPtr directoryChangeToken_;
-    std::map<orvcore::UTF8String, TokenPtr> directoryTokens_;
-    std::shared_ptr<SortFunction> sort_;
+    const std::unique_ptr<detail::ManagerState> state_;
 };
 
 } // namespace orvcapsule

@@ -1,7 +1,7 @@
-#include <manager/GraphicSourceManager.h>
-
 #include <manager/detail/Delivery.h>
 #include <manager/detail/IndexEntries.h>
+#include <manager/detail/Listing.h>
+#include <manager/detail/ManagerState.h>
 #include <manager/detail/RequestProgress.h>
 #include <manager/detail/TaskEnd.h>
 #include <sources/LocalGraphicsSource.h>
@@ -10,7 +10,6 @@
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/tasks/MainThread.h>
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace orvcapsule {
@@ -27,7 +26,7 @@ bool IsGone(const orvcore::UTF8String& file)
 // may not name them again. A file that exists keeps its rows, whatever the listing says of it, until it is listed: the
 // listing may have failed, or looked elsewhere.
 void ReplaceIndexed(const detail::IndexSession& index, const std::vector<orvcore::UTF8String>& files,
-                    const GraphicSourceManager::EntryList& entries, CheckCancel& token)
+                    const detail::EntryList& entries, CheckCancel& token)
 {
     std::vector<orvcore::UTF8String> gone;
     for (const orvcore::UTF8String& file : files) {
@@ -47,13 +46,13 @@ void ReplaceIndexed(const detail::IndexSession& index, const std::vector<orvcore
 }
 
 // What the source tells last of whether more follows. What it hands out before it fails stands.
-bool ListFolder(ILocalGraphicSource& source, const orvcore::UTF16String& directory,
-                const GraphicSourceManager::TokenPtr& token, GraphicSourceManager::EntryList& entries)
+bool ListFolder(ILocalGraphicSource& source, const orvcore::UTF16String& directory, const detail::TokenPtr& token,
+                detail::EntryList& entries)
 {
     bool last = true;
     try {
         source.SearchDirectory(
-            [&](const GraphicSourceManager::EntryList& found, const orvcore::UTF16String&, bool isLast) {
+            [&](const detail::EntryList& found, const orvcore::UTF16String&, bool isLast) {
                 entries.insert(entries.end(), found.begin(), found.end());
                 last = isLast;
             },
@@ -66,97 +65,108 @@ bool ListFolder(ILocalGraphicSource& source, const orvcore::UTF16String& directo
     return last;
 }
 
+using DirectoryList = std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>;
+
+// A local source never changes; a new one takes the old one's place in the list, and whoever still uses the old one
+// holds it. The working folder is one for all of them and was prepared with the first.
+void ReplaceCustomDirectories(detail::ManagerState& state, const DirectoryList& directories)
+{
+    const detail::SourcePtr old = state.FindSource(kLocalSourceID);
+    const auto* local = dynamic_cast<const LocalGraphicsSource*>(old.get());
+    if (local == nullptr) {
+        return;
+    }
+    const detail::SourcePtr successor = local->MakeSuccessor(directories);
+    if (!successor) {
+        throw std::logic_error("the custom folders stay: the local source makes no successor");
+    }
+    state.ReplaceSource(old, successor);
+}
+
+// What `LocalDirectoryChanged` was asked for one folder.
+struct FolderRequest {
+    std::string sourceID;
+    orvcore::UTF8String directory;
+    std::vector<orvcore::UTF8String> files;
+    detail::TokenPtr token;
+    std::shared_ptr<GraphicSourceManager::DirectoryCallback> callback;
+};
+
+void DeliverFolder(FolderRequest request, detail::EntryList entries, bool last)
+{
+    if (orvcore::IsTerminating()) {
+        return;
+    }
+    orvcore::AsyncCallFromMainThread([request = std::move(request), entries = std::move(entries), last]() mutable {
+        if (request.token->GetAbort()) {
+            detail::TellCanceled(*request.token);
+            detail::FreeElsewhere(std::move(entries));
+        } else if (request.callback && *request.callback) {
+            (*request.callback)(entries, request.directory, last);
+        }
+    });
+}
+
+void GetLocalGraphicsFromDirectory(const detail::ManagerState& state, const FolderRequest& request)
+{
+    detail::EntryList entries;
+    bool last = true;
+    {
+        const detail::ProgressEnd end(*request.token);
+        const detail::SourcePtr source = state.FindSource(request.sourceID);
+        if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
+            last = ListFolder(*local, orvcore::PathTextToUTF16(request.directory), request.token, entries);
+        }
+        ReplaceIndexed(state.Index(), request.files, entries, *request.token);
+    }
+    DeliverFolder(request, std::move(entries), last);
+}
+
 } // namespace
 
 void GraphicSourceManager::UpdateCustomDirectoryList(
     const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories)
 {
-    Post(nullptr, [directories](GraphicSourceManager& manager) { manager.ReplaceCustomDirectories(directories); });
-}
-
-// A local source never changes; a new one takes the old one's place in the list, and whoever still uses the old one
-// holds it. The working folder is one for all of them and was prepared with the first.
-void GraphicSourceManager::ReplaceCustomDirectories(
-    const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& directories)
-{
-    const SourcePtr old = FindGraphicSource(kLocalSourceID);
-    const auto* local = dynamic_cast<const LocalGraphicsSource*>(old.get());
-    if (local == nullptr) {
-        return;
-    }
-    const SourcePtr successor = local->MakeSuccessor(directories);
-    if (!successor) {
-        throw std::logic_error("the custom folders stay: the local source makes no successor");
-    }
-    const std::lock_guard lock(lock_);
-    std::replace(sources_.begin(), sources_.end(), old, successor);
+    state_->Post(nullptr, [&state = *state_, directories] { ReplaceCustomDirectories(state, directories); });
 }
 
 void GraphicSourceManager::LocalDirectoryChanged(const std::vector<GraphicSourceState>& states, bool showProgress)
 {
-    if (!HasIndex()) {
+    if (!state_->HasIndex()) {
         return;
     }
-    for (const auto& [directory, token] : directoryTokens_) {
-        AbortToken(token);
+    // The full listing covers these folders, too. Their tokens stay in the map until a newer relisting replaces them.
+    for (const auto& [directory, older] : state_->tokens.directories) {
+        detail::AbortToken(older);
     }
-    Renew(directoryChangeToken_);
-    PostListing(states, showProgress, directoryChangeToken_);
+    TokenPtr& token = state_->tokens.directoryChange;
+    detail::RenewToken(token);
+    detail::PostListing(*state_, states, showProgress, token);
 }
 
 void GraphicSourceManager::LocalDirectoryChanged(const std::string& sourceID, const orvcore::UTF8String& directory,
                                                  const std::vector<orvcore::UTF8String>& files)
 {
-    if (!HasIndex()) {
+    if (!state_->HasIndex()) {
         return;
     }
-    TokenPtr& token = directoryTokens_[directory];
-    Renew(token);
+    TokenPtr& token = state_->tokens.directories[directory];
+    detail::RenewToken(token);
     const SourcePtr source = FindGraphicSource(sourceID);
     const double weight = source ? static_cast<double>(source->GetProgressWeight()) : 1.0;
     detail::OpenProgress(*token, weight, detail::kProgressItemTitle);
-    Post(token,
-         [sourceID, directory, files, token, callback = CopyCallbacks().localDirectory](GraphicSourceManager& manager) {
-             manager.GetLocalGraphicsFromDirectory(sourceID, directory, files, token, callback);
-         });
-}
-
-void GraphicSourceManager::GetLocalGraphicsFromDirectory(const std::string& sourceID,
-                                                         const orvcore::UTF8String& directory,
-                                                         const std::vector<orvcore::UTF8String>& files,
-                                                         const TokenPtr& token,
-                                                         const std::shared_ptr<DirectoryCallback>& callback) const
-{
-    EntryList entries;
-    bool last = true;
-    {
-        const detail::ProgressEnd end(*token);
-        const SourcePtr source = FindGraphicSource(sourceID);
-        if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
-            last = ListFolder(*local, orvcore::PathTextToUTF16(directory), token, entries);
-        }
-        ReplaceIndexed(*index_, files, entries, *token);
-    }
-    if (orvcore::IsTerminating()) {
-        return;
-    }
-    orvcore::AsyncCallFromMainThread([entries = std::move(entries), directory, last, token, callback]() mutable {
-        if (token->GetAbort()) {
-            detail::TellCanceled(*token);
-            detail::FreeElsewhere(std::move(entries));
-        } else if (callback && *callback) {
-            (*callback)(entries, directory, last);
-        }
-    });
+    FolderRequest request{sourceID, directory, files, token, state_->CopyCallbacks().localDirectory};
+    state_->Post(token,
+                 [&state = *state_, request = std::move(request)] { GetLocalGraphicsFromDirectory(state, request); });
 }
 
 std::set<orvcore::UTF8String> GraphicSourceManager::GetLocalDirectories() const
 {
     std::set<orvcore::UTF8String> directories;
-    if (!HasIndex()) {
+    if (!state_->HasIndex()) {
         return directories;
     }
-    for (const auto& source : CopyLocalSources()) {
+    for (const auto& source : state_->CopyLocalSources()) {
         directories.merge(source->GetDirectories());
     }
     return directories;
@@ -171,7 +181,7 @@ std::vector<FolderFailure> GraphicSourceManager::GetFolderFailures(const std::st
 
 orvcore::UTF8String GraphicSourceManager::GetThumbnailPath(const EntryPtr& entry, const TokenPtr& token) const
 {
-    for (const SourcePtr& source : CopySources()) {
+    for (const SourcePtr& source : state_->CopySources()) {
         if (!entry || (token && token->GetAbort())) {
             break;
         }

@@ -23,11 +23,11 @@ class PackageFile;
 /// A package whose path is longer than 220 UTF-8 bytes is read through a private copy under the temporary folder. The
 /// copy is deleted with the last object that uses it. Changes are made in the package itself.
 ///
-/// A missing or damaged package is no error of construction: every read then returns false or nothing, and
-/// GetLastFailure tells why. The language of localised entries is the application's at the time of the call.
-/// Several reads open the package once. An object and its copies are used by one thread at a time; objects made apart
-/// may be used in parallel. Exceptions come from making a private folder or copy alone
-/// (`std::filesystem::filesystem_error`), and from a caller's own callback.
+/// The constructor accepts a missing or damaged package: every read then returns false or nothing, and GetLastFailure
+/// tells why. The language of localised entries is the application's at the time of the call. Several reads open the
+/// package once. One thread at a time uses an object and its copies; objects made separately may be used in parallel.
+/// Only two things throw: the creation of a private folder or copy (`std::filesystem::filesystem_error`), and a
+/// caller's own callback.
 class ORVCAPSULE_API CapsuleZip {
 public:
     /// @param packagePath the package's path; it need not exist
@@ -38,7 +38,7 @@ public:
     /// Copies share the open archive and the private copy, if there is one.
     CapsuleZip(const CapsuleZip& other);
     CapsuleZip& operator=(const CapsuleZip& other);
-    /// What was moved from may be assigned to and destroyed, nothing else.
+    /// A moved-from object may only be assigned to or destroyed.
     CapsuleZip(CapsuleZip&& other) noexcept;
     CapsuleZip& operator=(CapsuleZip&& other) noexcept;
     ~CapsuleZip();
@@ -51,9 +51,9 @@ public:
     /// Stores the file "definition.json" of `directory` in the package, in the place of the old one. Every other entry
     /// keeps its bytes; the old package is whole until the new one is complete.
     ///
-    /// What another program has done is not undone: when the package is no longer the one that this object read, or
-    /// wrote, last, nothing is stored and the failure is `ZipError::ArchiveChanged`. Call Reopen, read the definition
-    /// again and make the change in that. A package that this object has not read is changed as it is found.
+    /// A change by another program is never overwritten: if the package is no longer the version that this object last
+    /// read or wrote, nothing is stored and the failure is `ZipError::ArchiveChanged`. Then call Reopen, read the
+    /// definition again and repeat the change. A package that this object has not read yet is changed as it is.
     [[nodiscard]] bool SetZELTDescriptionJSON(const orvcore::UTF16String& directory);
     /// Forgets what has been read: from now on this object and its copies read the package as it is now, and changes
     /// build on that. Throws as the constructor does; the package can be used after that.
@@ -61,9 +61,8 @@ public:
     /// @}
 
     /// @name Pictures and videos
-    /// Each writes one file and returns whether it did. The second name is tried when there is no entry of the first or
-    /// an empty one, not when that cannot be read. The output's folder must exist; a file that stands at the path is
-    /// overwritten.
+    /// Each writes one file and returns whether it did. The second name is tried when the first entry is missing or
+    /// empty, but not when it cannot be read. The output's folder must exist; a file at the path is overwritten.
     /// @{
     /// The poster: "thumb_<language>.png", else "thumb.png".
     bool GetZELTThumbnailPNG(const orvcore::UTF8String& outputPath) const;
@@ -75,28 +74,28 @@ public:
 
     /// Extracts the host project: a Corvid one when the package has it ("project_<language>.cvgraphic", else
     /// "project.cvgraphic"), otherwise a Tessel one, by the same names with ".tsgraphic", together with
-    /// "ZeltOptimizations.bin" beside it when present. Each name is tried when there is no entry of the one before it;
-    /// an entry that is there and cannot be extracted makes the call fail. Only when the side file cannot be is the
-    /// result true, and the last failure tells of it.
-    /// @param baseDirectory, subDirectory joined, the project's folder; created when missing, but for a failure.
-    /// Without a base it is the
-    ///        sub-directory, with one it lies below the base even when `subDirectory` is absolute.
+    /// "ZeltOptimizations.bin" beside it when present. A name is tried only when there is no entry of the name before
+    /// it; an entry that exists and cannot be extracted makes the call fail. If only the side file cannot be extracted,
+    /// the result is true and GetLastFailure tells why.
+    /// @param baseDirectory, subDirectory  together the project's folder, which is created when missing and removed
+    ///        again after a failure. Without a base the folder is the sub-directory; with a base it lies below the
+    ///        base, even if `subDirectory` is absolute.
     /// @param projectName the project file's name without extension
     /// @param outProjectPath receives the project file's path; left alone when the result is false
     bool GetZELTProjectPackage(const orvcore::UTF16String& baseDirectory, const orvcore::UTF16String& subDirectory,
                                const orvcore::UTF16String& projectName, orvcore::UTF16String& outProjectPath) const;
 
-    /// As above, for a caller that waits and may give up.
+    /// As above, with progress and cancellation.
     /// @param progress, opaque see orvstorage::ZipFile::UnzipItems; the fraction begins anew with each entry
     bool GetZELTProjectPackage(const orvcore::UTF16String& baseDirectory, const orvcore::UTF16String& subDirectory,
                                const orvcore::UTF16String& projectName, orvcore::UTF16String& outProjectPath,
                                const orvstorage::ZipProgress& progress, void* opaque) const;
 
     /// Unpacks the package into a folder; see orvstorage::ZipFile::UnZip for what is refused and what is left after a
-    /// failure. A folder with a long path is reached through a private one, from which this call copies.
+    /// failure. When the folder's path is long, the package is unpacked into a private folder and copied from there.
     /// @param overwrite whether files that stand in the folder are replaced
     [[nodiscard]] bool UnZip(const std::filesystem::path& directory, bool overwrite) const;
-    /// As above, for a caller that waits and may give up.
+    /// As above, with progress and cancellation.
     /// @param progress, opaque see orvstorage::ZipFile::UnZip
     [[nodiscard]] bool UnZip(const std::filesystem::path& directory, bool overwrite,
                              const orvstorage::ZipProgress& progress, void* opaque) const;

@@ -22,7 +22,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uint64_t kSizeLimitBytes = 314572800;
-// What killed programs left half-made does not count for the size of the folder, which would grow with it for good.
+// Unfinished files of killed programs are removed when they are this old; they would fill the folder otherwise, because
+// they do not count for its size.
 constexpr std::chrono::hours kLongestMaking{1};
 constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
 
@@ -83,7 +84,8 @@ bool DeleteContents(const fs::path& folder, const fs::path& kept)
     return whole;
 }
 
-// The marker goes last: what another program keeps from being deleted is left to the next process that asks.
+// The marker is deleted last: as long as another program keeps files from being deleted, the next process finds the
+// marker and tries again.
 void DeleteWorkingFolder(const fs::path& folder, const fs::path& marker)
 {
     std::error_code error;
@@ -186,6 +188,8 @@ void InitTempDirectory(bool local)
     if (folder.empty()) {
         return;
     }
+    // The lock file comes before the folder, so that two processes that start at the same time see each other. The
+    // folder is held only after the clean-up: while any process holds it, it is not deleted.
     detail::MakeFolderLock(folder);
     Cleanup(kSizeLimitBytes, folder);
     detail::MakeAndHoldFolder(folder);

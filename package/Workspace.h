@@ -9,23 +9,23 @@ namespace orvcapsule {
 
 /// @file
 /// The two working folders below the system's temporary folder: "ProBrowser" for templates from local folders and
-/// "ProStock" for content of the stock service. They hold what can be made again. A folder that has grown past 300 MiB
-/// is deleted the next time a process initialises it; which one that is, is found out in the background and written
-/// down as an empty file "cleanupRequest" inside it.
+/// "ProStock" for content of the stock service. They only hold what can be made again. When a process initialises a
+/// folder, a background task measures it; above 300 MiB the task creates the empty file "cleanupRequest" in it, and the
+/// next process that initialises the folder deletes the folder.
 ///
-/// A folder is never deleted while a process that initialised it still runs: each holds locks (on a file
-/// "ProBrowser.lock" or "ProStock.lock" beside the folder, and except on Windows on the folder itself) until it ends.
-/// Half-made files that a killed process left are removed, in the background, by the next that initialises the folder
-/// and is alone in it.
+/// A folder is not deleted while a process that initialised it is running: each such process holds shared locks until
+/// it ends, on a file "ProBrowser.lock" or "ProStock.lock" beside the folder and, except on Windows, on the folder
+/// itself. Unfinished files of killed processes are removed in the background by the next process that initialises the
+/// folder, if no other process uses it.
 ///
-/// Where several users share the temporary folder, the working folder may belong to another of them. It is not used
-/// then: the functions below do as if the system named no temporary folder.
+/// If several users share the temporary folder, the working folder may belong to another user. Then it is not used: the
+/// functions below act as if the system had no temporary folder.
 
-/// Prepares the local working folder (`local`) or the stock one: deletes it if that was asked for, starts the search
-/// for its size, and makes sure that it exists. Does nothing when there is no temporary folder. Only the first call for
-/// a folder in a process does anything. The deletion goes as far as it can: what is in use by another program stays,
-/// and the next process tries again. Throws `std::filesystem::filesystem_error` when the folder cannot be created. For
-/// the host's main thread.
+/// Prepares the local working folder (`local`) or the stock one: deletes it if that was requested, starts measuring it,
+/// and makes sure that it exists. Does nothing when there is no temporary folder. Only the first call per folder in a
+/// process does anything. The deletion may be incomplete: files that another program uses stay, and the next process
+/// tries again. Throws `std::filesystem::filesystem_error` when the folder cannot be created. For the host's main
+/// thread.
 ORVCAPSULE_API void InitTempDirectory(bool local);
 
 /// Full path of the local working folder, which this does not create. Empty when the system names no temporary folder.
@@ -47,11 +47,10 @@ ORVCAPSULE_API orvcore::UTF8String GetTempStockAssetThumbPath(const orvcore::UTF
 ORVCAPSULE_API orvcore::UTF8String GetTempStockAssetVideoThumbPath(const orvcore::UTF8String& assetId);
 /// @}
 
-/// Deletes `folder` with all it holds when its "cleanupRequest" file exists and no other process has initialised it.
+/// Deletes `folder` with its content when its "cleanupRequest" file exists and no other process has initialised it.
 /// Without that file it returns at once, and a background task adds up the sizes of all files in and below the folder,
-/// those whose names begin with "." left out, and makes the file if the sum is greater than `sizeLimitBytes`. Whatever
-/// goes wrong there ends the task without a trace. Does nothing when the folder does not exist or belongs to another
-/// user.
+/// except those whose names begin with ".", and creates the file if the sum is greater than `sizeLimitBytes`. Any
+/// failure there ends the task silently. Does nothing when the folder does not exist or belongs to another user.
 ORVCAPSULE_API void CleanupTempDirectory(std::uint64_t sizeLimitBytes, const orvcore::UTF16String& folder);
 
 } // namespace orvcapsule

@@ -16,8 +16,8 @@ static_assert(sizeof(boost::posix_time::ptime) == sizeof(std::int64_t),
               "build without BOOST_DATE_TIME_POSIX_TIME_STD_CONFIG, as the library is");
 
 /// One template as a browser shows it, made by a graphic source and held by `boost::shared_ptr`. The source fills it
-/// completely before handing it out; from then on it is only read, from any thread. The one exception is `flag`, which
-/// the library never touches: the host keeps to one thread with it.
+/// completely before handing it out; from then on it is only read, from any thread. Only `flag` may change: the library
+/// never touches it, and the host must use it on one thread.
 ///
 /// A package without a definition that this library can read (none, damaged, or newer than the library) is an entry,
 /// too: its name is the file's and its `apiVersion` is empty.

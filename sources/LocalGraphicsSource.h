@@ -14,19 +14,19 @@ class FolderListing;
 } // namespace detail
 
 /// A preview that is larger than this many bytes unpacked is left out of an entry, and a definition that is larger
-/// counts as unreadable: what a listing takes of memory does not depend on what stands in a package. Previews of more
-/// than 16 times their package's size share 256 MiB a listing; once those are used up they are left out, too.
+/// counts as unreadable: so no package can make a listing use much memory. Previews of more than 16 times their
+/// package's size share 256 MiB per listing; once these are used up, further ones are left out, too.
 inline constexpr std::uint64_t kMaxPreviewBytes = std::uint64_t{64} << 20;
 
 /// The templates in folders of the local disk: those in and below a root folder, and those that lie directly in each of
 /// the user's own ("custom") directories. A template is a file whose extension is exactly ".zelt".
 ///
-/// A listing gives one entry a package in a stable order: the root folder's, then the custom directories' in the order
-/// given; within the root a folder's sub-folders come before its own files, both by name. Links to folders are not
-/// followed. What is damaged, unreadable or vanishes meanwhile never ends a listing: a package that cannot be read is
-/// an entry with what the file system tells of it. A folder that exists and cannot be read, at the top or below, costs
-/// what is in it alone: the listing hands out all else and then throws `unlisted_folders_exception`, and
-/// GetFolderFailures tells of it until the folder is listed again.
+/// A listing gives one entry per package in a stable order: the root folder's, then the custom directories' in the
+/// order given; within the root a folder's sub-folders come before its own files, both by name. Links to folders are
+/// not followed. A package that is damaged, unreadable or deleted meanwhile does not end a listing: a package that
+/// cannot be read gives an entry with what the file system tells of it. A folder that exists and cannot be read only
+/// loses its own content: the listing hands out everything else and then throws `unlisted_folders_exception`, and
+/// GetFolderFailures tells of the folder until it is listed again.
 ///
 /// Previews are extracted into the local working folder (Workspace.h) when an entry is made, and found there the next
 /// time. Where one cannot be written, the disk being full for instance, the entry goes without. What a package's
@@ -44,12 +44,13 @@ public:
                         const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& customDirectories);
     ~LocalGraphicsSource() override;
 
-    /// What takes this source's place when the user's folders have changed: a source of the same kind, with the same
-    /// root. Its `Initialize` is not called, nor this one's `Terminate`: what a source holds beyond its folders passes
-    /// to its successor, whose `Terminate` ends it. This source may still be in use. Any thread.
+    /// Makes the source that replaces this one when the user's folders have changed: a source of the same kind with the
+    /// same root. The manager calls neither `Initialize` of the new source nor `Terminate` of this one: resources other
+    /// than the folders pass to the new source, whose `Terminate` frees them. This source may still be in use. Any
+    /// thread.
     ///
-    /// A class derived from this one overrides it. Where it does not the answer is empty and this source stays: an
-    /// object of this class would lack what the derived one does.
+    /// A derived class must override it. Otherwise the result is empty and this source stays: an object of this class
+    /// would lack what the derived class adds.
     virtual std::shared_ptr<LocalGraphicsSource>
     MakeSuccessor(const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& customDirectories) const;
 
@@ -92,9 +93,10 @@ public:
                            boost::shared_ptr<CheckCancel> cancel) override;
 
     /// Calls `onDirectory` once, with `last` true, unless aborted. The root folder (also by the name
-    /// `kDefaultLocalSourceID`) is listed with all below it; a custom directory, or a folder below the root, without
-    /// what is below it. Any other folder, or a missing one, holds no entries. However a folder is spelt, entries have
-    /// the paths that a listing of everything gives them. Throws after the call, when folders could not be listed.
+    /// `kDefaultLocalSourceID`) is listed with all its sub-folders; a custom directory, or a folder below the root,
+    /// without its sub-folders. Any other folder, or a missing one, has no entries. Entries have the same paths as in a
+    /// listing of everything, whatever spelling `directory` uses. Throws after the call, when folders could not be
+    /// listed.
     void SearchDirectory(OnDirectory onDirectory, const orvcore::UTF16String& directory,
                          boost::shared_ptr<CheckCancel> cancel) override;
 

@@ -18,14 +18,14 @@ namespace orvcapsule {
 /// finds.
 /// @{
 
-/// Opens or creates the index at `path`, replacing the one in use; calls that still run in that one are interrupted and
-/// waited for, at most two seconds. A file that is damaged beyond use is kept beside it with ".damaged" appended to its
-/// name and an empty one is made; a file that cannot be used (locked, not writable, not a search index) is left as it
-/// is, and the host goes on without search. Meant to run once, before the first search.
+/// Opens or creates the index at `path`, replacing the one in use. Calls still running in that one are interrupted;
+/// this call waits at most two seconds for them. A file that is damaged beyond use is kept beside it with ".damaged"
+/// appended to its name, and an empty one is created; a file that cannot be used (locked, not writable, not a search
+/// index) is left as it is, and the host goes on without search. Meant to run once, before the first search.
 ORVCAPSULE_API void InitializeRapidFindDB(const orvcore::UTF16String& path);
 
-/// Adds `text` to what finds the template at `path`; a row that is there already stays one. Nothing happens when either
-/// is empty.
+/// Adds a row: `text` finds the template at `path`. A row that exists is not added again. Does nothing when either is
+/// empty.
 ORVCAPSULE_API void InsertRow(const orvcore::UTF8String& path, const orvcore::UTF8String& text);
 
 /// Adds to `matches` the path of every template that all `terms` find, each in any of its texts: a term finds a text
@@ -43,8 +43,8 @@ ORVCAPSULE_API void GetTags(const orvcore::UTF16String& prefix, std::set<orvcore
 /// them from then on, also when the file cannot be written yet.
 ORVCAPSULE_API void ClearRapidFindDB(const std::vector<orvcore::UTF8String>& paths);
 
-/// Lets go of the index. A search that is running on another thread is interrupted; the file closes when the last call
-/// ends. What is not written yet is written then, unless another process keeps the file locked for 10 ms.
+/// Closes the index. A search that is running on another thread is interrupted; the file closes when the last call
+/// ends. Pending changes are written first, unless another process keeps the file locked for 10 ms.
 ORVCAPSULE_API void TerminateRapidFindDB();
 /// @}
 

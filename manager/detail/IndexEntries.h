@@ -13,8 +13,8 @@ namespace orvcapsule::detail {
 
 using EntryList = std::vector<boost::shared_ptr<CapsuleEntry>>;
 
-/// Of an entry's tags the first so many are indexed: no template has more in earnest, and one that does must not hold
-/// up the others.
+/// Only the first so many tags of an entry are indexed: no real template has more, and one with millions must not delay
+/// the others.
 inline constexpr std::size_t kMostIndexedTags = 4096;
 
 /// Adds the entries' texts, the display name and each tag, to the search index; ends early, between any two texts, when

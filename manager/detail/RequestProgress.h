@@ -34,7 +34,8 @@ private:
 /// Moves the token's progress item to `position`, where it has one: past a source that did not advance it all the way.
 void MoveProgress(const CheckCancel& token, double position);
 
-/// Leaves the reason on the token's progress item, which has left its category with the cancellation.
+/// Sets the text of the token's progress item to the reason; the cancellation has already taken the item out of its
+/// category.
 void TellCanceled(const CheckCancel& token);
 
 } // namespace orvcapsule::detail

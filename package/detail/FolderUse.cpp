@@ -12,9 +12,9 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{5};
 
-// The use of a folder is a lock on a file beside it, which may be there before the folder is, and one on the folder
-// itself where the system has such: somebody who tidies up may remove the file, and the next process would make
-// another.
+// A process that uses a folder locks a file beside it, which can exist before the folder does, and the folder itself
+// where the system allows that. One lock alone is not enough: a tool that cleans the temporary folder may delete the
+// file, and the next process would create and lock a new one.
 struct UseLocks {
     std::unique_ptr<orvcore::FileLock> beside;
     std::unique_ptr<orvcore::FileLock> folder; // may be empty
@@ -45,13 +45,14 @@ std::filesystem::path LockPath(std::filesystem::path folder)
     return folder += ".lock";
 }
 
-// Who asks for the folder to itself must give up its own hold for a moment, and so must not meet another who asks.
+// The lock file of those who want the folder exclusively. Such a process must release its shared lock for a moment;
+// this lock keeps two of them from doing so at the same time, when each would take the folder for unused.
 std::filesystem::path AskingPath(std::filesystem::path folder)
 {
     return folder += ".ask.lock";
 }
 
-// The folder may be another one than it was.
+// Opens the folder's own lock anew: the folder may have been deleted and created again since.
 void HoldItself(const std::filesystem::path& folder, UseLocks& locks)
 {
     locks.folder = orvcore::FileLock::Open(folder, false);
@@ -73,7 +74,8 @@ void MakeAndHoldFolder(const std::filesystem::path& folder)
     const std::lock_guard guard(own.mutex);
     UseLocks& locks = own.locks;
     if (!locks.beside) {
-        // Not while someone asks: to see the folder in use now would keep it from being cleaned.
+        // Waits while another process asks for the folder exclusively: that process would take a shared lock for a
+        // sign of use, and the folder would not be cleaned.
         const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
         if (asking) {
             static_cast<void>(asking->WaitShared(kPatience));
@@ -92,11 +94,13 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
     Hold& own = HoldOf(folder);
     const std::lock_guard guard(own.mutex);
     const bool holds = own.locks.beside != nullptr;
+    // Without a lock file no process has initialised the folder, and none is kept out.
     const bool isShared = holds || orvcore::Exists(LockPath(folder));
     const auto asking = isShared ? orvcore::FileLock::Open(AskingPath(folder), true) : nullptr;
     if (isShared && (!asking || !asking->TryExclusive())) {
         return false;
     }
+    // A process that has not initialised the folder opens its locks for this call only.
     const UseLocks others =
         holds ? UseLocks()
               : UseLocks{orvcore::FileLock::Open(LockPath(folder), false), orvcore::FileLock::Open(folder, false)};
@@ -105,7 +109,7 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
     if (alone) {
         action();
     }
-    if (holds) {
+    if (holds) { // the shared locks are gone: made exclusive, or released by the attempt
         own.locks.beside->WaitShared(kPatience);
         HoldItself(folder, own.locks);
     }

@@ -8,9 +8,9 @@
 
 namespace orvcapsule::detail {
 
-/// A package's archive, which is read through a private copy when the package's path is a long one. Changes are made in
-/// the package itself: the file layer takes paths of any length, so a change has one way to fail, and what is read
-/// afterwards is what the package holds.
+/// A package's archive. When the package's path is long, it is read through a private copy. Changes are always made in
+/// the package itself: the file layer takes paths of any length, so a change can fail in one way only, and later reads
+/// see what the package holds.
 class PackageFile {
 public:
     /// @param name the path as it was given, `fullPath` the one whose length counts

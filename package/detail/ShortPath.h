@@ -8,9 +8,9 @@
 
 namespace orvcapsule::detail {
 
-/// A folder of our own under the temporary folder, deleted with all it holds when the object goes; errors of that are
-/// swallowed. A lock beside it says that it is in use: making a folder removes those of the same user that killed
-/// programs left there more than a day ago.
+/// A private folder below the temporary folder. The destructor deletes it with its content and ignores errors. A lock
+/// beside it says that it is in use: creating such a folder removes those of the same user that killed programs left
+/// more than a day ago.
 class PrivateFolder {
 public:
     /// Creates it; throws `std::filesystem::filesystem_error` when that fails.

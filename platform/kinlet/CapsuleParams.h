@@ -28,7 +28,7 @@ struct ORVPLATFORM_API CapsuleParams {
     orvcore::UTF16String capsuleID;
     /// Parameters in the order of the template's controls; those not listed have the template's own value.
     std::vector<CapsuleParam> params;
-    /// What a read document held besides, put out again when written.
+    /// Unknown keys of the document that was read; written again with the record.
     orvcore::serialization::UnknownKeys unknownKeys;
 
     /// The record as a JSON object: {"capsuleID": text, "params": [{"id": text, "value": any of the kinds above}]}.

@@ -8,7 +8,7 @@
 
 namespace kinlet {
 
-/// How media that replaces the author's is brought to the size of its slot. Numbers without a name here are kept.
+/// How replacement media is scaled to its slot. Numbers without a name here are kept.
 enum class MediaReplacementFit : std::int32_t {
     /// At its own size.
     kNone = 0,
@@ -36,7 +36,7 @@ struct ORVPLATFORM_API MediaReplacementProperties {
     bool trimToSlot = true;
     /// The template's layer that holds the slot, the host's number; 0 when not stated.
     std::int32_t layerID = 0;
-    /// What the control object held besides its own keys and these, put out again when written.
+    /// Unknown keys of the document that was read; written again with the record.
     orvcore::serialization::UnknownKeys unknownKeys;
 
     /// Puts the properties into a control's object: "replacementFit", "replacementKinds", "replacementLayerID" and

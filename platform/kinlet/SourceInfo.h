@@ -128,8 +128,8 @@ struct MissingAssets {
 /// The luminance of graphics white where a document states none, in candela per square metre (ITU-R BT.2408).
 inline constexpr std::uint32_t kDefaultGraphicsWhiteLuminance = 203;
 
-/// What a host says of the composition that a template renders, or of a media file. A plain record: nothing is checked
-/// against anything else. Reading is safe from any number of threads; a writer needs it for itself.
+/// What a host says of the composition that a template renders, or of a media file. A plain record: values are not
+/// checked against each other. Any number of threads may read it at the same time; a writer needs exclusive access.
 struct SourceInfo {
     /// The host project that holds the composition, exactly as the author's machine wrote the path (drive letters and
     /// back-slashes stay on every system). `std::filesystem::path(parentProjectFile)` makes a file object of it.
@@ -189,7 +189,7 @@ struct SourceInfo {
     bool enableLogColorManagement = false;
 
     MissingAssets missingAssets;
-    /// In bits a second; 0 when not known.
+    /// In bits per second; 0 when not known.
     std::uint64_t sourceBitrate = 0;
     /// Opaque to this library.
     orvcore::UTF8String contentCredentialsInfo;
@@ -197,8 +197,8 @@ struct SourceInfo {
     bool operator==(const SourceInfo&) const = default;
 };
 
-/// The record as a JSON object whose keys are all there, but for the colour space's, which leaves out what equals its
-/// default. Thread-safe.
+/// The record as a JSON object. Every key is written, except in the colour space, which leaves out values that equal
+/// the default. Thread-safe.
 /// @throws orvcore::serialization::json_write_exception  for a number that is not finite, and for a kept unknown key
 ///         whose text is not JSON.
 ORVPLATFORM_API orvcore::serialization::Variant ToJSON(const SourceInfo& record);

@@ -35,12 +35,12 @@ using SpreadsheetCell = std::variant<std::monostate, orvcore::UTF16String, doubl
 /// The cells of one column, from the first row down.
 using SpreadsheetColumnValues = std::vector<SpreadsheetCell>;
 
-/// The contents of a spreadsheet. The columns need not be of one length, nor `activeRows` be theirs.
+/// The contents of a spreadsheet. Columns may have different lengths, and `activeRows` may differ from all of them.
 struct SpreadsheetData {
     /// How many rows, from the first, are in use.
     std::uint64_t activeRows = 0;
     std::vector<SpreadsheetColumnValues> columnValues;
-    /// What a read document held besides, put out again when written.
+    /// Unknown keys of the document that was read; written again with the record.
     orvcore::serialization::UnknownKeys unknownKeys;
 
     bool operator==(const SpreadsheetData&) const = default;

@@ -9,8 +9,7 @@
 
 namespace kinlet {
 
-/// What of a template's text the host lets the user replace when the text is edited. Numbers without a name here are
-/// kept.
+/// Which part of a template's text the user may replace in the host. Numbers without a name here are kept.
 enum class ESourceTextOverrideType : std::int32_t {
     /// Nothing; the text shows as the author wrote it.
     kNone = 0,
@@ -35,7 +34,7 @@ struct SourceTextFontEditInfo {
     bool allCaps = false;
     bool smallCaps = false;
 
-    /// What a read document held besides, put out again when written.
+    /// Unknown keys of the document that was read; written again with the record.
     orvcore::serialization::UnknownKeys unknownKeys;
 
     bool operator==(const SourceTextFontEditInfo&) const = default;
@@ -62,7 +61,7 @@ struct TextEditInfo {
     SourceTextFontEditInfo fontEditInfo;
     /// Styles from the start of the text on; characters past the last run have the last run's style.
     std::vector<TextStyleRun> styleRuns;
-    /// What a read document held besides, put out again when written.
+    /// Unknown keys of the document that was read; written again with the record.
     orvcore::serialization::UnknownKeys unknownKeys;
 
     bool operator==(const TextEditInfo&) const = default;

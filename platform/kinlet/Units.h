@@ -34,7 +34,8 @@ struct ORVPLATFORM_API FrameRate {
 
     /// Frames (or samples) a second, 30000/1001 for example; 0 when `ticksPerFrame` is not positive.
     boost::rational<std::int64_t> ToRational() const;
-    /// The rate of so many frames a second; empty when it is not positive or one frame is no whole number of ticks.
+    /// The rate of this number of frames per second; empty when it is not positive or one frame is no whole number of
+    /// ticks.
     static std::optional<FrameRate> FromRational(const boost::rational<std::int64_t>& framesPerSecond);
 
     bool operator==(const FrameRate&) const = default;

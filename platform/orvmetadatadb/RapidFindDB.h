@@ -21,7 +21,7 @@ inline constexpr ResultCode kBadCall = static_cast<ResultCode>(0xA00F0101);
 /// SQLite refused; `GetSQLiteErrorCode` says why.
 inline constexpr ResultCode kStorageFailed = static_cast<ResultCode>(0xA00F0102);
 
-/// Whose refusal the last failure was.
+/// Where the last failure came from.
 enum class DBErrorCode : int {
     None = 0,    ///< nothing has failed
     Call = 1,    ///< the caller's: `kBadCall`
@@ -31,9 +31,9 @@ enum class DBErrorCode : int {
 /// A search index over rows (key, text) in one database file: finds the keys of the texts that contain a term, in any
 /// script and ignoring case, accents and width, and the texts that begin like what a user has typed.
 ///
-/// How terms and texts compare is `orvcore::FoldText`'s to say: "okland" finds "Økland", "ＡＢＣ" "abc", a single
-/// letter or a two-letter Chinese word every text that holds it. No character has a special meaning. The first 4,096
-/// code units of a text are searched.
+/// Terms and texts are compared after `orvcore::FoldText`: "okland" finds "Økland", "ＡＢＣ" finds "abc", and a single
+/// letter or a two-letter Chinese word finds every text that holds it. No character has a special meaning. Only the
+/// first 4,096 code units of a text are searched.
 ///
 /// All searches run in memory, which is filled from the file by the first operation that needs it (about half a second
 /// for half a million rows) and follows it from then on. Rows are written in groups of 64; a search sees every earlier
@@ -65,28 +65,27 @@ public:
     /// power failure may damage the file, a crash of the process does not.
     ResultCode SetSynchronousMode(bool synchronous);
 
-    /// Has `callback`, which may be null, asked every `interval` SQLite steps, and a call of `Interrupt` noticed. An
-    /// interval below 1 ends the asking. The callback runs on the thread of the operation and must not call this
-    /// object.
+    /// Calls `callback` (may be null) every `interval` SQLite steps; a call of `Interrupt` is noticed at the same time.
+    /// An interval below 1 ends both. The callback runs on the thread of the operation and must not call this object.
     ResultCode RegisterSQLiteProgressHandler(int interval, ProgressCallback callback, void* context);
 
     /// Takes the named table into use, creating it if it is missing. The list holds one name; rows, deletions and
     /// searches go to this table from now on.
     ResultCode UpdateTable(const std::vector<orvcore::UTF16String>& tables);
 
-    /// Adds the row (key, values[0]). `values` holds one text, for the one table. A failure to write concerns the
-    /// group that the row completes; after one that is not a lock held elsewhere the index takes no more rows until
-    /// `DeleteTable` or `Open`, and goes on searching what it has.
+    /// Adds the row (key, values[0]). `values` holds one text, for the one table. Rows are written in groups: a failure
+    /// to write concerns the whole group that this row completes. After a failure other than a lock held elsewhere the
+    /// index takes no more rows until `DeleteTable` or `Open`; searches go on with the rows it has.
     /// @return kSuccess, kRowExists or a failure; an empty key or text is kBadCall
     ResultCode InsertRow(const orvcore::UTF16String& key, const std::vector<orvcore::UTF16String>& values);
 
     /// Removes all rows of `key`, which need not have any.
     ResultCode DeleteRow(const orvcore::UTF16String& key);
 
-    /// Removes the table in use with all its rows; `UpdateTable` takes one into use again. No search finds the rows
-    /// from then on, also when the file cannot be written: while it is locked elsewhere the removal waits as inserts
-    /// do, and after another failure until a new call or the end of the object. Also the remedy for a damaged file, see
-    /// above. (In the file an empty table stays, so that no other process finds it missing.)
+    /// Removes the table in use with all its rows; `UpdateTable` selects one again. No search finds the rows from then
+    /// on, even if the file cannot be written: while another process locks it, the removal waits as inserts do, and
+    /// after another failure until a new call or the end of the object. It also repairs a damaged file, see above. (In
+    /// the file an empty table stays, so that no other process finds it missing.)
     ResultCode DeleteTable();
 
     /// Sets `keys` to the keys that fulfil the conditions combined by `matchOperator` (a MatchOperator), without
@@ -102,8 +101,8 @@ public:
                               const std::vector<orvcore::UTF16String>& tables, std::vector<SimilarItem>& items,
                               int mode);
 
-    /// Ends the running operation, and every later one, at the next question of the progress handler. From any thread;
-    /// does not wait.
+    /// Ends the running operation, and every later one, when the progress handler is called next. From any thread; does
+    /// not wait.
     void Interrupt() noexcept;
 
     /// Of the last operation that failed, on whatever thread.

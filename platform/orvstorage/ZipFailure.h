@@ -94,7 +94,7 @@ struct ORVPLATFORM_API ZipFailure {
     std::string Reason() const;
 };
 
-/// Puts the file system's words about something that could not be written into `failure`.
+/// Fills `failure` with the error that the file system gave for something that could not be written.
 ORVPLATFORM_API void TranslateWriteError(const std::error_code& error, ZipFailure& failure);
 
 } // namespace orvstorage

@@ -53,7 +53,7 @@ public:
     /// Writes the entry's content to the file `destination`, which keeps its own name and appears whole or not at all;
     /// its folder is created when missing, and gone again after a failure. Memory does not depend on the entry's size.
     bool UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination) const;
-    /// The same, and whoever waits can give up.
+    /// The same, with progress and cancellation.
     /// @param progress may be empty; told at the start, after each 256 KiB and, with 1.0, before the file
     ///        appears. After its false nothing is left and the failure is `Cancelled`; what it throws is passed on to
     ///        the caller, nothing left either.
@@ -68,7 +68,7 @@ public:
     /// @param overwrite true: an entry replaces the file that stands in its place; false: that file is kept, and this
     ///        counts as success
     bool UnZip(const std::filesystem::path& directory, bool overwrite) const;
-    /// The same, and whoever waits can give up.
+    /// The same, with progress and cancellation.
     /// @param progress as with UnzipItems; told 1.0 when all is unpacked and nothing is in its place yet, after which
     ///        the call can no more be cancelled
     bool UnZip(const std::filesystem::path& directory, bool overwrite, const ZipProgress& progress, void* opaque) const;

@@ -10,7 +10,7 @@ namespace orvtarsksupport {
 
 /// The environment variable that names the broker's socket or pipe in place of the default one.
 inline constexpr const char* kBrokerVariable = "ORV_BROKER";
-/// The most that one send costs its caller.
+/// The default time-out of one send.
 inline constexpr std::chrono::milliseconds kBrokerTimeout{1000};
 
 /// Where this user's broker listens unless the environment says otherwise: the socket "orv-broker/broker.sock" in the

@@ -8,7 +8,7 @@
 
 namespace orvtarsksupport {
 
-/// Where clients of `LocalStream` connect to: what a broker for development and tests stands on. One thread at a time.
+/// The place to which clients of `LocalStream` connect. Brokers for development and tests use it. One thread at a time.
 class ORVPLATFORM_API LocalListener {
 public:
     /// Listens at `path` (UTF-8). On Linux the socket's folder must be there; only this user can connect, and a socket

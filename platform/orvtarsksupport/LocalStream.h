@@ -10,7 +10,7 @@
 
 namespace orvtarsksupport {
 
-/// When a call has to be over, however little it has reached.
+/// The time at which a call returns at the latest, finished or not.
 using Deadline = std::chrono::steady_clock::time_point;
 
 /// One end of a connection between two programs of this machine: a local stream socket, on Windows a named pipe. No

@@ -25,8 +25,8 @@ struct PackageState {
 };
 
 /// What the last listing of a folder read in its packages, kept in a file of the local working folder, so that the next
-/// one reads only what is new or changed. It is a cache: missing, damaged, of another version or language, or changed
-/// by another process, it costs time and nothing else.
+/// listing reads only what is new or changed. It is a cache: when the file is missing, damaged, of another version or
+/// language, or changed by another process, a listing is slower and otherwise the same.
 ///
 /// Recall may be called from several threads at once.
 class EntryStore {
@@ -38,8 +38,8 @@ public:
     /// Fills what the definition of the package at `entry.path` says of it, when the package is as it was.
     bool Recall(CapsuleEntry& entry, PackageState& state) const;
 
-    /// Keeps what is known now. Empty entries are passed over; a package that has changed only just now is, too,
-    /// because another change might bear the same time.
+    /// Writes what is known now. Empty entries are left out; so is a package that changed only just now, because
+    /// another change could get the same file time.
     void Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
               const std::vector<PackageState>& states) const;
 

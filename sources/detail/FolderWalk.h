@@ -29,8 +29,8 @@ struct FoundPackages {
 /// Finds packages by their names, in or also below `top`, in an order that is the same on every system. Links to
 /// folders are not followed, links to files are.
 ///
-/// A missing `top`, or a folder that has vanished meanwhile, holds nothing. One that the system refuses to list, or to
-/// list to its end, is a failure; the walk goes on with the others.
+/// A missing `top`, or a folder that has been deleted meanwhile, holds nothing. A folder that the system refuses to
+/// list completely is a failure; the walk goes on with the others.
 /// @param stop asked at every step; true ends the walk, whose result is then of no use
 FoundPackages FindPackages(const std::filesystem::path& top, Depth depth, const std::function<bool()>& stop);
 
@@ -38,7 +38,7 @@ FoundPackages FindPackages(const std::filesystem::path& top, Depth depth, const 
 bool CanBeListed(const std::filesystem::path& folder);
 /// True when something is there to list, or when that cannot be found out.
 bool MayBeThere(const std::filesystem::path& folder);
-/// True for what befalls the process and not one folder: it has no more files or memory.
+/// True for an error that concerns the whole process and not one folder: no free file handle, or no memory.
 bool ConcernsWholeWalk(const std::error_code& error);
 
 /// The absolute path of a folder without closing separators; empty for an empty path.

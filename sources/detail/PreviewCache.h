@@ -46,9 +46,9 @@ private:
 /// Several threads and processes may look and extract at the same time: a file is made under a private name and then
 /// renamed, so that one that can be seen is whole.
 ///
-/// Pictures and videos are packed by themselves, so a preview is hardly larger than its package. Those that have more
-/// than kLikelyRatio times its size share one allowance for the life of this object, which is one listing: packages of
-/// a few kilobytes cannot fill the disk, however many there are.
+/// Pictures and videos are compressed already, so a preview is hardly larger than its package. Previews of more than
+/// kLikelyRatio times the package's size share one allowance for the life of this object, which is one listing: so
+/// packages of a few kilobytes cannot fill the disk, however many there are.
 class PreviewCache {
 public:
     /// Creates the working folder when it is missing.

@@ -7,12 +7,12 @@
 
 namespace orvcapsule::detail {
 
-/// The time between two closings of the process's search index. Work that may outlast its own changes the index
-/// through the session in which it began: when the index has been closed meanwhile, calls do nothing, so that the index
-/// another opened since is not touched. Thread-safe; as the functions of SearchIndex.h, nothing throws.
+/// A handle on the process's search index that becomes invalid when the index is closed. A task keeps the session in
+/// which it began: if the index has been closed meanwhile, its calls do nothing, so a task that runs too long cannot
+/// change an index that was opened later. Thread-safe; as the functions of SearchIndex.h, nothing throws.
 class IndexSession {
 public:
-    /// The session of this moment.
+    /// The session of the index that is open now.
     IndexSession();
 
     /// As orvcapsule::InsertRow.

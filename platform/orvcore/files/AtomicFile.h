@@ -81,8 +81,9 @@ public:
     using Durability = orvcore::Durability;
     /// Puts the file in place. With an error nothing has changed at the path.
     [[nodiscard]] bool Commit(Durability durability, std::error_code& error);
-    /// As Commit, if `isWanted` says so at the last moment; its false is the error `operation_canceled`. From when it
-    /// is asked until the file is in place, nobody else commits so in that folder, in this process or another.
+    /// As Commit, but calls `isWanted` first; its false gives the error `operation_canceled`. A lock keeps all other
+    /// commits of this kind, in this process and in others, out of that folder from this question until the file is in
+    /// place.
     /// @param placed after success, what the new file is known by, or empty where that cannot be told
     [[nodiscard]] bool CommitIf(const std::function<bool()>& isWanted, Durability durability,
                                 std::optional<detail::FileVersion>& placed, std::error_code& error);

@@ -34,7 +34,7 @@ struct FileInfo {
 
 /// @name The system's file operations
 /// The counterparts of `std::filesystem` for paths of any length, names in any script and, on Windows, links; the
-/// standard library's own stop at some of these on Windows. None throws for the file system's sake: a failure is put
+/// standard library's own stop at some of these on Windows. Failures of the file system do not throw: they are put
 /// into `error`, which is otherwise cleared, and compares and reads the same on every system. Thread-safe as far
 /// as the file system is.
 /// @{

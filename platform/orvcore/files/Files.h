@@ -58,7 +58,7 @@ enum class Durability {
 /// `std::filesystem::filesystem_error`.
 ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
                                  Durability durability = Durability::Cached);
-/// The same, and whoever waits can give up.
+/// The same, with progress and cancellation.
 /// @param progress may be empty; told the fraction done, at last 1.0 before the file takes its place. After its false
 ///        `to` is the old file, and the exception's code `std::errc::operation_canceled`.
 ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
@@ -84,7 +84,7 @@ struct ORVPLATFORM_API DirectoryListing {
     std::vector<std::filesystem::path> files;       ///< everything else, symbolic links to folders left out
 };
 
-/// Lists a folder; empty lists when it does not exist or cannot be read. Never throws for the file system's sake.
+/// Lists a folder; empty lists when it does not exist or cannot be read. Failures of the file system do not throw.
 ORVPLATFORM_API DirectoryListing ListDirectory(const std::filesystem::path& directory);
 
 /// Visits every file below `directory`, depth first: a folder's sub-folders, then its files. Symbolic links to

@@ -7,7 +7,7 @@
 
 namespace orvcore::serialization {
 
-/// Writes JSON text: compact by default, or indented by two spaces a level. Not thread-safe.
+/// Writes JSON text: compact by default, or indented by two spaces per level. Not thread-safe.
 /// A number that is not finite raises `json_write_exception`, which names the key; so does a raw value that is not
 /// JSON, or would lie deeper than `kMaxJSONDepth`, where no reader would take it.
 class ORVPLATFORM_API JSONTextWriter final : public JSONSink {

@@ -6,6 +6,9 @@
 
 namespace orvcore {
 
+// The parent never gets the queue's own tasks, but runners: each takes the task that is first in the queue when it gets
+// a thread. So tasks start in their order on whatever threads, and `Stop` drops them without asking the parent. A
+// runner counts from before it is posted until it finds the queue empty; as many as `concurrency` may count at a time.
 struct AsyncThreadedSubExecutor::State : std::enable_shared_from_this<State> {
     State(std::shared_ptr<Executor> executor, std::size_t limit)
         : concurrency(limit)
@@ -41,7 +44,7 @@ bool AsyncThreadedSubExecutor::State::Post(OneTimeInvocation task)
         }
         queue.push_back(std::move(task));
         if (runners == concurrency) {
-            return true;
+            return true; // a runner looks at the queue, under the lock, before it stops counting
         }
         ++runners;
         executor = parent;
@@ -53,7 +56,8 @@ bool AsyncThreadedSubExecutor::State::Post(OneTimeInvocation task)
     return false;
 }
 
-// One task a turn on the parent, so that a long queue does not keep others from its threads.
+// One task per turn on the parent, so that a long queue does not keep others from its threads. While tasks are left the
+// runner posts another one in its place, and the count stays.
 void AsyncThreadedSubExecutor::State::RunOne()
 {
     OneTimeInvocation task;
@@ -117,7 +121,7 @@ void AsyncThreadedSubExecutor::Stop()
 void AsyncThreadedSubExecutor::Release()
 {
     state_->Stop();
-    std::shared_ptr<Executor> released;
+    std::shared_ptr<Executor> released; // goes after the lock: it may be the last reference to the parent
     const std::lock_guard lock(state_->mutex);
     released.swap(state_->parent);
 }

@@ -4,26 +4,26 @@
 
 namespace orvcore {
 
-/// A queue of its own on another executor's threads, running at most a set number of its tasks at a time, in the
-/// order in which they were posted. With a concurrency of 1 it is a serial queue: each task sees all that the one
-/// before it wrote. It never occupies a thread while its queue is empty.
+/// A queue whose tasks run on the threads of another executor, the parent: at most `concurrency` of them at a time, in
+/// the order in which they were posted. With a concurrency of 1 it is a serial queue: each task sees everything that
+/// the task before it wrote. An empty queue occupies no thread.
 ///
-/// It ends in two calls, `Stop` and `Release`; the destructor makes both. None of them waits for the task in progress,
-/// so all may be called from anywhere, a task of this executor included.
+/// It is ended by two calls, `Stop` and `Release`; the destructor makes both. Neither waits for a running task, so both
+/// may be called from any thread, also from a task of this executor.
 class ORVPLATFORM_API AsyncThreadedSubExecutor : public Executor {
 public:
     AsyncThreadedSubExecutor(std::shared_ptr<Executor> parent, std::size_t concurrency);
     ~AsyncThreadedSubExecutor() override;
 
-    /// Queues `task`; false once stopped, or when the executor underneath refuses work.
+    /// Queues `task`; false after `Stop`, or when the parent refuses work.
     [[nodiscard]] bool Post(OneTimeInvocation task) override;
     std::size_t GetConcurrency() const override;
 
-    /// Ends the taking of work: later posts are refused, queued tasks are destroyed (on this thread), and once the call
-    /// returns no further task starts. A task in progress goes on. Later calls do nothing.
+    /// Stops accepting work: later posts are refused, queued tasks are destroyed (on this thread), and after the call
+    /// no further task starts. A running task goes on. Later calls do nothing.
     void Stop();
 
-    /// Lets go of the executor underneath, after a `Stop` if there was none. Later calls do nothing.
+    /// Stops, if that was not done, and drops the reference to the parent. Later calls do nothing.
     void Release();
 
 private:

@@ -42,9 +42,9 @@ using MainThreadDispatcher = std::function<void(std::function<void()> run)>;
 /// earlier may still run and does no harm.
 ORVPLATFORM_API void SetMainThreadDispatcher(MainThreadDispatcher dispatcher);
 
-/// For a host about to end its event loop: destroys, unrun and on this thread, what is queued, and refuses further
-/// calls, so that nothing that they hold lingers. Returns when no other thread is inside the dispatcher, which is not
-/// called again before `StartMainThreadCalls`; that accepts calls again.
+/// For a host about to end its event loop: destroys queued calls on this thread without running them, and refuses
+/// further calls, so that no objects held by calls stay alive. Returns when no other thread is inside the dispatcher,
+/// which is not called again before `StartMainThreadCalls`; that accepts calls again.
 ORVPLATFORM_API void StopMainThreadCalls();
 ORVPLATFORM_API void StartMainThreadCalls();
 

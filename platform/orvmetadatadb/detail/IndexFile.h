@@ -32,8 +32,9 @@ public:
 
     enum class Format { Current, OtherVersion, NotAnIndex };
 
-    /// Opens or creates the file, not waiting for the disk until told to, and for another connection's lock at most
-    /// `patience` milliseconds. Unless the result is `Current`, the file is closed again, unchanged.
+    /// Opens or creates the file. Commits do not wait for the disk until that is switched on; another connection's lock
+    /// is waited for at most `patience` milliseconds. Unless the result is `Current`, the file is closed again,
+    /// unchanged.
     Format Open(const orvcore::UTF16String& path, int patience);
     void Close() noexcept;
     Connection& GetConnection() noexcept

@@ -113,6 +113,7 @@ void IndexStore::UseTable(const orvcore::UTF16String& table)
         isTableInUse_ = true; // what is pending for it, its removal included, stays pending
         return;
     }
+    // What is pending, and what memory holds, belongs to one table: it is written before another one takes its place.
     Save();
     Forget();
     isTableInUse_ = false;
@@ -129,6 +130,8 @@ void IndexStore::UseTable(const orvcore::UTF16String& table)
 void IndexStore::RemoveTable()
 {
     bool damaged = failure_ == codes::kCorrupt;
+    // Pending changes would be undone by the removal that follows them. It becomes a change like any other, the first
+    // that is pending: when the file is locked it waits, and until it is written nothing is read from the file.
     Forget();
     isTableInUse_ = false;
     if (!damaged && file_.HasTable()) {
@@ -158,6 +161,8 @@ void IndexStore::PrepareChange()
     }
 }
 
+// A row that memory lacks is added without asking the file, which would cost a query for every row. When another
+// process has added it meanwhile, the list gets the same row twice, which changes nothing for its readers.
 bool IndexStore::Insert(std::u16string_view key, std::u16string_view text)
 {
     PrepareChange();
@@ -212,7 +217,7 @@ void IndexStore::Note(Change change)
 void IndexStore::SaveIfFree()
 {
     Connection& connection = file_.GetConnection();
-    connection.SetBusyTimeout(0);
+    connection.SetBusyTimeout(0); // a search does not wait for a writer
     try {
         Save();
     } catch (const SQLiteError&) {
@@ -228,6 +233,8 @@ void IndexStore::Save()
     }
     std::int64_t last = 0;
     try {
+        // The transaction keeps other writers out from its beginning. What is read now is therefore all that comes
+        // before the changes that this call writes, and no other process takes their numbers.
         Transaction transaction(file_.GetConnection());
         CatchUp();
         last = file_.LastChange();
@@ -237,6 +244,8 @@ void IndexStore::Save()
         failure_ = error.Code() == codes::kBusy ? 0 : error.Code();
         throw;
     }
+    // Only after the commit: when it fails the changes stay pending. Memory has them since they were noted, so they
+    // are not read back.
     lastRead_ = last;
     pending_.clear();
     saveAt_ = kGroupSize;
@@ -317,6 +326,8 @@ void IndexStore::CatchUp()
     } catch (const SQLiteError& error) {
         refusal = error.Code();
     }
+    // What was read came into memory behind the pending changes, although in the file it comes before them. So these
+    // are applied again, also when the reading ended half-way: each change that was read counts.
     if (lastRead_ != before) {
         for (const Change& change : pending_) {
             Apply(change);

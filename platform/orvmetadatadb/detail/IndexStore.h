@@ -13,11 +13,11 @@ namespace orvmetadatadb::detail {
 /// The index: its rows in memory, where searches run, and in the database file, from which memory is filled and to
 /// which changes are written in groups. Operations throw SQLiteError. Not thread-safe, but for `Interrupt`.
 ///
-/// The file is a list of changes, to which every process on it adds (IndexFile). Memory is what that list makes as far
-/// as it has been read, with this object's own changes applied that are not in it yet. Before those are written, and
-/// before a search, what others have added is read; then the own ones are applied once more, because they will come
-/// last in the file. Applying a change twice does no harm: a row exists once, and what counts for a key is what follows
-/// its last removal. So neither a write that failed nor another writer brings memory and file apart.
+/// The file is a list of changes (IndexFile) to which every process appends. Memory is the result of the changes read
+/// so far, followed by this object's own changes that are not written yet (`pending_`). Before a search and before a
+/// write, new changes of other processes are read; the pending ones are then applied once more, because they will come
+/// after those in the file. To apply a change twice is harmless: a row exists once, and only what follows the last
+/// removal of a key counts. So memory and file agree even after a failed write or with other writers.
 class IndexStore {
 public:
     IndexStore() = default;
@@ -25,7 +25,8 @@ public:
     IndexStore(const IndexStore&) = delete;
     IndexStore& operator=(const IndexStore&) = delete;
 
-    /// Opens or creates the file; one that is damaged beyond use or of another version is set aside and made anew.
+    /// Opens or creates the file; one that is damaged beyond use or of another version is renamed and replaced by an
+    /// empty one.
     void Open(const orvcore::UTF16String& path);
     bool IsOpen() const noexcept
     {
@@ -43,16 +44,16 @@ public:
     {
         return isTableInUse_;
     }
-    /// The table that was taken into use last.
+    /// The table that was selected last.
     const orvcore::UTF16String& Table() const noexcept
     {
         return table_;
     }
-    /// Removes all rows; the table must then be taken into use again. While another process keeps the file, the removal
-    /// waits like any other change. A damaged file is replaced.
+    /// Removes all rows; a table must then be selected again. While another process locks the file, the removal waits
+    /// like any other change. A damaged file is replaced.
     void RemoveTable();
 
-    /// False when the row is there already. An error in writing a group concerns rows given earlier too.
+    /// False when the row exists already. An error in writing a group may concern earlier rows, too.
     bool Insert(std::u16string_view key, std::u16string_view text);
     void Delete(std::u16string_view key);
 
@@ -60,7 +61,8 @@ public:
     std::vector<orvcore::UTF16String> Similar(const orvcore::UTF8String& start, std::size_t count);
 
 private:
-    /// As many changes are written in one transaction: fewer cost time, more are unknown to other processes for longer.
+    /// How many changes one transaction writes. A smaller group costs more time per row; with a larger one other
+    /// processes see changes later.
     static constexpr std::size_t kGroupSize = 64;
 
     struct Change {
@@ -83,7 +85,7 @@ private:
     std::int64_t WriteChanges(std::int64_t last);
     std::int64_t WriteAnew(std::int64_t last);
     bool IsWorthWritingAnew(std::int64_t last);
-    /// It is the first of what is pending then.
+    /// A removal of all rows drops what was pending before it, so it can only be the first pending change.
     bool IsRemovalPending() const noexcept
     {
         return !pending_.empty() && pending_.front().kind == Change::Kind::RemoveAll;

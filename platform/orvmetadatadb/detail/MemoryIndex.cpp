@@ -89,6 +89,8 @@ MemoryIndex::RowId MemoryIndex::NewRow()
     return row;
 }
 
+// Only the rows are used again. Keys and texts keep their numbers, which rows and the lasting order of keys refer to;
+// IsWasteful tells when too many of them are left over.
 void MemoryIndex::Delete(std::u16string_view key)
 {
     const auto keyId = keys_.Find(key);
@@ -128,6 +130,8 @@ std::vector<orvcore::UTF16String> MemoryIndex::Match(const std::vector<orvcore::
     return any ? Collect(wanted) : std::vector<orvcore::UTF16String>();
 }
 
+// A term is looked for in the distinct texts, of which there are far fewer than rows; one pass over the rows carries
+// the hits to the keys. A row that is gone has the text that never hits, so the pass needs no branch.
 bool MemoryIndex::Narrow(const orvcore::UTF8String& term, std::vector<std::uint8_t>& wanted) const
 {
     if (term.empty()) {
@@ -178,6 +182,7 @@ std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::ui
     return keys;
 }
 
+// Keys are only ever added, so that the old order stays and the new keys are merged into it.
 void MemoryIndex::SortKeys()
 {
     const std::size_t known = sortedKeys_.size();

@@ -38,6 +38,8 @@ TextPool::Id TextPool::Add(std::u16string_view text)
     return id;
 }
 
+// One search over all folded texts at once. No hit spans two of them: neither a folded text nor a folded term holds the
+// separator.
 template <class Visit>
 void TextPool::Scan(std::u8string_view term, Visit&& visit) const
 {

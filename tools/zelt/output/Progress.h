@@ -39,7 +39,7 @@ private:
     std::thread ticker_; // last: it uses the others
 };
 
-/// What long work of the library's calls back: shows how far it is, and cancels it once the user has interrupted.
+/// Callbacks for long work of the library: show how far it is, and cancel it when the user has interrupted.
 struct ShowAndWatch {
     Progress& progress;
     const InterruptWatch* interrupt; ///< null: the work must not be cancelled

@@ -14,13 +14,13 @@
 
 namespace zelt {
 
-/// A host in small: the library's manager with one local source, on this thread as the main thread. Every operation
-/// waits for its answer, running the main thread's calls meanwhile, and is cancelled by the user's interruption.
+/// A small host: the library's manager with one local source, on this thread as the main thread. Every operation waits
+/// for its answer, runs the main thread's calls meanwhile, and is cancelled when the user interrupts.
 ///
-/// The search index is a private file that ends with this object. What an operation throws: Cancelled; what ended a
+/// The search index is a private file that is deleted with this object. Operations throw Cancelled, or what ended a
 /// background task.
 ///
-/// The destructor ends the library's executors for good: one in the life of a program.
+/// The destructor ends the library's executors for good: a program can only use one object.
 class Browser {
 public:
     using Entries = orvcapsule::GraphicSourceManager::EntryList;

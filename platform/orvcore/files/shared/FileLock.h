@@ -10,18 +10,18 @@
 
 namespace orvcore {
 
-/// A lock between processes, tied to a small file that stays in its place for ever. Many may hold it shared, or one
-/// exclusively; the system releases it when its holder ends, however that happens. Two objects exclude each other
-/// within a process too. One thread at a time.
+/// A lock between processes, tied to a small file that is never removed. Many may hold it shared, or one exclusively;
+/// the system releases it when its holder ends, even if it crashes. Two objects of one process exclude each other, too.
+/// One thread at a time.
 class ORVPLATFORM_API FileLock {
 public:
-    /// Opens the lock at `path`, whose file is created when missing if `create` says so. Empty when that fails, and
-    /// where a link is in the place of a file that may be created. A folder that exists is a lock, too, which lasts as
-    /// long as the folder; only on Windows it is none, while the file of an open lock cannot be removed there.
+    /// Opens the lock at `path`; `create` creates the file when it is missing. Empty when that fails, and with `create`
+    /// when the path is a link. An existing folder can be locked as well, as long as it exists; not on Windows, where
+    /// the file of an open lock cannot be removed.
     static std::unique_ptr<FileLock> Open(const std::filesystem::path& path, bool create);
 
-    /// Has `folder` exclusively, for a moment's work on what it holds, among those who ask this function. Nothing is
-    /// left in the folder, however the holder ends. Waits for at most `patience`.
+    /// Locks `folder` exclusively against other callers of this function, for a short change of its content. Nothing is
+    /// left in the folder, even if the process is killed. Waits for at most `patience`.
     /// @return empty with an `error` when others did not let go in time; empty without one where there are no locks
     static std::unique_ptr<FileLock> ForMoment(const std::filesystem::path& folder, std::chrono::milliseconds patience,
                                                std::error_code& error);

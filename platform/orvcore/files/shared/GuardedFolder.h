@@ -10,10 +10,10 @@
 
 namespace orvcore::detail {
 
-/// A folder into which many files are put, and none out of it: a link below it, left there by someone else, must not
-/// lead one elsewhere. All or nothing: unless Keep is called, what it has created is taken away again, and what it has
-/// replaced is put back. Relative paths are normal: without "..", "." and doubled separators. Failures are put into the
-/// `error` of a call, which is otherwise cleared.
+/// A folder into which many files are written, and none outside of it: a symbolic link below it, which someone else
+/// left there, must not lead a file elsewhere. All or nothing: unless Keep is called, the folders and files that it has
+/// created are removed, and those that it has replaced are put back. Relative paths are normal: without "..", "." and
+/// doubled separators. Failures are put into the `error` of a call, which is otherwise cleared.
 class GuardedFolder {
 public:
     explicit GuardedFolder(std::filesystem::path folder);

@@ -8,8 +8,8 @@
 
 namespace orvcore::detail {
 
-/// Creates a folder and its missing parents, and takes those that it has created away again unless Keep is called:
-/// work that fails leaves none behind. One that holds something by then stays.
+/// Creates a folder and its missing parents. Unless Keep is called, the destructor removes those that it has created,
+/// except one that is not empty: so work that fails leaves no folders behind.
 class ORVPLATFORM_API NewFolders {
 public:
     NewFolders() = default;

@@ -89,6 +89,7 @@ ThreadPoolExecutor::~ThreadPoolExecutor()
     if (Stop()) {
         return;
     }
+    // The last owner was a task of this pool, whose thread cannot join itself. The workers share the state and leave.
     std::vector<std::thread> threads;
     {
         const std::lock_guard lock(state_->mutex);

@@ -6,9 +6,8 @@
 
 namespace orvstorage::detail {
 
-/// Writes one entry to a file that appears whole or not at all. The file's folder is created when missing, and gone
-/// again after a failure. Asked for
-/// the last time when all is read, before the file appears.
+/// Writes one entry to a file that appears whole or not at all. The file's folder is created when missing, and removed
+/// again after a failure. Progress is reported for the last time when all is read, before the file appears.
 bool UnpackToFile(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
                   ByteProgress& progress, ZipFailure& failure);
 

@@ -1,0 +1,166 @@
+#include <manager/detail/Listing.h>
+
+#include <manager/detail/Delivery.h>
+#include <manager/detail/IndexEntries.h>
+#include <manager/detail/RequestProgress.h>
+#include <manager/detail/TaskEnd.h>
+
+#include <orvcore/files/Paths.h>
+
+#include <algorithm>
+#include <optional>
+
+namespace orvcapsule::detail {
+
+namespace {
+
+using ListFunction = std::function<void(ILocalGraphicSource&, EntryList&)>;
+
+bool IsLocal(const SourcePtr& source)
+{
+    return dynamic_cast<const ILocalGraphicSource*>(source.get()) != nullptr;
+}
+
+// A source that does not tell its weight counts as one that is not there.
+double WeightOf(const IGraphicSource& source)
+{
+    try {
+        return static_cast<double>(source.GetProgressWeight());
+    } catch (...) {
+        ReportCurrentException();
+        return 1.0;
+    }
+}
+
+double SumOfWeights(const ManagerState& state)
+{
+    double sum = 0;
+    for (const SourcePtr& source : state.CopySources()) {
+        sum += WeightOf(*source);
+    }
+    return sum;
+}
+
+// What a source hands out before it fails stands.
+EntryList ListSource(ILocalGraphicSource& source, const ListFunction& list)
+{
+    EntryList entries;
+    try {
+        list(source, entries);
+    } catch (...) {
+        ReportCurrentException();
+    }
+    std::erase(entries, nullptr);
+    return entries;
+}
+
+// Lists every local source by `list`, delivers each one's entries, then indexes them: a panel need not wait for the
+// index, and a search waits for this task anyway. False when it had to end.
+bool ListEachSource(const ManagerState& state, const TokenPtr& token, const Callbacks& callbacks,
+                    const ListFunction& list, EntryList& all)
+{
+    const auto sources = state.CopySources();
+    auto left = std::count_if(sources.begin(), sources.end(), &IsLocal);
+    double progress = 0;
+    for (const SourcePtr& source : sources) {
+        progress += WeightOf(*source);
+        if (!IsLocal(source)) {
+            MoveProgress(*token, progress);
+            continue;
+        }
+        EntryList entries = ListSource(dynamic_cast<ILocalGraphicSource&>(*source), list);
+        all.insert(all.end(), entries.begin(), entries.end());
+        if (MustEnd(*token)) {
+            return false;
+        }
+        MoveProgress(*token, progress);
+        const int delivered = static_cast<int>(all.size());
+        const int expected = --left == 0 ? delivered : -1; // nobody knows what the sources after this one will find
+        Deliver(token, callbacks.partialCompletion,
+                [entries, delivered, expected, id = source->GetSourceID()](
+                    GraphicSourceManager::PartialCompletionCallback& call) { call(entries, delivered, expected, id); });
+        IndexEntries(state.Index(), entries, *token);
+    }
+    return !MustEnd(*token);
+}
+
+void DeliverAll(const ManagerState& state, EntryList all, const TokenPtr& token,
+                const std::shared_ptr<GraphicSourceManager::RequestCallback>& callback)
+{
+    if (!callback) {
+        return;
+    }
+    state.Sort(all);
+    // The map is built here: on the main thread a large one would cost a frame.
+    GraphicSourceManager::ResultMap results;
+    for (GraphicSourceManager::EntryPtr& entry : all) {
+        results.emplace_hint(results.end(), static_cast<int>(results.size()), std::move(entry));
+    }
+    Deliver(token, callback, [results = std::move(results)](GraphicSourceManager::RequestCallback& call) mutable {
+        const int total = static_cast<int>(results.size());
+        call(results, 0, total);
+    });
+}
+
+// The order of the callbacks: one partial completion a source, in the order of the sources, then the whole result. The
+// main thread runs deliveries in the order in which they were queued.
+void ListSources(const ManagerState& state, const TokenPtr& token, const Callbacks& callbacks, const ListFunction& list)
+{
+    if (MustEnd(*token)) {
+        return; // an older listing must not empty what a newer one is about to fill
+    }
+    std::optional<ProgressEnd> end(std::in_place, *token);
+    state.Index().Clear({}); // no paths mean all rows
+    EntryList all;
+    if (!ListEachSource(state, token, callbacks, list, all)) {
+        FreeElsewhere(std::move(all));
+        return;
+    }
+    end.reset(); // before the last delivery: a host that has everything has no progress any more
+    DeliverAll(state, std::move(all), token, callbacks.localRequest);
+}
+
+void GetLocalGraphics(const ManagerState& state, const TokenPtr& token, const Callbacks& callbacks)
+{
+    ListSources(state, token, callbacks, [&](ILocalGraphicSource& source, EntryList& entries) {
+        int total = 0;
+        source.Search({}, entries, 0, -1, total, token);
+    });
+}
+
+void GetLocalGraphicsReturningPartialResults(const ManagerState& state, const std::vector<GraphicSourceState>& folders,
+                                             const TokenPtr& token, const Callbacks& callbacks)
+{
+    ListSources(state, token, callbacks, [&](ILocalGraphicSource& source, EntryList& entries) {
+        std::vector<orvcore::UTF16String> directories;
+        const auto own = std::find_if(
+            folders.begin(), folders.end(),
+            [id = source.GetSourceID()](const GraphicSourceState& candidate) { return candidate.sourceID == id; });
+        if (own != folders.end()) {
+            for (const orvcore::UTF8String& directory : own->directories) {
+                directories.push_back(orvcore::PathTextToUTF16(directory));
+            }
+        }
+        source.SearchByDirectory([&entries](const EntryList& found, const orvcore::UTF16String&,
+                                            bool) { entries.insert(entries.end(), found.begin(), found.end()); },
+                                 directories, token);
+    });
+}
+
+} // namespace
+
+void PostListing(ManagerState& state, const std::vector<GraphicSourceState>& folders, bool showProgress,
+                 const TokenPtr& token)
+{
+    if (showProgress) {
+        OpenProgress(*token, SumOfWeights(state), kProgressAllItemTitle);
+        state.Post(token, [&state, folders, token, callbacks = state.CopyCallbacks()] {
+            GetLocalGraphicsReturningPartialResults(state, folders, token, callbacks);
+        });
+    } else {
+        state.Post(token,
+                   [&state, token, callbacks = state.CopyCallbacks()] { GetLocalGraphics(state, token, callbacks); });
+    }
+}
+
+} // namespace orvcapsule::detail
