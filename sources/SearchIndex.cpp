@@ -2,6 +2,7 @@
 
 #include <orvcore/files/Paths.h>
 #include <orvcore/host/DebugSettings.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/text/shared/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
@@ -35,11 +36,10 @@ struct Singleton {
     std::condition_variable closed;
 };
 
-// Never destroyed: a worker may be in the index while the process exits.
 Singleton& TheSingleton()
 {
-    static Singleton& singleton = *new Singleton;
-    return singleton;
+    static orvcore::NoDestructor<Singleton> singleton;
+    return *singleton;
 }
 
 std::uint64_t ThisSession()
@@ -91,8 +91,8 @@ void AwaitEarlierDatabases()
 
 const std::vector<orvcore::UTF16String>& Tables()
 {
-    static const auto& tables = *new std::vector<orvcore::UTF16String>{u"nametable"};
-    return tables;
+    static orvcore::NoDestructor<std::vector<orvcore::UTF16String>> tables(1U, u"nametable");
+    return *tables;
 }
 
 int ProgressInterval()
@@ -179,9 +179,9 @@ void IndexSession::Clear(const std::vector<orvcore::UTF8String>& paths) const
 
 void InitializeRapidFindDB(const orvcore::UTF16String& path)
 {
-    static std::mutex& opening = *new std::mutex; // two at once would wait for each other's new database
+    static orvcore::NoDestructor<std::mutex> opening; // two at once would wait for each other's new database
     try {
-        const std::lock_guard one(opening);
+        const std::lock_guard one(*opening);
         const Handle database = MakeDatabase();
         Release(ExchangeDatabase(database));
         AwaitEarlierDatabases();

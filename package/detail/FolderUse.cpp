@@ -2,6 +2,7 @@
 
 #include <orvcore/files/Files.h>
 #include <orvcore/files/shared/FileLock.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <map>
 #include <mutex>
@@ -31,13 +32,13 @@ struct Hold {
     UseLocks locks; // empty: not at all
 };
 
-// Never destroyed: the system releases the locks when the process has ended.
+// The system releases the locks when the process has ended.
 Hold& HoldOf(const std::filesystem::path& path)
 {
-    static std::mutex& mutex = *new std::mutex;
-    static auto& holds = *new std::map<std::filesystem::path, Hold>;
-    const std::lock_guard guard(mutex);
-    return holds[path];
+    static orvcore::NoDestructor<std::mutex> mutex;
+    static orvcore::NoDestructor<std::map<std::filesystem::path, Hold>> holds;
+    const std::lock_guard guard(*mutex);
+    return (*holds)[path];
 }
 
 std::filesystem::path LockPath(std::filesystem::path folder)

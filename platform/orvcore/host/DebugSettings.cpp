@@ -1,5 +1,6 @@
 #include <orvcore/host/DebugSettings.h>
 #include <orvcore/host/shared/Environment.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <charconv>
 #include <map>
@@ -18,8 +19,8 @@ struct Store {
 
 Store& TheStore()
 {
-    static Store& store = *new Store; // never destroyed: workers may read while the process exits
-    return store;
+    static NoDestructor<Store> store;
+    return *store;
 }
 
 std::string VariableName(std::string name)

@@ -1,5 +1,6 @@
 #include <orvcore/host/Application.h>
 #include <orvcore/host/Localiser.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <functional>
 #include <map>
@@ -20,8 +21,8 @@ struct Dictionaries {
 
 Dictionaries& TheDictionaries()
 {
-    static Dictionaries& dictionaries = *new Dictionaries; // never destroyed: workers may ask while the process exits
-    return dictionaries;
+    static NoDestructor<Dictionaries> dictionaries;
+    return *dictionaries;
 }
 
 constexpr std::string_view kPrefix = "$$$/";

@@ -1,4 +1,5 @@
 #include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/tasks/shared/ThreadPoolExecutor.h>
 
 #include <atomic>
@@ -22,11 +23,10 @@ struct HandlerSlot {
     std::shared_ptr<const TaskExceptionHandler> handler;
 };
 
-// Never destroyed, as everything that a task may touch while the process exits.
 HandlerSlot& TheHandler()
 {
-    static HandlerSlot& slot = *new HandlerSlot;
-    return slot;
+    static NoDestructor<HandlerSlot> slot;
+    return *slot;
 }
 
 struct Executors {
@@ -65,13 +65,13 @@ struct StopAtExit {
 
 Executors& TheExecutors()
 {
-    static Executors& executors = *new Executors;
+    static NoDestructor<Executors> executors;
 #if !defined(_WIN32)
-    static const StopAtExit stopAtExit(executors);
+    static const StopAtExit stopAtExit(*executors);
 #endif
     static const bool pinned = (KeepModuleLoaded(&terminating), true);
     static_cast<void>(pinned);
-    return executors;
+    return *executors;
 }
 
 void Report(const std::exception_ptr& exception) noexcept
