@@ -26,7 +26,7 @@ using orvmetadatadb::RapidFindDB;
 using Handle = std::shared_ptr<RapidFindDB>;
 
 constexpr int kMostTags = 100;
-constexpr std::chrono::seconds kPatience{2};
+constexpr std::chrono::seconds kCloseTimeout{2};
 
 struct Singleton {
     std::mutex mutex;
@@ -86,7 +86,7 @@ void AwaitEarlierDatabases()
 {
     Singleton& singleton = TheSingleton();
     std::unique_lock lock(singleton.mutex);
-    singleton.closed.wait_for(lock, kPatience, [&] { return singleton.open <= 1; });
+    singleton.closed.wait_for(lock, kCloseTimeout, [&] { return singleton.open <= 1; });
 }
 
 const std::vector<orvcore::UTF16String>& Tables()

@@ -11,7 +11,7 @@ namespace orvcapsule::detail {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{5};
+constexpr std::chrono::seconds kLockTimeout{5};
 
 // The use of a folder is a lock on a file beside it, which may be there before the folder is, and one on the folder
 // itself where the system has such: somebody who tidies up may remove the file, and the next process would make
@@ -77,10 +77,10 @@ void MakeAndHoldFolder(const std::filesystem::path& folder)
         // Not while someone asks: to see the folder in use now would keep it from being cleaned.
         const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
         if (asking) {
-            static_cast<void>(asking->WaitShared(kPatience));
+            static_cast<void>(asking->WaitShared(kLockTimeout));
         }
         locks.beside = orvcore::FileLock::Open(LockPath(folder), true);
-        if (locks.beside && !locks.beside->WaitShared(kPatience)) {
+        if (locks.beside && !locks.beside->WaitShared(kLockTimeout)) {
             locks.beside.reset();
         }
     }
@@ -107,7 +107,7 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
         action();
     }
     if (holds) {
-        own.locks.beside->WaitShared(kPatience);
+        own.locks.beside->WaitShared(kLockTimeout);
         HoldItself(folder, own.locks);
     }
     return alone;

@@ -33,8 +33,8 @@ public:
     enum class Format { Current, OtherVersion, NotAnIndex };
 
     /// Opens or creates the file, not waiting for the disk until told to, and for another connection's lock at most
-    /// `patience` milliseconds. Unless the result is `Current`, the file is closed again, unchanged.
-    Format Open(const orvcore::UTF16String& path, int patience);
+    /// `busyTimeoutMs` milliseconds. Unless the result is `Current`, the file is closed again, unchanged.
+    Format Open(const orvcore::UTF16String& path, int busyTimeoutMs);
     void Close() noexcept;
     Connection& GetConnection() noexcept
     {
