@@ -2,6 +2,7 @@
 
 #include <orvcore/files/Paths.h>
 #include <orvcore/host/DebugSettings.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/text/shared/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
@@ -25,7 +26,7 @@ using orvmetadatadb::RapidFindDB;
 using Handle = std::shared_ptr<RapidFindDB>;
 
 constexpr int kMostTags = 100;
-constexpr std::chrono::seconds kPatience{2};
+constexpr std::chrono::seconds kCloseTimeout{2};
 
 struct Singleton {
     std::mutex mutex;
@@ -35,11 +36,10 @@ struct Singleton {
     std::condition_variable closed;
 };
 
-// Never destroyed: a worker may be in the index while the process exits.
 Singleton& TheSingleton()
 {
-    static Singleton& singleton = *new Singleton;
-    return singleton;
+    static orvcore::NoDestructor<Singleton> singleton;
+    return *singleton;
 }
 
 std::uint64_t ThisSession()
@@ -86,13 +86,13 @@ void AwaitEarlierDatabases()
 {
     Singleton& singleton = TheSingleton();
     std::unique_lock lock(singleton.mutex);
-    singleton.closed.wait_for(lock, kPatience, [&] { return singleton.open <= 1; });
+    singleton.closed.wait_for(lock, kCloseTimeout, [&] { return singleton.open <= 1; });
 }
 
 const std::vector<orvcore::UTF16String>& Tables()
 {
-    static const auto& tables = *new std::vector<orvcore::UTF16String>{u"nametable"};
-    return tables;
+    static orvcore::NoDestructor<std::vector<orvcore::UTF16String>> tables(1U, u"nametable");
+    return *tables;
 }
 
 int ProgressInterval()
@@ -179,9 +179,9 @@ void IndexSession::Clear(const std::vector<orvcore::UTF8String>& paths) const
 
 void InitializeRapidFindDB(const orvcore::UTF16String& path)
 {
-    static std::mutex& opening = *new std::mutex; // two at once would wait for each other's new database
+    static orvcore::NoDestructor<std::mutex> opening; // two at once would wait for each other's new database
     try {
-        const std::lock_guard one(opening);
+        const std::lock_guard one(*opening);
         const Handle database = MakeDatabase();
         Release(ExchangeDatabase(database));
         AwaitEarlierDatabases();

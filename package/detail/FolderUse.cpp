@@ -2,6 +2,7 @@
 
 #include <orvcore/files/Files.h>
 #include <orvcore/files/shared/FileLock.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <map>
 #include <mutex>
@@ -10,7 +11,7 @@ namespace orvcapsule::detail {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{5};
+constexpr std::chrono::seconds kLockTimeout{5};
 
 // A process that uses a folder locks a file beside it, which can exist before the folder does, and the folder itself
 // where the system allows that. One lock alone is not enough: a tool that cleans the temporary folder may delete the
@@ -31,13 +32,13 @@ struct Hold {
     UseLocks locks; // empty: not at all
 };
 
-// Never destroyed: the system releases the locks when the process has ended.
+// The system releases the locks when the process has ended.
 Hold& HoldOf(const std::filesystem::path& path)
 {
-    static std::mutex& mutex = *new std::mutex;
-    static auto& holds = *new std::map<std::filesystem::path, Hold>;
-    const std::lock_guard guard(mutex);
-    return holds[path];
+    static orvcore::NoDestructor<std::mutex> mutex;
+    static orvcore::NoDestructor<std::map<std::filesystem::path, Hold>> holds;
+    const std::lock_guard guard(*mutex);
+    return (*holds)[path];
 }
 
 std::filesystem::path LockPath(std::filesystem::path folder)
@@ -78,10 +79,10 @@ void MakeAndHoldFolder(const std::filesystem::path& folder)
         // sign of use, and the folder would not be cleaned.
         const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
         if (asking) {
-            static_cast<void>(asking->WaitShared(kPatience));
+            static_cast<void>(asking->WaitShared(kLockTimeout));
         }
         locks.beside = orvcore::FileLock::Open(LockPath(folder), true);
-        if (locks.beside && !locks.beside->WaitShared(kPatience)) {
+        if (locks.beside && !locks.beside->WaitShared(kLockTimeout)) {
             locks.beside.reset();
         }
     }
@@ -110,7 +111,7 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
         action();
     }
     if (holds) { // the shared locks are gone: made exclusive, or released by the attempt
-        own.locks.beside->WaitShared(kPatience);
+        own.locks.beside->WaitShared(kLockTimeout);
         HoldItself(folder, own.locks);
     }
     return alone;

@@ -1,9 +1,9 @@
 #include <package/detail/SafeFileName.h>
 
 #include <orvcore/files/Paths.h>
+#include <orvcore/files/shared/PathNames.h>
 #include <orvcore/text/shared/HashMixer.h>
 
-#include <algorithm>
 #include <string>
 
 namespace orvcapsule::detail {
@@ -26,26 +26,6 @@ void AppendEscaped(std::string& out, char c)
     out += {'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
 }
 
-// True when Windows takes `name` for a device: one of its names, in either case, whatever follows a dot.
-bool IsDeviceName(std::string_view name)
-{
-    std::string stem(name.substr(0, name.find('.')));
-    stem.erase(stem.find_last_not_of(' ') + 1);
-    std::transform(stem.begin(), stem.end(), stem.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-    for (const std::string_view device : {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"}) {
-        if (stem == device) {
-            return true;
-        }
-    }
-    if (!stem.starts_with("COM") && !stem.starts_with("LPT")) {
-        return false;
-    }
-    const std::string_view port = std::string_view(stem).substr(3);
-    return (port.size() == 1 && port[0] >= '0' && port[0] <= '9') || port == "\xC2\xB9" || port == "\xC2\xB2" ||
-           port == "\xC2\xB3"; // superscript one to three
-}
-
 std::string Escape(std::string_view text)
 {
     const bool wellFormed = orvcore::IsWellFormedUTF8(text);
@@ -53,7 +33,7 @@ std::string Escape(std::string_view text)
     std::string out;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
-        const bool first = i == 0 && (onlyDots || IsDeviceName(text));
+        const bool first = i == 0 && (onlyDots || orvcore::IsDeviceName(orvcore::AsUTF8(text)));
         const bool last = i + 1 == text.size() && (c == '.' || c == ' '); // Windows drops them
         if (first || last || IsForbidden(c) || (!wellFormed && static_cast<unsigned char>(c) >= 0x80)) {
             AppendEscaped(out, c);

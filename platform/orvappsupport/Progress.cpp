@@ -1,5 +1,6 @@
 #include <orvappsupport/Progress.h>
 #include <orvcore/tasks/MainThread.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <algorithm>
 #include <atomic>
@@ -16,8 +17,8 @@ struct ObserverSlot {
 
 ObserverSlot& TheObserver()
 {
-    static ObserverSlot& slot = *new ObserverSlot; // never destroyed: workers may report while the process exits
-    return slot;
+    static orvcore::NoDestructor<ObserverSlot> slot;
+    return *slot;
 }
 
 std::shared_ptr<const ProgressObserver> GetObserver()

@@ -1,5 +1,7 @@
 #include <orvtarsksupport/BrokerFrames.h>
 
+#include <orvcore/text/shared/LittleEndian.h>
+
 #include <algorithm>
 #include <array>
 #include <string>
@@ -17,9 +19,7 @@ std::string BeginFrame(std::size_t length)
 {
     std::string frame;
     frame.reserve(kLengthBytes + length);
-    for (std::size_t i = 0; i < kLengthBytes; ++i) {
-        frame += static_cast<char>(length >> (8 * i) & 0xFFU);
-    }
+    orvcore::AppendLittleEndian(frame, length, kLengthBytes);
     return frame;
 }
 
@@ -31,10 +31,7 @@ TarskResult ReadFrame(LocalStream& stream, std::size_t limit, TarskStatus tooLon
     if (const TarskResult result = stream.Read(header, deadline); !result) {
         return result;
     }
-    std::size_t length = 0;
-    for (std::size_t i = 0; i < kLengthBytes; ++i) {
-        length |= static_cast<std::size_t>(static_cast<unsigned char>(header[i])) << (8 * i);
-    }
+    const std::size_t length = orvcore::LoadLittleEndian(header.data(), header.size());
     if (length > limit) {
         return {tooLong};
     }

@@ -1,5 +1,6 @@
 #include <orvtarsksupport/TarskTransport.h>
 
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvtarsksupport/BrokerTransport.h>
 
 #include <mutex>
@@ -15,8 +16,8 @@ struct Current {
 
 Current& GetCurrent()
 {
-    static Current& current = *new Current; // never destroyed: a worker may send while the process exits
-    return current;
+    static orvcore::NoDestructor<Current> current;
+    return *current;
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include <sources/detail/EntryRecord.h>
 
+#include <orvcore/text/shared/LittleEndian.h>
+
 #include <concepts>
 
 namespace orvcapsule::detail {
@@ -16,11 +18,7 @@ public:
     template <std::integral T>
     void operator()(const T& value)
     {
-        auto rest = static_cast<std::uint64_t>(value);
-        for (std::size_t i = 0; i < sizeof(T); ++i) {
-            bytes_ += static_cast<char>(rest & 0xFFU);
-            rest >>= 8U;
-        }
+        orvcore::AppendLittleEndian(bytes_, static_cast<std::uint64_t>(value), sizeof(T));
     }
     void operator()(const orvcore::FileTime& time)
     {
@@ -57,11 +55,7 @@ public:
     void operator()(T& value)
     {
         const std::string_view piece = Take(sizeof(T));
-        std::uint64_t number = 0;
-        for (std::size_t i = piece.size(); i > 0; --i) {
-            number = number << 8U | static_cast<unsigned char>(piece[i - 1]);
-        }
-        value = static_cast<T>(number);
+        value = static_cast<T>(orvcore::LoadLittleEndian(piece.data(), piece.size()));
     }
     void operator()(orvcore::FileTime& time)
     {
@@ -74,9 +68,7 @@ public:
         const std::string_view piece = Take(2 * TakeCount(2));
         text = orvcore::UTF16String(piece.size() / 2, u'\0'); // resizing would take more room than it needs
         for (std::size_t i = 0; i < text.size(); ++i) {
-            const auto low = static_cast<unsigned char>(piece[2 * i]);
-            const auto high = static_cast<unsigned char>(piece[2 * i + 1]);
-            text[i] = static_cast<char16_t>(high << 8U | low);
+            text[i] = static_cast<char16_t>(orvcore::LoadLittleEndian(piece.data() + 2 * i, 2));
         }
     }
     void operator()(std::vector<orvcore::UTF16String>& texts)

@@ -1,6 +1,7 @@
 #include <sources/detail/FailureLog.h>
 
 #include <orvcore/files/Paths.h>
+#include <orvcore/files/shared/PathNames.h>
 
 #include <algorithm>
 
@@ -12,9 +13,7 @@ namespace {
 
 bool WasListed(const fs::path& folder, const fs::path& top, Depth depth)
 {
-    return depth == Depth::OneFolder || top.empty()
-               ? folder == top
-               : std::mismatch(top.begin(), top.end(), folder.begin(), folder.end()).first == top.end();
+    return depth == Depth::OneFolder || top.empty() ? folder == top : orvcore::IsWithin(folder, top);
 }
 
 } // namespace

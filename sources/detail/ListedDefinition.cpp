@@ -1,6 +1,7 @@
 #include <sources/detail/ListedDefinition.h>
 
 #include <capsule/Serialization.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <package/PackageNames.h>
 #include <sources/detail/EntryFields.h>
 
@@ -57,8 +58,8 @@ public:
 private:
     static TextBudget& Budget()
     {
-        static TextBudget& budget = *new TextBudget; // never destroyed: a worker may outlive static objects
-        return budget;
+        static orvcore::NoDestructor<TextBudget> budget;
+        return *budget;
     }
     std::uint64_t bytes_;
 };

@@ -1,5 +1,6 @@
 #include <orvcore/tasks/AsyncThreadedSubExecutor.h>
 #include <orvcore/tasks/ParallelFor.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/tasks/shared/ThreadPoolExecutor.h>
 #include <tests/support/Latch.h>
 
@@ -265,15 +266,15 @@ TEST(ExecutorDeathTest, ExitNeitherCrashesNorHangs)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto leaveBusy = [] {
-        static auto& running = *new orvtest::Latch(2); // never destroyed: a thread still waits
-        static auto& never = *new orvtest::Latch(1);
+        static orvcore::NoDestructor<orvtest::Latch> running(2); // a thread still waits
+        static orvcore::NoDestructor<orvtest::Latch> never(1);
         static_cast<void>(orvcore::GetPreTerminationExecutor()->Post([] {
-            running.count_down();
-            never.wait();
+            running->count_down();
+            never->wait();
         }));
         const auto serial = orvcore::CreateSubExecutor(orvcore::GetCPUBoundExecutor(), 1);
         static_cast<void>(serial->Post([] {
-            running.count_down();
+            running->count_down();
             while (!orvcore::IsTerminating()) {
                 std::this_thread::yield();
             }
@@ -281,7 +282,7 @@ TEST(ExecutorDeathTest, ExitNeitherCrashesNorHangs)
         for (int i = 0; i < 100; ++i) {
             static_cast<void>(serial->Post([] { std::abort(); })); // queued work never starts once exit began
         }
-        running.wait();
+        running->wait();
         std::exit(7);
     };
     EXPECT_EXIT(leaveBusy(), testing::ExitedWithCode(7), "");

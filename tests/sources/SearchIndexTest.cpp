@@ -4,6 +4,7 @@
 
 #include <orvcore/files/Paths.h>
 #include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <sources/SearchIndex.h>
 
 #include <gtest/gtest.h>
@@ -146,26 +147,26 @@ TEST_F(SearchIndexTest, TerminationDoesNotDisturbCallsThatRun)
 TEST(SearchIndexDeathTest, AWorkerMayInsertWhileTheProcessExits)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    static const auto& folder = *new std::filesystem::path(orvcore::TempDirectory() / "orvcapsule-exit-test");
-    orvcore::EnsureDirectory(folder);
+    static orvcore::NoDestructor<std::filesystem::path> folder(orvcore::TempDirectory() / "orvcapsule-exit-test");
+    orvcore::EnsureDirectory(*folder);
     const auto leaveBusy = [] {
-        static auto& inserted = *new orvtest::Latch(1); // never destroyed, as the worker goes on
+        static orvcore::NoDestructor<orvtest::Latch> inserted(1);
         const auto executor = orvcore::GetCPUBoundExecutor();
-        orvcapsule::InitializeRapidFindDB(orvcore::PathToUTF16(folder / "index.db"));
+        orvcapsule::InitializeRapidFindDB(orvcore::PathToUTF16(*folder / "index.db"));
         static_cast<void>(executor->Post([] {
             int left = 200; // once the exit is known
             for (int i = 0; left > 0; ++i) {
                 left -= orvcore::IsTerminating() ? 1 : 0;
                 orvcapsule::InsertRow(orvcore::ToUTF8(std::to_string(i)), u8"text");
                 orvcapsule::ClearRapidFindDB({orvcore::ToUTF8(std::to_string(i))});
-                inserted.count_down();
+                inserted->count_down();
             }
         }));
-        inserted.wait();
+        inserted->wait();
         std::exit(7);
     };
     EXPECT_EXIT(leaveBusy(), testing::ExitedWithCode(7), "");
-    orvcore::RemoveTree(folder);
+    orvcore::RemoveTree(*folder);
 }
 #endif
 

@@ -160,11 +160,11 @@ bool AtomicFile::Commit(Durability durability, std::error_code& error)
 bool AtomicFile::CommitIf(const std::function<bool()>& isWanted, Durability durability,
                           std::optional<detail::FileVersion>& placed, std::error_code& error)
 {
-    constexpr std::chrono::seconds kPatience{10}; // others hold the lock for a rename only
+    constexpr std::chrono::seconds kLockTimeout{10}; // others hold the lock for a rename only
     if (!Complete(durability, error)) {
         return false;
     }
-    const auto lock = FileLock::ForMoment(FolderOf(target_), kPatience, error);
+    const auto lock = FileLock::ForMoment(FolderOf(target_), kLockTimeout, error);
     if (error) {
         return false;
     }

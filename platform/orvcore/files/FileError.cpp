@@ -1,4 +1,5 @@
 #include <orvcore/files/FileError.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <string>
 
@@ -32,8 +33,8 @@ public:
 
 std::error_code make_error_code(FileError error) noexcept
 {
-    static const auto& category = *new FileErrorCategory; // never destroyed: tasks may report while the process exits
-    return {static_cast<int>(error), category};
+    static NoDestructor<FileErrorCategory> category;
+    return {static_cast<int>(error), *category};
 }
 
 } // namespace orvcore

@@ -1,5 +1,3 @@
-#if !defined(_WIN32)
-
 #include <orvcore/files/FileSystem.h>
 
 #include <algorithm>
@@ -139,5 +137,3 @@ bool IsOwn(const fs::path& path) noexcept
 }
 
 } // namespace orvcore
-
-#endif

@@ -1,5 +1,3 @@
-#if defined(_WIN32)
-
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/detail/WindowsError.h>
 
@@ -301,5 +299,3 @@ bool IsOwn(const fs::path& path) noexcept
 }
 
 } // namespace orvcore
-
-#endif

@@ -58,16 +58,4 @@ void RemoveLeftBehind(const fs::path& folder, std::chrono::hours age) noexcept
     }
 }
 
-#if !defined(_WIN32)
-
-bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error)
-{
-    if (MayReplace(to, error)) {
-        fs::rename(from, to, error);
-    }
-    return !error;
-}
-
-#endif
-
 } // namespace orvcore

@@ -1,5 +1,3 @@
-#if defined(_WIN32)
-
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/detail/WindowsError.h>
 
@@ -86,5 +84,3 @@ bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error
 }
 
 } // namespace orvcore
-
-#endif

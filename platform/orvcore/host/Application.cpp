@@ -1,4 +1,5 @@
 #include <orvcore/host/Application.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <mutex>
 #include <shared_mutex>
@@ -17,8 +18,8 @@ struct Values {
 
 Values& TheValues()
 {
-    static Values& values = *new Values; // never destroyed: workers may ask while the process exits
-    return values;
+    static NoDestructor<Values> values;
+    return *values;
 }
 
 template <class T>

@@ -1,5 +1,7 @@
 #include <orvcore/host/DebugSettings.h>
 #include <orvcore/host/shared/Environment.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
+#include <orvcore/text/shared/ASCII.h>
 
 #include <charconv>
 #include <map>
@@ -18,18 +20,14 @@ struct Store {
 
 Store& TheStore()
 {
-    static Store& store = *new Store; // never destroyed: workers may read while the process exits
-    return store;
+    static NoDestructor<Store> store;
+    return *store;
 }
 
 std::string VariableName(std::string name)
 {
     for (char& c : name) {
-        if (c >= 'a' && c <= 'z') {
-            c = static_cast<char>(c - 'a' + 'A');
-        } else if (!((c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'))) {
-            c = '_';
-        }
+        c = IsASCIILetter(c) || IsASCIIDigit(c) ? ToASCIIUpper(c) : '_';
     }
     return name;
 }

@@ -1,5 +1,7 @@
 #include <orvcore/host/Application.h>
 #include <orvcore/host/Localiser.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
+#include <orvcore/text/shared/ASCII.h>
 
 #include <functional>
 #include <map>
@@ -20,8 +22,8 @@ struct Dictionaries {
 
 Dictionaries& TheDictionaries()
 {
-    static Dictionaries& dictionaries = *new Dictionaries; // never destroyed: workers may ask while the process exits
-    return dictionaries;
+    static NoDestructor<Dictionaries> dictionaries;
+    return *dictionaries;
 }
 
 constexpr std::string_view kPrefix = "$$$/";
@@ -57,7 +59,7 @@ UTF8String Substitute(const UTF8String& text, std::initializer_list<std::u8strin
 {
     UTF8String out;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == u8'@' && i + 1 < text.size() && text[i + 1] >= u8'0' && text[i + 1] <= u8'9') {
+        if (text[i] == u8'@' && i + 1 < text.size() && IsASCIIDigit(text[i + 1])) {
             const auto index = static_cast<std::size_t>(text[i + 1] - u8'0');
             if (index < arguments.size()) {
                 out += arguments.begin()[index];

@@ -2,6 +2,7 @@
 
 #include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/json/shared/JSONDocument.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 namespace orvcore::serialization {
 
@@ -84,10 +85,10 @@ bool ObjectHasProperty(const Variant& value, std::u8string_view key)
 
 const Variant& GetVariantInObject(const Variant& value, std::u8string_view key)
 {
-    static const Variant& nothing = *new Variant; // never destroyed: a worker may hold it while the process exits
+    static NoDestructor<Variant> nothing;
     if (const Object* object = AsObject(value)) {
         if (const auto found = object->find(UTF8String(key)); found != object->end()) {
-            return found->second ? *found->second : nothing;
+            return found->second ? *found->second : *nothing;
         }
     }
     throw missing_key_exception(ToNarrow(key));

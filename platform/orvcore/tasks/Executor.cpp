@@ -1,15 +1,11 @@
 #include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/detail/CallAtExit.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/tasks/shared/ThreadPoolExecutor.h>
 
 #include <atomic>
 #include <mutex>
 #include <thread>
-
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
 
 namespace orvcore {
 
@@ -22,11 +18,10 @@ struct HandlerSlot {
     std::shared_ptr<const TaskExceptionHandler> handler;
 };
 
-// Never destroyed, as everything that a task may touch while the process exits.
 HandlerSlot& TheHandler()
 {
-    static HandlerSlot& slot = *new HandlerSlot;
-    return slot;
+    static NoDestructor<HandlerSlot> slot;
+    return *slot;
 }
 
 struct Executors {
@@ -43,35 +38,21 @@ struct Executors {
     }
 };
 
-#if !defined(_WIN32)
-// On Windows the workers are gone before a library's static destructors run, perhaps with a lock in their hands:
-// there nothing may be waited for, nor locked.
-struct StopAtExit {
-    // What is queued is left alone: destroying it could run code whose own statics are gone.
-    explicit StopAtExit(Executors& stopped)
-        : executors(stopped)
-    {
-    }
-    StopAtExit(const StopAtExit&) = delete;
-    StopAtExit& operator=(const StopAtExit&) = delete;
-    ~StopAtExit()
-    {
-        executors.BeginTermination();
-        executors.cpuBound->WaitUntilIdle(std::chrono::seconds(2));
-    }
-    Executors& executors;
-};
-#endif
+void StopAtExit() noexcept;
 
 Executors& TheExecutors()
 {
-    static Executors& executors = *new Executors;
-#if !defined(_WIN32)
-    static const StopAtExit stopAtExit(executors);
-#endif
-    static const bool pinned = (KeepModuleLoaded(&terminating), true);
-    static_cast<void>(pinned);
-    return executors;
+    static NoDestructor<Executors> executors;
+    static const bool prepared = (KeepModuleLoaded(&terminating), detail::CallAtExit(&StopAtExit), true);
+    static_cast<void>(prepared);
+    return *executors;
+}
+
+// What is queued is left alone: destroying it could run code whose own statics are gone.
+void StopAtExit() noexcept
+{
+    TheExecutors().BeginTermination();
+    TheExecutors().cpuBound->WaitUntilIdle(std::chrono::seconds(2));
 }
 
 void Report(const std::exception_ptr& exception) noexcept
@@ -114,20 +95,6 @@ void ShutdownExecutors()
 bool IsTerminating() noexcept
 {
     return terminating;
-}
-
-void KeepModuleLoaded(const void* addressInside) noexcept
-{
-#if defined(_WIN32)
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       static_cast<LPCWSTR>(addressInside), &module);
-#else
-    Dl_info info{};
-    if (dladdr(addressInside, &info) != 0 && info.dli_fname != nullptr) {
-        dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE); // the handle is kept on purpose
-    }
-#endif
 }
 
 void SetTaskExceptionHandler(TaskExceptionHandler handler)

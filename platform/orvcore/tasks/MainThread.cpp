@@ -1,5 +1,6 @@
 #include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/MainThread.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <algorithm>
 #include <condition_variable>
@@ -177,11 +178,10 @@ private:
 
 thread_local int MainThreadQueue::dispatchersOnThisThread = 0;
 
-// Never destroyed: workers may still queue while the process exits.
 MainThreadQueue& TheQueue()
 {
-    static MainThreadQueue& queue = *new MainThreadQueue;
-    return queue;
+    static NoDestructor<MainThreadQueue> queue;
+    return *queue;
 }
 
 } // namespace

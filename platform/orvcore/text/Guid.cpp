@@ -1,5 +1,7 @@
 #include <orvcore/text/Guid.h>
 
+#include <orvcore/text/shared/ASCII.h>
+
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid.hpp>
 
@@ -18,10 +20,10 @@ constexpr bool IsDashPosition(std::size_t at)
 
 int DigitValue(char c)
 {
-    if (c >= '0' && c <= '9') {
+    if (IsASCIIDigit(c)) {
         return c - '0';
     }
-    const char lower = static_cast<char>(c | 0x20);
+    const char lower = ToASCIILower(c);
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 

@@ -40,11 +40,11 @@ void PreferWriteAheadLog(Connection& connection)
 
 } // namespace
 
-IndexFile::Format IndexFile::Open(const orvcore::UTF16String& path, int patience)
+IndexFile::Format IndexFile::Open(const orvcore::UTF16String& path, int busyTimeoutMs)
 {
     Close();
     connection_.Open(path);
-    connection_.SetBusyTimeout(patience);
+    connection_.SetBusyTimeout(busyTimeoutMs);
     SetUp(connection_);
     const Format format = ReadFormat();
     if (format != Format::Current) {

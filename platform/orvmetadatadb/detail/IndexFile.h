@@ -33,9 +33,9 @@ public:
     enum class Format { Current, OtherVersion, NotAnIndex };
 
     /// Opens or creates the file. Commits do not wait for the disk until that is switched on; another connection's lock
-    /// is waited for at most `patience` milliseconds. Unless the result is `Current`, the file is closed again,
+    /// is waited for at most `busyTimeoutMs` milliseconds. Unless the result is `Current`, the file is closed again,
     /// unchanged.
-    Format Open(const orvcore::UTF16String& path, int patience);
+    Format Open(const orvcore::UTF16String& path, int busyTimeoutMs);
     void Close() noexcept;
     Connection& GetConnection() noexcept
     {

@@ -12,10 +12,10 @@ namespace codes = orvstorage::sqlite;
 
 namespace {
 
-// How long a lock of another process is waited for, in milliseconds: in general, and by the thread that ends the index,
+// How long a lock of another process is waited for: in general, and by the thread that ends the index,
 // which may be a host's main thread.
-constexpr int kPatience = 500;
-constexpr int kLastPatience = 10;
+constexpr int kBusyTimeoutMs = 500;
+constexpr int kLastBusyTimeoutMs = 10;
 // A list of changes this long, of which few still count, is written anew.
 constexpr std::uint64_t kLongList = 65536;
 
@@ -26,7 +26,7 @@ IndexStore::~IndexStore()
     if (IsOpen()) {
         // An interrupt ends searches; what was changed before is still written.
         file_.GetConnection().SetProgressHandler(0, nullptr, nullptr);
-        file_.GetConnection().SetBusyTimeout(kLastPatience);
+        file_.GetConnection().SetBusyTimeout(kLastBusyTimeoutMs);
         SaveLast();
     }
 }
@@ -55,7 +55,7 @@ void IndexStore::OpenOrReplace()
 {
     IndexFile::Format format = IndexFile::Format::OtherVersion;
     try {
-        format = file_.Open(path_, kPatience);
+        format = file_.Open(path_, kBusyTimeoutMs);
     } catch (const SQLiteError& error) {
         file_.Close();
         const bool damaged = error.Code() == codes::kCorrupt || error.Code() == codes::kNotADatabase;
@@ -75,7 +75,7 @@ void IndexStore::OpenOrReplace()
 void IndexStore::Replace()
 {
     file_.Close();
-    if (!SetAside(path_) || file_.Open(path_, kPatience) != IndexFile::Format::Current) {
+    if (!SetAside(path_) || file_.Open(path_, kBusyTimeoutMs) != IndexFile::Format::Current) {
         throw SQLiteError(codes::kCannotOpen);
     }
     ApplySynchronous();
@@ -223,7 +223,7 @@ void IndexStore::SaveIfFree()
     } catch (const SQLiteError&) {
         // A search answers from memory, which has the changes. What failed is remembered and told to the next insert.
     }
-    connection.SetBusyTimeout(kPatience);
+    connection.SetBusyTimeout(kBusyTimeoutMs);
 }
 
 void IndexStore::Save()

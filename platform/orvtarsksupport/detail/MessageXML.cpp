@@ -2,6 +2,7 @@
 
 #include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/json/shared/JSONDocument.h>
+#include <orvcore/text/shared/ASCII.h>
 #include <orvcore/text/shared/BinaryText.h>
 #include <orvtarsksupport/SendTarskMessage.h>
 
@@ -19,8 +20,8 @@ using orvcore::serialization::JSONNode;
 // Names are ASCII and have no colon, which is a namespace's.
 bool IsElementName(std::string_view name)
 {
-    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
-    const auto isOther = [](char c) { return (c >= '0' && c <= '9') || c == '-' || c == '.'; };
+    const auto isLetter = [](char c) { return orvcore::IsASCIILetter(c) || c == '_'; };
+    const auto isOther = [](char c) { return orvcore::IsASCIIDigit(c) || c == '-' || c == '.'; };
     return !name.empty() && isLetter(name.front()) &&
            std::all_of(name.begin(), name.end(), [&](char c) { return isLetter(c) || isOther(c); });
 }

@@ -15,8 +15,8 @@ namespace {
 using namespace std::chrono_literals;
 using namespace orvtarsksupport;
 
-constexpr auto kLook = 100ms;  // between looks whether the user has interrupted
-constexpr auto kPatience = 5s; // for a client in the middle of its message
+constexpr auto kInterruptInterval = 100ms; // between looks whether the user has interrupted
+constexpr auto kMessageTimeout = 5s;       // for a client in the middle of its message
 
 std::uint64_t CountOf(const std::optional<std::string>& text)
 {
@@ -46,7 +46,7 @@ std::string AsJSON(const TarskMessage& message)
 // Prints one client's message and answers it; false when it did not arrive.
 bool Serve(LocalStream client)
 {
-    const Deadline deadline = std::chrono::steady_clock::now() + kPatience;
+    const Deadline deadline = std::chrono::steady_clock::now() + kMessageTimeout;
     TarskMessage message;
     if (const TarskResult result = ReadRequest(client, message, deadline); !result) {
         ReportError("a message did not arrive: " + (result.status == TarskStatus::BrokenOff
@@ -79,7 +79,7 @@ ExitCode RunBroker(const BrokerOptions& options)
         }
         ReportError("listening at " + options.path);
         while (left > 0 && !interrupt.IsRaised()) {
-            auto client = listener->Accept(std::chrono::steady_clock::now() + kLook);
+            auto client = listener->Accept(std::chrono::steady_clock::now() + kInterruptInterval);
             left -= client && Serve(std::move(*client)) ? 1U : 0U;
         }
     });

@@ -9,7 +9,7 @@ namespace zelt {
 
 namespace {
 
-constexpr std::chrono::milliseconds kPatience(500);
+constexpr std::chrono::milliseconds kDelay(500); // what ends sooner shows no bar
 constexpr std::chrono::milliseconds kStep(100);
 constexpr std::size_t kWidth = 40;
 
@@ -52,7 +52,7 @@ void Progress::Run()
 {
     std::unique_lock lock(mutex_);
     const auto ended = [this] { return ends_; };
-    if (wake_.wait_for(lock, kPatience, ended)) {
+    if (wake_.wait_for(lock, kDelay, ended)) {
         return;
     }
     for (std::size_t step = 0; !wake_.wait_for(lock, kStep, ended); ++step) {

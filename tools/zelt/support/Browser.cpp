@@ -137,13 +137,13 @@ Browser::Texts Browser::RequestTexts(const std::function<void()>& request, SetCa
 void Browser::Await(const bool& answered)
 {
     // A signal cannot wake the wait, so it is asked for now and then.
-    constexpr std::chrono::milliseconds kPatience(50);
+    constexpr std::chrono::milliseconds kInterruptInterval(50);
     while (!answered) {
         if (interrupt_.IsRaised()) {
             manager_->Abort();
             interrupt_.Check();
         }
-        orvcore::WaitForMainThreadCalls(kPatience);
+        orvcore::WaitForMainThreadCalls(kInterruptInterval);
         orvcore::RunMainThreadCalls();
         failure_->Throw();
     }

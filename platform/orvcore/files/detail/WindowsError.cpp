@@ -1,5 +1,3 @@
-#if defined(_WIN32)
-
 #include <orvcore/files/detail/WindowsError.h>
 
 #include <windows.h>
@@ -57,5 +55,3 @@ std::error_code LastWindowsError()
 }
 
 } // namespace orvcore::detail
-
-#endif

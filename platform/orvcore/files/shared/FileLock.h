@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <system_error>
 
@@ -21,9 +22,9 @@ public:
     static std::unique_ptr<FileLock> Open(const std::filesystem::path& path, bool create);
 
     /// Locks `folder` exclusively against other callers of this function, for a short change of its content. Nothing is
-    /// left in the folder, even if the process is killed. Waits for at most `patience`.
+    /// left in the folder, even if the process is killed. Waits for at most `timeout`.
     /// @return empty with an `error` when others did not let go in time; empty without one where there are no locks
-    static std::unique_ptr<FileLock> ForMoment(const std::filesystem::path& folder, std::chrono::milliseconds patience,
+    static std::unique_ptr<FileLock> ForMoment(const std::filesystem::path& folder, std::chrono::milliseconds timeout,
                                                std::error_code& error);
 
     FileLock(const FileLock&) = delete;
@@ -34,8 +35,8 @@ public:
     /// Takes the lock, at once or not at all, in place of what this object held before. On failure nothing is held.
     bool TryExclusive();
     bool TryShared();
-    /// As TryShared, again and again for at most `patience`.
-    bool WaitShared(std::chrono::milliseconds patience);
+    /// As TryShared, again and again for at most `timeout`.
+    bool WaitShared(std::chrono::milliseconds timeout);
 
 private:
     explicit FileLock(std::intptr_t handle)
@@ -43,6 +44,8 @@ private:
     {
     }
     std::error_code Try(bool exclusive);
+    /// Tries again and again while `attempt` answers "busy": no system can wait with a limit.
+    static std::error_code Wait(std::chrono::milliseconds timeout, const std::function<std::error_code()>& attempt);
 
     const std::intptr_t handle_;
 };

@@ -3,6 +3,7 @@
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/FileSystem.h>
+#include <orvcore/files/shared/PathNames.h>
 
 #include <algorithm>
 #include <chrono>
@@ -10,15 +11,6 @@
 namespace orvcore::detail {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-bool IsBelow(const fs::path& path, const fs::path& folder)
-{
-    return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
-}
-
-} // namespace
 
 GuardedFolder::GuardedFolder(fs::path folder)
     : folder_(std::move(folder))
@@ -65,7 +57,7 @@ bool GuardedFolder::MakeOne(const fs::path& directory, bool& isNew, std::error_c
     isNew = orvcore::MakeDirectory(directory, error);
     if (!isNew && !error && InspectPath(directory, error).kind == FileKind::Link && !error) {
         const fs::path real = RealPath(directory, error);
-        if (!error && !IsBelow(real, canonical_)) {
+        if (!error && !IsWithin(real, canonical_)) {
             error = FileError::OutsideTarget;
         }
     }

@@ -1,5 +1,3 @@
-#if !defined(_WIN32)
-
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/Paths.h>
 #include <orvcore/files/shared/NativeFile.h>
@@ -131,13 +129,8 @@ bool NativeFile::WriteAt(std::uint64_t offset, const void* data, std::size_t siz
 
 void NativeFile::StartWriteback(std::uint64_t offset, std::uint64_t size) noexcept
 {
-#if defined(__linux__)
     ::sync_file_range(static_cast<int>(handle_), static_cast<off_t>(offset), static_cast<off_t>(size),
                       SYNC_FILE_RANGE_WRITE);
-#else
-    static_cast<void>(offset);
-    static_cast<void>(size);
-#endif
 }
 
 bool NativeFile::FlushToDisk(std::error_code& error)
@@ -169,5 +162,3 @@ bool NativeFile::Close(std::error_code& error)
 }
 
 } // namespace orvcore::detail
-
-#endif

@@ -1,5 +1,3 @@
-#if defined(_WIN32)
-
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/Files.h>
 #include <orvcore/files/detail/WindowsError.h>
@@ -147,5 +145,3 @@ bool NativeFile::Close(std::error_code& error)
 }
 
 } // namespace orvcore::detail
-
-#endif

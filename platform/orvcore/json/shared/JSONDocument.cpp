@@ -2,6 +2,7 @@
 
 #include <orvcore/json/detail/JSONDocumentBuilder.h>
 #include <orvcore/json/detail/JSONText.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <array>
 #include <mutex>
@@ -59,9 +60,8 @@ struct JSONDocument::Storage::Spares {
 
 JSONDocument::Storage::Spares& JSONDocument::Storage::TheSpares()
 {
-    // Never destroyed: a document may outlive every static object.
-    static Spares& spares = *new Spares;
-    return spares;
+    static NoDestructor<Spares> spares; // a document may outlive every static object
+    return *spares;
 }
 
 std::unique_ptr<JSONDocument::Storage> JSONDocument::Storage::Obtain()

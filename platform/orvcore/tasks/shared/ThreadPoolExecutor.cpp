@@ -126,12 +126,12 @@ void ThreadPoolExecutor::Refuse()
     state_->refusing = true;
 }
 
-bool ThreadPoolExecutor::WaitUntilIdle(std::chrono::milliseconds patience)
+bool ThreadPoolExecutor::WaitUntilIdle(std::chrono::milliseconds timeout)
 {
     constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365); // clocks overflow far beyond it
     std::unique_lock lock(state_->mutex);
     return !state_->IsOwnTask() &&
-           state_->idle.wait_for(lock, std::min(patience, kLongest), [this] { return state_->running == 0; });
+           state_->idle.wait_for(lock, std::min(timeout, kLongest), [this] { return state_->running == 0; });
 }
 
 bool ThreadPoolExecutor::Stop()

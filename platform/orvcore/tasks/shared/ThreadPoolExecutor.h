@@ -23,9 +23,9 @@ public:
     /// nothing.
     void Refuse();
 
-    /// Waits, at most for `patience`, until no task runs; true when that is so. Called from a task of this pool it
+    /// Waits, at most for `timeout`, until no task runs; true when that is so. Called from a task of this pool it
     /// answers false at once.
-    bool WaitUntilIdle(std::chrono::milliseconds patience);
+    bool WaitUntilIdle(std::chrono::milliseconds timeout);
 
     /// Ends the pool: refuses work, destroys what is queued, and returns when the tasks that were running, and the
     /// workers, have ended. Called from a task of this pool it waits for neither and answers false. May be repeated.

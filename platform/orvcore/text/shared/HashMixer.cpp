@@ -1,5 +1,6 @@
 #include <orvcore/text/Strings.h>
 #include <orvcore/text/shared/HashMixer.h>
+#include <orvcore/text/shared/LittleEndian.h>
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
@@ -43,8 +44,8 @@ HashMixer& HashMixer::Add(std::u16string_view text)
 {
     Add(std::uint64_t{text.size()});
     for (const char16_t unit : text) {
-        const unsigned char bytes[] = {static_cast<unsigned char>(unit & 0xFFU),
-                                       static_cast<unsigned char>(unit >> 8U)};
+        unsigned char bytes[sizeof unit];
+        StoreLittleEndian(unit, bytes, sizeof bytes);
         AddBytes(bytes, sizeof bytes);
     }
     return *this;
@@ -52,11 +53,8 @@ HashMixer& HashMixer::Add(std::u16string_view text)
 
 HashMixer& HashMixer::Add(std::uint64_t value)
 {
-    unsigned char bytes[8];
-    for (unsigned char& byte : bytes) {
-        byte = static_cast<unsigned char>(value & 0xFFU);
-        value >>= 8U;
-    }
+    unsigned char bytes[sizeof value];
+    StoreLittleEndian(value, bytes, sizeof bytes);
     return AddBytes(bytes, sizeof bytes);
 }
 

@@ -1,5 +1,7 @@
 #include <orvcore/text/shared/TextFold.h>
 
+#include <orvcore/text/shared/ASCII.h>
+
 #include <utf8proc.h>
 
 #include <algorithm>
@@ -163,7 +165,7 @@ bool FoldASCII(std::basic_string_view<Char> text, UTF8String& out)
         if (c >= 0x80) {
             return false;
         }
-        out[i] = static_cast<char8_t>(c >= u'A' && c <= u'Z' ? c + ('a' - 'A') : c);
+        out[i] = static_cast<char8_t>(ToASCIILower(c));
     }
     return true;
 }
@@ -171,7 +173,7 @@ bool FoldASCII(std::basic_string_view<Char> text, UTF8String& out)
 bool IsWordCharacter(CodePoint c) noexcept
 {
     if (c < 0x80) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+        return IsASCIILetter(c) || IsASCIIDigit(c);
     }
     const auto category = utf8proc_category(c);
     return category >= UTF8PROC_CATEGORY_LU && category <= UTF8PROC_CATEGORY_NO;

@@ -1,5 +1,8 @@
 #include <orvstorage/detail/names/EntryName.h>
 
+#include <orvcore/files/shared/PathNames.h>
+#include <orvcore/text/shared/ASCII.h>
+
 #include <utf8proc.h>
 
 #include <algorithm>
@@ -12,36 +15,6 @@ namespace {
 constexpr std::size_t kLongestComponent = 255; // bytes, the least that the systems' file systems take
 constexpr std::size_t kLongestName = 2048;
 constexpr std::u8string_view kReserved = u8"<>:\"|?*\\";
-constexpr std::array<std::u8string_view, 6> kDevices = {u8"con", u8"prn", u8"aux", u8"nul", u8"conin$", u8"conout$"};
-constexpr std::array<std::u8string_view, 3> kSuperscriptDigits = {u8"\u00b9", u8"\u00b2", u8"\u00b3"};
-
-char8_t Lower(char8_t c)
-{
-    return c >= u8'A' && c <= u8'Z' ? static_cast<char8_t>(c + 32) : c;
-}
-
-bool IsLetter(char8_t c)
-{
-    return Lower(c) >= u8'a' && Lower(c) <= u8'z';
-}
-
-// Windows takes "nul", "NUL.txt" and "com1 .txt" for devices, whatever their folder.
-bool IsDevice(std::u8string_view component)
-{
-    orvcore::UTF8String stem(component.substr(0, component.find(u8'.')));
-    stem.erase(stem.find_last_not_of(u8' ') + 1);
-    std::transform(stem.begin(), stem.end(), stem.begin(), Lower);
-    if (std::find(kDevices.begin(), kDevices.end(), stem) != kDevices.end()) {
-        return true;
-    }
-    const std::u8string_view view = stem;
-    if (!view.starts_with(u8"com") && !view.starts_with(u8"lpt")) {
-        return false;
-    }
-    const std::u8string_view digit = view.substr(3);
-    return (digit.size() == 1 && digit[0] >= u8'0' && digit[0] <= u8'9') ||
-           std::find(kSuperscriptDigits.begin(), kSuperscriptDigits.end(), digit) != kSuperscriptDigits.end();
-}
 
 ZipError CheckComponent(std::u8string_view component)
 {
@@ -54,7 +27,7 @@ ZipError CheckComponent(std::u8string_view component)
     if (component.back() == u8'.' || component.back() == u8' ') {
         return ZipError::TrailingDotOrSpace;
     }
-    return IsDevice(component) ? ZipError::ReservedName : ZipError::None;
+    return orvcore::IsDeviceName(component) ? ZipError::ReservedName : ZipError::None;
 }
 
 bool HasParentComponent(std::u8string_view name)
@@ -80,7 +53,7 @@ ZipError CheckWhole(std::u8string_view name)
     if (name.starts_with(u8'/') || name.starts_with(u8'\\')) {
         return ZipError::AbsoluteName;
     }
-    if (name.size() >= 2 && IsLetter(name[0]) && name[1] == u8':') {
+    if (name.size() >= 2 && orvcore::IsASCIILetter(name[0]) && name[1] == u8':') {
         return ZipError::DriveLetter;
     }
     if (HasParentComponent(name)) {

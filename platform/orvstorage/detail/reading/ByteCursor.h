@@ -1,5 +1,7 @@
 #pragma once
 
+#include <orvcore/text/shared/LittleEndian.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -18,11 +20,7 @@ public:
     std::uint64_t Take(std::size_t width)
     {
         const auto piece = TakeBytes(width);
-        std::uint64_t value = 0;
-        for (std::size_t i = piece.size(); i > 0; --i) {
-            value = value << 8 | piece[i - 1];
-        }
-        return value;
+        return orvcore::LoadLittleEndian(piece.data(), piece.size());
     }
     std::uint16_t Take16()
     {

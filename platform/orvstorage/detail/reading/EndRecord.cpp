@@ -1,5 +1,6 @@
 #include <orvstorage/detail/reading/EndRecord.h>
 
+#include <orvcore/text/shared/LittleEndian.h>
 #include <orvstorage/detail/reading/ZipFormat.h>
 
 namespace orvstorage::detail {
@@ -93,28 +94,21 @@ DirectoryExtent ReadEnd(const ArchiveFile& file, std::size_t end)
     return plain;
 }
 
-void Put(std::vector<unsigned char>& bytes, std::uint64_t value, int width)
-{
-    for (int i = 0; i < width; ++i) {
-        bytes.push_back(static_cast<unsigned char>(value >> (8 * i)));
-    }
-}
-
 void PutZip64(std::vector<unsigned char>& bytes, const DirectoryExtent& extent)
 {
     constexpr std::uint64_t kVersions = 45U << 16 | 45U; // made by and needed: the first that knew zip64
-    Put(bytes, kEnd64Signature, 4);
-    Put(bytes, kEnd64Size - 12, 8);
-    Put(bytes, kVersions, 4);
-    Put(bytes, 0, 8); // the number of the disk, twice
-    Put(bytes, extent.entries, 8);
-    Put(bytes, extent.entries, 8);
-    Put(bytes, extent.size, 8);
-    Put(bytes, extent.offset, 8);
-    Put(bytes, kLocator64Signature, 4);
-    Put(bytes, 0, 4);
-    Put(bytes, extent.offset + extent.size, 8);
-    Put(bytes, 1, 4);
+    orvcore::AppendLittleEndian(bytes, kEnd64Signature, 4);
+    orvcore::AppendLittleEndian(bytes, kEnd64Size - 12, 8);
+    orvcore::AppendLittleEndian(bytes, kVersions, 4);
+    orvcore::AppendLittleEndian(bytes, 0, 8); // the number of the disk, twice
+    orvcore::AppendLittleEndian(bytes, extent.entries, 8);
+    orvcore::AppendLittleEndian(bytes, extent.entries, 8);
+    orvcore::AppendLittleEndian(bytes, extent.size, 8);
+    orvcore::AppendLittleEndian(bytes, extent.offset, 8);
+    orvcore::AppendLittleEndian(bytes, kLocator64Signature, 4);
+    orvcore::AppendLittleEndian(bytes, 0, 4);
+    orvcore::AppendLittleEndian(bytes, extent.offset + extent.size, 8);
+    orvcore::AppendLittleEndian(bytes, 1, 4);
 }
 
 } // namespace
@@ -153,13 +147,13 @@ std::vector<unsigned char> MakeEnd(const DirectoryExtent& extent)
     } else {
         bytes.resize(kLocator64Size); // zeros, so that what stands before cannot be taken for a locator
     }
-    Put(bytes, kEndSignature, 4);
-    Put(bytes, 0, 4);
-    Put(bytes, isLarge ? kCountIn64 : extent.entries, 2);
-    Put(bytes, isLarge ? kCountIn64 : extent.entries, 2);
-    Put(bytes, isLarge ? kIn64 : extent.size, 4);
-    Put(bytes, isLarge ? kIn64 : extent.offset, 4);
-    Put(bytes, extent.comment.size(), 2);
+    orvcore::AppendLittleEndian(bytes, kEndSignature, 4);
+    orvcore::AppendLittleEndian(bytes, 0, 4);
+    orvcore::AppendLittleEndian(bytes, isLarge ? kCountIn64 : extent.entries, 2);
+    orvcore::AppendLittleEndian(bytes, isLarge ? kCountIn64 : extent.entries, 2);
+    orvcore::AppendLittleEndian(bytes, isLarge ? kIn64 : extent.size, 4);
+    orvcore::AppendLittleEndian(bytes, isLarge ? kIn64 : extent.offset, 4);
+    orvcore::AppendLittleEndian(bytes, extent.comment.size(), 2);
     bytes.insert(bytes.end(), extent.comment.begin(), extent.comment.end());
     return bytes;
 }

@@ -1,0 +1,15 @@
+#include <orvcore/files/AtomicFile.h>
+
+namespace orvcore {
+
+namespace fs = std::filesystem;
+
+bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error)
+{
+    if (MayReplace(to, error)) {
+        fs::rename(from, to, error);
+    }
+    return !error;
+}
+
+} // namespace orvcore

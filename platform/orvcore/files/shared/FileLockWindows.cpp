@@ -1,0 +1,54 @@
+#include <orvcore/files/Paths.h>
+#include <orvcore/files/shared/FileLock.h>
+
+#include <windows.h>
+
+namespace orvcore {
+
+std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool create)
+{
+    const HANDLE handle =
+        ::CreateFileW(ToSystemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                      nullptr, create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return nullptr;
+    }
+    return std::unique_ptr<FileLock>(new FileLock(reinterpret_cast<std::intptr_t>(handle)));
+}
+
+// A folder cannot be locked here. A file that nobody else may open, and that goes when it is closed, does as well. It
+// is named like the private files beside the ones they replace: should the machine fail, it is removed like those.
+std::unique_ptr<FileLock> FileLock::ForMoment(const std::filesystem::path& folder, std::chrono::milliseconds timeout,
+                                              std::error_code& error)
+{
+    const std::filesystem::path path = ToSystemPath(folder / L".orv-00000000-0000-0000-0000-000000000000.part");
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    error = Wait(timeout, [&] {
+        handle = ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                               FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        const DWORD reason = handle == INVALID_HANDLE_VALUE ? ::GetLastError() : ERROR_SUCCESS;
+        const bool isBusy = reason == ERROR_SHARING_VIOLATION || reason == ERROR_ACCESS_DENIED; // the latter as it goes
+        return isBusy ? std::make_error_code(std::errc::device_or_resource_busy) : std::error_code();
+    });
+    if (handle == INVALID_HANDLE_VALUE) {
+        return nullptr;
+    }
+    return std::unique_ptr<FileLock>(new FileLock(reinterpret_cast<std::intptr_t>(handle)));
+}
+
+FileLock::~FileLock()
+{
+    ::CloseHandle(reinterpret_cast<HANDLE>(handle_));
+}
+
+std::error_code FileLock::Try(bool exclusive)
+{
+    const auto handle = reinterpret_cast<HANDLE>(handle_);
+    OVERLAPPED start{};
+    ::UnlockFileEx(handle, 0, 1, 0, &start);
+    const DWORD flags = LOCKFILE_FAIL_IMMEDIATELY | (exclusive ? LOCKFILE_EXCLUSIVE_LOCK : 0U);
+    const bool locked = ::LockFileEx(handle, flags, 0, 1, 0, &start) != 0;
+    return locked ? std::error_code() : std::make_error_code(std::errc::device_or_resource_busy);
+}
+
+} // namespace orvcore

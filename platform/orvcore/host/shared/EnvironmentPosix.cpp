@@ -1,0 +1,16 @@
+#include <orvcore/host/shared/Environment.h>
+
+#include <cstdlib>
+
+namespace orvcore {
+
+std::optional<UTF8String> ReadEnvironment(const std::string& name)
+{
+    const char* value = std::getenv(name.c_str());
+    if (value == nullptr) {
+        return std::nullopt;
+    }
+    return ToUTF8(std::string_view(value));
+}
+
+} // namespace orvcore

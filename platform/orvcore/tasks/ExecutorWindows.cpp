@@ -1,0 +1,17 @@
+#include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/detail/CallAtExit.h>
+
+#include <windows.h>
+
+namespace orvcore {
+
+void KeepModuleLoaded(const void* addressInside) noexcept
+{
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       static_cast<LPCWSTR>(addressInside), &module);
+}
+
+void detail::CallAtExit(void (*)()) noexcept {}
+
+} // namespace orvcore
