@@ -7,10 +7,14 @@
 namespace orvstorage::detail {
 
 /// Writes one entry to a file that appears whole or not at all. The file's folder is created when missing, and gone
-/// again after a failure. Asked for
-/// the last time when all is read, before the file appears.
+/// again after a failure. Asks `progress` for the last time when all is read, before the file appears.
 bool UnpackToFile(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
                   ByteProgress& progress, ZipFailure& failure);
+
+/// Writes one entry over a file that others may have open. An entry of no bytes counts as missing; nothing is written
+/// before all of the entry has been checked.
+bool UnpackOver(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
+                ZipFailure& failure);
 
 /// Reads and checks one entry's content, keeping nothing of it.
 bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure);
