@@ -12,6 +12,11 @@ namespace {
 
 // What the zip library reads from and writes to: our file layer, which knows long paths, shared files and the swap at
 // the end. One object a handle; the library frees it.
+//
+// The library sees one source that is both the old archive and the new: until it closes the handle it only reads; then
+// it sends BEGIN_WRITE, and writes the new archive while it still reads from the old one what it copies; COMMIT_WRITE
+// ends this, or ROLLBACK_WRITE. Nothing may be changed in the old file meanwhile, so what is written goes to a new one,
+// and the two have positions of their own.
 class Source {
 public:
     /// @param placing of what is written in the end; empty: the source is only read
@@ -113,6 +118,8 @@ zip_int64_t Source::Commit()
     if (placing_->approve && !placing_->approve()) {
         return Fail(ZIP_ER_CANCELLED, error);
     }
+    // Only this question, which is asked under the folder's lock, is safe from another program that changes the
+    // archive.
     bool isUnchanged = true;
     const auto isWanted = [&] {
         isUnchanged = placing_->isUnchanged();
