@@ -60,20 +60,12 @@ bool WasMissing(const ZipFile& zip)
     return zip.GetLastFailure().error == ZipError::EntryMissing;
 }
 
-bool WriteEntry(const ZipFile& zip, std::u8string_view entry, const UTF8String& outputPath, bool& isMissing)
-{
-    const orvstorage::ZipBuffer content = zip.UnzipItem(entry);
-    isMissing = content ? content->empty() : WasMissing(zip);
-    return content && !isMissing &&
-           orvcore::WriteBufferToFile(orvcore::PathFromUTF8(outputPath), content->data(), content->size()) >= 0;
-}
-
 bool WriteLocalized(const ZipFile& zip, std::u8string_view stem, std::u8string_view extension,
                     const UTF8String& outputPath)
 {
-    bool isMissing = false;
-    return WriteEntry(zip, Localized(stem, extension), outputPath, isMissing) ||
-           (isMissing && WriteEntry(zip, Joined(stem, extension), outputPath, isMissing));
+    const fs::path output = orvcore::PathFromUTF8(outputPath);
+    return zip.UnzipOver(Localized(stem, extension), output) ||
+           (WasMissing(zip) && zip.UnzipOver(Joined(stem, extension), output));
 }
 
 // On this thread: a caller that is itself a worker must not wait for another.
@@ -197,8 +189,7 @@ bool CapsuleZip::GetZELTThumbnailVideo(const UTF8String& outputPath) const
 
 bool CapsuleZip::GetZELTMediaThumbnailPNG(const UTF8String& name, const UTF8String& outputPath) const
 {
-    bool isMissing = false;
-    return WriteEntry(GetArchive(), u8"Thumbnails/" + name, outputPath, isMissing);
+    return GetArchive().UnzipOver(u8"Thumbnails/" + name, orvcore::PathFromUTF8(outputPath));
 }
 
 bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const UTF16String& subDirectory,

@@ -61,8 +61,9 @@ public:
     /// @}
 
     /// @name Pictures and videos
-    /// Each writes one file and returns whether it did. The second name is tried when the first entry is missing or
-    /// empty, but not when it cannot be read. The output's folder must exist; a file at the path is overwritten.
+    /// Each writes one file and returns whether it did; see orvstorage::ZipFile::UnzipOver. The second name is tried when
+    /// the first entry is missing or empty, but not when it cannot be read. The output's folder must exist; a file at the
+    /// path is overwritten.
     /// @{
     /// The poster: "thumb_<language>.png", else "thumb.png".
     bool GetZELTThumbnailPNG(const orvcore::UTF8String& outputPath) const;
@@ -121,7 +122,7 @@ public:
     orvstorage::ZipFile& GetArchive() noexcept;
     const orvstorage::ZipFile& GetArchive() const noexcept;
     /// Why the last operation on the archive failed, naming the package as it was given. A read that found nothing
-    /// reports the last name it tried. An output file that could not be written is not the archive's failure.
+    /// reports the last name it tried.
     orvstorage::ZipFailure GetLastFailure() const;
     /// @}
 

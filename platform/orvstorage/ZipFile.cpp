@@ -71,6 +71,15 @@ bool ZipFile::UnzipItems(std::u8string_view entryName, const std::filesystem::pa
     });
 }
 
+bool ZipFile::UnzipOver(std::u8string_view entryName, const std::filesystem::path& destination) const
+{
+    State& state = *state_;
+    return state.Run(ZipAction::Unpack, entryName, [&](ZipFailure& failure) {
+        std::size_t index = 0;
+        return state.Find(entryName, index) && detail::UnpackOver(*state.archive, index, destination, failure);
+    });
+}
+
 bool ZipFile::UnZip(const std::filesystem::path& directory, bool overwrite) const
 {
     return UnZip(directory, overwrite, {}, nullptr);

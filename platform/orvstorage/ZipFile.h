@@ -59,6 +59,11 @@ public:
     ///        the caller, nothing left either.
     bool UnzipItems(std::u8string_view entryName, const std::filesystem::path& destination, const ZipProgress& progress,
                     void* opaque) const;
+    /// Writes the entry's content over the file `destination`, which other programs may have open meanwhile and which
+    /// is created when missing; its folder is not. An entry of no bytes counts as missing. All of the entry is read and
+    /// checked before the file is touched. After a failure to write the broken file is removed. Memory does not depend
+    /// on the entry's size.
+    bool UnzipOver(std::u8string_view entryName, const std::filesystem::path& destination) const;
     /// Unpacks everything below `directory`, which is created when missing.
     ///
     /// Entries with a bad name, links, special files and entries that share bytes are refused one by one: they are not

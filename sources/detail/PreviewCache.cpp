@@ -43,9 +43,9 @@ OnePackage::OnePackage(const fs::path& path)
 const CapsuleZip& OnePackage::Content()
 {
     if (!zip_) {
-        // Nothing of a package that a listing looks at is large; what is must not take the memory of every worker.
+        // Nothing of a package that a listing looks at is large; what is must not fill the disk.
         orvstorage::ZipLimits limits;
-        limits.maxItemSize = kMaxPreviewBytes;
+        limits.maxEntrySize = kMaxPreviewBytes;
         zip_.emplace(path_).GetArchive().SetLimits(limits);
     }
     return *zip_;

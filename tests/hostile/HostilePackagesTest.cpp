@@ -2,6 +2,9 @@
 // docs/package-format.md states. A new trick is a new row.
 #include "MeasuredRun.h"
 
+#include <orvcore/json/JSON.h>
+#include <orvstorage/ZipFile.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -90,6 +93,81 @@ std::string BlankPreviews()
     return bytes.Finish();
 }
 
+// Names lead through folders: a byte or two make one.
+std::string Folders(int entries, int depth)
+{
+    ZipBytes bytes;
+    for (int i = 0; i < entries; ++i) {
+        std::string name = std::to_string(i);
+        for (int level = 0; level < depth; ++level) {
+            name += "/d";
+        }
+        bytes.Add({.name = name});
+    }
+    return bytes.Finish();
+}
+
+std::string DeepFolders()
+{
+    return Folders(240, 1000);
+}
+
+std::string ManyFolders()
+{
+    return Folders(400, 63); // each level is allowed, their sum is not
+}
+
+// Each is reported, and none is written.
+std::string RefusedNames()
+{
+    ZipBytes bytes;
+    for (int i = 0; i < 9000; ++i) {
+        bytes.Add({.name = "../" + std::to_string(i)});
+    }
+    return bytes.Finish();
+}
+
+std::string Repeated(const std::string& text, std::size_t count)
+{
+    std::string all;
+    all.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+// As a package of nothing else: what repeats packs to little.
+std::string Definition(const std::string& text)
+{
+    const TempFolder folder;
+    folder.Write("in/definition.json", text);
+    EXPECT_TRUE(orvstorage::ZipFile(folder / "a.zelt").Zip(folder / "in", {}, nullptr));
+    return folder.Read("a.zelt");
+}
+
+std::string HugeDefinition()
+{
+    return Definition('[' + Repeated("0,", std::size_t{30} << 20) + "0]");
+}
+
+std::string ManyValues()
+{
+    return Definition(R"({"apiVersion":"2.2","x":[)" + Repeated("0,", orvcore::serialization::kMaxJSONSize / 2 - 40) +
+                      "0]}");
+}
+
+// As deep as readers go, in every member.
+std::string DeepDefinition()
+{
+    constexpr std::size_t kInner = orvcore::serialization::kMaxJSONDepth - 1;
+    std::string text = R"({"apiVersion":"2.2")";
+    for (int i = 0; i < 400; ++i) {
+        text += ",\"" + std::to_string(i) + "\":" + std::string(kInner, '[') + std::string(kInner, ']');
+    }
+    return Definition(text + '}');
+}
+
 struct Hostile {
     const char* name;
     std::string (*make)();
@@ -134,7 +212,13 @@ INSTANTIATE_TEST_SUITE_P(
                     Hostile{"HugeClaim", HugeClaim, "it is larger than allowed"},
                     Hostile{"SharedData", SharedData, "its data overlaps another entry's"},
                     Hostile{"ManyEntries", ManyEntries, "there is no definition.json in it"},
-                    Hostile{"BlankPreviews", BlankPreviews, "there is no definition.json in it"}),
+                    Hostile{"BlankPreviews", BlankPreviews, "there is no definition.json in it"},
+                    Hostile{"DeepFolders", DeepFolders, "it lies in more folders in one another than allowed"},
+                    Hostile{"ManyFolders", ManyFolders, "it has more entries or folders than allowed"},
+                    Hostile{"RefusedNames", RefusedNames, "its name leads out of the folder"},
+                    Hostile{"HugeDefinition", HugeDefinition, "it is larger than allowed"},
+                    Hostile{"ManyValues", ManyValues, "values"},
+                    Hostile{"DeepDefinition", DeepDefinition, "there is no poster"}),
     [](const auto& tested) { return std::string(tested.param.name); });
 
 } // namespace

@@ -220,6 +220,26 @@ TEST_F(CapsuleZipTest, PostersAndVideosFallBackToTheDefault)
     EXPECT_FALSE(zip.GetZELTMediaThumbnailPNG(orvcore::UTF8String(u8"logo.png\0x", 10), out));
 }
 
+TEST_F(CapsuleZipTest, APictureGoesOverTheFileThatIsThereOnceItIsKnownToBeGood)
+{
+    const std::string large = std::string(3 << 20, 'x') + "end"; // more than is held in memory
+    for (const std::string& content : {std::string("small"), large}) {
+        folder_.Write("out", content + content);
+        std::error_code noLinks;
+        fs::create_hard_link(folder_ / "out", folder_ / "link", noLinks);
+        const CapsuleZip bad(Package("bad.zelt", ZipBytes().Add({.name = "thumb.png", .data = content, .crc = 5})));
+        EXPECT_FALSE(bad.GetZELTThumbnailPNG(PathToUTF8(folder_ / "out")));
+        EXPECT_EQ(folder_.Read("out"), content + content);
+        const CapsuleZip good(Package("good.zelt", ZipBytes().Add({.name = "thumb.png", .data = content})));
+        EXPECT_TRUE(good.GetZELTThumbnailPNG(PathToUTF8(folder_ / "out")));
+        EXPECT_EQ(folder_.Read("out"), content);
+        EXPECT_TRUE(noLinks || folder_.Read("link") == content) << "another file took its place";
+        EXPECT_FALSE(good.GetZELTThumbnailPNG(PathToUTF8(folder_ / "no/out")));
+        EXPECT_EQ(NameOf(good.GetLastFailure().error), "WriteFailed");
+        fs::remove(folder_ / "link", noLinks);
+    }
+}
+
 TEST_F(CapsuleZipTest, ProjectsComeCorvidFirstAndLocalizedFirst)
 {
     orvcore::Application::SetLanguage("de_DE");

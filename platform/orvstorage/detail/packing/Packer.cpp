@@ -90,6 +90,8 @@ bool Close(ArchiveHandle archive, ByteProgress& progress, ZipFailure& failure)
 
 bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteProgress& progress, ZipFailure& failure)
 {
+    // Asked when all is written and nothing replaced: the last moment at which a caller can still cancel. Packing anew
+    // replaces whatever is there, so it does not matter what that is by now.
     const auto approve = [&] { return progress.Finish(); };
     const auto always = [] { return true; };
     ArchiveHandle archive = OpenForWriting(nullptr, {target.path, approve, always, target.version}, failure);
@@ -115,6 +117,7 @@ bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, s
 {
     const ZipProgress none;
     ByteProgress progress(none, nullptr, item.size);
+    // The new archive holds what the old one held: put over another, it would undo what somebody else stored there.
     Placing placing{target.path, {}, {}, target.version};
     placing.isUnchanged = [old, at = target.path] { return old ? old->IsStillAt(at) : !orvcore::Exists(at); };
     ArchiveHandle archive = OpenForWriting(std::move(old), std::move(placing), failure);

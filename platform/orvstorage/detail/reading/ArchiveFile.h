@@ -42,6 +42,9 @@ public:
     std::size_t Read(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const;
 
     /// @name What readers are shown
+    /// An end of a file can be read in several ways: bytes before the end record may look like a zip64 locator, bytes
+    /// of its comment like another end record. The zip library makes its own choice there. So our reader chooses first,
+    /// and the file's end is then replaced, in memory alone, by one that can be read in one way only.
     /// For the one thread that opens the archive.
     /// @{
     /// Takes all from `offset` on into the tail and lends it for changes, which readers see, until the next call of

@@ -2,7 +2,6 @@
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvstorage/detail/reading/Libzip.h>
-#include <orvstorage/detail/reading/ReadAhead.h>
 
 #include <cerrno>
 #include <optional>
@@ -13,15 +12,18 @@ namespace {
 
 // What the zip library reads from and writes to: our file layer, which knows long paths, shared files and the swap at
 // the end. One object a handle; the library frees it.
+//
+// The library sees one source that is both the old archive and the new: until it closes the handle it only reads; then
+// it sends BEGIN_WRITE, and writes the new archive while it still reads from the old one what it copies; COMMIT_WRITE
+// ends this, or ROLLBACK_WRITE. Nothing may be changed in the old file meanwhile, so what is written goes to a new one,
+// and the two have positions of their own.
 class Source {
 public:
     /// @param placing of what is written in the end; empty: the source is only read
     Source(std::shared_ptr<const ArchiveFile> file, std::optional<Placing> placing)
-        : placing_(std::move(placing))
+        : file_(std::move(file))
+        , placing_(std::move(placing))
     {
-        if (file) {
-            reader_.emplace(std::move(file));
-        }
         zip_error_init(&error_);
     }
     Source(const Source&) = delete;
@@ -42,7 +44,7 @@ private:
     zip_int64_t SeekWrite(void* data, zip_uint64_t length);
     zip_int64_t Commit();
 
-    std::optional<ReadAhead> reader_;
+    std::shared_ptr<const ArchiveFile> file_; // null: there is no archive yet
     std::optional<Placing> placing_;
     std::optional<orvcore::AtomicFile> writer_;
     std::uint64_t position_ = 0;
@@ -70,12 +72,12 @@ zip_int64_t Source::Stat(void* data, zip_uint64_t length)
     if (stat == nullptr) {
         return -1;
     }
-    if (!reader_) {
+    if (!file_) {
         zip_error_set(&error_, ZIP_ER_READ, ENOENT); // the library's way to learn that there is no archive yet
         return -1;
     }
     zip_stat_init(stat);
-    stat->size = reader_->File().Size();
+    stat->size = file_->Size();
     stat->valid = ZIP_STAT_SIZE;
     return sizeof(*stat);
 }
@@ -83,7 +85,7 @@ zip_int64_t Source::Stat(void* data, zip_uint64_t length)
 zip_int64_t Source::Read(void* data, zip_uint64_t length)
 {
     std::error_code error;
-    const std::size_t count = reader_->Read(position_, data, length, error);
+    const std::size_t count = file_->Read(position_, data, length, error);
     if (error) {
         return Fail(ZIP_ER_READ, error);
     }
@@ -116,11 +118,13 @@ zip_int64_t Source::Commit()
     if (placing_->approve && !placing_->approve()) {
         return Fail(ZIP_ER_CANCELLED, error);
     }
+    // Only this question, which is asked under the folder's lock, is safe from another program that changes the
+    // archive.
     bool isUnchanged = true;
     const auto isWanted = [&] {
         isUnchanged = placing_->isUnchanged();
-        placing_->isUnchanged = {}; // it and the reader may hold the old file, and
-        reader_.reset();            // some systems do not replace a file that is open
+        placing_->isUnchanged = {}; // it and this source may hold the old file, and
+        file_.reset();              // some systems do not replace a file that is open
         return isUnchanged;
     };
     if (!writer_->CommitIf(isWanted, orvcore::AtomicFile::Durability::OnDisk, placing_->placed, error)) {
@@ -145,8 +149,7 @@ zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t comma
     case ZIP_SOURCE_ERROR:
         return zip_error_to_data(&error_, data, length);
     case ZIP_SOURCE_SEEK: {
-        const zip_int64_t offset =
-            zip_source_seek_compute_offset(position_, reader_->File().Size(), data, length, &error_);
+        const zip_int64_t offset = zip_source_seek_compute_offset(position_, file_->Size(), data, length, &error_);
         position_ = offset < 0 ? position_ : static_cast<std::uint64_t>(offset);
         return offset < 0 ? -1 : 0;
     }

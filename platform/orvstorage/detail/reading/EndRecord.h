@@ -20,7 +20,9 @@ struct DirectoryExtent {
 /// Reads the records, which may be hostile. Those of zip64 count when they are there and agree with the plain one.
 DirectoryExtent LocateDirectory(const ArchiveFile& file, const ZipLimits& limits);
 
-/// The records for such a directory, in one form for all readers, to stand right behind it.
+/// The records for such a directory, to stand right behind it, where nothing before them and nothing in their comment
+/// leads a reader to another directory. The comment stays, for an archive that is changed keeps it. See
+/// ArchiveFile::ReplaceEnd.
 std::vector<unsigned char> MakeEnd(const DirectoryExtent& extent);
 
 } // namespace orvstorage::detail

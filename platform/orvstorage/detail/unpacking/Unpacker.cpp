@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kPiece = std::size_t{256} << 10;
+constexpr std::uint64_t kMostHeld = std::uint64_t{1} << 20;
 constexpr std::uint64_t kWorthThreads = std::uint64_t{4} << 20;
 constexpr std::size_t kMostThreads = 8; // more would only wait for the disk
 
@@ -179,6 +180,33 @@ private:
     std::size_t firstNumber_ = static_cast<std::size_t>(-1);
 };
 
+// Writes over a file that others may have open; `give` hands its content to a function, piece by piece.
+template <class Give>
+bool WriteOver(const fs::path& destination, ZipFailure& failure, const Give& give)
+{
+    using orvcore::detail::NativeFile;
+    std::error_code error;
+    NativeFile file = NativeFile::Open(destination, NativeFile::Mode::Truncate, error);
+    if (error) {
+        TranslateWriteError(error, failure);
+        return false;
+    }
+    std::uint64_t done = 0;
+    const bool given = give([&](const char* data, std::size_t size) {
+        done += size;
+        return file.WriteAt(done - size, data, size, error);
+    });
+    std::error_code closing;
+    const bool whole = file.Close(closing) && given;
+    if (error || closing) {
+        TranslateWriteError(error ? error : closing, failure);
+    }
+    if (!whole && orvcore::IsFile(destination)) {
+        orvcore::RemoveTree(destination);
+    }
+    return whole;
+}
+
 } // namespace
 
 bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure)
@@ -220,6 +248,25 @@ bool UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& 
         folders.Keep();
     }
     return whole;
+}
+
+bool UnpackOver(const ZipArchive& archive, std::size_t index, const fs::path& destination, ZipFailure& failure)
+{
+    const ArchiveEntry& entry = archive.Entries()[index];
+    // What fits is held after the check; anything larger is read again, for what the file holds now has no copy.
+    std::vector<char> piece(std::min<std::uint64_t>(kMostHeld, entry.shown.size + 1));
+    const auto skip = [](const char*, std::size_t) { return true; };
+    if (!StreamEntry(archive.Handle(), entry, index, piece, failure, skip)) {
+        return false;
+    }
+    if (entry.shown.size == 0) {
+        failure.error = ZipError::EntryMissing;
+        return false;
+    }
+    return WriteOver(destination, failure, [&](const auto& write) {
+        return entry.shown.size < piece.size() ? write(piece.data(), entry.shown.size)
+                                               : StreamEntry(archive.Handle(), entry, index, piece, failure, write);
+    });
 }
 
 bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& target, orvcore::IfExists ifExists,

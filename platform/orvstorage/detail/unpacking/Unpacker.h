@@ -11,6 +11,11 @@ namespace orvstorage::detail {
 bool UnpackToFile(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
                   ByteProgress& progress, ZipFailure& failure);
 
+/// Writes one entry over a file that others may have open. An entry of no bytes counts as missing; nothing is written
+/// before all of the entry has been checked.
+bool UnpackOver(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
+                ZipFailure& failure);
+
 /// Reads and checks one entry's content, keeping nothing of it.
 bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure);
 
