@@ -2,25 +2,10 @@
 #include <orvcore/text/Guid.h>
 #include <orvcore/text/Printable.h>
 #include <orvcore/text/Strings.h>
-#include <orvcore/text/shared/SameText.h>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-TEST(SameText, SeesADifferenceAtEveryPlaceOfEveryLength)
-{
-    for (std::size_t size = 0; size <= 25; ++size) {
-        const std::string text(size, 'k');
-        EXPECT_TRUE(orvcore::detail::SameText(text, std::string(size, 'k')));
-        EXPECT_FALSE(orvcore::detail::SameText(text, text + 'k'));
-        for (std::size_t at = 0; at < size; ++at) {
-            std::string other = text;
-            other[at] = 'x';
-            EXPECT_FALSE(orvcore::detail::SameText(text, other)) << size << " at " << at;
-        }
-    }
-}
 
 TEST(Strings, WellFormedTextSurvivesBothWays)
 {

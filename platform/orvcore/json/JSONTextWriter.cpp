@@ -6,6 +6,8 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
+#include <utility>
 
 namespace orvcore::serialization {
 
@@ -102,25 +104,20 @@ JSONTextWriter::~JSONTextWriter() = default;
 
 UTF8String JSONTextWriter::Take()
 {
-    UTF8String result(buffer_.get(), size_);
-    size_ = 0;
+    text_.resize(std::exchange(size_, 0));
     needComma_ = false;
-    return result;
+    return std::exchange(text_, {});
 }
 
 void JSONTextWriter::Grow(std::size_t bytes)
 {
     constexpr std::size_t kFirst = 4096;
-    const std::size_t capacity = std::max({kFirst, capacity_ * 2, size_ + bytes});
-    auto buffer = std::make_unique_for_overwrite<char8_t[]>(capacity);
-    std::copy_n(buffer_.get(), size_, buffer.get());
-    buffer_ = std::move(buffer);
-    capacity_ = capacity;
+    text_.resize(std::max({kFirst, text_.size() * 2, size_ + bytes}));
 }
 
 void JSONTextWriter::Put(std::string_view bytes)
 {
-    std::copy_n(bytes.data(), bytes.size(), Reserve(bytes.size()));
+    std::memcpy(Reserve(bytes.size()), bytes.data(), bytes.size());
     size_ += bytes.size();
 }
 
@@ -129,21 +126,6 @@ void JSONTextWriter::NewLine()
     Put(u8'\n');
     std::fill_n(Reserve(depth_ * 2), depth_ * 2, u8' ');
     size_ += depth_ * 2;
-}
-
-void JSONTextWriter::BeforeValue()
-{
-    if (afterKey_) {
-        afterKey_ = false;
-    } else {
-        if (needComma_) {
-            Put(u8',');
-        }
-        if (formatted_ && depth_ > 0) {
-            NewLine();
-        }
-    }
-    needComma_ = true;
 }
 
 void JSONTextWriter::Begin(char8_t bracket)
@@ -191,10 +173,10 @@ void JSONTextWriter::Key(std::string_view key)
 void JSONTextWriter::PlainKey(std::string_view key)
 {
     BeforeValue();
-    char8_t* to = Reserve(key.size() + 2);
-    *to++ = u8'"';
-    to = std::copy(key.begin(), key.end(), to);
-    *to = u8'"';
+    char8_t* const to = Reserve(key.size() + 2);
+    to[0] = u8'"';
+    std::memcpy(to + 1, key.data(), key.size());
+    to[key.size() + 1] = u8'"';
     size_ += key.size() + 2;
     AfterKey(key);
 }
@@ -249,7 +231,7 @@ void JSONTextWriter::Double(double value)
     BeforeValue();
     const std::size_t before = size_;
     PutNumber(value);
-    const std::u8string_view digits(buffer_.get() + before, size_ - before);
+    const std::u8string_view digits(text_.data() + before, size_ - before);
     if (digits.find_first_of(u8".e") == std::u8string_view::npos) {
         Put(".0");
     }
@@ -317,7 +299,7 @@ std::unique_ptr<JSONSink> JSONTextWriter::NewPart() const
 void JSONTextWriter::AddPart(JSONSink& part)
 {
     const auto& written = dynamic_cast<const JSONTextWriter&>(part);
-    const std::string_view array = AsNarrow({written.buffer_.get(), written.size_});
+    const std::string_view array = AsNarrow({written.text_.data(), written.size_});
     if (array.size() > 2) {
         BeforeValue();
         Put(array.substr(1, array.size() - 2));

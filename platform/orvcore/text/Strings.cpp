@@ -1,5 +1,7 @@
 #include <orvcore/text/Strings.h>
 
+#include <simdjson.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -14,7 +16,6 @@ constexpr char32_t kReplacement = 0xFFFD;
 struct Decoded {
     char32_t codePoint;
     std::size_t length; // bytes consumed, at least 1
-    bool wellFormed;
 };
 
 // One code point of UTF-8 at `at`. An ill-formed sequence consumes its longest valid beginning, so that one
@@ -23,7 +24,7 @@ Decoded DecodeUTF8(const unsigned char* at, std::size_t available) noexcept
 {
     const unsigned char lead = at[0];
     if (lead < 0x80) {
-        return {lead, 1, true};
+        return {lead, 1};
     }
     std::size_t length = 0;
     unsigned char lowest = 0x80;
@@ -43,17 +44,17 @@ Decoded DecodeUTF8(const unsigned char* at, std::size_t available) noexcept
         lowest = lead == 0xF0 ? 0x90 : 0x80;
         highest = lead == 0xF4 ? 0x8F : 0xBF;
     } else {
-        return {kReplacement, 1, false};
+        return {kReplacement, 1};
     }
     for (std::size_t i = 1; i < length; ++i) {
         if (i >= available || at[i] < lowest || at[i] > highest) {
-            return {kReplacement, i, false};
+            return {kReplacement, i};
         }
         value = (value << 6U) | (at[i] & 0x3FU);
         lowest = 0x80;
         highest = 0xBF;
     }
-    return {value, length, true};
+    return {value, length};
 }
 
 // The number of leading bytes below 0x80, found eight at a time.
@@ -209,19 +210,7 @@ std::string ToNarrow(std::u16string_view text)
 
 bool IsWellFormedUTF8(std::string_view text) noexcept
 {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
-    std::size_t i = 0;
-    while (i < text.size()) {
-        i += AsciiPrefix(bytes + i, text.size() - i);
-        while (i < text.size() && bytes[i] >= 0x80) {
-            const Decoded decoded = DecodeUTF8(bytes + i, text.size() - i);
-            if (!decoded.wellFormed) {
-                return false;
-            }
-            i += decoded.length;
-        }
-    }
-    return true;
+    return simdjson::validate_utf8(text);
 }
 
 } // namespace orvcore

@@ -4,58 +4,14 @@
 
 #include <simdjson.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <memory>
-#include <vector>
+#include <memory_resource>
+#include <type_traits>
 
 namespace orvcore::serialization {
 
-// Node blocks that never move, so that nodes can point at each other. What is allocated holds what an earlier document
-// left there.
-class NodeArena {
-public:
-    JSONNode* Allocate(std::size_t count)
-    {
-        while (current_ < blocks_.size() && blocks_[current_].size - used_ < count) {
-            ++current_;
-            used_ = 0;
-        }
-        if (current_ == blocks_.size()) {
-            const std::size_t size = std::max(count, nextBlock_);
-            nextBlock_ = std::min<std::size_t>(nextBlock_ * 2, 1U << 16U);
-            blocks_.push_back({std::make_unique_for_overwrite<JSONNode[]>(size), size});
-        }
-        JSONNode* result = blocks_[current_].nodes.get() + used_;
-        used_ += count;
-        return result;
-    }
-    // How many nodes there is room for.
-    std::size_t Size() const
-    {
-        std::size_t size = 0;
-        for (const Block& block : blocks_) {
-            size += block.size;
-        }
-        return size;
-    }
-    // Forgets all nodes and keeps their memory.
-    void Reset()
-    {
-        current_ = 0;
-        used_ = 0;
-    }
-
-private:
-    struct Block {
-        std::unique_ptr<JSONNode[]> nodes;
-        std::size_t size;
-    };
-    std::vector<Block> blocks_;
-    std::size_t current_ = 0;
-    std::size_t used_ = 0;
-    std::size_t nextBlock_ = 256;
-};
+// Where the nodes of a document lie. They never move, so that they can point at each other, and need no destruction.
+using NodeArena = std::pmr::monotonic_buffer_resource;
 
 // Writes each node once and whole: with its key, its kind and its value.
 class JSONDocumentBuilder {
@@ -86,7 +42,8 @@ private:
     }
     JSONNode* SetContainer(JSONNode& node, std::string_view key, JSONKind kind, std::size_t count)
     {
-        JSONNode* children = arena_.Allocate(count);
+        static_assert(std::is_trivially_destructible_v<JSONNode> && std::is_trivially_copyable_v<JSONNode>);
+        JSONNode* children = std::pmr::polymorphic_allocator<JSONNode>(&arena_).allocate(count);
         Set(node, key, kind, {.children = children}, count);
         return children;
     }

@@ -2,12 +2,8 @@
 
 #include <orvcore/json/detail/JSONDocumentBuilder.h>
 #include <orvcore/json/detail/JSONText.h>
-#include <orvcore/tasks/shared/NoDestructor.h>
 
-#include <array>
-#include <mutex>
 #include <new>
-#include <vector>
 
 namespace orvcore::serialization {
 
@@ -21,78 +17,20 @@ namespace {
 } // namespace
 
 struct JSONDocument::Storage {
-    simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
+    simdjson::dom::document parsed; // the texts of the nodes
     NodeArena arena;
     JSONNode root;
-    std::vector<char> padded;
 
     simdjson::error_code Parse(std::string_view text)
     {
+        simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
         // simdjson counts the document itself as one level.
-        if (parser.capacity() < text.size() || parser.max_depth() != kMaxJSONDepth + 1) {
-            if (const auto error = parser.allocate(text.size(), kMaxJSONDepth + 1); error != simdjson::SUCCESS) {
-                return error;
-            }
+        if (const auto error = parser.allocate(text.size(), kMaxJSONDepth + 1); error != simdjson::SUCCESS) {
+            return error;
         }
-        // The parser reads a little past the end of its text.
-        padded.resize(std::max(padded.size(), text.size() + simdjson::SIMDJSON_PADDING));
-        std::copy(text.begin(), text.end(), padded.begin());
-        return parser.parse(padded.data(), text.size(), false).error();
+        return parser.parse_into_document(parsed, text.data(), text.size()).error();
     }
-
-    static std::unique_ptr<Storage> Obtain();
-    static void Recycle(std::unique_ptr<Storage> storage) noexcept;
-
-private:
-    struct Spares;
-    static Spares& TheSpares();
 };
-
-// A listing reads one definition after the other. A few used storages are kept for the next documents: giving their
-// large buffers back and taking them anew costs as much as the parsing.
-struct JSONDocument::Storage::Spares {
-    static constexpr std::size_t kMost = 4;
-    static constexpr std::size_t kLargestText = 1U << 20U; // bytes
-    static constexpr std::size_t kMostNodes = 1U << 17U;
-    std::mutex mutex;
-    std::array<std::unique_ptr<Storage>, kMost> storages;
-};
-
-JSONDocument::Storage::Spares& JSONDocument::Storage::TheSpares()
-{
-    static NoDestructor<Spares> spares; // a document may outlive every static object
-    return *spares;
-}
-
-std::unique_ptr<JSONDocument::Storage> JSONDocument::Storage::Obtain()
-{
-    Spares& spares = TheSpares();
-    {
-        const std::lock_guard lock(spares.mutex);
-        for (std::unique_ptr<Storage>& spare : spares.storages) {
-            if (spare) {
-                return std::move(spare);
-            }
-        }
-    }
-    return std::make_unique<Storage>();
-}
-
-void JSONDocument::Storage::Recycle(std::unique_ptr<Storage> storage) noexcept
-{
-    if (!storage || storage->padded.size() > Spares::kLargestText || storage->arena.Size() > Spares::kMostNodes) {
-        return;
-    }
-    storage->arena.Reset();
-    Spares& spares = TheSpares();
-    const std::lock_guard lock(spares.mutex);
-    for (std::unique_ptr<Storage>& spare : spares.storages) {
-        if (!spare) {
-            spare = std::move(storage);
-            return;
-        }
-    }
-}
 
 JSONDocument::JSONDocument(std::unique_ptr<Storage> storage) noexcept
     : storage_(std::move(storage))
@@ -100,10 +38,7 @@ JSONDocument::JSONDocument(std::unique_ptr<Storage> storage) noexcept
 }
 JSONDocument::JSONDocument(JSONDocument&&) noexcept = default;
 JSONDocument& JSONDocument::operator=(JSONDocument&&) noexcept = default;
-JSONDocument::~JSONDocument()
-{
-    Storage::Recycle(std::move(storage_));
-}
+JSONDocument::~JSONDocument() = default;
 
 const char* JSONDocument::BeyondLimits(std::string_view json) noexcept
 {
@@ -128,7 +63,7 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
     if (const char* reason = BeyondLimits(json)) {
         throw json_parse_exception(reason);
     }
-    auto storage = Storage::Obtain();
+    auto storage = std::make_unique<Storage>();
     simdjson::error_code error = storage->Parse(json);
     if (error != simdjson::SUCCESS) {
         // Integers beyond 64 bits make the parser give up; as doubles they are numbers like others.
@@ -142,13 +77,13 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
     if (error != simdjson::SUCCESS) {
         throw json_parse_exception(simdjson::error_message(error));
     }
-    JSONDocumentBuilder(storage->arena).Fill(storage->root, storage->parser.doc);
+    JSONDocumentBuilder(storage->arena).Fill(storage->root, storage->parsed);
     return JSONDocument(std::move(storage));
 }
 
 JSONDocument JSONDocument::FromTree(const Variant& tree)
 {
-    auto storage = Storage::Obtain();
+    auto storage = std::make_unique<Storage>();
     JSONDocumentBuilder(storage->arena).Fill(storage->root, {}, tree, 0);
     return JSONDocument(std::move(storage));
 }

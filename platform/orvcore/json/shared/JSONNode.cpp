@@ -1,7 +1,5 @@
 #include <orvcore/json/shared/JSONDocument.h>
 
-#include <orvcore/text/shared/SameText.h>
-
 #include <cmath>
 #include <limits>
 
@@ -22,7 +20,7 @@ const JSONNode* JSONNode::Find(std::string_view key) const noexcept
     }
     for (const JSONNode* child = value_.children + size_; child != value_.children;) {
         --child;
-        if (orvcore::detail::SameText(child->Key(), key)) {
+        if (child->Key() == key) {
             return child;
         }
     }

@@ -3,7 +3,6 @@
 #include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/json/shared/JSONCodec.h>
 #include <orvcore/json/shared/JSONTreeBuilder.h>
-#include <orvcore/text/shared/SameText.h>
 
 #include <array>
 #include <functional>
@@ -141,11 +140,11 @@ struct KeyOrder {
     std::size_t Find(std::string_view key, std::size_t last) const
     {
         const std::size_t nextPlace = last < N ? places[last] + 1 : 0;
-        if (nextPlace < N && orvcore::detail::SameText(keys[nextPlace], key)) {
+        if (nextPlace < N && keys[nextPlace] == key) {
             return rows[nextPlace];
         }
         const std::size_t nextRow = last < N ? last + 1 : 0;
-        if (nextRow < N && orvcore::detail::SameText(tableKeys[nextRow], key)) {
+        if (nextRow < N && tableKeys[nextRow] == key) {
             return nextRow;
         }
         const auto at = std::lower_bound(keys.begin(), keys.end(), key);
