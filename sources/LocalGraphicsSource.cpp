@@ -129,8 +129,8 @@ std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
 UTF8String LocalGraphicsSource::GetThumbnailPath(const boost::shared_ptr<CapsuleEntry>& entry,
                                                  const boost::shared_ptr<CheckCancel>& cancel) const
 {
-    const detail::PackageEntries maker(GetSourceID(),
-                                       [&] { return (cancel && cancel->GetAbort()) || orvcore::IsTerminating(); });
+    const detail::LocalEntryMaker maker(GetSourceID(),
+                                        [&] { return (cancel && cancel->GetAbort()) || orvcore::IsTerminating(); });
     return entry ? maker.GetThumbnailPath(*entry) : UTF8String();
 }
 

@@ -97,8 +97,8 @@ struct FolderListing::Work {
     }
 
     const FoundPackages found;
-    const EntryStore known;
-    std::vector<PackageState> states;
+    const ListingNotes known;
+    std::vector<NotedFile> states;
     Entries entries;
 };
 

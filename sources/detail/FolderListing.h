@@ -2,7 +2,7 @@
 
 #include <sources/CheckCancel.h>
 #include <sources/detail/FolderWalk.h>
-#include <sources/detail/PackageEntries.h>
+#include <sources/detail/LocalEntryMaker.h>
 
 #include <atomic>
 #include <vector>
@@ -49,7 +49,7 @@ private:
     const std::string sourceID_;
     boost::shared_ptr<CheckCancel> cancel_;
     std::shared_ptr<orvappsupport::ProgressItem> item_;
-    PackageEntries maker_;
+    LocalEntryMaker maker_;
     std::vector<FolderFailure> failures_;
     std::atomic<bool> cancelled_ = false;
 };

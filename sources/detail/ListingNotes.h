@@ -1,8 +1,7 @@
 #pragma once
 
 #include <sources/CapsuleEntry.h>
-
-#include <orvcore/files/FileSystem.h>
+#include <sources/detail/NotedFile.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -15,33 +14,23 @@
 
 namespace orvcapsule::detail {
 
-/// What a listing found out about one package, beside its entry.
-struct PackageState {
-    orvcore::FileInfo facts;
-    bool hasStill = false;
-    bool hasVideo = false;
-    /// The package was read in good order and nothing of it is left to be tried again.
-    bool isKnown = false;
-};
-
 /// What the last listing of a folder read in its packages, kept in a file of the local working folder, so that the next
 /// one reads only what is new or changed. It is a cache: missing, damaged, of another version or language, or changed
 /// by another process, it costs time and nothing else.
 ///
 /// Recall may be called from several threads at once.
-class EntryStore {
+class ListingNotes {
 public:
     /// Reads what is known of the packages found under `top`, in the application language of now.
     /// @param stop asked now and then; true ends the reading, and a Save before it changes anything
-    EntryStore(const std::string& sourceID, const std::filesystem::path& top, std::function<bool()> stop);
+    ListingNotes(const std::string& sourceID, const std::filesystem::path& top, std::function<bool()> stop);
 
     /// Fills what the definition of the package at `entry.path` says of it, when the package is as it was.
-    bool Recall(CapsuleEntry& entry, PackageState& state) const;
+    bool Recall(CapsuleEntry& entry, NotedFile& state) const;
 
     /// Keeps what is known now. Empty entries are passed over; a package that has changed only just now is, too,
     /// because another change might bear the same time.
-    void Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
-              const std::vector<PackageState>& states) const;
+    void Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries, const std::vector<NotedFile>& states) const;
 
 private:
     std::string sourceID_;
@@ -49,8 +38,8 @@ private:
     std::filesystem::path file_;
     std::function<bool()> stop_;
     std::string content_;
-    std::unordered_map<std::u8string_view, std::string_view> records_; ///< into `content_`, by path
-    orvcore::FileTime settled_;                                        ///< packages changed before this can be trusted
+    std::unordered_map<std::u8string_view, std::string_view> notes_; ///< into `content_`, by path
+    orvcore::FileTime settled_;                                      ///< packages changed before this can be trusted
     bool isUsed_ = true;
     mutable std::atomic<std::size_t> recalled_ = 0;
 };

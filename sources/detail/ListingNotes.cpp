@@ -1,8 +1,8 @@
-#include <sources/detail/EntryStore.h>
+#include <sources/detail/ListingNotes.h>
 
 #include <capsule/Capsule.h>
 #include <package/Workspace.h>
-#include <sources/detail/EntryRecord.h>
+#include <sources/detail/NoteFormat.h>
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
@@ -37,7 +37,7 @@ fs::path FileFor(const std::string& sourceID, const fs::path& top)
         .Add(orvcore::Application::GetLanguage())
         .Add(orvcore::PathToUTF8(top));
     const fs::path folder = orvcore::PathFromUTF8(GetTempLocalDirectory());
-    return folder.empty() ? fs::path() : folder / (mixer.GetResult().ToString() + ".entries");
+    return folder.empty() ? fs::path() : folder / (mixer.GetResult().ToString() + ".notes");
 }
 
 std::string ChecksumOf(std::string_view bytes)
@@ -48,7 +48,7 @@ std::string ChecksumOf(std::string_view bytes)
 
 } // namespace
 
-EntryStore::EntryStore(const std::string& sourceID, const fs::path& top, std::function<bool()> stop)
+ListingNotes::ListingNotes(const std::string& sourceID, const fs::path& top, std::function<bool()> stop)
     : sourceID_(sourceID)
     , top_(top)
     , file_(FileFor(sourceID, top))
@@ -69,16 +69,16 @@ EntryStore::EntryStore(const std::string& sourceID, const fs::path& top, std::fu
     }
     std::u8string_view path;
     std::string_view rest;
-    while (!bytes.empty() && !stop_() && TakeRecord(bytes, path, rest)) {
-        records_.emplace(path, rest);
+    while (!bytes.empty() && !stop_() && TakeNote(bytes, path, rest)) {
+        notes_.emplace(path, rest);
     }
 }
 
-bool EntryStore::Recall(CapsuleEntry& entry, PackageState& state) const
+bool ListingNotes::Recall(CapsuleEntry& entry, NotedFile& state) const
 {
-    const auto found = records_.find(entry.path);
-    PackageState stored;
-    if (found == records_.end()) {
+    const auto found = notes_.find(entry.path);
+    NotedFile stored;
+    if (found == notes_.end()) {
         return false;
     }
     std::string_view fields = found->second;
@@ -97,21 +97,21 @@ bool EntryStore::Recall(CapsuleEntry& entry, PackageState& state) const
     return true;
 }
 
-void EntryStore::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
-                      const std::vector<PackageState>& states) const
+void ListingNotes::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
+                        const std::vector<NotedFile>& states) const
 {
     const auto known = static_cast<std::size_t>(
-        std::count_if(states.begin(), states.end(), [](const PackageState& state) { return state.isKnown; }));
-    const bool nothingNew = recalled_ == known && recalled_ == records_.size();
+        std::count_if(states.begin(), states.end(), [](const NotedFile& state) { return state.isKnown; }));
+    const bool nothingNew = recalled_ == known && recalled_ == notes_.size();
     // A language that changed meanwhile leaves names of both.
     if (!isUsed_ || nothingNew || file_ != FileFor(sourceID_, top_)) {
         return;
     }
     std::string bytes;
     for (std::size_t i = 0; i < entries.size() && !stop_(); ++i) {
-        const PackageState& state = states[i];
+        const NotedFile& state = states[i];
         if (state.isKnown && state.facts.modified < settled_ && state.facts.replaced < settled_) {
-            AppendRecord(bytes, *entries[i], state);
+            AppendNote(bytes, *entries[i], state);
         }
     }
     const std::string checksum = ChecksumOf(bytes);
