@@ -34,7 +34,7 @@ struct Notes {
 
 detail::ListingNotes ListedNotes()
 {
-    return {"fuzz", std::filesystem::path("fuzz"), [] { return false; }};
+    return {"fuzz", u8"fuzz", [] { return false; }};
 }
 
 Notes MakeNotes()

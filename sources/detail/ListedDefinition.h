@@ -3,14 +3,23 @@
 #include <package/CapsuleZip.h>
 #include <sources/CapsuleEntry.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <functional>
 
 namespace orvcapsule::detail {
 
-/// Fills an entry from its package's definition. Definitions are read by several workers at once; together they take no
-/// more memory than one large definition, so a large one waits for the others and they for it.
-/// @param stop  asked after such a wait; true gives up
+/// @name The definition of a template that is listed
+/// Definitions are read by several workers at once; together they take no more memory than one large definition, so a
+/// large one waits for the others and they for it. Afterwards `stop` is asked; true gives up.
 /// @return false, with the entry as it was, when there is no definition that can be read
+/// @{
+
+/// Fills an entry from its package's definition.
 bool FillFromDefinition(CapsuleEntry& entry, const CapsuleZip& package, const std::function<bool()>& stop);
+/// Fills an entry from a definition document that is a file of `size` bytes; one that has grown since cannot be read.
+bool FillFromDefinitionFile(CapsuleEntry& entry, const std::filesystem::path& file, std::uint64_t size,
+                            const std::function<bool()>& stop);
+/// @}
 
 } // namespace orvcapsule::detail

@@ -27,7 +27,7 @@ constexpr std::int64_t kSettleMilliseconds = 2000;
 constexpr std::size_t kChecksumSize = 16;
 constexpr std::uint64_t kLargestFile = std::uint64_t{512} << 20;
 
-fs::path FileFor(const std::string& sourceID, const fs::path& top)
+fs::path FileFor(const std::string& sourceID, const orvcore::UTF8String& place)
 {
     orvcore::HashMixer mixer;
     mixer.Add("entries")
@@ -35,7 +35,7 @@ fs::path FileFor(const std::string& sourceID, const fs::path& top)
         .Add(Capsule::GetCurrentAPIVersion()) // a newer reader reads what an older one refused
         .Add(sourceID)
         .Add(orvcore::Application::GetLanguage())
-        .Add(orvcore::PathToUTF8(top));
+        .Add(place);
     const fs::path folder = orvcore::PathFromUTF8(GetTempLocalDirectory());
     return folder.empty() ? fs::path() : folder / (mixer.GetResult().ToString() + ".notes");
 }
@@ -48,10 +48,10 @@ std::string ChecksumOf(std::string_view bytes)
 
 } // namespace
 
-ListingNotes::ListingNotes(const std::string& sourceID, const fs::path& top, std::function<bool()> stop)
+ListingNotes::ListingNotes(const std::string& sourceID, const orvcore::UTF8String& place, std::function<bool()> stop)
     : sourceID_(sourceID)
-    , top_(top)
-    , file_(FileFor(sourceID, top))
+    , place_(place)
+    , file_(FileFor(sourceID, place))
     , stop_(std::move(stop))
 {
     const std::int64_t settle = orvcore::DebugSettings::GetInt("ORV.entrysettletime", kSettleMilliseconds);
@@ -67,22 +67,21 @@ ListingNotes::ListingNotes(const std::string& sourceID, const fs::path& top, std
     if (bytes.empty() || checksum != ChecksumOf(bytes)) {
         return;
     }
-    std::u8string_view path;
+    std::u8string_view subject;
     std::string_view rest;
-    while (!bytes.empty() && !stop_() && TakeNote(bytes, path, rest)) {
-        notes_.emplace(path, rest);
+    while (!bytes.empty() && !stop_() && TakeNote(bytes, subject, rest)) {
+        notes_.emplace(subject, rest);
     }
 }
 
 bool ListingNotes::Recall(CapsuleEntry& entry, NotedFile& state) const
 {
-    const auto found = notes_.find(entry.path);
-    NotedFile stored;
+    const auto found = notes_.find(state.SubjectFor(entry));
     if (found == notes_.end()) {
         return false;
     }
     std::string_view fields = found->second;
-    stored.facts.kind = orvcore::FileKind::File; // nothing else is kept
+    NotedFile stored = state; // nothing but files is noted
     if (!TakeState(fields, stored) || stored.facts != state.facts) {
         return false;
     }
@@ -104,7 +103,7 @@ void ListingNotes::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entr
         std::count_if(states.begin(), states.end(), [](const NotedFile& state) { return state.isKnown; }));
     const bool nothingNew = recalled_ == known && recalled_ == notes_.size();
     // A language that changed meanwhile leaves names of both.
-    if (!isUsed_ || nothingNew || file_ != FileFor(sourceID_, top_)) {
+    if (!isUsed_ || nothingNew || file_ != FileFor(sourceID_, place_)) {
         return;
     }
     std::string bytes;
@@ -119,6 +118,7 @@ void ListingNotes::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entr
         return;
     }
     std::error_code error; // a listing without this file is a slower one
+    orvcore::MakeDirectories(file_.parent_path(), error);
     orvcore::AtomicFile file(file_);
     if (file.Write(checksum.data(), checksum.size(), error) && file.Write(bytes.data(), bytes.size(), error)) {
         static_cast<void>(file.Commit(orvcore::AtomicFile::Durability::Cached, error));

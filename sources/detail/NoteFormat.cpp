@@ -160,16 +160,17 @@ void AppendNote(std::string& bytes, const CapsuleEntry& entry, const NotedFile& 
     WalkState(note, state);
     WalkFields(note, entry);
     Writer writer(bytes);
-    writer(static_cast<std::uint32_t>(entry.path.size()));
-    bytes += orvcore::AsNarrow(entry.path);
+    const orvcore::UTF8String& subject = state.SubjectFor(entry);
+    writer(static_cast<std::uint32_t>(subject.size()));
+    bytes += orvcore::AsNarrow(subject);
     writer(static_cast<std::uint32_t>(rest.size()));
     bytes += rest;
 }
 
-bool TakeNote(std::string_view& bytes, std::u8string_view& path, std::string_view& rest)
+bool TakeNote(std::string_view& bytes, std::u8string_view& subject, std::string_view& rest)
 {
     Reader reader(bytes);
-    path = orvcore::AsUTF8(reader.Take(reader.TakeCount(1)));
+    subject = orvcore::AsUTF8(reader.Take(reader.TakeCount(1)));
     rest = reader.Take(reader.TakeCount(1));
     bytes = reader.Left();
     return !reader.HasFailed();
