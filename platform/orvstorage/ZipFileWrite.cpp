@@ -1,9 +1,9 @@
 #include <orvcore/files/AtomicFile.h>
 #include <orvstorage/detail/ZipState.h>
-#include <orvstorage/detail/names/EntryName.h>
 #include <orvstorage/detail/names/NameRegister.h>
 #include <orvstorage/detail/packing/Packer.h>
 #include <orvstorage/detail/unpacking/Unpacker.h>
+#include <orvstorage/shared/EntryName.h>
 
 namespace orvstorage {
 

@@ -1,4 +1,4 @@
-#include <orvstorage/detail/names/EntryName.h>
+#include <orvstorage/shared/EntryName.h>
 
 #include <gtest/gtest.h>
 

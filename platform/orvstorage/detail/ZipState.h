@@ -1,8 +1,8 @@
 #pragma once
 
 #include <orvstorage/ZipFile.h>
-#include <orvstorage/detail/names/EntryName.h>
 #include <orvstorage/detail/reading/EntryReader.h>
+#include <orvstorage/shared/EntryName.h>
 
 #include <exception>
 #include <new>

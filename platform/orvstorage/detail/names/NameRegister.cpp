@@ -1,6 +1,6 @@
 #include <orvstorage/detail/names/NameRegister.h>
 
-#include <orvstorage/detail/names/EntryName.h>
+#include <orvstorage/shared/EntryName.h>
 
 #include <algorithm>
 

@@ -2,8 +2,8 @@
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
-#include <orvstorage/detail/names/EntryName.h>
 #include <orvstorage/detail/names/NameRegister.h>
+#include <orvstorage/shared/EntryName.h>
 
 #include <algorithm>
 

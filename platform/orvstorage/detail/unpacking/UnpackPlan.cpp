@@ -1,8 +1,8 @@
 #include <orvstorage/detail/unpacking/UnpackPlan.h>
 
-#include <orvstorage/detail/names/EntryName.h>
 #include <orvstorage/detail/names/NameRegister.h>
 #include <orvstorage/detail/reading/EntryReader.h>
+#include <orvstorage/shared/EntryName.h>
 
 #include <unordered_map>
 

@@ -1,0 +1,48 @@
+#include <lumolibmanager/LumoLibManager.h>
+
+#include <lumolibmanager/FolderLibManager.h>
+
+#include <mutex>
+
+namespace lumolibmanager {
+
+namespace {
+
+struct Installed {
+    std::mutex mutex;
+    std::shared_ptr<LumoLibManager> manager;
+};
+
+Installed& TheInstalled()
+{
+    static Installed& installed = *new Installed; // never destroyed: a worker may list while the process exits
+    return installed;
+}
+
+} // namespace
+
+LumoLibManager::~LumoLibManager() = default;
+
+std::vector<LeftOut> LumoLibManager::GetLeftOut()
+{
+    return {};
+}
+
+void SetLumoLibManager(std::shared_ptr<LumoLibManager> manager)
+{
+    Installed& installed = TheInstalled();
+    const std::lock_guard lock(installed.mutex);
+    installed.manager.swap(manager); // the old one ends after the lock
+}
+
+std::shared_ptr<LumoLibManager> GetLumoLibManager()
+{
+    Installed& installed = TheInstalled();
+    const std::lock_guard lock(installed.mutex);
+    if (!installed.manager) {
+        installed.manager = std::make_shared<FolderLibManager>();
+    }
+    return installed.manager;
+}
+
+} // namespace lumolibmanager

@@ -1,0 +1,131 @@
+#include <lumolibmanager/detail/LibraryFiles.h>
+
+#include <lumolibmanager/FolderLibManager.h>
+
+#include <orvcore/files/FileSystem.h>
+#include <orvcore/tasks/ParallelFor.h>
+#include <orvcore/text/Printable.h>
+
+namespace lumolibmanager::detail {
+
+namespace {
+
+namespace fs = std::filesystem;
+using orvcore::FileKind;
+
+static_assert(kMaxFiles <= 32, "LibraryFiles::present has a bit for each file");
+
+constexpr std::size_t kElementsAPiece = 64;
+
+// What lies at paths below a folder. No link is followed on the way: `Link` is the answer for all that lies behind one.
+class Look {
+public:
+    explicit Look(const fs::path& folder)
+        : folder_(folder)
+    {
+    }
+
+    FileKind At(std::string_view relative)
+    {
+        const std::size_t slash = relative.rfind('/');
+        if (slash != relative.npos) {
+            const FileKind kind = FolderAt(relative.substr(0, slash));
+            if (kind != FileKind::Directory) {
+                return kind == FileKind::File ? FileKind::Nothing : kind;
+            }
+        }
+        return KindOf(relative);
+    }
+
+private:
+    FileKind KindOf(std::string_view relative) const
+    {
+        std::error_code error;
+        const FileKind kind =
+            orvcore::InspectPath(folder_ / orvcore::PathFromUTF8(orvcore::AsUTF8(relative)), error).kind;
+        return error ? FileKind::Nothing : kind;
+    }
+
+    // Elements beside each other as a rule have their files in one folder.
+    FileKind FolderAt(std::string_view relative)
+    {
+        if (relative != last_) {
+            last_ = relative;
+            kind_ = FileKind::Directory;
+            for (std::size_t end = 0; end != relative.npos && kind_ == FileKind::Directory;) {
+                end = relative.find('/', end + 1);
+                kind_ = KindOf(relative.substr(0, end));
+            }
+        }
+        return kind_;
+    }
+
+    const fs::path& folder_;
+    std::string last_;
+    FileKind kind_ = FileKind::Nothing;
+};
+
+std::string Sentence(const ManifestFile& file, FileKind kind)
+{
+    const std::string which = "the " + file.role + " file \"" + file.path + '"';
+    switch (kind) {
+    case FileKind::Link:
+        return which + " is a link or lies behind one, which could lead out of the library";
+    case FileKind::Nothing:
+        return which + " is not there yet";
+    case FileKind::File:
+    case FileKind::Directory:
+    case FileKind::Other:
+        break;
+    }
+    return which + " is no file";
+}
+
+struct ElementFiles {
+    std::uint32_t present = 0;
+    std::vector<Refusal> refused;
+};
+
+ElementFiles LookAtElement(Look& look, const ManifestElement& element)
+{
+    ElementFiles result;
+    for (std::size_t i = 0; i < element.files.size(); ++i) {
+        const ManifestFile& file = element.files[i];
+        const FileKind kind = look.At(file.path);
+        if (kind == FileKind::File) {
+            result.present |= 1U << i;
+            continue;
+        }
+        const bool wholeElement = i == 0 || kind == FileKind::Link;
+        std::string reason = orvcore::Printable(Sentence(file, kind));
+        if (wholeElement) {
+            return {0, {{element.id, {}, std::move(reason)}}};
+        }
+        result.refused.push_back({element.id, file.role, std::move(reason)});
+    }
+    return result;
+}
+
+} // namespace
+
+LibraryFiles LookAtFiles(const fs::path& folder, const Manifest& manifest)
+{
+    std::vector<ElementFiles> elements(manifest.elements.size());
+    orvcore::ParallelFor(elements.size(), kElementsAPiece, [&](std::size_t begin, std::size_t end) {
+        Look look(folder);
+        for (std::size_t i = begin; i < end; ++i) {
+            elements[i] = LookAtElement(look, manifest.elements[i]);
+        }
+    });
+    LibraryFiles files;
+    files.present.reserve(elements.size());
+    for (ElementFiles& element : elements) {
+        files.present.push_back(element.present);
+        for (Refusal& refusal : element.refused) {
+            Refuse(files.refused, std::move(refusal));
+        }
+    }
+    return files;
+}
+
+} // namespace lumolibmanager::detail
