@@ -5,6 +5,7 @@
 #include <orvcore/files/Files.h>
 #include <orvcore/files/Paths.h>
 #include <orvcore/host/DebugSettings.h>
+#include <orvcore/text/Guid.h>
 #include <orvcore/text/shared/HashMixer.h>
 #include <package/Workspace.h>
 #include <sources/detail/ListingNotes.h>
@@ -32,9 +33,11 @@ struct Notes {
     std::abort();
 }
 
+// A place that no run before this one has left notes of.
 detail::ListingNotes ListedNotes()
 {
-    return {"fuzz", u8"fuzz", [] { return false; }};
+    static const orvcore::UTF8String place = orvcore::ToUTF8(orvcore::Guid::Create().ToString());
+    return {"fuzz", place, [] { return false; }};
 }
 
 Notes MakeNotes()
@@ -57,10 +60,18 @@ Notes MakeNotes()
     return notes;
 }
 
-// The one file of notes in the working folder, made by an object of its own.
+struct FileOfThisRun {
+    ~FileOfThisRun()
+    {
+        orvcore::RemoveTree(path);
+    }
+    const std::filesystem::path path;
+};
+
+// The file of notes in the working folder, made by an object of its own.
 const std::filesystem::path& File()
 {
-    static const std::filesystem::path file = [] {
+    static const FileOfThisRun file = {[] {
         const auto folder = orvcore::PathFromUTF8(GetTempLocalDirectory());
         orvcore::EnsureDirectory(folder);
         orvcore::DebugSettings::SetInt("ORV.entrysettletime", 0);
@@ -76,8 +87,8 @@ const std::filesystem::path& File()
             }
         }
         return std::filesystem::path();
-    }();
-    return file;
+    }()};
+    return file.path;
 }
 
 void WriteFile(const std::string& notes)

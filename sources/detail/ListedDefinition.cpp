@@ -1,7 +1,7 @@
 #include <sources/detail/ListedDefinition.h>
 
 #include <capsule/Serialization.h>
-#include <orvcore/files/Files.h>
+#include <package/DefinitionFile.h>
 #include <package/PackageNames.h>
 #include <sources/detail/EntryFields.h>
 
@@ -99,18 +99,18 @@ bool FillFromDefinition(CapsuleEntry& entry, const CapsuleZip& package, const st
     return false;
 }
 
-bool FillFromDefinitionFile(CapsuleEntry& entry, const std::filesystem::path& file, std::uint64_t size,
+bool FillFromDefinitionFile(CapsuleEntry& entry, const orvcore::UTF8String& path, std::uint64_t size,
                             const std::function<bool()>& stop)
 {
-    if (size == 0 || size > orvcore::serialization::kMaxJSONSize) {
+    if (size > orvcore::serialization::kMaxJSONSize) {
         return false;
     }
     const BudgetShare share(size);
     if (stop()) {
         return false;
     }
-    const std::optional<std::string> text = orvcore::ReadWholeFile(file, size);
-    return text && Fill(entry, orvcore::ToUTF8(*text));
+    const orvcore::UTF8String text = GetJsonContent(path);
+    return !text.empty() && Fill(entry, text);
 }
 
 } // namespace orvcapsule::detail

@@ -4,7 +4,6 @@
 #include <sources/CapsuleEntry.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 
 namespace orvcapsule::detail {
@@ -17,8 +16,8 @@ namespace orvcapsule::detail {
 
 /// Fills an entry from its package's definition.
 bool FillFromDefinition(CapsuleEntry& entry, const CapsuleZip& package, const std::function<bool()>& stop);
-/// Fills an entry from a definition document that is a file of `size` bytes; one that has grown since cannot be read.
-bool FillFromDefinitionFile(CapsuleEntry& entry, const std::filesystem::path& file, std::uint64_t size,
+/// Fills an entry from a definition document that is a file of `size` bytes.
+bool FillFromDefinitionFile(CapsuleEntry& entry, const orvcore::UTF8String& path, std::uint64_t size,
                             const std::function<bool()>& stop);
 /// @}
 
