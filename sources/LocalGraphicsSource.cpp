@@ -129,8 +129,8 @@ std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
 UTF8String LocalGraphicsSource::GetThumbnailPath(const boost::shared_ptr<CapsuleEntry>& entry,
                                                  const boost::shared_ptr<CheckCancel>& cancel) const
 {
-    const detail::PackageEntries maker(GetSourceID(),
-                                       [&] { return (cancel && cancel->GetAbort()) || orvcore::IsTerminating(); });
+    const detail::LocalEntryMaker maker(GetSourceID(),
+                                        [&] { return (cancel && cancel->GetAbort()) || orvcore::IsTerminating(); });
     return entry ? maker.GetThumbnailPath(*entry) : UTF8String();
 }
 
@@ -233,13 +233,13 @@ void LocalGraphicsSource::SearchByDirectory(OnDirectory onDirectory, std::vector
 {
     FolderListing listing(GetSourceID(), std::move(cancel));
     const std::vector<Target> targets = ExistingTargets();
-    listing.BeginProgress(orvcore::PathToUTF8(root_), double{GetProgressWeight()});
+    listing.BeginProgress(FolderListing::TitleFor(orvcore::PathToUTF8(root_)), double{GetProgressWeight()});
     const double step = BeginListing(listing, targets.size());
     directories.clear();
     for (std::size_t i = 0; i < targets.size(); ++i) {
         const Target& target = targets[i];
         FolderListing::Entries entries;
-        listing.ShowDirectory(orvcore::PathToUTF8(target.folder));
+        listing.ShowTitle(FolderListing::TitleFor(orvcore::PathToUTF8(target.folder)));
         listing.List(target.folder, target.depth, target.key, step, entries);
         if (listing.IsCancelled()) {
             return;
@@ -258,8 +258,9 @@ void LocalGraphicsSource::SearchDirectory(OnDirectory onDirectory, const UTF16St
     const Target target = FindTarget(directory);
     const double weight = double{GetProgressWeight()};
     FolderListing::Entries entries;
-    listing.BeginProgress(
-        target.folder.empty() ? orvcore::PathTextToUTF8(directory) : orvcore::PathToUTF8(target.folder), weight);
+    listing.BeginProgress(FolderListing::TitleFor(target.folder.empty() ? orvcore::PathTextToUTF8(directory)
+                                                                        : orvcore::PathToUTF8(target.folder)),
+                          weight);
     listing.List(target.folder, target.depth, target.key, weight, entries);
     if (listing.IsCancelled()) {
         return;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <sources/GraphicSource.h>
+#include <sources/PreviewLimit.h>
 
-#include <cstdint>
 #include <filesystem>
 #include <utility>
 
@@ -12,11 +12,6 @@ namespace detail {
 class FailureLog;
 class FolderListing;
 } // namespace detail
-
-/// A preview that is larger than this many bytes unpacked is left out of an entry, and a definition that is larger
-/// counts as unreadable: so no package can make a listing use much memory. Previews of more than 16 times their
-/// package's size share 256 MiB per listing; once these are used up, further ones are left out, too.
-inline constexpr std::uint64_t kMaxPreviewBytes = std::uint64_t{64} << 20;
 
 /// The templates in folders of the local disk: those in and below a root folder, and those that lie directly in each of
 /// the user's own ("custom") directories. A template is a file whose extension is exactly ".zelt".

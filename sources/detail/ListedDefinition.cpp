@@ -2,6 +2,7 @@
 
 #include <capsule/Serialization.h>
 #include <orvcore/tasks/shared/NoDestructor.h>
+#include <package/DefinitionFile.h>
 #include <package/PackageNames.h>
 #include <sources/detail/EntryFields.h>
 
@@ -97,6 +98,20 @@ bool FillFromDefinition(CapsuleEntry& entry, const CapsuleZip& package, const st
         }
     }
     return false;
+}
+
+bool FillFromDefinitionFile(CapsuleEntry& entry, const orvcore::UTF8String& path, std::uint64_t size,
+                            const std::function<bool()>& stop)
+{
+    if (size > orvcore::serialization::kMaxJSONSize) {
+        return false;
+    }
+    const BudgetShare share(size);
+    if (stop()) {
+        return false;
+    }
+    const orvcore::UTF8String text = GetJsonContent(path);
+    return !text.empty() && Fill(entry, text);
 }
 
 } // namespace orvcapsule::detail

@@ -3,14 +3,22 @@
 #include <package/CapsuleZip.h>
 #include <sources/CapsuleEntry.h>
 
+#include <cstdint>
 #include <functional>
 
 namespace orvcapsule::detail {
 
-/// Fills an entry from its package's definition. Several workers read definitions at the same time. Together they use
-/// no more memory than one large definition needs: a large one waits until the others are done, and they wait for it.
-/// @param stop  asked after such a wait; true gives up
+/// @name The definition of a template that is listed
+/// Several workers read definitions at the same time. Together they use no more memory than one large definition needs: a
+/// large one waits until the others are done, and they wait for it. Afterwards `stop` is asked; true gives up.
 /// @return false, with the entry as it was, when there is no definition that can be read
+/// @{
+
+/// Fills an entry from its package's definition.
 bool FillFromDefinition(CapsuleEntry& entry, const CapsuleZip& package, const std::function<bool()>& stop);
+/// Fills an entry from a definition document that is a file of `size` bytes.
+bool FillFromDefinitionFile(CapsuleEntry& entry, const orvcore::UTF8String& path, std::uint64_t size,
+                            const std::function<bool()>& stop);
+/// @}
 
 } // namespace orvcapsule::detail

@@ -4,7 +4,7 @@
 #include <orvcore/files/Files.h>
 #include <orvcore/text/shared/HashMixer.h>
 #include <package/Workspace.h>
-#include <sources/LocalGraphicsSource.h>
+#include <sources/PreviewLimit.h>
 
 #include <algorithm>
 
@@ -33,24 +33,6 @@ std::uint64_t LargestPreview(const CapsuleZip& zip, std::u8string_view extension
 
 } // namespace
 
-OnePackage::OnePackage(const fs::path& path)
-    : path_(path)
-    , fileName_(orvcore::PathToUTF16(path.filename()))
-    , folder_(orvcore::PathToUTF8(path.parent_path()))
-{
-}
-
-const CapsuleZip& OnePackage::Content()
-{
-    if (!zip_) {
-        // Nothing of a package that a listing looks at is large; what is must not fill the disk.
-        orvstorage::ZipLimits limits;
-        limits.maxEntrySize = kMaxPreviewBytes;
-        zip_.emplace(path_).GetArchive().SetLimits(limits);
-    }
-    return *zip_;
-}
-
 PreviewCache::PreviewCache(std::string sourceID)
     : sourceID_(std::move(sourceID))
     , folder_(orvcore::PathFromUTF8(GetTempLocalDirectory()))
@@ -59,7 +41,7 @@ PreviewCache::PreviewCache(std::string sourceID)
     orvcore::MakeDirectories(folder_, ignored);
 }
 
-fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& capsuleID, const OnePackage& package,
+fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& capsuleID, const ListedPackage& package,
                               orvcore::FileTime modified) const
 {
     const std::u8string_view extension = ExtensionOf(kind);
@@ -75,7 +57,7 @@ fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& caps
     return folder_.empty() ? fs::path() : folder_ / mixer.GetResult().ToString().append(orvcore::AsNarrow(extension));
 }
 
-PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, OnePackage& package, std::uint64_t packageSize,
+PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& package, std::uint64_t packageSize,
                                             const fs::path& target) const
 {
     const CapsuleZip& zip = package.Content();

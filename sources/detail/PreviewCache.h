@@ -1,46 +1,17 @@
 #pragma once
 
-#include <package/CapsuleZip.h>
+#include <sources/detail/ListedPackage.h>
 
 #include <orvcore/files/FileSystem.h>
 
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
-#include <optional>
 #include <string>
 
 namespace orvcapsule::detail {
 
 enum class PreviewKind { Still, Video };
-
-/// One package file while its entry is made: opened when its content is first needed, and then only once.
-class OnePackage {
-public:
-    explicit OnePackage(const std::filesystem::path& path);
-
-    const std::filesystem::path& Path() const noexcept
-    {
-        return path_;
-    }
-    const orvcore::UTF16String& FileName() const noexcept
-    {
-        return fileName_;
-    }
-    const orvcore::UTF8String& Folder() const noexcept
-    {
-        return folder_;
-    }
-    /// Entries larger than kMaxPreviewBytes are not read. Throws `std::filesystem::filesystem_error` when there is no
-    /// room for the private copy of a package with a long path.
-    const CapsuleZip& Content();
-
-private:
-    std::filesystem::path path_;
-    orvcore::UTF16String fileName_;
-    orvcore::UTF8String folder_;
-    std::optional<CapsuleZip> zip_;
-};
 
 /// The pictures and videos extracted from packages, as files of the local working folder that outlive the process.
 /// Several threads and processes may look and extract at the same time: a file is made under a private name and then
@@ -56,7 +27,7 @@ public:
 
     /// Where the preview of a template belongs. The name is a hash of what tells one state of one package from every
     /// other, so a package that is replaced gets a new file; it says nothing about whether there is one.
-    std::filesystem::path PathOf(PreviewKind kind, const orvcore::UTF16String& capsuleID, const OnePackage& package,
+    std::filesystem::path PathOf(PreviewKind kind, const orvcore::UTF16String& capsuleID, const ListedPackage& package,
                                  orvcore::FileTime modified) const;
 
     enum class Outcome {
@@ -64,9 +35,9 @@ public:
         None,   ///< the package has none, or too large a one; too large for what the allowance still has, too
         Failed, ///< it could not be read or written this time
     };
-    /// Extracts a preview to `target`. Throws as OnePackage::Content does.
+    /// Extracts a preview to `target`. Throws as ListedPackage::Content does.
     /// @param packageSize in bytes
-    Outcome Extract(PreviewKind kind, OnePackage& package, std::uint64_t packageSize,
+    Outcome Extract(PreviewKind kind, ListedPackage& package, std::uint64_t packageSize,
                     const std::filesystem::path& target) const;
 
     static constexpr std::uint64_t kLikelyRatio = 16;

@@ -477,7 +477,7 @@ TEST_F(LocalGraphicsSourceTest, ReadsAgainOnlyWhatChanged)
     const auto stores = [&] {
         std::set<fs::path> found;
         for (const fs::path& file : orvcore::ListDirectory(working_).files) {
-            if (file.extension() == ".entries") {
+            if (file.extension() == ".notes") {
                 found.insert(file);
             }
         }

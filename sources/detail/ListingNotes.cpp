@@ -1,8 +1,8 @@
-#include <sources/detail/EntryStore.h>
+#include <sources/detail/ListingNotes.h>
 
 #include <capsule/Capsule.h>
 #include <package/Workspace.h>
-#include <sources/detail/EntryRecord.h>
+#include <sources/detail/NoteFormat.h>
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
@@ -27,7 +27,7 @@ constexpr std::int64_t kSettleMilliseconds = 2000;
 constexpr std::size_t kChecksumSize = 16;
 constexpr std::uint64_t kLargestFile = std::uint64_t{512} << 20;
 
-fs::path FileFor(const std::string& sourceID, const fs::path& top)
+fs::path FileFor(const std::string& sourceID, const orvcore::UTF8String& place)
 {
     orvcore::HashMixer mixer;
     mixer.Add("entries")
@@ -35,9 +35,9 @@ fs::path FileFor(const std::string& sourceID, const fs::path& top)
         .Add(Capsule::GetCurrentAPIVersion()) // a newer reader reads what an older one refused
         .Add(sourceID)
         .Add(orvcore::Application::GetLanguage())
-        .Add(orvcore::PathToUTF8(top));
+        .Add(place);
     const fs::path folder = orvcore::PathFromUTF8(GetTempLocalDirectory());
-    return folder.empty() ? fs::path() : folder / (mixer.GetResult().ToString() + ".entries");
+    return folder.empty() ? fs::path() : folder / (mixer.GetResult().ToString() + ".notes");
 }
 
 std::string ChecksumOf(std::string_view bytes)
@@ -48,10 +48,10 @@ std::string ChecksumOf(std::string_view bytes)
 
 } // namespace
 
-EntryStore::EntryStore(const std::string& sourceID, const fs::path& top, std::function<bool()> stop)
+ListingNotes::ListingNotes(const std::string& sourceID, const orvcore::UTF8String& place, std::function<bool()> stop)
     : sourceID_(sourceID)
-    , top_(top)
-    , file_(FileFor(sourceID, top))
+    , place_(place)
+    , file_(FileFor(sourceID, place))
     , stop_(std::move(stop))
 {
     const std::int64_t settle = orvcore::DebugSettings::GetInt("ORV.entrysettletime", kSettleMilliseconds);
@@ -67,22 +67,21 @@ EntryStore::EntryStore(const std::string& sourceID, const fs::path& top, std::fu
     if (bytes.empty() || checksum != ChecksumOf(bytes)) {
         return;
     }
-    std::u8string_view path;
+    std::u8string_view subject;
     std::string_view rest;
-    while (!bytes.empty() && !stop_() && TakeRecord(bytes, path, rest)) {
-        records_.emplace(path, rest);
+    while (!bytes.empty() && !stop_() && TakeNote(bytes, subject, rest)) {
+        notes_.emplace(subject, rest);
     }
 }
 
-bool EntryStore::Recall(CapsuleEntry& entry, PackageState& state) const
+bool ListingNotes::Recall(CapsuleEntry& entry, NotedFile& state) const
 {
-    const auto found = records_.find(entry.path);
-    PackageState stored;
-    if (found == records_.end()) {
+    const auto found = notes_.find(state.SubjectFor(entry));
+    if (found == notes_.end()) {
         return false;
     }
     std::string_view fields = found->second;
-    stored.facts.kind = orvcore::FileKind::File; // nothing else is kept
+    NotedFile stored = state; // nothing but files is noted
     if (!TakeState(fields, stored) || stored.facts != state.facts) {
         return false;
     }
@@ -97,21 +96,21 @@ bool EntryStore::Recall(CapsuleEntry& entry, PackageState& state) const
     return true;
 }
 
-void EntryStore::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
-                      const std::vector<PackageState>& states) const
+void ListingNotes::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
+                        const std::vector<NotedFile>& states) const
 {
     const auto known = static_cast<std::size_t>(
-        std::count_if(states.begin(), states.end(), [](const PackageState& state) { return state.isKnown; }));
-    const bool nothingNew = recalled_ == known && recalled_ == records_.size();
+        std::count_if(states.begin(), states.end(), [](const NotedFile& state) { return state.isKnown; }));
+    const bool nothingNew = recalled_ == known && recalled_ == notes_.size();
     // A language that changed meanwhile leaves names of both.
-    if (!isUsed_ || nothingNew || file_ != FileFor(sourceID_, top_)) {
+    if (!isUsed_ || nothingNew || file_ != FileFor(sourceID_, place_)) {
         return;
     }
     std::string bytes;
     for (std::size_t i = 0; i < entries.size() && !stop_(); ++i) {
-        const PackageState& state = states[i];
+        const NotedFile& state = states[i];
         if (state.isKnown && state.facts.modified < settled_ && state.facts.replaced < settled_) {
-            AppendRecord(bytes, *entries[i], state);
+            AppendNote(bytes, *entries[i], state);
         }
     }
     const std::string checksum = ChecksumOf(bytes);
@@ -119,6 +118,7 @@ void EntryStore::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entrie
         return;
     }
     std::error_code error; // a listing without this file is a slower one
+    orvcore::MakeDirectories(file_.parent_path(), error);
     orvcore::AtomicFile file(file_);
     if (file.Write(checksum.data(), checksum.size(), error) && file.Write(bytes.data(), bytes.size(), error)) {
         static_cast<void>(file.Commit(orvcore::AtomicFile::Durability::Cached, error));

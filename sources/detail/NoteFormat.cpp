@@ -1,4 +1,4 @@
-#include <sources/detail/EntryRecord.h>
+#include <sources/detail/NoteFormat.h>
 
 #include <orvcore/text/shared/LittleEndian.h>
 
@@ -112,7 +112,7 @@ private:
     bool failed_ = false;
 };
 
-// What a record holds, for both directions.
+// What a note holds, for both directions.
 template <class Archive, class State>
 void WalkState(Archive& archive, State& state)
 {
@@ -145,29 +145,30 @@ void WalkFields(Archive& archive, Entry& entry)
 
 } // namespace
 
-void AppendRecord(std::string& bytes, const CapsuleEntry& entry, const PackageState& state)
+void AppendNote(std::string& bytes, const CapsuleEntry& entry, const NotedFile& state)
 {
     std::string rest;
-    Writer record(rest);
-    WalkState(record, state);
-    WalkFields(record, entry);
+    Writer note(rest);
+    WalkState(note, state);
+    WalkFields(note, entry);
     Writer writer(bytes);
-    writer(static_cast<std::uint32_t>(entry.path.size()));
-    bytes += orvcore::AsNarrow(entry.path);
+    const orvcore::UTF8String& subject = state.SubjectFor(entry);
+    writer(static_cast<std::uint32_t>(subject.size()));
+    bytes += orvcore::AsNarrow(subject);
     writer(static_cast<std::uint32_t>(rest.size()));
     bytes += rest;
 }
 
-bool TakeRecord(std::string_view& bytes, std::u8string_view& path, std::string_view& rest)
+bool TakeNote(std::string_view& bytes, std::u8string_view& subject, std::string_view& rest)
 {
     Reader reader(bytes);
-    path = orvcore::AsUTF8(reader.Take(reader.TakeCount(1)));
+    subject = orvcore::AsUTF8(reader.Take(reader.TakeCount(1)));
     rest = reader.Take(reader.TakeCount(1));
     bytes = reader.Left();
     return !reader.HasFailed();
 }
 
-bool TakeState(std::string_view& rest, PackageState& state)
+bool TakeState(std::string_view& rest, NotedFile& state)
 {
     Reader reader(rest);
     WalkState(reader, state);

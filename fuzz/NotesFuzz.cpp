@@ -5,10 +5,11 @@
 #include <orvcore/files/Files.h>
 #include <orvcore/files/Paths.h>
 #include <orvcore/host/DebugSettings.h>
+#include <orvcore/text/Guid.h>
 #include <orvcore/text/shared/HashMixer.h>
 #include <package/Workspace.h>
-#include <sources/detail/EntryRecord.h>
-#include <sources/detail/EntryStore.h>
+#include <sources/detail/ListingNotes.h>
+#include <sources/detail/NoteFormat.h>
 
 #include <boost/make_shared.hpp>
 
@@ -23,7 +24,7 @@ using Entry = boost::shared_ptr<CapsuleEntry>;
 
 struct Notes {
     std::vector<Entry> entries;
-    std::vector<detail::PackageState> states;
+    std::vector<detail::NotedFile> states;
 };
 
 [[noreturn]] void Fail(const char* what)
@@ -32,9 +33,11 @@ struct Notes {
     std::abort();
 }
 
-detail::EntryStore Store()
+// A place that no run before this one has left notes of.
+detail::ListingNotes ListedNotes()
 {
-    return {"fuzz", std::filesystem::path("fuzz"), [] { return false; }};
+    static const orvcore::UTF8String place = orvcore::ToUTF8(orvcore::Guid::Create().ToString());
+    return {"fuzz", place, [] { return false; }};
 }
 
 Notes MakeNotes()
@@ -47,7 +50,7 @@ Notes MakeNotes()
         entry->capsuleID = u"id";
         entry->usedFonts = {u"Font One", u"Font Two"};
         entry->tags = {u"tag", u"字幕"};
-        detail::PackageState state;
+        detail::NotedFile state;
         state.facts.kind = orvcore::FileKind::File;
         state.facts.size = 1000;
         state.isKnown = true;
@@ -57,10 +60,18 @@ Notes MakeNotes()
     return notes;
 }
 
-// The one file of notes in the working folder, made by a store of its own.
+struct FileOfThisRun {
+    ~FileOfThisRun()
+    {
+        orvcore::RemoveTree(path);
+    }
+    const std::filesystem::path path;
+};
+
+// The file of notes in the working folder, made by an object of its own.
 const std::filesystem::path& File()
 {
-    static const std::filesystem::path file = [] {
+    static const FileOfThisRun file = {[] {
         const auto folder = orvcore::PathFromUTF8(GetTempLocalDirectory());
         orvcore::EnsureDirectory(folder);
         orvcore::DebugSettings::SetInt("ORV.entrysettletime", 0);
@@ -69,39 +80,39 @@ const std::filesystem::path& File()
             before.insert(each.path());
         }
         const Notes notes = MakeNotes();
-        Store().Save(notes.entries, notes.states);
+        ListedNotes().Save(notes.entries, notes.states);
         for (const auto& each : std::filesystem::directory_iterator(folder)) {
-            if (each.path().extension() == ".entries" && before.count(each.path()) == 0) {
+            if (each.path().extension() == ".notes" && before.count(each.path()) == 0) {
                 return each.path();
             }
         }
         return std::filesystem::path();
-    }();
-    return file;
+    }()};
+    return file.path;
 }
 
-void WriteFile(const std::string& records)
+void WriteFile(const std::string& notes)
 {
-    const orvcore::Guid sum = orvcore::HashMixer().Add(records).GetResult();
-    const std::string bytes = std::string(sum.bytes.begin(), sum.bytes.end()) + records;
+    const orvcore::Guid sum = orvcore::HashMixer().Add(notes).GetResult();
+    const std::string bytes = std::string(sum.bytes.begin(), sum.bytes.end()) + notes;
     if (orvcore::WriteBufferToFile(File(), bytes.data(), bytes.size()) < 0) {
         Fail("the file of notes cannot be written");
     }
 }
 
-// What the store recalls of the packages that the records name, as if each were as it was.
+// What is recalled of the packages that the records name, as if each were as it was.
 Notes Recall(std::string_view records)
 {
     Notes notes;
-    const detail::EntryStore store = Store();
+    const detail::ListingNotes known = ListedNotes();
     std::u8string_view path;
     std::string_view rest;
-    while (!records.empty() && detail::TakeRecord(records, path, rest)) {
+    while (!records.empty() && detail::TakeNote(records, path, rest)) {
         auto entry = boost::make_shared<CapsuleEntry>();
         entry->path = path;
-        detail::PackageState state;
+        detail::NotedFile state;
         state.facts.kind = orvcore::FileKind::File;
-        if (detail::TakeState(rest, state) && store.Recall(*entry, state)) {
+        if (detail::TakeState(rest, state) && known.Recall(*entry, state)) {
             notes.entries.push_back(entry);
             notes.states.push_back(state);
         }
@@ -113,7 +124,7 @@ std::string Written(const Notes& notes)
 {
     std::string records;
     for (std::size_t i = 0; i < notes.entries.size(); ++i) {
-        detail::AppendRecord(records, *notes.entries[i], notes.states[i]);
+        detail::AppendNote(records, *notes.entries[i], notes.states[i]);
     }
     return records;
 }

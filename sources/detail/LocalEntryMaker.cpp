@@ -1,4 +1,4 @@
-#include <sources/detail/PackageEntries.h>
+#include <sources/detail/LocalEntryMaker.h>
 
 #include <orvcore/files/Files.h>
 #include <sources/detail/EntryFields.h>
@@ -10,15 +10,15 @@ namespace orvcapsule::detail {
 
 namespace fs = std::filesystem;
 
-PackageEntries::PackageEntries(const std::string& sourceID, std::function<bool()> stop)
+LocalEntryMaker::LocalEntryMaker(const std::string& sourceID, std::function<bool()> stop)
     : sourceID_(sourceID)
     , previews_(sourceID)
     , stop_(std::move(stop))
 {
 }
 
-boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, const std::string& directoryKey,
-                                                     const EntryStore& known, PackageState& state) const
+boost::shared_ptr<CapsuleEntry> LocalEntryMaker::Make(const fs::path& package, const std::string& directoryKey,
+                                                      const ListingNotes& known, NotedFile& state) const
 {
     std::error_code ignored;
     const orvcore::FileInfo facts = orvcore::InspectTarget(package, ignored);
@@ -37,7 +37,7 @@ boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, co
     entry->name = orvcore::ToUTF16(orvcore::PathToUTF8(package.stem()));
     entry->modified = ToPosixTime(facts.modified);
     try {
-        OnePackage one(package);
+        ListedPackage one(package);
         FillFromContent(*entry, one, known, state);
     } catch (const fs::filesystem_error&) { // no room for the private copy of a package with a long path
         state.isKnown = false;
@@ -45,8 +45,8 @@ boost::shared_ptr<CapsuleEntry> PackageEntries::Make(const fs::path& package, co
     return entry;
 }
 
-void PackageEntries::FillFromContent(CapsuleEntry& entry, OnePackage& package, const EntryStore& known,
-                                     PackageState& state) const
+void LocalEntryMaker::FillFromContent(CapsuleEntry& entry, ListedPackage& package, const ListingNotes& known,
+                                      NotedFile& state) const
 {
     bool hasDefinition = known.Recall(entry, state);
     if (stop_()) {
@@ -62,8 +62,8 @@ void PackageEntries::FillFromContent(CapsuleEntry& entry, OnePackage& package, c
     entry.videoPreviewPath = Preview(PreviewKind::Video, entry, package, state);
 }
 
-orvcore::UTF8String PackageEntries::Preview(PreviewKind kind, const CapsuleEntry& entry, OnePackage& package,
-                                            PackageState& state) const
+orvcore::UTF8String LocalEntryMaker::Preview(PreviewKind kind, const CapsuleEntry& entry, ListedPackage& package,
+                                             NotedFile& state) const
 {
     using Outcome = PreviewCache::Outcome;
     bool& has = kind == PreviewKind::Still ? state.hasStill : state.hasVideo;
@@ -79,10 +79,10 @@ orvcore::UTF8String PackageEntries::Preview(PreviewKind kind, const CapsuleEntry
     return outcome == Outcome::There && !stop_() ? orvcore::PathToUTF8(target) : orvcore::UTF8String();
 }
 
-orvcore::UTF8String PackageEntries::GetThumbnailPath(const CapsuleEntry& entry) const
+orvcore::UTF8String LocalEntryMaker::GetThumbnailPath(const CapsuleEntry& entry) const
 {
-    OnePackage package(orvcore::PathFromUTF8(entry.path));
-    PackageState state;
+    ListedPackage package(orvcore::PathFromUTF8(entry.path));
+    NotedFile state;
     state.hasStill = true; // until it is looked for
     // A package that is gone may still have its preview; one that was replaced needs a new one.
     std::error_code ignored;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sources/detail/EntryStore.h>
+#include <sources/detail/ListingNotes.h>
 #include <sources/detail/PreviewCache.h>
 
 #include <functional>
@@ -8,26 +8,27 @@
 namespace orvcapsule::detail {
 
 /// Makes the entries of packages in local folders. May be used by several threads at once.
-class PackageEntries {
+class LocalEntryMaker {
 public:
     /// @param stop asked before each reading of a package; true leaves out the rest of an entry, which is then of no
     /// use
-    PackageEntries(const std::string& sourceID, std::function<bool()> stop);
+    LocalEntryMaker(const std::string& sourceID, std::function<bool()> stop);
 
     /// The entry of the package at the full path `package`, found under `directoryKey`; empty when the file is gone. A
     /// package that cannot be read, for whatever reason, still gives an entry with what the file system tells, and its
     /// video if there is one. The package is opened once; not at all when `known` has an unchanged record of it and its
     /// previews exist.
     boost::shared_ptr<CapsuleEntry> Make(const std::filesystem::path& package, const std::string& directoryKey,
-                                         const EntryStore& known, PackageState& state) const;
+                                         const ListingNotes& known, NotedFile& state) const;
 
     /// The path of the entry's still preview, extracted now if it was not before; empty when there is none.
     orvcore::UTF8String GetThumbnailPath(const CapsuleEntry& entry) const;
 
 private:
-    void FillFromContent(CapsuleEntry& entry, OnePackage& package, const EntryStore& known, PackageState& state) const;
-    orvcore::UTF8String Preview(PreviewKind kind, const CapsuleEntry& entry, OnePackage& package,
-                                PackageState& state) const;
+    void FillFromContent(CapsuleEntry& entry, ListedPackage& package, const ListingNotes& known,
+                         NotedFile& state) const;
+    orvcore::UTF8String Preview(PreviewKind kind, const CapsuleEntry& entry, ListedPackage& package,
+                                NotedFile& state) const;
 
     std::string sourceID_;
     PreviewCache previews_;

@@ -1,0 +1,27 @@
+#include <sources/detail/ListedPackage.h>
+
+#include <sources/PreviewLimit.h>
+
+#include <orvcore/files/Paths.h>
+
+namespace orvcapsule::detail {
+
+ListedPackage::ListedPackage(const std::filesystem::path& path)
+    : path_(path)
+    , fileName_(orvcore::PathToUTF16(path.filename()))
+    , folder_(orvcore::PathToUTF8(path.parent_path()))
+{
+}
+
+const CapsuleZip& ListedPackage::Content()
+{
+    if (!zip_) {
+        // Nothing of a package that a listing looks at is large; what is must not fill the disk.
+        orvstorage::ZipLimits limits;
+        limits.maxEntrySize = kMaxPreviewBytes;
+        zip_.emplace(path_).GetArchive().SetLimits(limits);
+    }
+    return *zip_;
+}
+
+} // namespace orvcapsule::detail
