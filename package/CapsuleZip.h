@@ -61,9 +61,9 @@ public:
     /// @}
 
     /// @name Pictures and videos
-    /// Each writes one file and returns whether it did; see orvstorage::ZipFile::UnzipOver. The second name is tried when
-    /// the first entry is missing or empty, but not when it cannot be read. The output's folder must exist; a file at the
-    /// path is overwritten.
+    /// Each writes one file and returns whether it did; see orvstorage::ZipFile::UnzipOver. The second name is tried
+    /// when the first entry is missing or empty, but not when it cannot be read. The output's folder must exist; a file
+    /// at the path is overwritten.
     /// @{
     /// The poster: "thumb_<language>.png", else "thumb.png".
     bool GetZELTThumbnailPNG(const orvcore::UTF8String& outputPath) const;
