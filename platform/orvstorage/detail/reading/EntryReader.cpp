@@ -25,19 +25,19 @@ bool IsBeyondRatio(std::uint64_t size, std::uint64_t compressedSize, const ZipLi
     return size >= limits.ratioFloor && size / std::max<std::uint64_t>(compressedSize, 1) > limits.maxRatio;
 }
 
-bool EntryReader::MayRead(const ArchiveEntry& entry, const ZipLimits& limits, ZipFailure& failure)
+ZipError EntryReader::Judge(const ArchiveEntry& entry, const ZipLimits& limits)
 {
     const std::uint64_t size = entry.shown.size;
     if (entry.kind == EntryKind::SymbolicLink || entry.kind == EntryKind::Special) {
-        failure.error = entry.kind == EntryKind::Special ? ZipError::SpecialFile : ZipError::SymbolicLink;
-    } else if (entry.record.dataError != ZipError::None) {
-        failure.error = entry.record.dataError;
-    } else if (size > limits.maxEntrySize) {
-        failure.error = ZipError::EntryTooLarge;
-    } else if (IsBeyondRatio(size, entry.shown.compressedSize, limits)) {
-        failure.error = ZipError::RatioTooHigh;
+        return entry.kind == EntryKind::Special ? ZipError::SpecialFile : ZipError::SymbolicLink;
     }
-    return !failure;
+    if (entry.record.dataError != ZipError::None) {
+        return entry.record.dataError;
+    }
+    if (size > limits.maxEntrySize) {
+        return ZipError::EntryTooLarge;
+    }
+    return IsBeyondRatio(size, entry.shown.compressedSize, limits) ? ZipError::RatioTooHigh : ZipError::None;
 }
 
 EntryReader::EntryReader(zip_t* handle, std::uint64_t index, const ArchiveEntry& entry, ZipFailure& failure)
@@ -54,7 +54,7 @@ EntryReader::EntryReader(zip_t* handle, std::uint64_t index, const ArchiveEntry&
     }
     handle_.reset(zip_fopen_index(handle, index, 0));
     if (!handle_) {
-        TranslateError(*zip_get_error(handle), failure);
+        FaultOf(*zip_get_error(handle)).Tell(failure);
     }
 }
 
@@ -64,7 +64,7 @@ std::size_t EntryReader::Read(void* data, std::size_t size, ZipFailure& failure)
     while (filled < size) {
         const zip_int64_t got = zip_fread(handle_.get(), static_cast<char*>(data) + filled, size - filled);
         if (got < 0) {
-            TranslateError(*zip_file_get_error(handle_.get()), failure);
+            FaultOf(*zip_file_get_error(handle_.get())).Tell(failure);
             // The directory agreed with itself; it is the content that has another length.
             failure.error = failure.error == ZipError::Inconsistent ? ZipError::SizeMismatch : failure.error;
             break;

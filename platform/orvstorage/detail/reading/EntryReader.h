@@ -15,8 +15,8 @@ bool IsBeyondRatio(std::uint64_t size, std::uint64_t compressedSize, const ZipLi
 /// the entry declares, its checksum at the end. Memory does not depend on the entry's size.
 class EntryReader {
 public:
-    /// Looks at what the directory says of the entry; False when that alone refuses it.
-    static bool MayRead(const ArchiveEntry& entry, const ZipLimits& limits, ZipFailure& failure);
+    /// Why what the directory says of the entry alone refuses it; None when it may be read.
+    static ZipError Judge(const ArchiveEntry& entry, const ZipLimits& limits);
 
     /// @param handle the calling thread's handle on the archive of `entry`
     EntryReader(zip_t* handle, std::uint64_t index, const ArchiveEntry& entry, ZipFailure& failure);

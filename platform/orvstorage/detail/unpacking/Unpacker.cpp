@@ -74,11 +74,11 @@ public:
         } else {
             // Each piece takes files until none is left, so it does not matter how many really run at one time.
             const auto piece = [this](std::size_t, std::size_t) {
-                ZipFailure opening = blank_;
-                const ArchiveHandle handle = archive_.NewHandle(opening);
-                if (handle) {
-                    Work(handle.get());
+                if (auto handle = archive_.NewHandle()) {
+                    Work((*handle).get());
                 } else {
+                    ZipFailure opening = blank_;
+                    handle.Fault().Tell(opening);
                     Report(0, opening);
                 }
             };
