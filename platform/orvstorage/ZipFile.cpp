@@ -30,8 +30,9 @@ bool ZipFile::ReadItem(std::u8string_view entryName, std::uint64_t maxSize, Cont
             failure.error = ZipError::EntryTooLarge;
             return false;
         }
-        detail::EntryReader reader(state.archive->Handle(), *index, entry, failure);
-        return !failure && reader.ReadAll(content, failure);
+        auto reader = detail::EntryReader::Open(state.archive->Handle(), *index, entry);
+        const detail::ZipFault fault = reader ? (*reader).ReadAll(content) : reader.Fault();
+        return !fault || fault.Tell(failure);
     });
 }
 

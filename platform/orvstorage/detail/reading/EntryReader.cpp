@@ -9,13 +9,11 @@ namespace orvstorage::detail {
 namespace {
 
 // With such a password the content comes out as noise, and what is wrong with noise is no news.
-void NamePassword(ZipFailure& failure)
+ZipFault NamePassword(const ZipFault& fault)
 {
-    if (failure.error == ZipError::DataCorrupt || failure.error == ZipError::ChecksumMismatch ||
-        failure.error == ZipError::SizeMismatch) {
-        failure.error = ZipError::WrongPassword;
-        failure.detail = "or its content is damaged";
-    }
+    const bool isNoise = fault.error == ZipError::DataCorrupt || fault.error == ZipError::ChecksumMismatch ||
+                         fault.error == ZipError::SizeMismatch;
+    return isNoise ? ZipFault{ZipError::WrongPassword, "or its content is damaged"} : fault;
 }
 
 } // namespace
@@ -40,46 +38,43 @@ ZipError EntryReader::Judge(const ArchiveEntry& entry, const ZipLimits& limits)
     return IsBeyondRatio(size, entry.shown.compressedSize, limits) ? ZipError::RatioTooHigh : ZipError::None;
 }
 
-EntryReader::EntryReader(zip_t* handle, std::uint64_t index, const ArchiveEntry& entry, ZipFailure& failure)
-    : declared_(entry.shown.size)
-    , hasWeakPassword_(entry.hasWeakPassword)
+ZipResult<EntryReader> EntryReader::Open(zip_t* handle, std::uint64_t index, const ArchiveEntry& entry)
 {
-    failure.error = CheckLocalHeader(*entry.file, entry.record);
+    if (const ZipError error = CheckLocalHeader(*entry.file, entry.record); error != ZipError::None) {
+        return error;
+    }
     // Of an entry without data the zip library asks nothing.
-    if (!failure && entry.shown.compressedSize == 0 && declared_ == 0 && entry.record.crc != 0) {
-        failure.error = ZipError::ChecksumMismatch;
+    if (entry.shown.compressedSize == 0 && entry.shown.size == 0 && entry.record.crc != 0) {
+        return ZipError::ChecksumMismatch;
     }
-    if (failure) {
-        return;
-    }
-    handle_.reset(zip_fopen_index(handle, index, 0));
-    if (!handle_) {
-        FaultOf(*zip_get_error(handle)).Tell(failure);
-    }
+    EntryHandle opened(zip_fopen_index(handle, index, 0));
+    return opened ? ZipResult(EntryReader(std::move(opened), entry)) : FaultOf(*zip_get_error(handle));
 }
 
-std::size_t EntryReader::Read(void* data, std::size_t size, ZipFailure& failure)
+ZipResult<std::size_t> EntryReader::Read(void* data, std::size_t size)
+{
+    auto filled = ReadPlain(data, size);
+    return filled || !hasWeakPassword_ ? filled : NamePassword(filled.Fault());
+}
+
+ZipResult<std::size_t> EntryReader::ReadPlain(void* data, std::size_t size)
 {
     std::size_t filled = 0;
     while (filled < size) {
         const zip_int64_t got = zip_fread(handle_.get(), static_cast<char*>(data) + filled, size - filled);
         if (got < 0) {
-            FaultOf(*zip_file_get_error(handle_.get())).Tell(failure);
+            const ZipFault fault = FaultOf(*zip_file_get_error(handle_.get()));
             // The directory agreed with itself; it is the content that has another length.
-            failure.error = failure.error == ZipError::Inconsistent ? ZipError::SizeMismatch : failure.error;
-            break;
+            return fault.error == ZipError::Inconsistent ? ZipFault{ZipError::SizeMismatch} : fault;
         }
         filled += static_cast<std::size_t>(got);
         done_ += static_cast<std::uint64_t>(got);
         if (done_ > declared_ || (got == 0 && done_ != declared_)) {
-            failure.error = ZipError::SizeMismatch;
+            return ZipError::SizeMismatch;
         }
-        if (got == 0 || failure) {
+        if (got == 0) {
             break;
         }
-    }
-    if (hasWeakPassword_) {
-        NamePassword(failure);
     }
     return filled;
 }
