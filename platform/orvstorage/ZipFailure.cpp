@@ -3,6 +3,7 @@
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/Paths.h>
 #include <orvcore/text/Printable.h>
+#include <orvstorage/detail/ZipResult.h>
 
 #include <cerrno>
 #include <utility>
@@ -200,14 +201,21 @@ std::string ZipFailure::Reason() const
     return "cannot " + std::string(VerbOf(action)) + ' ' + Quoted(entry) + ": " + Cause(*this);
 }
 
-void TranslateWriteError(const std::error_code& error, ZipFailure& failure)
+namespace detail {
+
+ZipFault WriteFault(const std::error_code& error)
 {
     if (error == orvcore::FileError::OutsideTarget) {
-        failure.error = ZipError::OutsideTarget;
-        return;
+        return {ZipError::OutsideTarget};
     }
-    failure.error = IsFull(error) ? ZipError::DiskFull : ZipError::WriteFailed;
-    failure.detail = error.message();
+    return {IsFull(error) ? ZipError::DiskFull : ZipError::WriteFailed, error.message()};
+}
+
+} // namespace detail
+
+void TranslateWriteError(const std::error_code& error, ZipFailure& failure)
+{
+    detail::WriteFault(error).Tell(failure);
 }
 
 } // namespace orvstorage

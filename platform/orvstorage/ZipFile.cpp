@@ -21,17 +21,18 @@ bool ZipFile::ReadItem(std::u8string_view entryName, std::uint64_t maxSize, Cont
 {
     State& state = *state_;
     return state.Run(ZipAction::Read, entryName, [&](ZipFailure& failure) {
-        std::size_t index = 0;
-        if (!state.Find(entryName, index)) {
+        const auto index = state.Find(entryName);
+        if (!index) {
             return false;
         }
-        const detail::ArchiveEntry& entry = state.archive->Entries()[index];
+        const detail::ArchiveEntry& entry = state.archive->Entries()[*index];
         if (entry.shown.size > std::min(maxSize, state.limits.maxItemSize)) {
             failure.error = ZipError::EntryTooLarge;
             return false;
         }
-        detail::EntryReader reader(state.archive->Handle(), index, entry, failure);
-        return !failure && reader.ReadAll(content, failure);
+        auto reader = detail::EntryReader::Open(state.archive->Handle(), *index, entry);
+        const detail::ZipFault fault = reader ? (*reader).ReadAll(content) : reader.Fault();
+        return !fault || fault.Tell(failure);
     });
 }
 
@@ -60,12 +61,12 @@ bool ZipFile::UnzipItems(std::u8string_view entryName, const std::filesystem::pa
 {
     State& state = *state_;
     return state.RunAsking(ZipAction::Unpack, entryName, [&](ZipFailure& failure, std::exception_ptr& thrown) {
-        std::size_t index = 0;
-        if (!state.Find(entryName, index)) {
+        const auto index = state.Find(entryName);
+        if (!index) {
             return false;
         }
-        detail::ByteProgress asked(progress, opaque, state.archive->Entries()[index].shown.size);
-        const bool done = detail::UnpackToFile(*state.archive, index, destination, asked, failure);
+        detail::ByteProgress asked(progress, opaque, state.archive->Entries()[*index].shown.size);
+        const bool done = detail::UnpackToFile(*state.archive, *index, destination, asked, failure);
         thrown = asked.Thrown();
         return done;
     });
@@ -75,8 +76,8 @@ bool ZipFile::UnzipOver(std::u8string_view entryName, const std::filesystem::pat
 {
     State& state = *state_;
     return state.Run(ZipAction::Unpack, entryName, [&](ZipFailure& failure) {
-        std::size_t index = 0;
-        return state.Find(entryName, index) && detail::UnpackOver(*state.archive, index, destination, failure);
+        const auto index = state.Find(entryName);
+        return index && detail::UnpackOver(*state.archive, *index, destination, failure);
     });
 }
 
@@ -153,9 +154,8 @@ std::vector<ZipFailure> ZipFile::Check(bool readContents) const
         }
         const auto& entries = state.archive->Entries();
         for (std::size_t i = 0; readContents && i < entries.size(); ++i) {
-            ZipFailure ignored; // told among the refusals
-            if (entries[i].kind == detail::EntryKind::Directory &&
-                detail::EntryReader::MayRead(entries[i], state.limits, ignored)) {
+            if (entries[i].kind == detail::EntryKind::Directory && // what is refused was told among the refusals
+                detail::EntryReader::Judge(entries[i], state.limits) == ZipError::None) {
                 test(i);
             }
         }

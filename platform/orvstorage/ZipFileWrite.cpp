@@ -10,35 +10,30 @@ namespace orvstorage {
 namespace {
 
 using detail::ZipArchive;
+using detail::ZipFault;
+using detail::ZipResult;
 
 // A new entry must not make the archive one that cannot be unpacked.
-bool FitsIn(const ZipArchive& archive, const ZipLimits& limits, const orvcore::UTF8String& relative,
-            ZipFailure& failure)
+ZipError FitIn(const ZipArchive& archive, const ZipLimits& limits, const orvcore::UTF8String& relative)
 {
     detail::NameRegister names(limits);
     for (const detail::ArchiveEntry& entry : archive.Entries()) {
         names.Enter(detail::CheckEntryName(entry.shown.name).relative, entry.kind == detail::EntryKind::Directory);
     }
-    failure.error = names.Enter(relative, false);
-    return !failure;
+    return names.Enter(relative, false);
 }
 
-// Finds what stands at the name now; `replaced` stays empty when the entry is new.
-bool FindPlace(const ZipArchive& archive, const ZipLimits& limits, const orvcore::UTF8String& name, bool replace,
-               std::optional<std::size_t>& replaced, ZipFailure& failure)
+// Finds what stands at the name now; nothing when the entry is new.
+ZipResult<std::optional<std::size_t>> FindPlace(const ZipArchive& archive, const ZipLimits& limits,
+                                                const orvcore::UTF8String& name, bool replace)
 {
-    std::size_t index = 0;
-    ZipFailure search;
-    if (archive.Find(name, index, search)) {
-        replaced = index;
-        failure.error = replace ? ZipError::None : ZipError::EntryExists;
-        return replace;
+    if (auto found = archive.Find(name)) {
+        return replace ? ZipResult(std::optional(*found)) : ZipError::EntryExists;
+    } else if (found.Fault().error != ZipError::EntryMissing) {
+        return found.Fault();
     }
-    if (search.error != ZipError::EntryMissing) {
-        failure.error = search.error;
-        return false;
-    }
-    return FitsIn(archive, limits, name, failure);
+    const ZipError error = FitIn(archive, limits, name);
+    return error == ZipError::None ? ZipResult(std::optional<std::size_t>()) : error;
 }
 
 std::optional<std::size_t> SmallestEncrypted(const std::vector<detail::ArchiveEntry>& entries)
@@ -53,7 +48,7 @@ std::optional<std::size_t> SmallestEncrypted(const std::vector<detail::ArchiveEn
 }
 
 // One archive has one password: it must open the entry that is replaced, or else another one.
-bool PasswordFits(const ZipArchive& archive, std::optional<std::size_t> replaced, bool hasPassword, ZipFailure& failure)
+ZipFault CheckPassword(const ZipArchive& archive, std::optional<std::size_t> replaced, bool hasPassword)
 {
     const auto& entries = archive.Entries();
     const bool isOpened = replaced && entries[*replaced].shown.isEncrypted;
@@ -61,10 +56,9 @@ bool PasswordFits(const ZipArchive& archive, std::optional<std::size_t> replaced
     ZipFailure found;
     if (asked && !detail::TestEntry(archive, *asked, found) &&
         (found.error == ZipError::PasswordNeeded || found.error == ZipError::WrongPassword)) {
-        failure.error = found.error;
-        failure.detail = found.detail;
+        return {found.error, found.detail};
     }
-    return !failure; // damage of what is replaced, or is copied as it is, is no hindrance
+    return {}; // damage of what is replaced, or is copied as it is, is no hindrance
 }
 
 // Asked before the work, which may take minutes.
@@ -97,9 +91,14 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
         if (!state.OpenToChange(isThere, failure)) {
             return false;
         }
-        if (isThere && (!FindPlace(*state.archive, state.limits, name.relative, replace, replaced, failure) ||
-                        !PasswordFits(*state.archive, replaced, !state.password.empty(), failure))) {
-            return false;
+        if (isThere) {
+            auto place = FindPlace(*state.archive, state.limits, name.relative, replace);
+            const ZipFault fault =
+                place ? CheckPassword(*state.archive, *place, !state.password.empty()) : place.Fault();
+            if (fault) {
+                return fault.Tell(failure);
+            }
+            replaced = *place;
         }
         auto old = isThere ? state.archive->File() : nullptr;
         state.archive.reset(); // what it has read is about to be replaced

@@ -49,12 +49,12 @@ struct ZipFile::State {
     detail::ZipArchive* Open()
     {
         if (!archive) {
-            ZipFailure opening{ZipError::None, ZipAction::Open, path, {}, {}};
-            archive = detail::ZipArchive::Open(path, password, limits, opening);
-            if (archive) {
+            if (auto opened = detail::ZipArchive::Open(path, password, limits)) {
+                archive = *opened;
                 seen = archive->File()->Version();
             } else {
-                failure = opening;
+                failure = {ZipError::None, ZipAction::Open, path, {}, {}};
+                opened.Fault().Tell(failure);
             }
         }
         return archive.get();
@@ -84,14 +84,20 @@ struct ZipFile::State {
 
     // The entry's index when it is there and may be read. A name that unpacking refuses is refused here too: a caller
     // may make a path of it.
-    bool Find(std::u8string_view name, std::size_t& index)
+    std::optional<std::size_t> Find(std::u8string_view name)
     {
-        if (Open() == nullptr || !archive->Find(name, index, failure)) {
-            return false;
+        if (Open() == nullptr) {
+            return std::nullopt;
         }
-        const detail::ArchiveEntry& entry = archive->Entries()[index];
-        failure.error = detail::CheckEntryName(entry.shown.name).error;
-        return !failure && detail::EntryReader::MayRead(entry, limits, failure);
+        auto found = archive->Find(name);
+        if (!found) {
+            found.Fault().Tell(failure);
+            return std::nullopt;
+        }
+        const detail::ArchiveEntry& entry = archive->Entries()[*found];
+        const ZipError badName = detail::CheckEntryName(entry.shown.name).error;
+        failure.error = badName != ZipError::None ? badName : detail::EntryReader::Judge(entry, limits);
+        return failure ? std::nullopt : std::optional(*found);
     }
 };
 

@@ -78,7 +78,7 @@ bool Close(ArchiveHandle archive, ByteProgress& progress, ZipFailure& failure)
         static_cast<void>(archive.release());
         return true;
     }
-    TranslateError(*zip_get_error(archive.get()), failure);
+    FaultOf(*zip_get_error(archive.get())).Tell(failure);
     // What is written is the archive as a whole, and a host that cancels means all of it.
     const bool isWhole = failure.error == ZipError::Cancelled || failure.error == ZipError::WriteFailed ||
                          failure.error == ZipError::DiskFull || failure.error == ZipError::ArchiveChanged;
@@ -94,17 +94,18 @@ bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteP
     // replaces whatever is there, so it does not matter what that is by now.
     const auto approve = [&] { return progress.Finish(); };
     const auto always = [] { return true; };
-    ArchiveHandle archive = OpenForWriting(nullptr, {target.path, approve, always, target.version}, failure);
-    if (!archive) {
-        return false;
+    auto opened = OpenForWriting(nullptr, {target.path, approve, always, target.version});
+    if (!opened) {
+        return opened.Fault().Tell(failure);
     }
+    ArchiveHandle archive = std::move(*opened);
     if (!progress.Advance(0)) {
         failure.error = ZipError::Cancelled;
         return false;
     }
     for (const PackItem& item : items) {
         if (!Put(archive.get(), std::nullopt, item, target.password, progress)) {
-            TranslateError(*zip_get_error(archive.get()), failure);
+            FaultOf(*zip_get_error(archive.get())).Tell(failure);
             failure.entry = item.name;
             return false;
         }
@@ -120,12 +121,13 @@ bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, s
     // The new archive holds what the old one held: put over another, it would undo what somebody else stored there.
     Placing placing{target.path, {}, {}, target.version};
     placing.isUnchanged = [old, at = target.path] { return old ? old->IsStillAt(at) : !orvcore::Exists(at); };
-    ArchiveHandle archive = OpenForWriting(std::move(old), std::move(placing), failure);
-    if (!archive) {
-        return false;
+    auto opened = OpenForWriting(std::move(old), std::move(placing));
+    if (!opened) {
+        return opened.Fault().Tell(failure);
     }
+    ArchiveHandle archive = std::move(*opened);
     if (!Put(archive.get(), replaced, item, target.password, progress)) {
-        TranslateError(*zip_get_error(archive.get()), failure);
+        FaultOf(*zip_get_error(archive.get())).Tell(failure);
         return false;
     }
     return Close(std::move(archive), progress, failure);

@@ -12,27 +12,23 @@ using orvcore::detail::NativeFile;
 
 } // namespace
 
-std::shared_ptr<ArchiveFile> ArchiveFile::Open(const std::filesystem::path& path, ZipFailure& failure)
+ZipResult<std::shared_ptr<ArchiveFile>> ArchiveFile::Open(const std::filesystem::path& path)
 {
     auto archive = std::make_shared<ArchiveFile>();
     std::error_code error;
     archive->file_ = NativeFile::Open(path, NativeFile::Mode::Read, error);
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) {
+        return ZipError::FileMissing;
+    }
     if (error) {
-        failure.error = error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory
-                            ? ZipError::FileMissing
-                            : ZipError::CannotOpen;
-    } else {
-        archive->version_ = archive->file_.Version(error);
-        archive->size_ = archive->version_.size;
-        if (!error && archive->ReadTail(archive->size_ - std::min(archive->size_, kTailSize), error)) {
-            return archive;
-        }
-        failure.error = ZipError::ReadFailed;
+        return ZipFault{ZipError::CannotOpen, error.message()};
     }
-    if (failure.error != ZipError::FileMissing) {
-        failure.detail = error.message();
+    archive->version_ = archive->file_.Version(error);
+    archive->size_ = archive->version_.size;
+    if (error || !archive->ReadTail(archive->size_ - std::min(archive->size_, kTailSize), error)) {
+        return ZipFault{ZipError::ReadFailed, error.message()};
     }
-    return nullptr;
+    return archive;
 }
 
 bool ArchiveFile::ReadTail(std::uint64_t offset, std::error_code& error)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <orvcore/files/shared/NativeFile.h>
-#include <orvstorage/ZipFailure.h>
+#include <orvstorage/detail/ZipResult.h>
 
 #include <memory>
 #include <span>
@@ -16,8 +16,7 @@ public:
     /// The most bytes of an end record with those of zip64, without its comment.
     static constexpr std::size_t kLongestEnd = 56 + 20 + 22;
 
-    /// Null, with the reason in `failure`, when the file cannot be opened.
-    static std::shared_ptr<ArchiveFile> Open(const std::filesystem::path& path, ZipFailure& failure);
+    static ZipResult<std::shared_ptr<ArchiveFile>> Open(const std::filesystem::path& path);
 
     std::uint64_t Size() const noexcept
     {

@@ -178,7 +178,7 @@ zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t comma
     }
 }
 
-ArchiveHandle Open(std::unique_ptr<Source> source, int flags, ZipFailure& failure)
+ZipResult<ArchiveHandle> Open(std::unique_ptr<Source> source, int flags)
 {
     zip_error_t error;
     zip_error_init(&error);
@@ -191,24 +191,22 @@ ArchiveHandle Open(std::unique_ptr<Source> source, int flags, ZipFailure& failur
             zip_source_free(zipSource);
         }
     }
-    if (!handle) {
-        TranslateError(error, failure);
-    }
+    ZipResult<ArchiveHandle> result = handle ? ZipResult(std::move(handle)) : FaultOf(error);
     zip_error_fini(&error);
-    return handle;
+    return result;
 }
 
 } // namespace
 
-ArchiveHandle OpenForReading(const std::shared_ptr<const ArchiveFile>& file, ZipFailure& failure)
+ZipResult<ArchiveHandle> OpenForReading(const std::shared_ptr<const ArchiveFile>& file)
 {
-    return Open(std::make_unique<Source>(file, std::nullopt), ZIP_RDONLY, failure);
+    return Open(std::make_unique<Source>(file, std::nullopt), ZIP_RDONLY);
 }
 
-ArchiveHandle OpenForWriting(std::shared_ptr<const ArchiveFile> old, Placing placing, ZipFailure& failure)
+ZipResult<ArchiveHandle> OpenForWriting(std::shared_ptr<const ArchiveFile> old, Placing placing)
 {
     const int flags = old ? 0 : ZIP_CREATE;
-    return Open(std::make_unique<Source>(std::move(old), std::move(placing)), flags, failure);
+    return Open(std::make_unique<Source>(std::move(old), std::move(placing)), flags);
 }
 
 } // namespace orvstorage::detail

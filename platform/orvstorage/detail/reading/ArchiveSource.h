@@ -10,7 +10,7 @@ namespace orvstorage::detail {
 
 /// Opens the zip library's handle on a file of ours for reading. Several handles may share one file, each used by
 /// one thread.
-ArchiveHandle OpenForReading(const std::shared_ptr<const ArchiveFile>& file, ZipFailure& failure);
+ZipResult<ArchiveHandle> OpenForReading(const std::shared_ptr<const ArchiveFile>& file);
 
 /// How a new archive takes its place.
 struct Placing {
@@ -25,6 +25,6 @@ struct Placing {
 
 /// Opens a handle whose changes, when it is closed, make a new file that takes its place in one step. `old` is the
 /// archive to start from, or null to start from nothing.
-ArchiveHandle OpenForWriting(std::shared_ptr<const ArchiveFile> old, Placing placing, ZipFailure& failure);
+ZipResult<ArchiveHandle> OpenForWriting(std::shared_ptr<const ArchiveFile> old, Placing placing);
 
 } // namespace orvstorage::detail

@@ -45,7 +45,7 @@ void DropUTF8Flag(unsigned char* entry)
 }
 
 // @param entry where `cursor` is
-bool ReadRecord(ByteCursor& cursor, unsigned char* entry, DirectoryRecord& record, ZipFailure& failure)
+ZipError ReadRecord(ByteCursor& cursor, unsigned char* entry, DirectoryRecord& record)
 {
     const bool signature = cursor.Take32() == kEntrySignature;
     record.system = static_cast<std::uint8_t>(cursor.Take16() >> 8);
@@ -66,18 +66,20 @@ bool ReadRecord(ByteCursor& cursor, unsigned char* entry, DirectoryRecord& recor
     const auto extra = cursor.TakeBytes(extraLength);
     const std::string_view comment = AsText(cursor.TakeBytes(commentLength));
     if (!signature || cursor.Failed()) {
-        failure.error = ZipError::Inconsistent;
-    } else if (!TakeZip64Values(extra, record)) {
-        failure.error = ZipError::Zip64FieldMissing;
-    } else if ((record.flags & kUTF8Flag) != 0 && !orvcore::IsWellFormedUTF8(record.name)) {
-        failure.error = ZipError::BadEncoding;
+        return ZipError::Inconsistent;
+    }
+    if (!TakeZip64Values(extra, record)) {
+        return ZipError::Zip64FieldMissing;
+    }
+    if ((record.flags & kUTF8Flag) != 0 && !orvcore::IsWellFormedUTF8(record.name)) {
+        return ZipError::BadEncoding;
     }
     record.nameHasControls = HasControls(record.name);
-    if (!failure && (record.flags & kUTF8Flag) != 0 &&
+    if ((record.flags & kUTF8Flag) != 0 &&
         (record.nameHasControls || HasControls(comment) || !orvcore::IsWellFormedUTF8(comment))) {
         DropUTF8Flag(entry);
     }
-    return !failure;
+    return ZipError::None;
 }
 
 std::uint64_t LeastEnd(const DirectoryRecord& record)
@@ -119,43 +121,46 @@ void MarkForeignData(std::vector<DirectoryRecord>& records, std::uint64_t direct
 }
 
 // Reads the records one after the other. Some writers store their number modulo 65536, so the directory's bytes decide.
-bool ReadRecords(std::span<unsigned char> bytes, const DirectoryExtent& extent, const ZipLimits& limits,
-                 std::vector<DirectoryRecord>& records, ZipFailure& failure)
+ZipResult<std::vector<DirectoryRecord>> ReadRecords(std::span<unsigned char> bytes, const DirectoryExtent& extent,
+                                                    const ZipLimits& limits)
 {
     ByteCursor cursor(bytes);
+    std::vector<DirectoryRecord> records;
     records.reserve(std::min<std::size_t>(extent.entries, bytes.size() / kEntrySize));
     while (cursor.Left() >= kEntrySize && records.size() <= limits.maxEntries) {
         unsigned char* entry = bytes.data() + (bytes.size() - cursor.Left());
-        if (!ReadRecord(cursor, entry, records.emplace_back(), failure)) {
-            return false;
+        if (const ZipError error = ReadRecord(cursor, entry, records.emplace_back()); error != ZipError::None) {
+            return error;
         }
     }
     if (records.size() > limits.maxEntries) {
-        failure.error = ZipError::TooManyEntries;
-    } else if (cursor.Left() > 0 || (records.size() & 0xffff) != (extent.entries & 0xffff)) {
-        failure.error = ZipError::Inconsistent;
+        return ZipError::TooManyEntries;
     }
-    return !failure;
+    if (cursor.Left() > 0 || (records.size() & 0xffff) != (extent.entries & 0xffff)) {
+        return ZipError::Inconsistent;
+    }
+    return records;
 }
 
 } // namespace
 
-bool ReadCentralDirectory(ArchiveFile& file, const ZipLimits& limits, std::vector<DirectoryRecord>& records,
-                          ZipFailure& failure)
+ZipResult<std::vector<DirectoryRecord>> ReadCentralDirectory(ArchiveFile& file, const ZipLimits& limits)
 {
     DirectoryExtent extent = LocateDirectory(file, limits);
-    failure.error = extent.error;
+    if (extent.error != ZipError::None) {
+        return extent.error;
+    }
     std::span<unsigned char> bytes;
-    if (!failure && !file.Keep(extent.offset, bytes)) {
-        failure.error = ZipError::ReadFailed;
+    if (!file.Keep(extent.offset, bytes)) {
+        return ZipError::ReadFailed;
     }
-    if (failure || !ReadRecords(bytes.first(extent.size), extent, limits, records, failure)) {
-        return false;
+    auto records = ReadRecords(bytes.first(extent.size), extent, limits);
+    if (records) {
+        MarkForeignData(*records, extent.offset);
+        extent.entries = (*records).size();
+        file.ReplaceEnd(extent.offset + extent.size, MakeEnd(extent));
     }
-    MarkForeignData(records, extent.offset);
-    extent.entries = records.size();
-    file.ReplaceEnd(extent.offset + extent.size, MakeEnd(extent));
-    return true;
+    return records;
 }
 
 } // namespace orvstorage::detail

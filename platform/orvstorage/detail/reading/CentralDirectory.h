@@ -29,8 +29,6 @@ struct DirectoryRecord {
 /// others or lie outside the file are marked. Done before the zip library sees the file, which then shows it this very
 /// directory, whatever else the file's end could be taken for, and without what would make the library refuse the
 /// whole for the sake of one entry.
-/// @return false with `failure.error` set when the archive as a whole is refused.
-bool ReadCentralDirectory(ArchiveFile& file, const ZipLimits& limits, std::vector<DirectoryRecord>& records,
-                          ZipFailure& failure);
+ZipResult<std::vector<DirectoryRecord>> ReadCentralDirectory(ArchiveFile& file, const ZipLimits& limits);
 
 } // namespace orvstorage::detail

@@ -9,13 +9,11 @@ namespace orvstorage::detail {
 namespace {
 
 // With such a password the content comes out as noise, and what is wrong with noise is no news.
-void NamePassword(ZipFailure& failure)
+ZipFault NamePassword(const ZipFault& fault)
 {
-    if (failure.error == ZipError::DataCorrupt || failure.error == ZipError::ChecksumMismatch ||
-        failure.error == ZipError::SizeMismatch) {
-        failure.error = ZipError::WrongPassword;
-        failure.detail = "or its content is damaged";
-    }
+    const bool isNoise = fault.error == ZipError::DataCorrupt || fault.error == ZipError::ChecksumMismatch ||
+                         fault.error == ZipError::SizeMismatch;
+    return isNoise ? ZipFault{ZipError::WrongPassword, "or its content is damaged"} : fault;
 }
 
 } // namespace
@@ -25,61 +23,58 @@ bool IsBeyondRatio(std::uint64_t size, std::uint64_t compressedSize, const ZipLi
     return size >= limits.ratioFloor && size / std::max<std::uint64_t>(compressedSize, 1) > limits.maxRatio;
 }
 
-bool EntryReader::MayRead(const ArchiveEntry& entry, const ZipLimits& limits, ZipFailure& failure)
+ZipError EntryReader::Judge(const ArchiveEntry& entry, const ZipLimits& limits)
 {
     const std::uint64_t size = entry.shown.size;
     if (entry.kind == EntryKind::SymbolicLink || entry.kind == EntryKind::Special) {
-        failure.error = entry.kind == EntryKind::Special ? ZipError::SpecialFile : ZipError::SymbolicLink;
-    } else if (entry.record.dataError != ZipError::None) {
-        failure.error = entry.record.dataError;
-    } else if (size > limits.maxEntrySize) {
-        failure.error = ZipError::EntryTooLarge;
-    } else if (IsBeyondRatio(size, entry.shown.compressedSize, limits)) {
-        failure.error = ZipError::RatioTooHigh;
+        return entry.kind == EntryKind::Special ? ZipError::SpecialFile : ZipError::SymbolicLink;
     }
-    return !failure;
+    if (entry.record.dataError != ZipError::None) {
+        return entry.record.dataError;
+    }
+    if (size > limits.maxEntrySize) {
+        return ZipError::EntryTooLarge;
+    }
+    return IsBeyondRatio(size, entry.shown.compressedSize, limits) ? ZipError::RatioTooHigh : ZipError::None;
 }
 
-EntryReader::EntryReader(zip_t* handle, std::uint64_t index, const ArchiveEntry& entry, ZipFailure& failure)
-    : declared_(entry.shown.size)
-    , hasWeakPassword_(entry.hasWeakPassword)
+ZipResult<EntryReader> EntryReader::Open(zip_t* handle, std::uint64_t index, const ArchiveEntry& entry)
 {
-    failure.error = CheckLocalHeader(*entry.file, entry.record);
+    if (const ZipError error = CheckLocalHeader(*entry.file, entry.record); error != ZipError::None) {
+        return error;
+    }
     // Of an entry without data the zip library asks nothing.
-    if (!failure && entry.shown.compressedSize == 0 && declared_ == 0 && entry.record.crc != 0) {
-        failure.error = ZipError::ChecksumMismatch;
+    if (entry.shown.compressedSize == 0 && entry.shown.size == 0 && entry.record.crc != 0) {
+        return ZipError::ChecksumMismatch;
     }
-    if (failure) {
-        return;
-    }
-    handle_.reset(zip_fopen_index(handle, index, 0));
-    if (!handle_) {
-        TranslateError(*zip_get_error(handle), failure);
-    }
+    EntryHandle opened(zip_fopen_index(handle, index, 0));
+    return opened ? ZipResult(EntryReader(std::move(opened), entry)) : FaultOf(*zip_get_error(handle));
 }
 
-std::size_t EntryReader::Read(void* data, std::size_t size, ZipFailure& failure)
+ZipResult<std::size_t> EntryReader::Read(void* data, std::size_t size)
+{
+    auto filled = ReadPlain(data, size);
+    return filled || !hasWeakPassword_ ? filled : NamePassword(filled.Fault());
+}
+
+ZipResult<std::size_t> EntryReader::ReadPlain(void* data, std::size_t size)
 {
     std::size_t filled = 0;
     while (filled < size) {
         const zip_int64_t got = zip_fread(handle_.get(), static_cast<char*>(data) + filled, size - filled);
         if (got < 0) {
-            TranslateError(*zip_file_get_error(handle_.get()), failure);
+            const ZipFault fault = FaultOf(*zip_file_get_error(handle_.get()));
             // The directory agreed with itself; it is the content that has another length.
-            failure.error = failure.error == ZipError::Inconsistent ? ZipError::SizeMismatch : failure.error;
-            break;
+            return fault.error == ZipError::Inconsistent ? ZipFault{ZipError::SizeMismatch} : fault;
         }
         filled += static_cast<std::size_t>(got);
         done_ += static_cast<std::uint64_t>(got);
         if (done_ > declared_ || (got == 0 && done_ != declared_)) {
-            failure.error = ZipError::SizeMismatch;
+            return ZipError::SizeMismatch;
         }
-        if (got == 0 || failure) {
+        if (got == 0) {
             break;
         }
-    }
-    if (hasWeakPassword_) {
-        NamePassword(failure);
     }
     return filled;
 }

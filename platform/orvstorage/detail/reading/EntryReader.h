@@ -15,43 +15,57 @@ bool IsBeyondRatio(std::uint64_t size, std::uint64_t compressedSize, const ZipLi
 /// the entry declares, its checksum at the end. Memory does not depend on the entry's size.
 class EntryReader {
 public:
-    /// Looks at what the directory says of the entry; False when that alone refuses it.
-    static bool MayRead(const ArchiveEntry& entry, const ZipLimits& limits, ZipFailure& failure);
+    /// Why what the directory says of the entry alone refuses it; None when it may be read.
+    static ZipError Judge(const ArchiveEntry& entry, const ZipLimits& limits);
 
     /// @param handle the calling thread's handle on the archive of `entry`
-    EntryReader(zip_t* handle, std::uint64_t index, const ArchiveEntry& entry, ZipFailure& failure);
+    static ZipResult<EntryReader> Open(zip_t* handle, std::uint64_t index, const ArchiveEntry& entry);
 
-    /// Fills `data`; fewer bytes than `size` mean the end, reached in good order, or a failure, told in `failure`.
-    std::size_t Read(void* data, std::size_t size, ZipFailure& failure);
+    /// Fills `data`; fewer bytes than `size` are the end, reached in good order.
+    ZipResult<std::size_t> Read(void* data, std::size_t size);
 
     /// Reads everything into memory, which grows with what is really there.
     /// @param content a vector or string of bytes
     template <class Container>
-    bool ReadAll(Container& content, ZipFailure& failure)
+    ZipFault ReadAll(Container& content)
     {
         content.resize(std::min(declared_, kTrustedSize));
         std::size_t done = 0;
         for (;;) {
-            done += Read(content.data() + done, content.size() - done, failure);
-            if (failure || done < content.size() || done >= declared_) {
+            auto got = Read(content.data() + done, content.size() - done);
+            if (!got) {
+                return got.Fault();
+            }
+            done += *got;
+            if (done < content.size() || done >= declared_) {
                 break;
             }
             content.resize(std::min(declared_, std::uint64_t{content.size()} * 2));
         }
         char beyond = 0;
-        if (!failure && done == content.size()) {
-            Read(&beyond, 1, failure); // the checksum is compared at the end of the data
+        if (done == content.size()) {
+            if (auto end = Read(&beyond, 1); !end) { // the checksum is compared at the end of the data
+                return end.Fault();
+            }
         }
         content.resize(done);
-        return !failure;
+        return {};
     }
 
 private:
+    EntryReader(EntryHandle handle, const ArchiveEntry& entry)
+        : handle_(std::move(handle))
+        , declared_(entry.shown.size)
+        , hasWeakPassword_(entry.hasWeakPassword)
+    {
+    }
+    ZipResult<std::size_t> ReadPlain(void* data, std::size_t size);
+
     static constexpr std::uint64_t kTrustedSize = std::uint64_t{4} << 20; // given on the directory's word alone
 
     EntryHandle handle_;
-    const std::uint64_t declared_;
-    const bool hasWeakPassword_;
+    std::uint64_t declared_;
+    bool hasWeakPassword_;
     std::uint64_t done_ = 0;
 };
 

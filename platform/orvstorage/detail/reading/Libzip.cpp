@@ -52,18 +52,19 @@ ZipError ErrorOf(int code)
 
 } // namespace
 
-void TranslateError(zip_error_t& error, ZipFailure& failure)
+ZipFault FaultOf(zip_error_t& error)
 {
-    failure.error = ErrorOf(zip_error_code_zip(&error));
+    ZipFault fault{ErrorOf(zip_error_code_zip(&error))};
     if (zip_error_system_type(&error) == ZIP_ET_SYS && zip_error_code_system(&error) != 0) {
         const std::error_code reason(zip_error_code_system(&error), std::generic_category());
-        failure.detail = reason.message();
-        if (failure.error == ZipError::WriteFailed) {
-            TranslateWriteError(reason, failure);
+        if (fault.error == ZipError::WriteFailed) {
+            return WriteFault(reason);
         }
-    } else if (failure.error == ZipError::ReadFailed) {
-        failure.detail = zip_error_strerror(&error);
+        fault.detail = reason.message();
+    } else if (fault.error == ZipError::ReadFailed) {
+        fault.detail = zip_error_strerror(&error);
     }
+    return fault;
 }
 
 } // namespace orvstorage::detail

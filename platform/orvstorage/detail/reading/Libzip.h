@@ -1,6 +1,6 @@
 #pragma once
 
-#include <orvstorage/ZipFailure.h>
+#include <orvstorage/detail/ZipResult.h>
 
 #include <zip.h>
 
@@ -42,7 +42,7 @@ zip_int64_t CallSource(void* source, void* data, zip_uint64_t length, zip_source
     }
 }
 
-/// Puts the zip library's words about a failure into ours.
-void TranslateError(zip_error_t& error, ZipFailure& failure);
+/// The zip library's words about a failure, in ours.
+ZipFault FaultOf(zip_error_t& error);
 
 } // namespace orvstorage::detail

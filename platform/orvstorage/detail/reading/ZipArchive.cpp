@@ -69,26 +69,36 @@ bool IsSupported(std::uint16_t method)
 
 } // namespace
 
-std::shared_ptr<ZipArchive> ZipArchive::Open(const std::filesystem::path& path, const std::string& password,
-                                             const ZipLimits& limits, ZipFailure& failure)
+ZipResult<std::shared_ptr<ZipArchive>> ZipArchive::Open(const std::filesystem::path& path, const std::string& password,
+                                                        const ZipLimits& limits)
 {
-    auto archive = std::make_shared<ZipArchive>();
-    std::vector<DirectoryRecord> records;
-    const std::shared_ptr<ArchiveFile> file = ArchiveFile::Open(path, failure);
-    if (!file || !ReadCentralDirectory(*file, limits, records, failure)) {
-        return nullptr;
+    auto file = ArchiveFile::Open(path);
+    if (!file) {
+        return file.Fault();
     }
-    archive->file_ = file;
+    auto records = ReadCentralDirectory(**file, limits);
+    if (!records) {
+        return records.Fault();
+    }
+    auto archive = std::make_shared<ZipArchive>();
+    archive->file_ = *file;
     archive->password_ = password;
-    archive->handle_ = archive->NewHandle(failure);
-    return archive->handle_ && archive->ReadEntries(records, failure) ? archive : nullptr;
+    auto handle = archive->NewHandle();
+    if (!handle) {
+        return handle.Fault();
+    }
+    archive->handle_ = std::move(*handle);
+    if (!archive->ReadEntries(*records)) {
+        return ZipError::Inconsistent;
+    }
+    return archive;
 }
 
-ArchiveHandle ZipArchive::NewHandle(ZipFailure& failure) const
+ZipResult<ArchiveHandle> ZipArchive::NewHandle() const
 {
-    ArchiveHandle handle = OpenForReading(file_, failure);
+    auto handle = OpenForReading(file_);
     if (handle && !password_.empty()) {
-        zip_set_default_password(handle.get(), password_.c_str());
+        zip_set_default_password((*handle).get(), password_.c_str());
     }
     return handle;
 }
@@ -112,7 +122,7 @@ ArchiveEntry ZipArchive::MakeEntry(const DirectoryRecord& record, const zip_stat
 }
 
 // Two readers of one directory must agree, or what was judged would not be what is read.
-bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records, ZipFailure& failure)
+bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records)
 {
     const zip_int64_t count = zip_get_num_entries(handle_.get(), 0);
     bool agreed = count >= 0 && static_cast<std::uint64_t>(count) == records.size();
@@ -127,21 +137,20 @@ bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records, ZipFai
             entries_.push_back(MakeEntry(record, stat));
         }
     }
-    failure.error = agreed ? failure.error : ZipError::Inconsistent;
     return agreed;
 }
 
-bool ZipArchive::Find(std::u8string_view name, std::size_t& index, ZipFailure& failure) const
+ZipResult<std::size_t> ZipArchive::Find(std::u8string_view name) const
 {
     const auto hasName = [name](const ArchiveEntry& entry) { return entry.shown.name == name; };
     const auto found = std::find_if(entries_.begin(), entries_.end(), hasName);
     if (found == entries_.end()) {
-        failure.error = ZipError::EntryMissing;
-    } else if (std::find_if(found + 1, entries_.end(), hasName) != entries_.end()) {
-        failure.error = ZipError::DuplicateName;
+        return ZipError::EntryMissing;
     }
-    index = static_cast<std::size_t>(found - entries_.begin());
-    return !failure;
+    if (std::find_if(found + 1, entries_.end(), hasName) != entries_.end()) {
+        return ZipError::DuplicateName;
+    }
+    return static_cast<std::size_t>(found - entries_.begin());
 }
 
 } // namespace orvstorage::detail

@@ -23,9 +23,9 @@ struct ArchiveEntry {
 /// takes a handle of its own on the same file.
 class ZipArchive {
 public:
-    /// Null, with the reason in `failure`, when the archive as a whole cannot be read.
-    static std::shared_ptr<ZipArchive> Open(const std::filesystem::path& path, const std::string& password,
-                                            const ZipLimits& limits, ZipFailure& failure);
+    /// Fails when the archive as a whole cannot be read.
+    static ZipResult<std::shared_ptr<ZipArchive>> Open(const std::filesystem::path& path, const std::string& password,
+                                                       const ZipLimits& limits);
 
     const std::vector<ArchiveEntry>& Entries() const
     {
@@ -40,14 +40,13 @@ public:
         return handle_.get();
     }
     /// Another handle on the same file, for another thread.
-    ArchiveHandle NewHandle(ZipFailure& failure) const;
+    ZipResult<ArchiveHandle> NewHandle() const;
 
-    /// The index of the one entry of exactly this name. False, with the reason, when there is none or there are
-    /// several.
-    bool Find(std::u8string_view name, std::size_t& index, ZipFailure& failure) const;
+    /// The index of the one entry of exactly this name. Fails when there is none or there are several.
+    ZipResult<std::size_t> Find(std::u8string_view name) const;
 
 private:
-    bool ReadEntries(const std::vector<DirectoryRecord>& records, ZipFailure& failure);
+    bool ReadEntries(const std::vector<DirectoryRecord>& records);
     ArchiveEntry MakeEntry(const DirectoryRecord& record, const zip_stat_t& stat) const;
 
     std::shared_ptr<const ArchiveFile> file_;

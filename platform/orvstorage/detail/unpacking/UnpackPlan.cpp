@@ -64,15 +64,15 @@ private:
         return !failure;
     }
 
-    ZipError Judge(std::size_t index, ZipFailure& failure)
+    ZipError Judge(std::size_t index)
     {
         const ArchiveEntry& entry = archive_.Entries()[index];
         const EntryName& name = names_[index];
         if (name.error != ZipError::None) {
             return name.error;
         }
-        if (!EntryReader::MayRead(entry, limits_, failure)) {
-            return failure.error;
+        if (const ZipError error = EntryReader::Judge(entry, limits_); error != ZipError::None) {
+            return error;
         }
         if (entry.kind == EntryKind::File && IsRepeated(counts_, name.relative)) {
             return ZipError::DuplicateName;
@@ -88,7 +88,7 @@ private:
         }
         ZipFailure refusal = failure;
         refusal.entry = entry.shown.name;
-        refusal.error = Judge(index, refusal);
+        refusal.error = Judge(index);
         // Never overflows: each part is within the entry limit, and it ends at the total's.
         plan_.totalSize += entry.kind == EntryKind::File && !refusal ? entry.shown.size : 0;
         if (IsLimit(refusal.error) || plan_.totalSize > limits_.maxTotalSize) {

@@ -23,20 +23,28 @@ constexpr std::uint64_t kMostHeld = std::uint64_t{1} << 20;
 constexpr std::uint64_t kWorthThreads = std::uint64_t{4} << 20;
 constexpr std::size_t kMostThreads = 8; // more would only wait for the disk
 
-// Hands an entry's content to `write` piece by piece; its false means that `failure` is set.
+// Hands an entry's content to `write` piece by piece, until that returns false. False, too, with the reason in
+// `failure`, when it cannot be read.
 template <class Write>
 bool StreamEntry(zip_t* handle, const ArchiveEntry& entry, std::size_t index, std::vector<char>& piece,
                  ZipFailure& failure, const Write& write)
 {
-    EntryReader reader(handle, index, entry, failure);
-    std::size_t got = 0;
-    do {
-        got = failure ? 0 : reader.Read(piece.data(), piece.size(), failure);
-        if (failure || !write(piece.data(), got)) {
+    auto reader = EntryReader::Open(handle, index, entry);
+    if (!reader) {
+        return reader.Fault().Tell(failure);
+    }
+    for (;;) {
+        auto got = (*reader).Read(piece.data(), piece.size());
+        if (!got) {
+            return got.Fault().Tell(failure);
+        }
+        if (!write(piece.data(), *got)) {
             return false;
         }
-    } while (got == piece.size());
-    return true;
+        if (*got < piece.size()) {
+            return true;
+        }
+    }
 }
 
 // A host that cancels means the whole call.
@@ -74,11 +82,11 @@ public:
         } else {
             // Each piece takes files until none is left, so it does not matter how many really run at one time.
             const auto piece = [this](std::size_t, std::size_t) {
-                ZipFailure opening = blank_;
-                const ArchiveHandle handle = archive_.NewHandle(opening);
-                if (handle) {
-                    Work(handle.get());
+                if (auto handle = archive_.NewHandle()) {
+                    Work((*handle).get());
                 } else {
+                    ZipFailure opening = blank_;
+                    handle.Fault().Tell(opening);
                     Report(0, opening);
                 }
             };
