@@ -13,8 +13,7 @@ namespace orvcore::serialization {
 
 namespace {
 
-// What a byte needs inside a JSON string: 0 nothing, 'u' the \u00XX form, 8 a look at its UTF-8 sequence, else the
-// letter after the back-slash.
+// What a byte needs inside a JSON string: 0 nothing, 'u' the \u00XX form, else the letter after the back-slash.
 constexpr std::array<char8_t, 256> kEscapes = [] {
     std::array<char8_t, 256> table{};
     for (std::size_t i = 0; i < 0x20; ++i) {
@@ -167,28 +166,20 @@ void JSONTextWriter::Key(std::string_view key)
 {
     BeforeValue();
     Quote(key);
+    Put(u8':');
     AfterKey(key);
 }
 
 void JSONTextWriter::PlainKey(std::string_view key)
 {
     BeforeValue();
-    char8_t* const to = Reserve(key.size() + 2);
+    char8_t* const to = Reserve(key.size() + 3);
     to[0] = u8'"';
     std::memcpy(to + 1, key.data(), key.size());
     to[key.size() + 1] = u8'"';
-    size_ += key.size() + 2;
+    to[key.size() + 2] = u8':';
+    size_ += key.size() + 3;
     AfterKey(key);
-}
-
-void JSONTextWriter::AfterKey(std::string_view key)
-{
-    lastKey_ = key;
-    Put(u8':');
-    if (formatted_) {
-        Put(u8' ');
-    }
-    afterKey_ = true;
 }
 
 void JSONTextWriter::Null()
@@ -281,6 +272,7 @@ void JSONTextWriter::String(std::u16string_view text)
 
 void JSONTextWriter::Raw(std::string_view json)
 {
+    // A value that is fine by itself may lie too deep here, and no reader would take the whole text then.
     if (depth_ + DeepestValue(detail::ReadRaw(json, lastKey_).Root()) > kMaxJSONDepth) {
         throw json_write_exception("a value" + detail::UnderKey(lastKey_) + " is nested too deep");
     }
@@ -291,7 +283,8 @@ void JSONTextWriter::Raw(std::string_view json)
 std::unique_ptr<JSONSink> JSONTextWriter::NewPart() const
 {
     auto part = std::make_unique<JSONTextWriter>();
-    part->depth_ = depth_ - 1; // the part's own array stands for the one that is open
+    // The part's own array stands for the one that is open, so that depth checks and messages are the same in it.
+    part->depth_ = depth_ - 1;
     part->lastKey_ = lastKey_;
     return part;
 }
@@ -300,7 +293,7 @@ void JSONTextWriter::AddPart(JSONSink& part)
 {
     const auto& written = dynamic_cast<const JSONTextWriter&>(part);
     const std::string_view array = AsNarrow({written.text_.data(), written.size_});
-    if (array.size() > 2) {
+    if (array.size() > 2) { // the elements stand between the part's own brackets
         BeforeValue();
         Put(array.substr(1, array.size() - 2));
     }

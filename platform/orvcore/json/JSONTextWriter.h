@@ -60,7 +60,14 @@ private:
     void Begin(char8_t bracket);
     void End(char8_t bracket);
     void NewLine();
-    void AfterKey(std::string_view key);
+    void AfterKey(std::string_view key)
+    {
+        lastKey_ = key;
+        afterKey_ = true;
+        if (formatted_) {
+            Put(u8' ');
+        }
+    }
     void Quote(std::string_view text);
     template <class Number>
     void PutNumber(Number value);
@@ -81,8 +88,8 @@ private:
     }
     void Put(std::string_view bytes);
 
-    // The text is its first `size_` bytes; the rest is room. Appending byte by byte through the string's own calls
-    // would take a third more time.
+    // The text is the first `size_` bytes, the rest is room: appending each piece through the string's own calls takes
+    // half as long again.
     UTF8String text_;
     std::size_t size_ = 0;
     std::size_t depth_ = 0;

@@ -99,7 +99,7 @@ void JSONDocumentBuilder::Tape::ReadInto(JSONDocumentBuilder& builder, JSONNode&
 
 void JSONDocumentBuilder::Fill(JSONNode& root, const simdjson::dom::document& document)
 {
-    Tape(document).ReadInto(*this, root, {});
+    Tape(document).ReadInto(*this, root, {}); // recurses as deep as the parser let the text nest: kMaxJSONDepth
 }
 
 bool JSONDocumentBuilder::FillScalar(JSONNode& node, std::string_view key, const Variant& tree)

@@ -182,6 +182,8 @@ void WriteElements(JSONSink& sink, std::size_t count, const WriteElement& write)
             write(sink, i);
         }
     } else {
+        // Each part is a sink of its own, filled by one worker; they are joined in list order, so the text is the same
+        // as without workers.
         std::vector<std::unique_ptr<JSONSink>> parts((count + kParallelGrain - 1) / kParallelGrain);
         ParallelFor(parts.size(), 1, [&](std::size_t begin, std::size_t end) {
             for (std::size_t part = begin; part < end; ++part) {
@@ -213,6 +215,8 @@ bool ReadElements(std::size_t count, const ReadElement& read)
         }
         return true;
     }
+    // Every element is a separate object that one call fills; only the verdict is shared. An exception of a call ends
+    // the loop and comes out of ParallelFor.
     std::atomic<bool> usable = true;
     ParallelFor(count, kParallelGrain, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end && usable.load(std::memory_order_relaxed); ++i) {

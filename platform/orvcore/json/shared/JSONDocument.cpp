@@ -23,6 +23,7 @@ struct JSONDocument::Storage {
 
     simdjson::error_code Parse(std::string_view text)
     {
+        // The parser's index of the text is larger than the text itself: it goes before the record is read.
         simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
         // simdjson counts the document itself as one level.
         if (const auto error = parser.allocate(text.size(), kMaxJSONDepth + 1); error != simdjson::SUCCESS) {
@@ -66,7 +67,8 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
     auto storage = std::make_unique<Storage>();
     simdjson::error_code error = storage->Parse(json);
     if (error != simdjson::SUCCESS) {
-        // Integers beyond 64 bits make the parser give up; as doubles they are numbers like others.
+        // Integers beyond 64 bits make the parser give up; as doubles they are numbers like others. Such texts are
+        // rare, so only one that was refused is looked through for them.
         if (const std::string again = detail::WithBigIntegersAsDoubles(json); !again.empty()) {
             error = storage->Parse(again);
         }

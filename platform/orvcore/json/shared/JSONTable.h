@@ -136,7 +136,9 @@ struct KeyOrder {
     std::array<std::size_t, N> rows{};      // ascending place to row of the table
     std::array<std::size_t, N> places{};    // and back
 
-    // The row of `key`, or N. `last` is the row found before, or N: documents come in one of the two orders.
+    // The row of `key`, or N. `last` is the row found before, or N. Documents have their keys in one of the two orders
+    // (this library writes ascending ones, people follow the format's description), so the next key of either order is
+    // nearly always the one; the search is for the rest.
     std::size_t Find(std::string_view key, std::size_t last) const
     {
         const std::size_t nextPlace = last < N ? places[last] + 1 : 0;
@@ -180,6 +182,8 @@ struct TableWalker {
 
     static void Read(const JSONNode& object, Record& record, UnknownKeys* unknown)
     {
+        // Rows are read in the table's order, whatever the document's: it settles which of an older and a newer key for
+        // the same member wins. Of a repeated key the last value stays in `found`.
         std::array<const JSONNode*, kCount> found{};
         std::size_t last = kCount;
         for (const JSONNode& child : object.Children()) {
@@ -243,6 +247,7 @@ private:
     static void WriteRow(const Row& row, JSONSink& sink, const Record& record, UnknownKeys::const_iterator& next,
                          UnknownKeys::const_iterator end)
     {
+        // Both lists ascend, so merging them keeps the text in byte order.
         for (; next != end && next->first < row.key; ++next) {
             WriteUnknown(sink, *next);
         }
