@@ -8,6 +8,8 @@
 #include <sources/LocalGraphicsSource.h>
 
 #include <orvcore/files/Files.h>
+#include <orvcore/files/TemporaryFolder.h>
+#include <orvcore/files/WalkTree.h>
 #include <orvcore/host/DebugSettings.h>
 
 #include <algorithm>
@@ -73,10 +75,13 @@ void SetStore(std::int64_t milliseconds)
 // A new time makes each package a new one, whose previews nobody has extracted.
 void TouchAll(const fs::path& folder)
 {
-    orvcore::WalkFiles(folder, [](const fs::path& file) {
-        fs::last_write_time(file, fs::last_write_time(file) + std::chrono::seconds(1));
-        return true;
-    });
+    const auto touch = [](const fs::path& path, orvcore::FileKind kind) {
+        if (kind == orvcore::FileKind::File) {
+            fs::last_write_time(path, fs::last_write_time(path) + std::chrono::seconds(1));
+        }
+        return orvcore::WalkNext::GoOn;
+    };
+    orvcore::WalkTree(folder, {touch});
 }
 
 // Rounds alternate, so that both sides meet the same weather; the best of each counts. No file is deleted before the
@@ -84,14 +89,14 @@ void TouchAll(const fs::path& folder)
 void RunTimes(const bench::PackageShape& shape, const fs::path& folder, const LocalGraphicsSource& source)
 {
     constexpr int kRounds = 3;
-    const fs::path floorFolder = orvcore::CreatePrivateDirectory(u8"orvcapsule-bench");
+    const orvcore::TemporaryFolder floorFolder(u8"orvcapsule-bench");
     std::vector<Entries> listed;
     Cost cold;
     Cost coldFloor;
     bench::Memory before;
     bench::Memory after;
     for (int round = 0; round < kRounds; ++round) {
-        const fs::path previews = floorFolder / std::to_string(round);
+        const fs::path previews = floorFolder.Path() / std::to_string(round);
         fs::create_directory(previews);
         Measure(coldFloor, [&] { bench::ListBare(folder, previews); });
         TouchAll(folder);
@@ -119,7 +124,6 @@ void RunTimes(const bench::PackageShape& shape, const fs::path& folder, const Lo
     std::printf("%-22s cold    %.1f MB of memory at most above the start\n", shape.name,
                 (static_cast<double>(after.peak) - static_cast<double>(before.now)) / 1e6);
     std::for_each(listed.begin(), listed.end(), RemovePreviews);
-    orvcore::RemoveTree(floorFolder);
 }
 
 template <class Text>
@@ -180,7 +184,8 @@ int main(int argc, char** argv)
     SetStore(kAtOnce);
     const std::size_t entries = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 100'000;
     for (const bench::PackageShape& shape : kShapes) {
-        const fs::path folder = orvcore::CreatePrivateDirectory(u8"orvcapsule-bench");
+        const orvcore::TemporaryFolder made(u8"orvcapsule-bench");
+        const fs::path& folder = made.Path();
         bench::MakePackages(folder, shape);
         const LocalGraphicsSource source(orvcore::PathToUTF16(folder), {});
         RunTimes(shape, folder, source);
@@ -188,6 +193,5 @@ int main(int argc, char** argv)
             RunMemory(source, entries);
         }
         RemovePreviews(List(source));
-        orvcore::RemoveTree(folder);
     }
 }

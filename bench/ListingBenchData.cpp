@@ -5,6 +5,7 @@
 #include <package/CapsuleZip.h>
 
 #include <orvcore/files/Files.h>
+#include <orvcore/files/TemporaryFolder.h>
 
 #include <fstream>
 #include <random>
@@ -73,7 +74,8 @@ std::string Noise(std::size_t size)
 
 void MakePackages(const fs::path& folder, const PackageShape& shape)
 {
-    const fs::path content = orvcore::CreatePrivateDirectory(u8"orvcapsule-bench");
+    const orvcore::TemporaryFolder made(u8"orvcapsule-bench");
+    const fs::path& content = made.Path();
     WriteFile(content / "definition.json", orvcore::ToNarrow(MakeDefinition(shape.controls)));
     WriteFile(content / "thumb.png", Noise(shape.still));
     WriteFile(content / "thumb.mp4", Noise(shape.video));
@@ -85,7 +87,6 @@ void MakePackages(const fs::path& folder, const PackageShape& shape)
         orvcore::EnsureDirectory(part);
         fs::copy_file(model, part / ("Lower third " + std::to_string(i) + ".zelt"));
     }
-    orvcore::RemoveTree(content);
 }
 
 Memory MeasureMemory()

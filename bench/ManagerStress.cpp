@@ -7,6 +7,7 @@
 #include <manager/GraphicSourceManager.h>
 #include <orvcore/files/Files.h>
 #include <orvcore/files/Paths.h>
+#include <orvcore/files/TemporaryFolder.h>
 #include <orvcore/tasks/MainThread.h>
 #include <sources/LocalGraphicsSource.h>
 
@@ -38,8 +39,8 @@ void Fail(const char* what)
 class Browser {
 public:
     explicit Browser(const std::filesystem::path& folder)
-        : data_(orvcore::CreatePrivateDirectory(u8"orvcapsule-stress"))
-        , manager_(std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(data_ / "index.db")))
+        : data_(u8"orvcapsule-stress")
+        , manager_(std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(data_.Path() / "index.db")))
     {
         manager_->AddGraphicSource(std::make_shared<orvcapsule::LocalGraphicsSource>(
             orvcore::PathToUTF16(folder), std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>{}));
@@ -48,10 +49,6 @@ public:
     }
     Browser(const Browser&) = delete;
     Browser& operator=(const Browser&) = delete;
-    ~Browser()
-    {
-        orvcore::RemoveTree(data_);
-    }
 
     void Start(bool showProgress)
     {
@@ -123,7 +120,7 @@ private:
         }
     }
 
-    const std::filesystem::path data_;
+    const orvcore::TemporaryFolder data_;
     std::shared_ptr<GraphicSourceManager> manager_;
     GraphicSourceManager::ResultMap results_;
     int newest_ = 0;

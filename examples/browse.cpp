@@ -2,8 +2,8 @@
 // runs the library's main-thread calls itself. docs/hosting.md tells what a larger host adds.
 
 #include <manager/GraphicSourceManager.h>
-#include <orvcore/files/Files.h>
 #include <orvcore/files/Paths.h>
+#include <orvcore/files/TemporaryFolder.h>
 #include <orvcore/tasks/MainThread.h>
 #include <sources/LocalGraphicsSource.h>
 #include <tools/support/Arguments.h>
@@ -77,8 +77,8 @@ int main(int argc, char** argv)
     }
 
     // A real host keeps its index from one start to the next, in its own data folder.
-    const std::filesystem::path data = orvcore::CreatePrivateDirectory(u8"orvcapsule-browse");
-    const auto manager = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(data / "index.db"));
+    const orvcore::TemporaryFolder data(u8"orvcapsule-browse");
+    const auto manager = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(data.Path() / "index.db"));
     manager->AddGraphicSource(std::make_shared<orvcapsule::LocalGraphicsSource>(
         folder, std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>{}));
     List(*manager);
@@ -87,6 +87,5 @@ int main(int argc, char** argv)
     }
     manager->Shutdown();
     orvcore::StopMainThreadCalls(); // nothing that was queued refers to this host any more
-    orvcore::RemoveTree(data);
     return 0;
 }

@@ -3,6 +3,7 @@
 
 #include <capsule/Serialization.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/TemporaryFolder.h>
 #include <package/CapsuleZip.h>
 #include <package/PackageNames.h>
 #include <tools/support/Arguments.h>
@@ -16,14 +17,6 @@ namespace {
 
 using orvcapsule::Capsule;
 using orvcapsule::CapsuleZip;
-
-struct TempFolder {
-    const std::filesystem::path path = orvcore::CreatePrivateDirectory(u8"orvcapsule-edit");
-    ~TempFolder()
-    {
-        orvcore::RemoveTree(path);
-    }
-};
 
 std::shared_ptr<Capsule> Read(const CapsuleZip& package)
 {
@@ -61,12 +54,12 @@ void SetNumber(const Capsule& capsule, const orvcore::UTF16String& id, const std
 void Store(CapsuleZip& package, const std::shared_ptr<Capsule>& capsule)
 {
     const orvcore::UTF8String text = orvcapsule::serialization::CapsuleToJson(capsule);
-    const TempFolder folder;
-    const auto file = folder.path / orvcapsule::kJSONFileName;
+    const orvcore::TemporaryFolder folder(u8"orvcapsule-edit");
+    const auto file = folder.Path() / orvcapsule::kJSONFileName;
     if (orvcore::WriteBufferToFile(file, text.data(), text.size()) != orvcore::kResultOK) {
         throw std::runtime_error("the definition cannot be written into the temporary folder");
     }
-    if (!package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.path))) { // takes the folder, not the file
+    if (!package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()))) { // takes the folder, not the file
         throw std::runtime_error(package.GetLastFailure().Message());
     }
 }

@@ -4,6 +4,7 @@
 
 #include <orvcore/files/Files.h>
 #include <orvcore/files/Paths.h>
+#include <orvcore/files/TemporaryFolder.h>
 #include <orvmetadatadb/RapidFindDB.h>
 
 #include <cstdio>
@@ -20,8 +21,8 @@ const std::vector<std::u16string> kTables = {u"nametable"};
 
 const std::filesystem::path& Folder()
 {
-    static const std::filesystem::path folder = orvcore::CreatePrivateDirectory(u8"orvcapsule-fuzz");
-    return folder;
+    static const orvcore::TemporaryFolder folder(u8"orvcapsule-fuzz");
+    return folder.Path();
 }
 
 bool Start(RapidFindDB& index)

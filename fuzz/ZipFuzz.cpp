@@ -1,6 +1,7 @@
 // Feeds arbitrary bytes to the archive reader as a package: opening, listing, checking, reading and unpacking. Closes
 // the gap that tables of hostile archives leave: the combinations nobody thought of.
 #include <orvcore/files/Files.h>
+#include <orvcore/files/TemporaryFolder.h>
 #include <orvstorage/ZipFile.h>
 
 #include <cstddef>
@@ -11,8 +12,8 @@ namespace {
 
 const std::filesystem::path& Folder()
 {
-    static const std::filesystem::path folder = orvcore::CreatePrivateDirectory(u8"orvcapsule-fuzz");
-    return folder;
+    static const orvcore::TemporaryFolder folder(u8"orvcapsule-fuzz");
+    return folder.Path();
 }
 
 // Whatever the archive says, nothing may appear beside the folder it was unpacked into.

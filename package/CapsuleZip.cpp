@@ -2,6 +2,7 @@
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/WalkTree.h>
 #include <orvcore/files/shared/CopyDirectory.h>
 #include <orvcore/files/shared/NewFolders.h>
 #include <orvcore/host/Application.h>
@@ -50,8 +51,9 @@ fs::path Absolute(const fs::path& path)
 
 bool IsEmpty(const fs::path& folder)
 {
-    const auto listing = orvcore::ListDirectory(folder);
-    return listing.directories.empty() && listing.files.empty();
+    std::error_code error;
+    const auto listing = orvcore::ListDirectory(folder, error);
+    return !error && listing.directories.empty() && listing.files.empty();
 }
 
 // Only what is not there has a substitute: another entry in the place of a damaged one would pass for it.
@@ -259,12 +261,18 @@ std::optional<std::vector<UTF16String>> CapsuleZip::GetPathOfUnZippedProject(con
 {
     const fs::path wanted = orvcore::PathFromUTF8(u8"." + orvcore::ToUTF8(extension != nullptr ? extension : ""));
     std::vector<UTF16String> found;
-    orvcore::WalkFiles(Absolute(orvcore::PathFromUTF16(directory)), [&](const fs::path& file) {
-        if (file.extension() == wanted) {
-            found.push_back(orvcore::PathToUTF16(file));
+    orvcore::TreeVisitor visitor;
+    visitor.visit = [&](const fs::path& path, orvcore::FileKind kind) {
+        const bool isFile =
+            kind != orvcore::FileKind::Directory && !(kind == orvcore::FileKind::Link && orvcore::IsDirectory(path));
+        if (isFile && path.extension() == wanted) {
+            found.push_back(orvcore::PathToUTF16(path));
         }
-        return true;
-    });
+        return orvcore::WalkNext::GoOn;
+    };
+    // A folder that cannot be read holds nothing that can be opened.
+    visitor.fail = [](const fs::path&, const std::error_code&) { return orvcore::WalkNext::GoOn; };
+    orvcore::WalkTree(Absolute(orvcore::PathFromUTF16(directory)), visitor);
     return found.empty() ? std::nullopt : std::optional(std::move(found));
 }
 

@@ -7,6 +7,7 @@
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/WalkTree.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/tasks/Executor.h>
 
@@ -68,19 +69,25 @@ orvcore::UTF8String StockAssetFile(const orvcore::UTF8String& assetId, std::u8st
 // Deletes what can be deleted below `folder` except the file `kept`; true when nothing else is left.
 bool DeleteContents(const fs::path& folder, const fs::path& kept)
 {
-    std::error_code error;
-    std::vector<std::pair<fs::path, bool>> found;
-    const auto collect = [&](const fs::path& path, orvcore::FileKind kind) {
-        if (path != kept) {
-            found.emplace_back(path, kind == orvcore::FileKind::Directory);
-        }
-        return true;
+    bool whole = true;
+    const auto remove = [&](const fs::path& path) {
+        std::error_code error;
+        orvcore::RemoveOne(path, error);
+        whole = whole && !error;
     };
-    orvcore::ReadDirectory(folder, collect, error);
-    bool whole = !error;
-    for (const auto& [path, isFolder] : found) {
-        whole = (!isFolder || DeleteContents(path, kept)) && orvcore::RemoveOne(path, error) && whole;
-    }
+    orvcore::TreeVisitor visitor;
+    visitor.visit = [&](const fs::path& path, orvcore::FileKind kind) {
+        if (kind != orvcore::FileKind::Directory && path != kept) {
+            remove(path);
+        }
+        return orvcore::WalkNext::GoOn;
+    };
+    visitor.leave = remove;
+    visitor.fail = [&](const fs::path&, const std::error_code&) {
+        whole = false;
+        return orvcore::WalkNext::GoOn;
+    };
+    orvcore::WalkTree(folder, visitor);
     return whole;
 }
 
@@ -95,29 +102,22 @@ void DeleteWorkingFolder(const fs::path& folder, const fs::path& marker)
     }
 }
 
-void ThrowIf(const std::error_code& error, const fs::path& path)
+// The sizes of the files below `folder`; ends early when they pass the limit or the process ends.
+std::uint64_t SizeOf(const fs::path& folder, std::uint64_t limit)
 {
-    if (error) {
-        throw fs::filesystem_error("cannot tell the size of a working folder", path, error);
-    }
-}
-
-// Adds up the sizes of the files below `folder`; ends early when `total` passes the limit or the process ends.
-void AddSizes(const fs::path& folder, std::uint64_t limit, std::uint64_t& total)
-{
-    std::error_code error;
+    std::uint64_t total = 0;
     const auto add = [&](const fs::path& path, orvcore::FileKind kind) {
-        if (kind == orvcore::FileKind::Directory) {
-            AddSizes(path, limit, total);
-        } else if (kind == orvcore::FileKind::File && path.filename().native().front() != '.') {
-            std::error_code ofFile;
-            total += orvcore::InspectPath(path, ofFile).size;
-            ThrowIf(ofFile, path);
+        if (kind == orvcore::FileKind::File && path.filename().native().front() != '.') {
+            std::error_code error;
+            total += orvcore::InspectPath(path, error).size;
+            if (error) {
+                throw fs::filesystem_error("cannot tell the size of a working folder", path, error);
+            }
         }
-        return total <= limit && !orvcore::IsTerminating();
+        return total <= limit && !orvcore::IsTerminating() ? orvcore::WalkNext::GoOn : orvcore::WalkNext::End;
     };
-    orvcore::ReadDirectory(folder, add, error);
-    ThrowIf(error, folder);
+    orvcore::WalkTree(folder, {add});
+    return total;
 }
 
 // Moved to its place, so that a link that stands there is not written through.
@@ -134,9 +134,7 @@ void Mark(const fs::path& marker)
 void MarkIfLarger(std::uint64_t limit, const fs::path& folder, const fs::path& marker) noexcept
 {
     try {
-        std::uint64_t total = 0;
-        AddSizes(folder, limit, total);
-        if (total > limit) {
+        if (SizeOf(folder, limit) > limit) {
             Mark(marker);
         }
     } catch (...) {

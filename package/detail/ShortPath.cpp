@@ -67,20 +67,19 @@ void RemoveAbandoned(const fs::path& area)
 } // namespace
 
 PrivateFolder::PrivateFolder()
-    : path_(orvcore::CreatePrivateDirectory(u8"Capsule"))
-    , use_(orvcore::FileLock::Open(LockOf(path_), true))
+    : folder_(u8"Capsule")
+    , use_(orvcore::FileLock::Open(LockOf(Path()), true))
 {
     if (use_) {
         use_->TryShared();
     }
-    RemoveAbandoned(path_.parent_path());
+    RemoveAbandoned(Path().parent_path());
 }
 
 PrivateFolder::~PrivateFolder()
 {
-    orvcore::RemoveTree(path_);
     use_.reset();
-    orvcore::RemoveTree(LockOf(path_));
+    orvcore::RemoveTree(LockOf(Path()));
 }
 
 bool IsLongPath(const orvcore::UTF8String& path)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <orvcore/files/TemporaryFolder.h>
 #include <orvcore/files/shared/FileLock.h>
 #include <orvcore/text/Strings.h>
 
@@ -8,9 +9,8 @@
 
 namespace orvcapsule::detail {
 
-/// A private folder below the temporary folder. The destructor deletes it with its content and ignores errors. A lock
-/// beside it says that it is in use: creating such a folder removes those of the same user that killed programs left
-/// more than a day ago.
+/// A temporary folder with a lock beside it that says that it is in use: making one removes those of the same user that
+/// killed programs left there more than a day ago.
 class PrivateFolder {
 public:
     /// Creates it; throws `std::filesystem::filesystem_error` when that fails.
@@ -19,13 +19,13 @@ public:
     PrivateFolder& operator=(const PrivateFolder&) = delete;
     ~PrivateFolder();
 
-    const std::filesystem::path& Path() const
+    const std::filesystem::path& Path() const noexcept
     {
-        return path_;
+        return folder_.Path();
     }
 
 private:
-    std::filesystem::path path_;
+    orvcore::TemporaryFolder folder_;
     std::unique_ptr<orvcore::FileLock> use_;
 };
 

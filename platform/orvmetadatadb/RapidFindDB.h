@@ -1,17 +1,17 @@
 #pragma once
 
 #include <orvcore/Export.h>
+#include <orvcore/ResultCode.h>
 #include <orvcore/text/Strings.h>
 #include <orvmetadatadb/MatchCondition.h>
 
-#include <cstdint>
 #include <memory>
 #include <vector>
 
 namespace orvmetadatadb {
 
-/// What an operation answers: 0 or above is success, a negative value is failure.
-using ResultCode = std::int32_t;
+/// What an operation answers.
+using orvcore::ResultCode;
 
 inline constexpr ResultCode kSuccess = 0;
 /// The row to insert is there already: nothing had to be done. Negative, but no failure.

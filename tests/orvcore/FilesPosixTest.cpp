@@ -164,14 +164,14 @@ TEST(FilesPosix, EveryUserFindsRoomInASharedAreaAndPrivacyInAFolderOfIt)
     const std::string saved = before != nullptr ? before : "";
     ::setenv("TMPDIR", folder.Path().c_str(), 1);
     const mode_t mask = ::umask(077);
-    const fs::path made = orvcore::CreatePrivateDirectory(u8"area");
+    const orvcore::TemporaryFolder made(u8"area");
     ::umask(0);
-    const fs::path second = orvcore::CreatePrivateDirectory(u8"area");
+    const orvcore::TemporaryFolder second(u8"area");
     ::umask(mask);
     before != nullptr ? ::setenv("TMPDIR", saved.c_str(), 1) : ::unsetenv("TMPDIR");
     EXPECT_EQ(RightsOf(folder / "area"), fs::perms(01777));
-    EXPECT_EQ(RightsOf(made), fs::perms(0700));
-    EXPECT_EQ(RightsOf(second), fs::perms(0700));
+    EXPECT_EQ(RightsOf(made.Path()), fs::perms(0700));
+    EXPECT_EQ(RightsOf(second.Path()), fs::perms(0700));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/WalkTree.h>
 #include <orvcore/files/shared/CopyDirectory.h>
 
 #include <gtest/gtest.h>
@@ -50,22 +51,64 @@ TEST(Files, ReadingRefusesWhatIsTooLarge)
 
 TEST(Files, WalkGoesDepthFirstAndIntoNoLink)
 {
+    using orvcore::WalkNext;
     TempFolder folder;
     for (const char* name : {"b", "a/2", "a/deep/1", "c/3"}) {
         folder.Write(name, "");
     }
     std::error_code noLinks;
     fs::create_directory_symlink(folder.Path(), folder / "a/loop", noLinks);
-    std::vector<fs::path> seen;
-    EXPECT_TRUE(orvcore::WalkFiles(folder.Path(), [&](const fs::path& file) {
-        seen.push_back(file.lexically_relative(folder.Path()));
-        return true;
-    }));
-    EXPECT_EQ(seen, (std::vector<fs::path>{"a/deep/1", "a/2", "c/3", "b"}));
-    int visits = 0;
-    EXPECT_FALSE(orvcore::WalkFiles(folder.Path(), [&](const fs::path&) { return ++visits < 2; }));
-    EXPECT_EQ(visits, 2);
-    EXPECT_TRUE(orvcore::WalkFiles(folder / "missing", [](const fs::path&) { return false; }));
+    struct Case {
+        fs::path at; // where the walk is told `next`
+        WalkNext next;
+        std::vector<fs::path> seen;
+        std::vector<fs::path> left;
+    };
+    const Case cases[] = {
+        {"", WalkNext::GoOn, {"a", "a/deep", "a/deep/1", "a/2", "c", "c/3", "b"}, {"a/deep", "a", "c"}},
+        {"a/deep", WalkNext::PassOver, {"a", "a/deep", "a/2", "c", "c/3", "b"}, {"a", "c"}},
+        {"a/2", WalkNext::End, {"a", "a/deep", "a/deep/1", "a/2"}, {"a/deep"}},
+        {"c", WalkNext::End, {"a", "a/deep", "a/deep/1", "a/2", "c"}, {"a/deep", "a"}},
+    };
+    for (const Case& c : cases) {
+        std::vector<fs::path> seen;
+        std::vector<fs::path> left;
+        orvcore::TreeVisitor visitor;
+        visitor.visit = [&](const fs::path& path, orvcore::FileKind kind) {
+            const fs::path name = path.lexically_relative(folder.Path());
+            EXPECT_EQ(kind == orvcore::FileKind::Link, name == "a/loop");
+            if (kind != orvcore::FileKind::Link) {
+                seen.push_back(name);
+            }
+            return name == c.at ? c.next : WalkNext::GoOn;
+        };
+        visitor.leave = [&](const fs::path& path) { left.push_back(path.lexically_relative(folder.Path())); };
+        EXPECT_EQ(orvcore::WalkTree(folder.Path(), visitor), c.next != WalkNext::End) << c.at;
+        EXPECT_EQ(seen, c.seen) << c.at;
+        EXPECT_EQ(left, c.left) << c.at;
+    }
+}
+
+TEST(Files, AWalkTellsOfAFolderThatCannotBeRead)
+{
+    using orvcore::WalkNext;
+    TempFolder folder;
+    folder.Write("file", "");
+    const auto goOn = [](const fs::path&, orvcore::FileKind) { return WalkNext::GoOn; };
+    for (const fs::path& top : {fs::path(), folder / "missing", folder / "file"}) {
+        EXPECT_THROW(orvcore::WalkTree(top, {goOn}), fs::filesystem_error) << top;
+        for (const WalkNext next : {WalkNext::GoOn, WalkNext::PassOver, WalkNext::End}) {
+            fs::path failed = "none";
+            orvcore::TreeVisitor visitor{goOn};
+            visitor.fail = [&](const fs::path& path, const std::error_code& error) {
+                EXPECT_TRUE(error);
+                failed = path;
+                return next;
+            };
+            EXPECT_EQ(orvcore::WalkTree(top, visitor), next != WalkNext::End);
+            EXPECT_EQ(failed, top);
+        }
+    }
 }
 
 TEST(Files, PathsOfAnyLengthWork)

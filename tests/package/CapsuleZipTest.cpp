@@ -2,6 +2,7 @@
 #include <package/PackageNames.h>
 
 #include <orvcore/files/FileSystem.h>
+#include <orvcore/files/WalkTree.h>
 #include <orvcore/files/shared/FileLock.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/tasks/Executor.h>
@@ -47,10 +48,13 @@ protected:
     int PrivateFiles() const
     {
         int count = 0;
-        orvcore::WalkFiles(orvcore::TempDirectory() / "Capsule", [&](const fs::path& file) {
-            count += orvcore::PathToUTF8(file.filename()).starts_with(orvcore::AsUTF8(unique_)) ? 1 : 0;
-            return true;
-        });
+        orvcore::TreeVisitor visitor;
+        visitor.visit = [&](const fs::path& path, orvcore::FileKind) {
+            count += orvcore::PathToUTF8(path.filename()).starts_with(orvcore::AsUTF8(unique_)) ? 1 : 0;
+            return orvcore::WalkNext::GoOn;
+        };
+        visitor.fail = [](const fs::path&, const std::error_code&) { return orvcore::WalkNext::GoOn; }; // another's
+        orvcore::WalkTree(orvcore::TempDirectory() / "Capsule", visitor);
         return count;
     }
 
@@ -418,11 +422,12 @@ TEST_F(CapsuleZipTest, SamplesUnpackPackAndUnpackToTheSameBytes)
         const CapsuleZip packed(folder / "packed.zelt");
         ASSERT_TRUE(packed.Zip(folder / "1", {}, nullptr)) << packed.GetLastFailure().Message();
         ASSERT_TRUE(packed.UnZip(folder / "2", true)) << packed.GetLastFailure().Message();
-        orvcore::WalkFiles(folder / "1", [&](const fs::path& file) {
-            const auto other = folder / "2" / file.lexically_relative(folder / "1");
-            EXPECT_EQ(orvcore::ReadWholeFile(file), orvcore::ReadWholeFile(other)) << file;
-            return true;
-        });
+        const auto compare = [&](const fs::path& path, orvcore::FileKind) {
+            const auto other = folder / "2" / path.lexically_relative(folder / "1");
+            EXPECT_EQ(orvcore::ReadWholeFile(path), orvcore::ReadWholeFile(other)) << path;
+            return orvcore::WalkNext::GoOn;
+        };
+        orvcore::WalkTree(folder / "1", {compare});
     }
     EXPECT_GE(samples, 5);
 }

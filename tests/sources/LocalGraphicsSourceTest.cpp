@@ -100,7 +100,8 @@ protected:
     }
     void TearDown() override
     {
-        for (const fs::path& file : orvcore::ListDirectory(working_).files) {
+        std::error_code missing;
+        for (const fs::path& file : orvcore::ListDirectory(working_, missing).files) {
             EXPECT_FALSE(orvcore::PathToUTF8(file.filename()).starts_with(u8".")) << "a half-made preview stays behind";
         }
         orvcore::RemoveTree(working_);
@@ -476,7 +477,8 @@ TEST_F(LocalGraphicsSourceTest, ReadsAgainOnlyWhatChanged)
     };
     const auto stores = [&] {
         std::set<fs::path> found;
-        for (const fs::path& file : orvcore::ListDirectory(working_).files) {
+        std::error_code missing;
+        for (const fs::path& file : orvcore::ListDirectory(working_, missing).files) {
             if (file.extension() == ".notes") {
                 found.insert(file);
             }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <orvcore/files/Files.h>
+#include <orvcore/files/TemporaryFolder.h>
 
 #include <algorithm>
 #include <fstream>
@@ -28,54 +29,40 @@ public:
 };
 
 /// A folder of the test's own, gone at the end of its scope.
-class TempFolder {
+class TempFolder : public orvcore::TemporaryFolder {
 public:
     TempFolder()
-        : path_(orvcore::CreatePrivateDirectory(u8"orvcapsule-tests"))
+        : TemporaryFolder(u8"orvcapsule-tests")
     {
-    }
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    ~TempFolder()
-    {
-        orvcore::RemoveTree(path_);
-    }
-
-    const std::filesystem::path& Path() const
-    {
-        return path_;
     }
     std::filesystem::path operator/(const Name& name) const
     {
-        return path_ / name;
+        return Path() / name;
     }
     /// Writes a file, making its folders.
     void Write(const Name& name, const std::string& content) const
     {
-        orvcore::EnsureDirectory((path_ / name).parent_path());
-        std::ofstream(orvcore::ToSystemPath(path_ / name), std::ios::binary) << content;
+        orvcore::EnsureDirectory((Path() / name).parent_path());
+        std::ofstream(orvcore::ToSystemPath(Path() / name), std::ios::binary) << content;
     }
     /// A file's content; "(missing)" when there is none.
     std::string Read(const Name& name) const
     {
-        return orvcore::ReadWholeFile(path_ / name).value_or("(missing)");
+        return orvcore::ReadWholeFile(Path() / name).value_or("(missing)");
     }
     /// The relative names of all files and empty folders below, slash separated, in order.
     std::vector<std::string> Names() const
     {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(path_)) {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(Path())) {
             if (!entry.is_directory() || std::filesystem::is_empty(entry.path())) {
-                const auto name = entry.path().lexically_relative(path_).generic_u8string();
+                const auto name = entry.path().lexically_relative(Path()).generic_u8string();
                 names.push_back(orvcore::ToNarrow(name) + (entry.is_directory() ? "/" : ""));
             }
         }
         std::sort(names.begin(), names.end());
         return names;
     }
-
-private:
-    std::filesystem::path path_;
 };
 
 } // namespace test

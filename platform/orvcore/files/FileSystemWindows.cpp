@@ -1,4 +1,5 @@
 #include <orvcore/files/FileSystem.h>
+#include <orvcore/files/WalkTree.h>
 #include <orvcore/files/detail/WindowsError.h>
 
 #include <windows.h>
@@ -194,22 +195,29 @@ bool RemoveOne(const fs::path& path, std::error_code& error)
 
 void RemoveAll(const fs::path& path, std::error_code& error)
 {
-    std::vector<fs::path> children;
-    if (InspectPath(path, error).kind == FileKind::Directory) {
-        const auto collect = [&children](const fs::path& child, FileKind) {
-            children.push_back(child);
-            return true;
-        };
-        ReadDirectory(path, collect, error);
-    }
-    for (const fs::path& child : children) {
+    const bool isFolder = InspectPath(path, error).kind == FileKind::Directory;
+    const auto note = [&error](const std::error_code& failure) { error = error ? error : failure; };
+    const auto remove = [&note](const fs::path& one) {
         std::error_code failure;
-        RemoveAll(child, failure);
-        error = error ? error : failure;
+        RemoveOne(one, failure);
+        note(failure);
+    };
+    TreeVisitor visitor;
+    visitor.visit = [&](const fs::path& one, FileKind kind) {
+        if (kind != FileKind::Directory) {
+            remove(one);
+        }
+        return WalkNext::GoOn;
+    };
+    visitor.leave = remove;
+    visitor.fail = [&](const fs::path&, const std::error_code& failure) {
+        note(failure);
+        return WalkNext::GoOn;
+    };
+    if (isFolder) {
+        WalkTree(path, visitor);
     }
-    std::error_code failure;
-    RemoveOne(path, failure);
-    error = error ? error : failure;
+    remove(path);
 }
 
 fs::path RealPath(const fs::path& path, std::error_code& error)

@@ -3,7 +3,6 @@
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/shared/FilePieces.h>
-#include <orvcore/text/Guid.h>
 
 #include <algorithm>
 #include <system_error>
@@ -55,23 +54,6 @@ void EnsureDirectory(const fs::path& directory)
     if (error) {
         Throw("cannot create folder", directory, error);
     }
-}
-
-fs::path CreatePrivateDirectory(std::u8string_view area)
-{
-    fs::path directory = TempDirectory() / PathFromUTF8(area);
-    std::error_code error;
-    MakeDirectory(directory, error, FolderAccess::Shared);
-    if (!error) {
-        directory /= Guid::Create().ToString();
-        if (!MakeDirectory(directory, error, FolderAccess::OwnerOnly) && !error) {
-            error = std::make_error_code(std::errc::file_exists);
-        }
-    }
-    if (error) {
-        Throw("cannot create folder", directory, error);
-    }
-    return directory;
 }
 
 bool RemoveTree(const fs::path& path) noexcept
@@ -142,11 +124,21 @@ ResultCode WriteBufferToFile(const fs::path& path, const void* data, std::size_t
 
 DirectoryListing ListDirectory(const fs::path& directory)
 {
+    std::error_code error;
+    DirectoryListing listing = ListDirectory(directory, error);
+    if (error) {
+        Throw("cannot read folder", directory, error);
+    }
+    return listing;
+}
+
+DirectoryListing ListDirectory(const fs::path& directory, std::error_code& error)
+{
     DirectoryListing listing;
     if (!IsUsablePath(directory)) {
+        error = std::make_error_code(std::errc::invalid_argument);
         return listing;
     }
-    std::error_code error;
     const auto sort = [&listing](const fs::path& path, FileKind kind) {
         if (kind != FileKind::Link || !IsDirectory(path)) {
             (kind == FileKind::Directory ? listing.directories : listing.files).push_back(path);
@@ -157,14 +149,6 @@ DirectoryListing ListDirectory(const fs::path& directory)
     std::sort(listing.directories.begin(), listing.directories.end());
     std::sort(listing.files.begin(), listing.files.end());
     return listing;
-}
-
-bool WalkFiles(const fs::path& directory, const std::function<bool(const fs::path&)>& visit)
-{
-    const DirectoryListing listing = ListDirectory(directory);
-    return std::all_of(listing.directories.begin(), listing.directories.end(),
-                       [&](const fs::path& folder) { return WalkFiles(folder, visit); }) &&
-           std::all_of(listing.files.begin(), listing.files.end(), visit);
 }
 
 } // namespace orvcore

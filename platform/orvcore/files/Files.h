@@ -1,5 +1,6 @@
 #pragma once
 
+#include <orvcore/ResultCode.h>
 #include <orvcore/files/Paths.h>
 
 #include <cstddef>
@@ -8,17 +9,10 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace orvcore {
-
-/// Status of an operation: zero or more is success, a negative value a failure.
-using ResultCode = std::int32_t;
-inline constexpr ResultCode kResultOK = 0;
-/// A file could not be opened for writing.
-inline constexpr ResultCode kResultFileNotOpened = static_cast<ResultCode>(0xA00F0005U);
-/// A file was opened, but its content could not be written whole.
-inline constexpr ResultCode kResultFileNotWritten = static_cast<ResultCode>(0xA00F0006U);
 
 /// @name Single files and folders
 /// Thread-safe as far as the file system is. Long paths work on every system.
@@ -33,11 +27,6 @@ ORVPLATFORM_API bool IsDirectory(const std::filesystem::path& path) noexcept;
 
 /// Creates the folder and its missing parents. Throws `std::filesystem::filesystem_error` when that fails.
 ORVPLATFORM_API void EnsureDirectory(const std::filesystem::path& directory);
-
-/// Creates and returns a new folder below the temporary folder: `area`, then a new identifier's text. Nobody else
-/// knows its name, and on systems with access rights nobody else may look into it, while all users may have such
-/// folders in one area. Throws as EnsureDirectory does. The caller removes it.
-ORVPLATFORM_API std::filesystem::path CreatePrivateDirectory(std::u8string_view area);
 
 /// Deletes a file, or a folder with all it holds; symbolic links are removed, never followed. True when nothing is
 /// left at `path`. Never throws.
@@ -84,14 +73,10 @@ struct ORVPLATFORM_API DirectoryListing {
     std::vector<std::filesystem::path> files;       ///< everything else, symbolic links to folders left out
 };
 
-/// Lists a folder; empty lists when it does not exist or cannot be read. Failures of the file system do not throw.
+/// Lists a folder. One that does not exist or cannot be read throws `std::filesystem::filesystem_error`, or is put into
+/// `error`, which is otherwise cleared; what had been read by then is listed.
 ORVPLATFORM_API DirectoryListing ListDirectory(const std::filesystem::path& directory);
-
-/// Visits every file below `directory`, depth first: a folder's sub-folders, then its files. Symbolic links to
-/// folders are not followed, so the walk always ends. The visitor's false ends the walk.
-/// @return false when the visitor ended it.
-ORVPLATFORM_API bool WalkFiles(const std::filesystem::path& directory,
-                               const std::function<bool(const std::filesystem::path& file)>& visit);
+ORVPLATFORM_API DirectoryListing ListDirectory(const std::filesystem::path& directory, std::error_code& error);
 /// @}
 
 } // namespace orvcore

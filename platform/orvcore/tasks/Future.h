@@ -1,9 +1,10 @@
 #pragma once
 
+#include <orvcore/ResultCode.h>
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
-#include <cstdint>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -14,9 +15,9 @@
 namespace orvcore {
 
 /// Result code of a future that holds no value yet: "Future: Not Ready".
-inline constexpr std::int32_t kFutureNotReady = static_cast<std::int32_t>(0xF3610002U);
+inline constexpr ResultCode kFutureNotReady = static_cast<ResultCode>(0xF3610002U);
 /// Result code of a future whose work was cancelled or never done: "Future Is Cancelled".
-inline constexpr std::int32_t kFutureCancelled = static_cast<std::int32_t>(0xF3610004U);
+inline constexpr ResultCode kFutureCancelled = static_cast<ResultCode>(0xF3610004U);
 
 /// Where a future stands. It leaves `Pending` once and then never changes.
 enum class FutureStatus { Pending, Ready, Failed, Cancelled };
@@ -24,18 +25,18 @@ enum class FutureStatus { Pending, Ready, Failed, Cancelled };
 /// Raised by `Future::Get` when there is no value; carries one of the two result codes above.
 class FutureError : public std::runtime_error {
 public:
-    explicit FutureError(std::int32_t code)
+    explicit FutureError(ResultCode code)
         : std::runtime_error(code == kFutureCancelled ? "Future Is Cancelled" : "Future: Not Ready")
         , code_(code)
     {
     }
-    std::int32_t GetCode() const noexcept
+    ResultCode GetCode() const noexcept
     {
         return code_;
     }
 
 private:
-    std::int32_t code_;
+    ResultCode code_;
 };
 
 namespace detail {
@@ -182,7 +183,7 @@ private:
 
 /// Waits for a future that carries a result code and returns that code, or `kFutureNotReady` / `kFutureCancelled`; what
 /// failed work threw passes to the caller.
-inline std::int32_t WaitForResultCode(const Future<std::int32_t>& future, std::chrono::milliseconds timeout)
+inline ResultCode WaitForResultCode(const Future<ResultCode>& future, std::chrono::milliseconds timeout)
 {
     const FutureStatus status = future.Wait(timeout);
     if (status == FutureStatus::Pending) {

@@ -11,8 +11,10 @@ namespace {
 
 bool IsEmptyFolder(const std::filesystem::path& directory)
 {
-    const auto listing = orvcore::ListDirectory(directory);
-    return listing.directories.empty() && listing.files.empty();
+    std::error_code error;
+    const auto listing = orvcore::ListDirectory(directory, error);
+    // A missing one is made, and unpacking tells what else is wrong with it.
+    return error || (listing.directories.empty() && listing.files.empty());
 }
 
 // Entries that are refused for their names leave all others unpacked, so each of them is told.

@@ -4,7 +4,7 @@
 #include <tools/zelt/output/Output.h>
 
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/WalkTree.h>
 
 #include <string>
 
@@ -25,37 +25,26 @@ void NeedFile(const fs::path& path, FileKind kind)
     }
 }
 
-void Collect(const fs::path& folder, const fs::path& exclude, std::vector<fs::path>& files)
-{
-    std::error_code failed;
-    std::vector<fs::path> folders;
-    const auto take = [&](const fs::path& path, FileKind kind) {
-        if (orvcore::IsPrivateName(path.filename())) {
-            return true;
-        }
-        if (kind == FileKind::Directory) {
-            folders.push_back(path);
-        } else if (!orvcore::IsSameFile(path, exclude)) {
-            NeedFile(path, kind);
-            files.push_back(path);
-        }
-        return true;
-    };
-    orvcore::ReadDirectory(folder, take, failed);
-    if (failed) {
-        throw FileError(ToText(folder), failed.message());
-    }
-    for (const fs::path& below : folders) {
-        Collect(below, exclude, files);
-    }
-}
-
 } // namespace
 
 std::vector<fs::path> FilesToPack(const fs::path& folder, const fs::path& exclude)
 {
     std::vector<fs::path> files;
-    Collect(folder, exclude, files);
+    orvcore::TreeVisitor visitor;
+    visitor.visit = [&](const fs::path& path, FileKind kind) {
+        if (orvcore::IsPrivateName(path.filename())) {
+            return orvcore::WalkNext::PassOver;
+        }
+        if (kind != FileKind::Directory && !orvcore::IsSameFile(path, exclude)) {
+            NeedFile(path, kind);
+            files.push_back(path);
+        }
+        return orvcore::WalkNext::GoOn;
+    };
+    visitor.fail = [](const fs::path& unread, const std::error_code& error) -> orvcore::WalkNext {
+        throw FileError(ToText(unread), error.message());
+    };
+    orvcore::WalkTree(folder, visitor);
     return files;
 }
 

@@ -7,31 +7,14 @@
 
 namespace zelt {
 
-namespace {
-
 // The reason must not read as if the file that is worked on were to blame.
-std::filesystem::path NewFolder()
-{
-    try {
-        return orvcore::CreatePrivateDirectory(u8"zelt");
-    } catch (const std::filesystem::filesystem_error& error) {
-        if (error.path1().empty()) {
-            throw FileError("the temporary folder", error.code().message());
-        }
-        throw FileError(ToText(error.path1()), "this temporary folder cannot be made (" + error.code().message() + ')');
-    }
-}
-
-} // namespace
-
 TempFolder::TempFolder()
-    : path_(NewFolder())
-{
-}
-
-TempFolder::~TempFolder()
-{
-    orvcore::RemoveTree(path_);
+try : TemporaryFolder(u8"zelt") {
+} catch (const std::filesystem::filesystem_error& error) {
+    if (error.path1().empty()) {
+        throw FileError("the temporary folder", error.code().message());
+    }
+    throw FileError(ToText(error.path1()), "this temporary folder cannot be made (" + error.code().message() + ')');
 }
 
 void WriteText(const std::filesystem::path& file, std::string_view text)

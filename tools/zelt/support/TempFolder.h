@@ -1,26 +1,17 @@
 #pragma once
 
+#include <orvcore/files/TemporaryFolder.h>
+
 #include <filesystem>
 #include <string_view>
 
 namespace zelt {
 
-/// A private folder below the system's temporary folder, deleted with this object.
-class TempFolder {
+/// A folder of the program's own.
+class TempFolder : public orvcore::TemporaryFolder {
 public:
     /// @throws FileError  naming the temporary folder, when it cannot be created
     TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    ~TempFolder();
-
-    const std::filesystem::path& Path() const noexcept
-    {
-        return path_;
-    }
-
-private:
-    std::filesystem::path path_;
 };
 
 /// Writes a text as a file. @throws FileError

@@ -1,6 +1,6 @@
 #include <orvcore/files/shared/CopyDirectory.h>
 
-#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/WalkTree.h>
 #include <orvcore/files/shared/FilePieces.h>
 #include <orvcore/files/shared/GuardedFolder.h>
 #include <orvcore/tasks/Executor.h>
@@ -31,7 +31,7 @@ public:
     // What was created is gone again when this returns anything else than kResultOK.
     ResultCode Run()
     {
-        if (!Collect({})) {
+        if (!Collect()) {
             return kResultFileNotWritten;
         }
         detail::GuardedFolder target(to_);
@@ -58,35 +58,27 @@ public:
     }
 
 private:
-    // All that is below `folder`, which is relative to the source. In the order of names: failures are the same each
-    // time.
-    bool Collect(const fs::path& folder)
+    // All that the source holds; false when a folder of it cannot be read.
+    bool Collect()
     {
-        std::vector<fs::path> folders;
-        std::vector<fs::path> files;
-        std::error_code error;
-        const auto sort = [&](const fs::path& path, FileKind kind) {
-            if (kind != FileKind::Link) {
-                (kind == FileKind::Directory ? folders : files).push_back(folder / path.filename());
+        const fs::path base = WithoutClosingSeparators(from_);
+        const auto relative = [&](const fs::path& path) { return path.lexically_relative(base); };
+        TreeVisitor visitor;
+        visitor.visit = [&](const fs::path& path, FileKind kind) {
+            if (kind == FileKind::Directory) {
+                folders_.push_back(relative(path));
+            } else if (kind != FileKind::Link) {
+                std::error_code unknown; // told when the file is read
+                total_ += InspectPath(path, unknown).size;
+                files_.push_back(relative(path));
             }
-            return true;
+            return WalkNext::GoOn;
         };
-        ReadDirectory(folder.empty() ? from_ : from_ / folder, sort, error);
-        if (error) {
-            Failed(folder, error);
-            return false;
-        }
-        std::sort(folders.begin(), folders.end());
-        std::sort(files.begin(), files.end());
-        for (fs::path& file : files) {
-            std::error_code unknown; // told when the file is read
-            total_ += InspectPath(from_ / file, unknown).size;
-            files_.push_back(std::move(file));
-        }
-        return std::all_of(folders.begin(), folders.end(), [this](const fs::path& inner) {
-            folders_.push_back(inner);
-            return Collect(inner);
-        });
+        visitor.fail = [&](const fs::path& folder, const std::error_code& error) {
+            Failed(folder == base ? fs::path() : relative(folder), error);
+            return WalkNext::End;
+        };
+        return WalkTree(base, visitor);
     }
 
     bool CopyOne(const fs::path& relative, detail::GuardedFolder& target, const fs::path& half, std::error_code& error)
