@@ -19,7 +19,7 @@ class ORVPLATFORM_API LocalStream {
 public:
     LocalStream() = default;
     LocalStream(LocalStream&& other) noexcept
-        : handle_(std::exchange(other.handle_, kNone))
+        : handle_(std::exchange(other.handle_, std::intptr_t{kNone}))
     {
     }
     LocalStream& operator=(LocalStream&& other) noexcept
