@@ -73,6 +73,11 @@ std::shared_ptr<ClientControl> ClientControlFromJson(const Variant& value)
     return control;
 }
 
+Variant UIStringToAny(const UIString& text)
+{
+    return json::ToTree(text);
+}
+
 Variant SourceInfoToJson(const kinlet::SourceInfo& sourceInfo)
 {
     return json::ToTree(sourceInfo);

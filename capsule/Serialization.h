@@ -46,6 +46,8 @@ ORVCAPSULE_API std::shared_ptr<Capsule> CapsuleFromJson(const UTF8String& json);
 ORVCAPSULE_API orvcore::serialization::Variant ClientControlToJson(const std::shared_ptr<ClientControl>& control);
 /// @return an empty pointer for a value that is no object or names no known kind.
 ORVCAPSULE_API std::shared_ptr<ClientControl> ClientControlFromJson(const orvcore::serialization::Variant& value);
+/// A localised text: {"strDB": [{"localeString": ..., "str": ...}, ...]}.
+ORVCAPSULE_API orvcore::serialization::Variant UIStringToAny(const UIString& text);
 ORVCAPSULE_API orvcore::serialization::Variant SourceInfoToJson(const kinlet::SourceInfo& sourceInfo);
 /// @throws missing_key_exception  also when `value` is no object.
 ORVCAPSULE_API kinlet::SourceInfo SourceInfoFromJson(const orvcore::serialization::Variant& value);

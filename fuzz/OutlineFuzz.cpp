@@ -1,7 +1,7 @@
 // A JSON text behind two bytes that choose an edit: the scanner must find the values that the reader reads, no more and
 // no fewer, and an edit must change that one member and no other.
+#include <orvcore/json/JSONSplice.h>
 #include <orvcore/json/shared/JSONDocument.h>
-#include <tools/zelt/editing/JSONSplice.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -11,8 +11,8 @@
 namespace {
 
 namespace json = orvcore::serialization;
-using zelt::JSONOutline;
-using zelt::JSONSplice;
+using json::JSONOutline;
+using json::JSONSplice;
 
 [[noreturn]] void Fail(const char* what, std::string_view text)
 {
@@ -87,12 +87,15 @@ void CompareBut(const json::JSONNode& before, const json::JSONNode& after, const
     if (old.empty() && !isEdited && Printed(before) != Printed(after)) {
         Fail("an edit changed another value", text);
     }
+    const bool isAdded = isEdited && member == nullptr; // where it stands, the others are one further
+    std::size_t shift = 0;
     for (std::size_t i = 0; i < old.size(); ++i) {
-        if (old[i].Key() != now[i].Key()) {
+        shift = isAdded && (shift != 0 || now[i].Key() == key) ? 1 : 0;
+        if (old[i].Key() != now[i + shift].Key()) {
             Fail("an edit changed a key", text);
         }
         if (&old[i] != member) {
-            CompareBut(old[i], now[i], edited, key, text);
+            CompareBut(old[i], now[i + shift], edited, key, text);
         }
     }
     bool value = false;
@@ -152,12 +155,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text(reinterpret_cast<const char*>(data) + 2, size - 2);
     const auto document = Read(text);
     try {
-        const JSONOutline outline = zelt::ReadOutline(text);
+        const JSONOutline outline = json::ReadOutline(text);
         if (document) {
             Compare(outline, document->Root(), text);
             Edit(text, *document, data[0], data[1]);
         }
-    } catch (const zelt::OutlineError&) {
+    } catch (const json::json_outline_exception&) {
         if (document) {
             Fail("the scanner refuses what the reader takes", text);
         }

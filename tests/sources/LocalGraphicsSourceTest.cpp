@@ -194,6 +194,7 @@ TEST_F(LocalGraphicsSourceTest, FillsEntriesWithWhatIsThere)
     };
     const orvtest::Language german("de_DE");
     fs::copy(ORV_SAMPLES_DIR, temp_ / "root", fs::copy_options::recursive);
+    fs::remove_all(temp_ / "root" / "libraries"); // of the cloud source
     const Entries entries = Search(Source());
     const auto paths = Paths(entries);
     EXPECT_EQ(entries.size(), rows.size() + 1) << "and one with a Japanese file name";
@@ -466,6 +467,7 @@ TEST_F(LocalGraphicsSourceTest, ReadsAgainOnlyWhatChanged)
 {
     orvcore::DebugSettings::SetInt("ORV.entrysettletime", 0);
     fs::copy(ORV_SAMPLES_DIR, temp_ / "root", fs::copy_options::recursive);
+    fs::remove_all(temp_ / "root" / "libraries"); // of the cloud source
     const LocalGraphicsSource source = Source();
     const auto list = [&](const std::string& language) {
         const orvtest::Language chosen(language);
@@ -526,6 +528,7 @@ TEST_F(LocalGraphicsSourceTest, AListingInTwoLanguagesIsNotNoted)
 {
     orvcore::DebugSettings::SetInt("ORV.entrysettletime", 0);
     fs::copy(ORV_SAMPLES_DIR, temp_ / "root", fs::copy_options::recursive);
+    fs::remove_all(temp_ / "root" / "libraries"); // of the cloud source
     const orvtest::Language english("en_US");
     const auto names = [this](const boost::shared_ptr<CheckCancel>& token) {
         std::vector<UTF16String> texts;

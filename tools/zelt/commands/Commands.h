@@ -128,6 +128,29 @@ struct IndexTagsOptions {
 };
 ExitCode RunIndexTags(const IndexTagsOptions& options);
 
+/// Cloud libraries that lie on disk below a root folder.
+struct LibraryListOptions {
+    std::string root;
+    bool json = false;
+};
+ExitCode RunLibraryList(const LibraryListOptions& options);
+
+struct LibraryShowOptions {
+    std::string root;
+    std::string library; ///< display names, compared exactly
+    std::string element;
+    bool json = false;
+};
+ExitCode RunLibraryShow(const LibraryShowOptions& options);
+
+struct LibraryAddOptions {
+    std::string root;
+    std::string name;
+    std::vector<std::string> files;
+    bool json = false;
+};
+ExitCode RunLibraryAdd(const LibraryAddOptions& options);
+
 struct FontsOptions {
     std::vector<std::string> files;
     std::optional<std::string> document; ///< whose use of the fonts is reported

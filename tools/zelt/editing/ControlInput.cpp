@@ -1,10 +1,10 @@
 #include <tools/zelt/editing/ControlInput.h>
 
-#include <tools/zelt/editing/JSONSplice.h>
 #include <tools/zelt/output/ControlText.h>
 #include <tools/zelt/output/Errors.h>
 
 #include <capsule/Serialization.h>
+#include <orvcore/json/JSONSplice.h>
 
 #include <algorithm>
 #include <charconv>
@@ -17,6 +17,7 @@ namespace {
 
 using namespace orvcapsule;
 namespace json = orvcore::serialization;
+using json::ToJSON;
 
 [[noreturn]] void Refuse(std::string_view input, const std::string& wanted)
 {

@@ -16,6 +16,9 @@ namespace {
 
 using namespace orvcapsule;
 namespace json = orvcore::serialization;
+using json::JSONOutline;
+using json::JSONSplice;
+using json::ToJSON;
 using Kind = JSONOutline::Kind;
 
 constexpr char kDefaultLocale[] = "en_US"; // of a text that names none, and the first to stand in for another's
@@ -64,7 +67,7 @@ std::string Named(const std::vector<std::string>& ids)
 std::string Merged(std::string_view object, const std::string& over)
 {
     JSONSplice splice{std::string(object)};
-    for (const JSONOutline& member : ReadOutline(over).children) {
+    for (const JSONOutline& member : json::ReadOutline(over).children) {
         splice.SetMember(splice.Root(), member.key, over.substr(member.begin, member.end - member.begin));
     }
     return splice.Text();

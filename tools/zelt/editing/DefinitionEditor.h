@@ -1,7 +1,8 @@
 #pragma once
 
 #include <tools/zelt/commands/Commands.h>
-#include <tools/zelt/editing/JSONSplice.h>
+
+#include <orvcore/json/JSONSplice.h>
 
 #include <string>
 #include <string_view>
@@ -34,14 +35,15 @@ public:
     }
 
 private:
-    std::string Decoded(const JSONOutline* text) const;
-    std::string LocaleOf(const JSONOutline& entry) const;
-    void SetLocalized(const JSONOutline& owner, std::string_view key, std::string_view text, const std::string& locale,
-                      const std::string& older);
-    const JSONOutline& FindControl(std::string_view assignment, std::size_t& idLength) const;
-    void SetValue(const JSONOutline& control, std::string_view input, const std::string& locale, bool force);
+    std::string Decoded(const orvcore::serialization::JSONOutline* text) const;
+    std::string LocaleOf(const orvcore::serialization::JSONOutline& entry) const;
+    void SetLocalized(const orvcore::serialization::JSONOutline& owner, std::string_view key, std::string_view text,
+                      const std::string& locale, const std::string& older);
+    const orvcore::serialization::JSONOutline& FindControl(std::string_view assignment, std::size_t& idLength) const;
+    void SetValue(const orvcore::serialization::JSONOutline& control, std::string_view input, const std::string& locale,
+                  bool force);
 
-    JSONSplice splice_;
+    orvcore::serialization::JSONSplice splice_;
 };
 
 } // namespace zelt

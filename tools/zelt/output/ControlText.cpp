@@ -1,13 +1,15 @@
 #include <tools/zelt/output/ControlText.h>
 
-#include <tools/zelt/editing/JSONSplice.h>
 #include <tools/zelt/output/Output.h>
+
+#include <orvcore/json/JSONSplice.h>
 
 namespace zelt {
 
 namespace {
 
 using namespace orvcapsule;
+using orvcore::serialization::ToJSON;
 
 std::string Numbers(const std::vector<double>& numbers)
 {

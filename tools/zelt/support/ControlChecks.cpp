@@ -1,6 +1,6 @@
 #include <tools/zelt/support/ControlChecks.h>
 
-#include <tools/zelt/editing/JSONSplice.h>
+#include <orvcore/json/JSONSplice.h>
 
 #include <map>
 
@@ -9,6 +9,7 @@ namespace zelt {
 namespace {
 
 using namespace orvcapsule;
+using orvcore::serialization::ToJSON;
 using IdCounts = std::map<std::string, int>;
 
 IdCounts CheckIds(const std::vector<DocumentControl>& controls, Problems& problems)

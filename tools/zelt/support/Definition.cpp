@@ -1,10 +1,10 @@
 #include <tools/zelt/support/Definition.h>
 
-#include <tools/zelt/editing/JSONOutline.h>
 #include <tools/zelt/support/ControlChecks.h>
 
 #include <capsule/DefinitionKeys.h>
 #include <capsule/Serialization.h>
+#include <orvcore/json/JSONOutline.h>
 
 namespace zelt {
 
@@ -30,10 +30,10 @@ std::string TextMember(const json::Variant& object, std::string_view key)
 std::string MalformedText(const UTF8String& text, const std::string& reason)
 {
     try {
-        ReadOutline(orvcore::AsNarrow(text));
+        json::ReadOutline(orvcore::AsNarrow(text));
         return reason;
-    } catch (const OutlineError& error) {
-        return error.what() + (" at " + PlaceInText(orvcore::AsNarrow(text), error.GetOffset()));
+    } catch (const json::json_outline_exception& error) {
+        return error.what() + (" at " + json::PlaceInText(orvcore::AsNarrow(text), error.GetOffset()));
     }
 }
 

@@ -1,8 +1,10 @@
-#include <tools/zelt/editing/JSONSplice.h>
+#include <orvcore/json/JSONSplice.h>
 
 #include <orvcore/json/JSONTextWriter.h>
 
-namespace zelt {
+#include <algorithm>
+
+namespace orvcore::serialization {
 
 namespace {
 
@@ -11,6 +13,22 @@ std::string SpaceBefore(std::string_view text, std::size_t offset)
 {
     const std::size_t last = text.substr(0, offset).find_last_not_of(" \t\r\n");
     return std::string(text.substr(last + 1, offset - last - 1));
+}
+
+bool Ascends(const JSONOutline& a, const JSONOutline& b)
+{
+    return a.key < b.key;
+}
+
+// The member in front of which a new one stands; none where the keys are in no order or the new one is the last.
+const JSONOutline* PlaceOf(const std::vector<JSONOutline>& members, std::string_view key)
+{
+    if (!std::is_sorted(members.begin(), members.end(), Ascends)) {
+        return nullptr;
+    }
+    const auto next =
+        std::find_if(members.begin(), members.end(), [&](const auto& member) { return member.key > key; });
+    return next != members.end() ? &*next : nullptr;
 }
 
 } // namespace
@@ -43,6 +61,11 @@ void JSONSplice::SetMember(const JSONOutline& object, std::string_view key, std:
         Put(object.begin + 1, object.begin + 1, member.append(json));
         return;
     }
+    if (const JSONOutline* next = PlaceOf(object.children, key)) {
+        member.append(SpaceBefore(text_, next->begin)).append(json);
+        Put(next->keyBegin, next->keyBegin, member + ',' + SpaceBefore(text_, next->keyBegin));
+        return;
+    }
     const JSONOutline& last = object.children.back();
     member.insert(0, ',' + SpaceBefore(text_, last.keyBegin));
     Put(last.end, last.end, member.append(SpaceBefore(text_, last.begin)).append(json));
@@ -64,16 +87,16 @@ void JSONSplice::InsertElement(const JSONOutline& array, std::size_t index, std:
 
 std::string ToJSON(std::string_view text)
 {
-    orvcore::serialization::JSONTextWriter writer;
+    JSONTextWriter writer;
     writer.String(text);
-    return orvcore::ToNarrow(writer.Take());
+    return ToNarrow(writer.Take());
 }
 
 std::string ToJSON(double number)
 {
-    orvcore::serialization::JSONTextWriter writer;
+    JSONTextWriter writer;
     writer.Double(number);
-    return orvcore::ToNarrow(writer.Take());
+    return ToNarrow(writer.Take());
 }
 
-} // namespace zelt
+} // namespace orvcore::serialization

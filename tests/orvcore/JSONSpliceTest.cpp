@@ -1,4 +1,4 @@
-#include <tools/zelt/editing/JSONSplice.h>
+#include <orvcore/json/JSONSplice.h>
 
 #include <orvcore/json/JSON.h>
 
@@ -6,15 +6,15 @@
 
 namespace {
 
-using zelt::JSONOutline;
-using zelt::JSONSplice;
+using orvcore::serialization::JSONOutline;
+using orvcore::serialization::JSONSplice;
 
 bool Throws(const std::string& text)
 {
     try {
-        zelt::ReadOutline(text);
+        orvcore::serialization::ReadOutline(text);
         return false;
-    } catch (const zelt::OutlineError& error) {
+    } catch (const orvcore::serialization::json_outline_exception& error) {
         EXPECT_LE(error.GetOffset(), text.size());
         return true;
     }
@@ -97,6 +97,12 @@ TEST(JSONSplice, ChangesOneValueAndKeepsAllOtherBytes)
     splice.InsertElement(splice.Root().children[0], 0, "0");
     splice.SetMember(splice.Root(), "c", "2");
     EXPECT_EQ(splice.Text(), " { \"a\" : [0 ] , \"\\u0062\" : {\"x\":null } , \"a\":[5,10, 15, 20, 25], \"c\":2 }\n");
+
+    JSONSplice ordered("{\n  \"b\": 1.0,\n  \"d\": 1E5\n}");
+    for (const char* key : {"c", "a", "e"}) {
+        ordered.SetMember(ordered.Root(), key, "0");
+    }
+    EXPECT_EQ(ordered.Text(), "{\n  \"a\": 0,\n  \"b\": 1.0,\n  \"c\": 0,\n  \"d\": 1E5,\n  \"e\": 0\n}");
 }
 
 } // namespace

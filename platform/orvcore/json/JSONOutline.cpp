@@ -1,10 +1,10 @@
-#include <tools/zelt/editing/JSONOutline.h>
+#include <orvcore/json/JSONOutline.h>
 
 #include <orvcore/json/JSON.h>
 
 #include <algorithm>
 
-namespace zelt {
+namespace orvcore::serialization {
 
 namespace {
 
@@ -25,7 +25,7 @@ public:
 
     JSONOutline Document()
     {
-        if (text_.size() - at_ > orvcore::serialization::kMaxJSONSize) {
+        if (text_.size() - at_ > kMaxJSONSize) {
             Fail("the text is larger than readers take");
         }
         JSONOutline root = Value(0);
@@ -39,7 +39,7 @@ public:
 private:
     [[noreturn]] void Fail(const std::string& what) const
     {
-        throw OutlineError(what, at_);
+        throw json_outline_exception(what, at_);
     }
     char Peek() const
     {
@@ -60,10 +60,10 @@ private:
 
     JSONOutline Value(std::size_t depth)
     {
-        if (depth > orvcore::serialization::kMaxJSONDepth) {
+        if (depth > kMaxJSONDepth) {
             Fail("objects and lists are nested too deep");
         }
-        if (++values_ > orvcore::serialization::kMaxJSONValues) {
+        if (++values_ > kMaxJSONValues) {
             Fail("there are more values than readers take");
         }
         SkipSpace();
@@ -180,9 +180,9 @@ private:
             return std::string(quoted.substr(1, quoted.size() - 2));
         }
         try {
-            const auto tree = orvcore::serialization::JSONParse(orvcore::AsUTF8(quoted));
-            return orvcore::ToNarrow(*orvcore::serialization::AsString(tree));
-        } catch (const orvcore::serialization::json_parse_exception& error) {
+            const Variant tree = JSONParse(AsUTF8(quoted));
+            return ToNarrow(*AsString(tree));
+        } catch (const json_parse_exception& error) {
             Fail(error.what());
         }
     }
@@ -235,6 +235,14 @@ private:
 
 } // namespace
 
+json_outline_exception::json_outline_exception(const std::string& reason, std::size_t offset)
+    : json_parse_exception(reason)
+    , offset_(offset)
+{
+}
+
+json_outline_exception::~json_outline_exception() = default;
+
 const JSONOutline* JSONOutline::Find(std::string_view name) const
 {
     const auto found =
@@ -257,4 +265,4 @@ std::string PlaceInText(std::string_view text, std::size_t offset)
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-} // namespace zelt
+} // namespace orvcore::serialization
