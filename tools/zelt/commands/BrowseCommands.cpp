@@ -38,19 +38,33 @@ ExitCode ReportFailures(const std::vector<orvcapsule::FolderFailure>& failures)
     return failures.empty() ? ExitCode::kDone : ExitCode::kBadFile;
 }
 
-// Lists the folders, then does `work` with what is in them.
-template <class Work>
-ExitCode Browse(const std::vector<std::string>& folders, bool progressive, Work&& work)
+ExitCode ReportLeftOut(const std::vector<lumolibmanager::LeftOut>& leftOut)
 {
-    ExitCode exit = ExitCode::kDone;
-    std::vector<std::string> full;
-    for (const std::string& folder : folders) {
-        full.push_back(FullPath(folder, exit));
+    for (const lumolibmanager::LeftOut& left : leftOut) {
+        const std::string element = left.elementID.empty() ? "" : "element " + left.elementID + ": ";
+        ReportError(orvcore::AsNarrow(left.place), element + (left.role.empty() ? "" : left.role + ": ") + left.reason);
     }
-    const ExitCode listed = OnFile(folders.front(), [&] {
-        Browser browser(full);
+    return leftOut.empty() ? ExitCode::kDone : ExitCode::kBadFile;
+}
+
+// Lists the places, then does `work` with what is in them.
+template <class Work>
+ExitCode Browse(const Places& places, bool progressive, Work&& work)
+{
+    if (places.folders.empty() && places.libraries.empty()) {
+        ReportError("there is nothing to look into: give a FOLDER or --libraries ROOT");
+        return ExitCode::kBadUsage;
+    }
+    ExitCode exit = ExitCode::kDone;
+    Places full;
+    for (const std::string& folder : places.folders) {
+        full.folders.push_back(FullPath(folder, exit));
+    }
+    full.libraries = places.libraries.empty() ? "" : FullPath(places.libraries, exit);
+    const ExitCode listed = OnFile(places.folders.empty() ? places.libraries : places.folders.front(), [&] {
+        Browser browser(full.folders, full.libraries);
         const Entries entries = browser.List(progressive);
-        exit = std::max(exit, ReportFailures(browser.GetFolderFailures()));
+        exit = std::max({exit, ReportFailures(browser.GetFolderFailures()), ReportLeftOut(browser.GetLeftOut())});
         work(browser, entries);
     });
     return std::max(exit, listed);
@@ -84,7 +98,7 @@ Entries WithPaths(const Entries& entries, const Browser::Texts& paths)
 
 ExitCode RunList(const ListOptions& options)
 {
-    return Browse(options.folders, options.progress,
+    return Browse(options.places, options.progress,
                   [&](Browser&, const Entries& entries) { PrintEntries(entries, options.json, options.isLong); });
 }
 
@@ -94,7 +108,7 @@ ExitCode RunSearch(const SearchOptions& options)
         ReportError("there is nothing to search for: zelt search FOLDER... -- TERM...");
         return ExitCode::kBadUsage;
     }
-    return Browse(options.folders, false, [&](Browser& browser, const Entries& entries) {
+    return Browse(options.places, false, [&](Browser& browser, const Entries& entries) {
         PrintEntries(WithPaths(entries, browser.Search(options.terms)), options.json, options.isLong);
     });
 }
@@ -105,7 +119,7 @@ ExitCode RunTags(const TagsOptions& options)
         ReportError("one beginning of a tag is needed: zelt tags FOLDER... -- PREFIX");
         return ExitCode::kBadUsage;
     }
-    return Browse(options.folders, false, [&](Browser& browser, const Entries&) {
+    return Browse(options.places, false, [&](Browser& browser, const Entries&) {
         for (const orvcore::UTF8String& tag : browser.FindTags(options.terms.front())) {
             PrintLine(OneMember("tag", orvcore::AsNarrow(tag), options.json));
         }

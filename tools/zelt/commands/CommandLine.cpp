@@ -201,18 +201,19 @@ void AddIndex(CLI::App& app, Action& action)
     tags.first->add_flag("--json", tags.second->json, "One JSON object for each text, on one line");
 }
 
-void AddFolders(CLI::App* command, std::vector<std::string>& folders)
+void AddPlaces(CLI::App* command, Places& places)
 {
-    NeedName(AddList(command, "FOLDER", folders,
-                     "Folders of packages: the first with all below it, the others without their sub-folders"))
-        ->required();
+    NeedName(AddList(command, "FOLDER", places.folders,
+                     "Folders of packages: the first with all below it, the others without their sub-folders"));
+    NeedName(AddOne(command, "--libraries", places.libraries, "Folder that holds cloud libraries, all of which count"))
+        ->type_name("ROOT");
 }
 
 // `terms` is what the arguments hold behind "--".
 void AddBrowsing(CLI::App& app, Action& action, const std::vector<std::string>& terms)
 {
     const auto list = AddCommand(app, action, "list", "List the templates in folders", &RunList);
-    AddFolders(list.first, list.second->folders);
+    AddPlaces(list.first, list.second->places);
     list.first->add_flag("--json", list.second->json, "One JSON object for each template, on one line");
     list.first->add_flag("--long", list.second->isLong, "Everything that is known of each template");
     list.first->add_flag("--progress", list.second->progress, "Tell how far it is even when no terminal is there");
@@ -220,7 +221,7 @@ void AddBrowsing(CLI::App& app, Action& action, const std::vector<std::string>& 
     const auto search = AddCommand(
         app, action, "search", "List the templates in folders that all terms find: FOLDER... -- TERM...", &RunSearch);
     search.second->terms = terms;
-    AddFolders(search.first, search.second->folders);
+    AddPlaces(search.first, search.second->places);
     search.first->add_flag("--json", search.second->json, "One JSON object for each template, on one line");
     search.first->add_flag("--long", search.second->isLong, "Everything that is known of each template");
 
@@ -228,7 +229,7 @@ void AddBrowsing(CLI::App& app, Action& action, const std::vector<std::string>& 
         AddCommand(app, action, "tags",
                    "Print the names and tags in folders with a word that begins so: FOLDER... -- PREFIX", &RunTags);
     tags.second->terms = terms;
-    AddFolders(tags.first, tags.second->folders);
+    AddPlaces(tags.first, tags.second->places);
     tags.first->add_flag("--json", tags.second->json, "One JSON object for each text, on one line");
 }
 

@@ -84,8 +84,14 @@ struct NewOptions {
 ExitCode RunNew(const NewOptions& options);
 
 /// The first folder is listed with all below it, the others without sub-folders.
-struct ListOptions {
+/// Where templates are looked for.
+struct Places {
     std::vector<std::string> folders;
+    std::string libraries; ///< the folder that holds the cloud libraries; empty: none
+};
+
+struct ListOptions {
+    Places places;
     bool json = false;
     bool isLong = false;
     bool progress = false; ///< told even where no terminal shows a bar
@@ -93,7 +99,7 @@ struct ListOptions {
 ExitCode RunList(const ListOptions& options);
 
 struct SearchOptions {
-    std::vector<std::string> folders;
+    Places places;
     std::vector<std::string> terms;
     bool json = false;
     bool isLong = false;
@@ -101,7 +107,7 @@ struct SearchOptions {
 ExitCode RunSearch(const SearchOptions& options);
 
 struct TagsOptions {
-    std::vector<std::string> folders;
+    Places places;
     std::vector<std::string> terms; ///< one: what a tag begins with
     bool json = false;
 };

@@ -5,9 +5,12 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/support/IndexFile.h>
 
+#include <lumolibmanager/FolderLibManager.h>
 #include <orvcore/files/Paths.h>
 #include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/MainThread.h>
+#include <sources/LocalGraphicsSource.h>
+#include <sources/LumoLibrariesSource.h>
 #include <sources/SourceNames.h>
 #include <tools/support/Console.h>
 
@@ -59,14 +62,20 @@ std::shared_ptr<orvcapsule::LocalGraphicsSource> MakeSource(const std::vector<st
 
 } // namespace
 
-Browser::Browser(const std::vector<std::string>& folders)
+Browser::Browser(const std::vector<std::string>& folders, const std::string& libraries)
     : failure_(std::make_shared<Failure>())
 {
     const std::filesystem::path index = folder_.Path() / "index";
     CheckIndexFile(ToText(index), false);
     orvcore::SetTaskExceptionHandler([failure = failure_](const std::exception_ptr& what) { failure->Set(what); });
     manager_ = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(index));
-    manager_->AddGraphicSource(MakeSource(folders));
+    if (!folders.empty()) {
+        manager_->AddGraphicSource(MakeSource(folders));
+    }
+    if (!libraries.empty()) {
+        lumolibmanager::SetLumoLibManager(std::make_shared<lumolibmanager::FolderLibManager>(ToPath(libraries)));
+        manager_->AddGraphicSource(std::make_shared<orvcapsule::LumoLibrariesSource>(false));
+    }
 }
 
 Browser::~Browser()
@@ -101,6 +110,13 @@ Browser::Entries Browser::List(bool progressive)
 std::vector<orvcapsule::FolderFailure> Browser::GetFolderFailures() const
 {
     return manager_->GetFolderFailures(orvcapsule::kLocalSourceID);
+}
+
+std::vector<lumolibmanager::LeftOut> Browser::GetLeftOut() const
+{
+    return manager_->FindGraphicSource(orvcapsule::kLumoLibrariesSourceID)
+               ? lumolibmanager::GetLumoLibManager()->GetLeftOut()
+               : std::vector<lumolibmanager::LeftOut>();
 }
 
 Browser::Texts Browser::Search(const std::vector<std::string>& terms)

@@ -3,8 +3,9 @@
 #include <tools/zelt/support/Interrupt.h>
 #include <tools/zelt/support/TempFolder.h>
 
+#include <lumolibmanager/LumoLibManager.h>
 #include <manager/GraphicSourceManager.h>
-#include <sources/LocalGraphicsSource.h>
+#include <sources/GraphicSource.h>
 
 #include <functional>
 #include <memory>
@@ -14,8 +15,9 @@
 
 namespace zelt {
 
-/// A small host: the library's manager with one local source, on this thread as the main thread. Every operation waits
-/// for its answer, runs the main thread's calls meanwhile, and is cancelled when the user interrupts.
+/// A small host: the library's manager with a local source and one of cloud libraries, on this thread as the main thread.
+/// Every operation waits for its answer, runs the main thread's calls meanwhile, and is cancelled when the user
+/// interrupts.
 ///
 /// The search index is a private file that is deleted with this object. Operations throw Cancelled, or what ended a
 /// background task.
@@ -26,8 +28,9 @@ public:
     using Entries = orvcapsule::GraphicSourceManager::EntryList;
     using Texts = std::set<orvcore::UTF8String>;
 
-    /// @param folders  the first is listed with all below it (empty: none), the others without sub-folders
-    explicit Browser(const std::vector<std::string>& folders);
+    /// @param folders    the first is listed with all below it (empty: none), the others without sub-folders
+    /// @param libraries  the folder that holds the cloud libraries; empty: none
+    Browser(const std::vector<std::string>& folders, const std::string& libraries);
     Browser(const Browser&) = delete;
     Browser& operator=(const Browser&) = delete;
     ~Browser();
@@ -37,6 +40,8 @@ public:
     Entries List(bool progressive);
     /// The folders that could not be listed, and why.
     std::vector<orvcapsule::FolderFailure> GetFolderFailures() const;
+    /// What of the cloud libraries was not listed, and why.
+    std::vector<lumolibmanager::LeftOut> GetLeftOut() const;
     /// The paths of the listed templates that every term finds.
     Texts Search(const std::vector<std::string>& terms);
     /// Suggestions for what a user has typed.
