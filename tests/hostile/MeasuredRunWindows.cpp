@@ -24,6 +24,15 @@ double Seconds(const FILETIME& time)
     return static_cast<double>((std::uint64_t{time.dwHighDateTime} << 32) + time.dwLowDateTime) / 1e7;
 }
 
+double ProcessorSeconds(HANDLE process)
+{
+    FILETIME created{};
+    FILETIME ended{};
+    FILETIME kernel{};
+    FILETIME user{};
+    return ::GetProcessTimes(process, &created, &ended, &kernel, &user) ? Seconds(kernel) + Seconds(user) : 0;
+}
+
 // Some emulators forget the memory of a process that has ended, so it is asked again and again.
 void WaitAndWatch(HANDLE process, MeasuredRun& run)
 {
@@ -55,15 +64,14 @@ MeasuredRun RunMeasured(const std::filesystem::path& program, const std::vector<
     if (::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process)) {
         WaitAndWatch(process.hProcess, run);
         DWORD exitCode = 0;
-        FILETIME created{};
-        FILETIME ended{};
-        FILETIME kernel{};
-        FILETIME user{};
-        if (::GetExitCodeProcess(process.hProcess, &exitCode) &&
-            ::GetProcessTimes(process.hProcess, &created, &ended, &kernel, &user)) {
+        if (::GetExitCodeProcess(process.hProcess, &exitCode)) {
             run.exitCode = static_cast<int>(exitCode);
-            run.processorSeconds = Seconds(kernel) + Seconds(user);
         }
+        // Some emulators answer with the asking process's own time, which then lies between two answers for itself.
+        const double before = ProcessorSeconds(::GetCurrentProcess());
+        const double answered = ProcessorSeconds(process.hProcess);
+        const double after = ProcessorSeconds(::GetCurrentProcess());
+        run.processorSeconds = before <= answered && answered <= after ? 0 : answered;
         ::CloseHandle(process.hThread);
         ::CloseHandle(process.hProcess);
     }

@@ -194,7 +194,7 @@ TEST_F(CapsuleZipTest, OnlyWhatIsMissingHasASubstitute)
     EXPECT_FALSE(orvcore::Exists(folder_ / "out"));
     UTF16String out;
     EXPECT_TRUE(zip.GetZELTProjectPackage(u"", PathToUTF16(folder_ / "project"), u"p", out)) << "whole without it";
-    EXPECT_EQ(out, PathToUTF16(folder_ / "project/p.tsgraphic")) << "an absolute folder is where it says";
+    EXPECT_EQ(out, PathToUTF16(folder_ / "project" / "p.tsgraphic")) << "an absolute folder is where it says";
     EXPECT_EQ(orvcore::ToNarrow(zip.GetLastFailure().entry), "ZeltOptimizations.bin");
 }
 

@@ -215,11 +215,11 @@ TEST(Workspace, EachFolderIsInitialisedOnceAndThenHeld)
     std::ofstream(folder / "cleanupRequest").close();
     orvcapsule::InitTempDirectory(true);
     EXPECT_TRUE(Exists(folder / "cleanupRequest")) << "once a process";
+    WaitForScans(); // which hold the folder alone for a moment
     const auto otherProcess = orvcore::FileLock::Open(orvcore::TempDirectory() / "ProBrowser.lock", false);
     ASSERT_TRUE(otherProcess);
     EXPECT_FALSE(otherProcess->TryExclusive());
     EXPECT_TRUE(otherProcess->TryShared());
-    WaitForScans();                                                 // which hold the folder alone for a moment
     const auto folderLock = orvcore::FileLock::Open(folder, false); // which not every system has
     EXPECT_FALSE(folderLock && folderLock->TryExclusive());
 

@@ -419,13 +419,16 @@ class ZeltTest(unittest.TestCase):
         self.run_zelt("set", "lower-third.zelt", "--name", "In place")
         self.assertEqual(json.loads(self.run_zelt("info", "--json", "lower-third.zelt")[0])["name"], "In place")
 
-    def test_sets_at_the_same_time_all_arrive(self):
+    def test_sets_at_the_same_time_arrive_or_fail(self):
         locales = [f"{language}_XX" for language in ("aa", "bb", "cc", "dd", "ee", "ff", "gg", "hh")]
         running = [subprocess.Popen([*EMULATOR, ZELT, "set", "lower-third.zelt", "--locale", locale, "--name", locale],
                                     stdout=subprocess.DEVNULL) for locale in locales]
-        self.assertEqual([program.wait(120) for program in running], [0] * len(running))
+        codes = [program.wait(120) for program in running]
         names = json.loads(definition_of("lower-third.zelt"))["capsuleNameLocalized"]["strDB"]
-        self.assertLessEqual(set(locales), {name["localeString"] for name in names})
+        self.assertEqual([code == 0 for code in codes],
+                         [locale in {name["localeString"] for name in names} for locale in locales])
+        # Windows replaces no file while another program reads it: there one edit arrives, and the others may fail.
+        self.assertTrue(0 in codes if EMULATOR or os.name == "nt" else not any(codes), codes)
 
     def test_set_keeps_the_bytes_of_the_document(self):
         text = ('\ufeff{\r\n  "x-unknown" : [ 1.50, 1e2, "\\u00e9" ],\n\t"apiVersion": "2.2", "description":"one",\n'
@@ -697,8 +700,8 @@ class BrowseTest(ZeltTest):
             bad = [folder for folder in folders if folder != "mine"]
             self.assertEqual([pathlib.PurePath(line.split(": ")[1]).name for line in err.splitlines()], bad)
 
-    @unittest.skipIf(os.name != "posix" or EMULATOR, "paths have other limits and names are Unicode")
     def test_folders_and_files_with_odd_names(self):
+        self.need_posix()  # elsewhere paths have other limits and names are Unicode
         chain = "/".join(["n" * 250] * 9)  # twice, one in the other: too long to be opened
         for folder in ("deep/" + chain, "inner/" + chain):
             os.makedirs(folder)

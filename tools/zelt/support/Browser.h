@@ -15,8 +15,8 @@
 
 namespace zelt {
 
-/// A small host: the library's manager with a local source and one of cloud libraries, on this thread as the main thread.
-/// Every operation waits for its answer, runs the main thread's calls meanwhile, and is cancelled when the user
+/// A small host: the library's manager with a local source and one of cloud libraries, on this thread as the main
+/// thread. Every operation waits for its answer, runs the main thread's calls meanwhile, and is cancelled when the user
 /// interrupts.
 ///
 /// The search index is a private file that is deleted with this object. Operations throw Cancelled, or what ended a

@@ -74,6 +74,13 @@ FileVersion NativeFile::Version(std::error_code& error) const
         error = LastWindowsError();
         return {};
     }
+    // A deleted file stays until all that have it open have closed it.
+    FILE_STANDARD_INFO standard{};
+    if (::GetFileInformationByHandleEx(AsHandle(handle_), FileStandardInfo, &standard, sizeof(standard)) &&
+        standard.DeletePending) {
+        error = std::make_error_code(std::errc::no_such_file_or_directory);
+        return {};
+    }
     const auto joined = [](DWORD high, DWORD low) { return static_cast<std::uint64_t>(high) << 32 | low; };
     const FILETIME& time = data.ftLastWriteTime;
     return {data.dwVolumeSerialNumber, joined(data.nFileIndexHigh, data.nFileIndexLow),
