@@ -28,6 +28,8 @@ UIString TenLanguages(const std::u16string& text)
     return result;
 }
 
+} // namespace
+
 UTF8String MakeDefinition(std::size_t controls)
 {
     kinlet::SourceInfo info;
@@ -53,6 +55,8 @@ UTF8String MakeDefinition(std::size_t controls)
     capsule.SetControls(list);
     return serialization::CapsuleToJson(std::make_shared<Capsule>(capsule));
 }
+
+namespace {
 
 void WriteFile(const fs::path& path, const std::string& content)
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <orvcore/text/Strings.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -15,6 +17,9 @@ struct PackageShape {
     std::size_t video;
     std::size_t project;
 };
+
+/// A definition document with so many controls.
+orvcore::UTF8String MakeDefinition(std::size_t controls);
 
 /// Fills `folder` with packages in sub-folders of a hundred. Their content is the same; their names differ.
 void MakePackages(const std::filesystem::path& folder, const PackageShape& shape);
