@@ -198,6 +198,19 @@ class DefinitionTest(unittest.TestCase):
     def test_schema_is_one(self):
         jsonschema.Draft202012Validator.check_schema(SCHEMA)
 
+    def test_library_manifests_satisfy_their_schema(self):
+        schema = json.loads((ROOT / "docs/cloud-library.schema.json").read_text(encoding="utf-8"))
+        jsonschema.Draft202012Validator.check_schema(schema)
+        validator = jsonschema.Draft202012Validator(schema)
+        manifests = list((ROOT / "samples/libraries").glob("*/library.json"))
+        self.assertEqual(len(manifests), 2)
+        for manifest in manifests:
+            document = json.loads(manifest.read_text(encoding="utf-8"))
+            self.assertTrue(validator.is_valid(document), manifest)
+            for path in ("", "/a", "../a", "a/../b", "a\\b", "c:a"):
+                document["elements"][0]["files"]["primary"] = path
+                self.assertFalse(validator.is_valid(document), path)
+
     def test_samples_satisfy_the_schema_before_and_after_the_library(self):
         packages = list(samples())
         self.assertGreaterEqual(len(packages), 7)

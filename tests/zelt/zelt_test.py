@@ -139,7 +139,7 @@ class ZeltTest(unittest.TestCase):
     def setUp(self):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zelt-test-"))
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
-        shutil.copytree(SAMPLES, self.folder, dirs_exist_ok=True)
+        shutil.copytree(SAMPLES, self.folder, dirs_exist_ok=True, ignore=shutil.ignore_patterns("libraries"))
         self.addCleanup(os.chdir, os.getcwd())
         os.chdir(self.folder)
 
@@ -885,9 +885,48 @@ class OtherProgramsTest(ZeltTest):
                 self.assertIn("字/ü.txt", archive.namelist())
 
 
+class LibraryTest(ZeltTest):
+    """Libraries that "library add" makes, and what "library list" and "library show" find in them."""
+
+    def libraries(self, root, **how):
+        out, err = self.run_zelt("library", "list", root, "--json", **how)
+        return [json.loads(line) for line in out.splitlines()], err
+
+    def test_add_list_and_show(self):
+        self.run_zelt("library", "add", "root", "Titles 字", "lower-third.zelt", "untitled.zelt")
+        made = json.loads(self.run_zelt("library", "add", "root", "Titles 字", "countdown.zelt", "--json")[0])
+        found, _ = self.libraries("root")
+        self.assertIn(made, found)
+        self.assertEqual([library["name"] for library in found], ["Titles 字"] * 2)
+        self.assertEqual(found[0]["id"] < found[1]["id"], True)
+        self.assertEqual([e["name"] for e in made["elements"]], [expected_info("countdown.zelt", "en_US")["name"]])
+        for element in made["elements"]:
+            self.assertEqual(contents_of(element["path"]), contents_of("countdown.zelt"))
+            self.assertEqual(pathlib.Path(element["thumbnail"]).read_bytes(), contents_of("countdown.zelt")["thumb.png"])
+            self.assertEqual(pathlib.Path(element["definition"]).read_text("utf-8"), definition_of("countdown.zelt"))
+            shown = self.run_zelt("library", "show", "root", "Titles 字", element["name"])[0]
+            self.assertEqual(shown.splitlines()[0], element["path"])
+            self.assertEqual(json.loads(self.run_zelt("library", "show", "root", "Titles 字", element["name"], "--json")[0]),
+                             {"path": element["path"], "definition": definition_of("countdown.zelt")})
+        self.assertIn("1 template\n    " + made["elements"][0]["name"], self.run_zelt("library", "list", "root")[0])
+        self.run_zelt("library", "show", "root", "titles 字", "Countdown", code=1)
+
+    def test_add_is_whole_or_nothing_and_list_tells_what_is_wrong(self):
+        for files in (["lower-third.zelt", "gone.zelt"], ["damaged/empty.zelt"]):
+            self.run_zelt("library", "add", "root", "Titles", *files, code=1)
+            self.assertEqual(os.listdir("root"), [])
+        self.run_zelt("library", "add", "root", "x" * 1025, "lower-third.zelt", code=2)
+        self.run_zelt("library", "add", "root", "Titles", "lower-third.zelt", "untitled.zelt")
+        pathlib.Path("root/bad").mkdir()
+        pathlib.Path(self.libraries("root", code=1)[0][0]["elements"][0]["path"]).unlink()
+        found, err = self.libraries("root", code=1)
+        self.assertEqual(len(found[0]["elements"]), 1)
+        self.assertEqual(["not there yet" in line for line in err.splitlines()], [True, True])
+
+
 def load_tests(loader, _tests, _pattern):
     suite = unittest.TestSuite(loader.loadTestsFromTestCase(ZeltTest))
-    for case in (BrowseTest, OtherProgramsTest):
+    for case in (BrowseTest, LibraryTest, OtherProgramsTest):
         suite.addTests(case(name) for name in loader.getTestCaseNames(case) if name in vars(case))
     return suite
 

@@ -41,7 +41,7 @@ std::vector<std::string> TakeTerms(Arguments& arguments)
 void MarkLiterals(Arguments& arguments)
 {
     auto command = FindCommand(arguments.begin(), arguments.end());
-    if (command != arguments.end() && *command == "index") {
+    if (command != arguments.end() && (*command == "index" || *command == "library")) {
         command = FindCommand(command + 1, arguments.end());
     }
     if (command == arguments.end()) {

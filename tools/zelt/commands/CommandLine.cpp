@@ -233,6 +233,30 @@ void AddBrowsing(CLI::App& app, Action& action, const std::vector<std::string>& 
     tags.first->add_flag("--json", tags.second->json, "One JSON object for each text, on one line");
 }
 
+void AddLibrary(CLI::App& app, Action& action)
+{
+    CLI::App* library = app.add_subcommand("library", "List, show and make cloud libraries that lie on disk");
+    library->require_subcommand(1);
+    constexpr char kRoot[] = "Folder of the libraries";
+
+    const auto list = AddCommand(*library, action, "list", "List the libraries and their templates", &RunLibraryList);
+    AddFile(list.first, "ROOT", list.second->root, kRoot);
+    list.first->add_flag("--json", list.second->json, "One JSON object for each library, on one line");
+
+    const auto show =
+        AddCommand(*library, action, "show", "Print a template's path and definition document", &RunLibraryShow);
+    AddFile(show.first, "ROOT", show.second->root, kRoot);
+    AddArgument(show.first, "NAME", show.second->library, "Display name of the library");
+    AddArgument(show.first, "ELEMENT", show.second->element, "Display name of the template");
+    show.first->add_flag("--json", show.second->json, "One JSON object");
+
+    const auto add = AddCommand(*library, action, "add", "Make a new library of packages", &RunLibraryAdd);
+    AddFile(add.first, "ROOT", add.second->root, "Folder of the libraries; created when missing");
+    AddArgument(add.first, "NAME", add.second->name, "Display name of the library");
+    AddFiles(add.first, add.second->files);
+    add.first->add_flag("--json", add.second->json, "One JSON object, as list prints it");
+}
+
 void AddFonts(CLI::App& app, Action& action)
 {
     const auto fonts = AddCommand(app, action, "fonts",
@@ -283,6 +307,7 @@ ExitCode RunCommandLine(std::vector<std::string> arguments)
     AddNew(app, action);
     AddBrowsing(app, action, TakeTerms(arguments));
     AddIndex(app, action);
+    AddLibrary(app, action);
     AddFonts(app, action);
     MarkLiterals(arguments);
     try {
