@@ -154,10 +154,12 @@ TEST_F(CapsuleZipTest, WhatKilledProgramsLeftInPrivateGoesAfterADay)
     const fs::path longPath = PathOfLength(folder_, 240, unique_ + ".zelt");
     orvcore::CopyOneFile(Package("p.zelt", ZipBytes()), longPath);
     static_cast<void>(CapsuleZip(longPath));
-    held.reset();
-    for (const auto& c : cases) {
+    for (const auto& c : cases) { // held until then: other tests use this area at the same time
         EXPECT_EQ(orvcore::Exists(c.folder), !c.isRemoved || error) << c.folder; // not every C++ library sets the time
         EXPECT_EQ(orvcore::Exists(fs::path(c.folder) += ".lock"), !c.isRemoved || error);
+    }
+    held.reset();
+    for (const auto& c : cases) {
         orvcore::RemoveTree(c.folder);
         orvcore::RemoveTree(fs::path(c.folder) += ".lock");
     }
