@@ -329,6 +329,9 @@ TEST(ZipWrite, AChangeNeverUndoesAnothers)
             EXPECT_NE(zip.UnzipItem(u8"a"), nullptr);
             EXPECT_TRUE(!hasWritten || zip.AddItem(u8"a", folder / "in", true)) << "its own change is no other's";
             c.change();
+            if (c.name == std::string_view("deleted") && orvcore::Exists(path)) {
+                continue; // a system that keeps a deleted file, name and all, while it is open
+            }
             const std::string changed = folder.Read("z.zip");
             for (int attempt = 0; attempt < 2; ++attempt) {
                 EXPECT_FALSE(zip.AddItem(u8"a", folder / "in", true)) << c.name << hasWritten;

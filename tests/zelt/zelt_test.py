@@ -55,6 +55,11 @@ def definition_of(package):
         return archive.read("definition.json").decode("utf-8")
 
 
+def host_path(path):
+    """A path that zelt told, as this program can use it; the emulator shows the machine's files on a drive."""
+    return path.removeprefix("Z:").replace("\\", "/") if EMULATOR else path
+
+
 def contents_of(package):
     with zipfile.ZipFile(package) as archive:
         return {e.filename: archive.read(e) for e in archive.infolist() if not e.is_dir()}
@@ -901,9 +906,9 @@ class LibraryTest(ZeltTest):
         self.assertEqual(found[0]["id"] < found[1]["id"], True)
         self.assertEqual([e["name"] for e in made["elements"]], [expected_info("countdown.zelt", "en_US")["name"]])
         for element in made["elements"]:
-            self.assertEqual(contents_of(element["path"]), contents_of("countdown.zelt"))
-            self.assertEqual(pathlib.Path(element["thumbnail"]).read_bytes(), contents_of("countdown.zelt")["thumb.png"])
-            self.assertEqual(pathlib.Path(element["definition"]).read_text("utf-8"), definition_of("countdown.zelt"))
+            self.assertEqual(contents_of(host_path(element["path"])), contents_of("countdown.zelt"))
+            self.assertEqual(pathlib.Path(host_path(element["thumbnail"])).read_bytes(), contents_of("countdown.zelt")["thumb.png"])
+            self.assertEqual(pathlib.Path(host_path(element["definition"])).read_text("utf-8"), definition_of("countdown.zelt"))
             shown = self.run_zelt("library", "show", "root", "Titles 字", element["name"])[0]
             self.assertEqual(shown.splitlines()[0], element["path"])
             self.assertEqual(json.loads(self.run_zelt("library", "show", "root", "Titles 字", element["name"], "--json")[0]),
@@ -918,7 +923,7 @@ class LibraryTest(ZeltTest):
         self.run_zelt("library", "add", "root", "x" * 1025, "lower-third.zelt", code=2)
         self.run_zelt("library", "add", "root", "Titles", "lower-third.zelt", "untitled.zelt")
         pathlib.Path("root/bad").mkdir()
-        pathlib.Path(self.libraries("root", code=1)[0][0]["elements"][0]["path"]).unlink()
+        pathlib.Path(host_path(self.libraries("root", code=1)[0][0]["elements"][0]["path"])).unlink()
         found, err = self.libraries("root", code=1)
         self.assertEqual(len(found[0]["elements"]), 1)
         self.assertEqual(["not there yet" in line for line in err.splitlines()], [True, True])
