@@ -73,8 +73,10 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
             error == orvstorage::ZipError::EntryMissing || error == orvstorage::ZipError::EntryTooLarge;
         return hasNone ? Outcome::None : Outcome::Failed;
     }
+    // The name tells the content, so another worker's file serves. To replace one that is being read would disturb its
+    // readers where the system does that in two steps.
     std::error_code error;
-    if (orvcore::RenameOver(half, target, error)) {
+    if (!orvcore::IsFile(target) && orvcore::RenameOver(half, target, error)) {
         return Outcome::There;
     }
     orvcore::RemoveTree(half);
