@@ -31,8 +31,9 @@ constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
 // Where users share a temporary folder, somebody may have put a folder, or a link to one, in the place of ours.
 bool IsOursOrFree(const fs::path& path)
 {
+    // In this order: another thread may make the folder between the two questions.
     std::error_code error;
-    return orvcore::IsOwn(path) || (orvcore::InspectPath(path, error).kind == orvcore::FileKind::Nothing && !error);
+    return (orvcore::InspectPath(path, error).kind == orvcore::FileKind::Nothing && !error) || orvcore::IsOwn(path);
 }
 
 // Empty when there is none to use.
