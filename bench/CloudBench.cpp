@@ -7,6 +7,7 @@
 #include <sources/LumoLibrariesSource.h>
 
 #include <orvcore/files/Files.h>
+#include <orvcore/files/TemporaryFolder.h>
 #include <orvcore/host/DebugSettings.h>
 
 #include <simdjson.h>
@@ -70,7 +71,8 @@ std::size_t List()
 
 int main()
 {
-    const fs::path root = orvcore::CreatePrivateDirectory(u8"orvcapsule-bench");
+    const orvcore::TemporaryFolder folder(u8"orvcapsule-bench");
+    const fs::path& root = folder.Path();
     orvcore::EnsureDirectory(root / "library");
     MakeLibrary(root / "library");
     lumolibmanager::SetLumoLibManager(std::make_shared<lumolibmanager::FolderLibManager>(root));
@@ -88,6 +90,5 @@ int main()
     }
     std::printf("%zu elements: bare %.1f us, cold %.1f us (ratio %.2f), same %.1f us\n", kElements, bare, cold,
                 cold / bare, same);
-    orvcore::RemoveTree(root);
     return whole == kElements ? 0 : 1;
 }
