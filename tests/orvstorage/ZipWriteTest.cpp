@@ -179,7 +179,8 @@ TEST(ZipWrite, AnUnpackingCancelledAtAnyPointLeavesNothing)
             ASSERT_EQ(folder.Read("out/empty"), "old");
         }
         EXPECT_EQ(last, 1.0);
-        EXPECT_GT(cancelAt, 3);
+        // At the start and at the end at least: how much of the rest falls to the thread that asks differs.
+        EXPECT_GE(cancelAt, 3);
         orvcore::RemoveTree(folder / "made");
     }
     EXPECT_EQ(folder.Read("out/empty"), "");
