@@ -47,8 +47,8 @@ private:
     std::string password_;
     orvcore::UTF8String workingPath_;
     orvstorage::ZipFile package_;
-    std::unique_ptr<const PrivateFolder> privateFolder_; // outlives the archive that is open in it
-    orvstorage::ZipFile archive_;                        // the package, or its private copy
+    std::unique_ptr<const orvcore::TemporaryFolder> privateFolder_; // outlives the archive that is open in it
+    orvstorage::ZipFile archive_;                                   // the package, or its private copy
 };
 
 } // namespace orvcapsule::detail

@@ -2,13 +2,24 @@
 
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/shared/FileLock.h>
 #include <orvcore/text/Guid.h>
+
+#include <algorithm>
+#include <set>
 
 namespace orvcore {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr std::u8string_view kLockExtension = u8".lock";
+
+fs::path LockOf(fs::path folder)
+{
+    return folder += PathFromUTF8(kLockExtension);
+}
 
 fs::path NewFolder(std::u8string_view area)
 {
@@ -27,16 +38,67 @@ fs::path NewFolder(std::u8string_view area)
     return folder;
 }
 
+// True for the names of temporary folders and of their locks.
+bool IsTemporaryName(const fs::path& name)
+{
+    const fs::path folder = name.extension() == PathFromUTF8(kLockExtension) ? name.stem() : name;
+    const std::string text = ToNarrow(PathToUTF8(folder));
+    const auto guid = Guid::FromString(text);
+    return guid && guid->ToString() == text;
+}
+
+void RemoveIfOwn(const fs::path& path)
+{
+    if (IsOwn(path)) {
+        RemoveTree(path);
+    }
+}
+
+void RemoveUnlessUsed(const fs::path& folder)
+{
+    auto lock = FileLock::Open(LockOf(folder), false);
+    if (lock && !lock->TryExclusive()) {
+        return;
+    }
+    RemoveIfOwn(folder);
+    lock.reset(); // some systems keep a file that is open
+    RemoveIfOwn(LockOf(folder));
+}
+
+// A folder that was just made may not have its lock yet, so only old ones are looked at.
+void RemoveAbandoned(const fs::path& area)
+{
+    const auto oldest = std::chrono::system_clock::now() - std::chrono::hours(24);
+    std::set<fs::path> folders;
+    std::error_code error;
+    const auto collect = [&](const fs::path& path, FileKind) {
+        std::error_code unknown;
+        if (IsTemporaryName(path.filename()) && InspectPath(path, unknown).modified < oldest && !unknown) {
+            folders.insert(area / path.stem());
+        }
+        return true;
+    };
+    ReadDirectory(area, collect, error);
+    std::for_each(folders.begin(), folders.end(), RemoveUnlessUsed);
+}
+
 } // namespace
 
 TemporaryFolder::TemporaryFolder(std::u8string_view area)
     : path_(NewFolder(area))
+    , use_(FileLock::Open(LockOf(path_), true))
 {
+    if (use_) {
+        use_->TryShared();
+    }
+    RemoveAbandoned(path_.parent_path());
 }
 
 TemporaryFolder::~TemporaryFolder()
 {
     RemoveTree(path_);
+    use_.reset();
+    RemoveTree(LockOf(path_));
 }
 
 } // namespace orvcore
