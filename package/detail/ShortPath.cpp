@@ -1,7 +1,6 @@
 #include <package/detail/ShortPath.h>
 
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/Files.h>
 #include <orvcore/text/Guid.h>
 
 #include <algorithm>
@@ -33,7 +32,8 @@ bool IsPrivateName(const fs::path& name)
 void RemoveIfOwn(const fs::path& path)
 {
     if (orvcore::IsOwn(path)) {
-        orvcore::RemoveTree(path);
+        std::error_code ignored; // the next one who works here tries again
+        orvcore::RemoveTree(path, ignored);
     }
 }
 
@@ -79,7 +79,8 @@ PrivateFolder::PrivateFolder()
 PrivateFolder::~PrivateFolder()
 {
     use_.reset();
-    orvcore::RemoveTree(LockOf(Path()));
+    std::error_code ignored;
+    orvcore::RemoveTree(LockOf(Path()), ignored);
 }
 
 bool IsLongPath(const orvcore::UTF8String& path)

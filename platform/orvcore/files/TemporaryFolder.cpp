@@ -1,7 +1,6 @@
 #include <orvcore/files/TemporaryFolder.h>
 
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/Files.h>
 #include <orvcore/text/Guid.h>
 
 namespace orvcore {
@@ -13,16 +12,10 @@ namespace {
 fs::path NewFolder(std::u8string_view area)
 {
     fs::path folder = TempDirectory() / PathFromUTF8(area);
-    std::error_code error;
-    MakeDirectory(folder, error, FolderAccess::Shared);
-    if (!error) {
-        folder /= Guid::Create().ToString();
-        if (!MakeDirectory(folder, error, FolderAccess::OwnerOnly) && !error) {
-            error = std::make_error_code(std::errc::file_exists);
-        }
-    }
-    if (error) {
-        throw fs::filesystem_error("cannot create folder", folder, error);
+    MakeDirectory(folder, FolderAccess::Shared);
+    folder /= Guid::Create().ToString();
+    if (!MakeDirectory(folder, FolderAccess::OwnerOnly)) {
+        throw fs::filesystem_error("cannot create folder", folder, std::make_error_code(std::errc::file_exists));
     }
     return folder;
 }
@@ -36,7 +29,8 @@ TemporaryFolder::TemporaryFolder(std::u8string_view area)
 
 TemporaryFolder::~TemporaryFolder()
 {
-    RemoveTree(path_);
+    std::error_code ignored;
+    RemoveTree(path_, ignored);
 }
 
 } // namespace orvcore

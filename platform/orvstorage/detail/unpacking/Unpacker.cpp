@@ -210,7 +210,7 @@ bool WriteOver(const fs::path& destination, ZipFailure& failure, const Give& giv
         TranslateWriteError(error ? error : closing, failure);
     }
     if (!whole && orvcore::IsFile(destination)) {
-        orvcore::RemoveTree(destination);
+        orvcore::RemoveOne(destination, closing);
     }
     return whole;
 }
