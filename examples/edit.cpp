@@ -56,9 +56,7 @@ void Store(CapsuleZip& package, const std::shared_ptr<Capsule>& capsule)
     const orvcore::UTF8String text = orvcapsule::serialization::CapsuleToJson(capsule);
     const orvcore::TemporaryFolder folder(u8"orvcapsule-edit");
     const auto file = folder.Path() / orvcapsule::kJSONFileName;
-    if (orvcore::WriteBufferToFile(file, text.data(), text.size()) != orvcore::kResultOK) {
-        throw std::runtime_error("the definition cannot be written into the temporary folder");
-    }
+    orvcore::WriteBufferToFile(file, text.data(), text.size());
     if (!package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()))) { // takes the folder, not the file
         throw std::runtime_error(package.GetLastFailure().Message());
     }

@@ -63,7 +63,8 @@ Notes MakeNotes()
 struct FileOfThisRun {
     ~FileOfThisRun()
     {
-        orvcore::RemoveTree(path);
+        std::error_code ignored;
+        orvcore::RemoveTree(path, ignored);
     }
     const std::filesystem::path path;
 };
@@ -95,9 +96,7 @@ void WriteFile(const std::string& notes)
 {
     const orvcore::Guid sum = orvcore::HashMixer().Add(notes).GetResult();
     const std::string bytes = std::string(sum.bytes.begin(), sum.bytes.end()) + notes;
-    if (orvcore::WriteBufferToFile(File(), bytes.data(), bytes.size()) < 0) {
-        Fail("the file of notes cannot be written");
-    }
+    orvcore::WriteBufferToFile(File(), bytes.data(), bytes.size());
 }
 
 // What is recalled of the packages that the records name, as if each were as it was.

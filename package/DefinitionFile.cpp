@@ -8,8 +8,8 @@ namespace orvcapsule {
 orvcore::UTF8String GetJsonContent(const orvcore::UTF8String& path)
 {
     constexpr std::uint64_t kLargest = 8 * orvcore::serialization::kMaxJSONSize;
-    const auto content = orvcore::ReadWholeFile(orvcore::PathFromUTF8(path), kLargest);
-    return content ? orvcore::ToUTF8(*content) : orvcore::UTF8String();
+    std::error_code ignored; // then the text is empty, as it is promised
+    return orvcore::ToUTF8(orvcore::ReadWholeFile(orvcore::PathFromUTF8(path), kLargest, ignored));
 }
 
 } // namespace orvcapsule

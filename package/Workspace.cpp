@@ -39,12 +39,9 @@ bool IsOursOrFree(const fs::path& path)
 // Empty when there is none to use.
 fs::path WorkingFolder(bool local)
 {
-    try {
-        fs::path folder = orvcore::TempDirectory() / (local ? "ProBrowser" : "ProStock");
-        return IsOursOrFree(folder) ? folder : fs::path();
-    } catch (const fs::filesystem_error&) {
-        return {};
-    }
+    std::error_code error;
+    const fs::path folder = orvcore::TempDirectory(error) / (local ? "ProBrowser" : "ProStock");
+    return !error && IsOursOrFree(folder) ? folder : fs::path();
 }
 
 fs::path StockAssetFolder(const orvcore::UTF8String& assetId)
@@ -56,8 +53,8 @@ fs::path StockAssetFolder(const orvcore::UTF8String& assetId)
     fs::path folder = stock / detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetName())) /
                       detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetClientVersion())) /
                       detail::SafeFileName(assetId);
-    std::error_code ignored;
-    orvcore::MakeDirectories(folder, ignored);
+    std::error_code ignored; // who writes there meets the same obstacle
+    orvcore::EnsureDirectory(folder, ignored);
     return folder;
 }
 
@@ -99,7 +96,7 @@ void DeleteWorkingFolder(const fs::path& folder, const fs::path& marker)
     std::error_code error;
     const bool isLink = orvcore::InspectPath(folder, error).kind == orvcore::FileKind::Link;
     if (isLink || DeleteContents(folder, marker)) {
-        orvcore::RemoveTree(folder);
+        orvcore::RemoveTree(folder, error);
     }
 }
 
@@ -109,11 +106,7 @@ std::uint64_t SizeOf(const fs::path& folder, std::uint64_t limit)
     std::uint64_t total = 0;
     const auto add = [&](const fs::path& path, orvcore::FileKind kind) {
         if (kind == orvcore::FileKind::File && path.filename().native().front() != '.') {
-            std::error_code error;
-            total += orvcore::InspectPath(path, error).size;
-            if (error) {
-                throw fs::filesystem_error("cannot tell the size of a working folder", path, error);
-            }
+            total += orvcore::InspectPath(path).size;
         }
         return total <= limit && !orvcore::IsTerminating() ? orvcore::WalkNext::GoOn : orvcore::WalkNext::End;
     };
@@ -126,7 +119,8 @@ void Mark(const fs::path& marker)
 {
     const fs::path made = orvcore::PrivateSibling(marker);
     std::error_code error;
-    if (orvcore::WriteBufferToFile(made, "", 0) < 0 || !orvcore::RenameOver(made, marker, error)) {
+    orvcore::WriteBufferToFile(made, "", 0);
+    if (!orvcore::RenameOver(made, marker, error)) {
         orvcore::RemoveTree(made);
     }
 }

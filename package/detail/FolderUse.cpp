@@ -1,6 +1,6 @@
 #include <package/detail/FolderUse.h>
 
-#include <orvcore/files/Files.h>
+#include <orvcore/files/FileSystem.h>
 #include <orvcore/files/shared/FileLock.h>
 #include <orvcore/tasks/shared/NoDestructor.h>
 

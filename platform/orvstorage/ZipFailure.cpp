@@ -215,7 +215,9 @@ ZipFault WriteFault(const std::error_code& error)
 
 void TranslateWriteError(const std::error_code& error, ZipFailure& failure)
 {
-    detail::WriteFault(error).Tell(failure);
+    const detail::ZipFault fault = detail::WriteFault(error);
+    failure.error = fault.error;
+    failure.detail = fault.detail;
 }
 
 } // namespace orvstorage

@@ -2,12 +2,38 @@
 
 #include <orvstorage/detail/ZipState.h>
 #include <orvstorage/detail/reading/EntryReader.h>
-#include <orvstorage/detail/unpacking/UnpackPlan.h>
 #include <orvstorage/detail/unpacking/Unpacker.h>
 
 #include <algorithm>
 
 namespace orvstorage {
+
+using detail::ZipFault;
+
+namespace {
+
+// Reads what the plan would unpack, and what folders have of content; adds those that fail.
+void TestContents(const detail::ZipArchive& archive, const ZipLimits& limits, const detail::UnpackPlan& plan,
+                  std::vector<ZipFault>& faults)
+{
+    const auto test = [&](std::size_t index) {
+        if (ZipFault fault = detail::TestEntry(archive, index)) {
+            faults.push_back(std::move(fault));
+        }
+    };
+    for (const detail::UnpackPlan::File& file : plan.files) {
+        test(file.index);
+    }
+    const auto& entries = archive.Entries();
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (entries[i].kind == detail::EntryKind::Directory && // what is refused was told among the refusals
+            detail::EntryReader::Judge(entries[i], limits) == ZipError::None) {
+            test(i);
+        }
+    }
+}
+
+} // namespace
 
 ZipFile::ZipFile(const std::filesystem::path& archive, const std::string& password)
     : state_(std::make_shared<State>())
@@ -20,19 +46,17 @@ template <class Container>
 bool ZipFile::ReadItem(std::u8string_view entryName, std::uint64_t maxSize, Container& content) const
 {
     State& state = *state_;
-    return state.Run(ZipAction::Read, entryName, [&](ZipFailure& failure) {
-        const auto index = state.Find(entryName);
+    return state.Run(ZipAction::Read, entryName, [&]() -> ZipFault {
+        auto index = state.Find(entryName);
         if (!index) {
-            return false;
+            return index.Fault();
         }
         const detail::ArchiveEntry& entry = state.archive->Entries()[*index];
         if (entry.shown.size > std::min(maxSize, state.limits.maxItemSize)) {
-            failure.error = ZipError::EntryTooLarge;
-            return false;
+            return {ZipError::EntryTooLarge};
         }
         auto reader = detail::EntryReader::Open(state.archive->Handle(), *index, entry);
-        const detail::ZipFault fault = reader ? (*reader).ReadAll(content) : reader.Fault();
-        return !fault || fault.Tell(failure);
+        return reader ? reader->ReadAll(content) : reader.Fault();
     });
 }
 
@@ -60,24 +84,24 @@ bool ZipFile::UnzipItems(std::u8string_view entryName, const std::filesystem::pa
                          const ZipProgress& progress, void* opaque) const
 {
     State& state = *state_;
-    return state.RunAsking(ZipAction::Unpack, entryName, [&](ZipFailure& failure, std::exception_ptr& thrown) {
-        const auto index = state.Find(entryName);
+    return state.RunAsking(ZipAction::Unpack, entryName, [&](std::exception_ptr& thrown) {
+        auto index = state.Find(entryName);
         if (!index) {
-            return false;
+            return index.Fault();
         }
         detail::ByteProgress asked(progress, opaque, state.archive->Entries()[*index].shown.size);
-        const bool done = detail::UnpackToFile(*state.archive, *index, destination, asked, failure);
+        const ZipFault fault = detail::UnpackToFile(*state.archive, *index, destination, asked);
         thrown = asked.Thrown();
-        return done;
+        return fault;
     });
 }
 
 bool ZipFile::UnzipOver(std::u8string_view entryName, const std::filesystem::path& destination) const
 {
     State& state = *state_;
-    return state.Run(ZipAction::Unpack, entryName, [&](ZipFailure& failure) {
-        const auto index = state.Find(entryName);
-        return index && detail::UnpackOver(*state.archive, *index, destination, failure);
+    return state.Run(ZipAction::Unpack, entryName, [&] {
+        auto index = state.Find(entryName);
+        return index ? detail::UnpackOver(*state.archive, *index, destination) : index.Fault();
     });
 }
 
@@ -90,22 +114,16 @@ bool ZipFile::UnZip(const std::filesystem::path& directory, bool overwrite, cons
                     void* opaque) const
 {
     State& state = *state_;
-    return state.RunAsking(ZipAction::Unpack, {}, [&](ZipFailure& failure, std::exception_ptr& thrown) {
-        detail::UnpackPlan plan;
-        if (state.Open() == nullptr || !detail::MakeUnpackPlan(*state.archive, state.limits, plan, failure)) {
-            return false;
+    return state.RunAsking(ZipAction::Unpack, {}, [&](std::exception_ptr& thrown) {
+        auto plan = state.Plan();
+        if (!plan) {
+            return plan.Fault();
         }
         const auto ifExists = overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep;
-        detail::ByteProgress asked(progress, opaque, plan.totalSize);
-        const bool done = detail::Unpack(*state.archive, plan, directory, ifExists, asked, failure);
+        detail::ByteProgress asked(progress, opaque, plan->totalSize);
+        const ZipFault fault = detail::Unpack(*state.archive, *plan, directory, ifExists, asked);
         thrown = asked.Thrown();
-        if (!done) {
-            return false;
-        }
-        if (!plan.refused.empty()) {
-            failure = plan.refused.front();
-        }
-        return !failure;
+        return fault || plan->refused.empty() ? fault : plan->refused.front();
     });
 }
 
@@ -113,14 +131,15 @@ std::vector<ZipEntry> ZipFile::GetEntries() const
 {
     State& state = *state_;
     std::vector<ZipEntry> entries;
-    state.Run(ZipAction::Read, {}, [&](ZipFailure&) {
-        if (state.Open() == nullptr) {
-            return false;
+    state.Run(ZipAction::Read, {}, [&]() -> ZipFault {
+        auto archive = state.Open();
+        if (!archive) {
+            return archive.Fault();
         }
-        for (const detail::ArchiveEntry& entry : state.archive->Entries()) {
+        for (const detail::ArchiveEntry& entry : (*archive)->Entries()) {
             entries.push_back(entry.shown);
         }
-        return true;
+        return {};
     });
     return entries;
 }
@@ -136,33 +155,25 @@ bool ZipFile::Contains(std::u8string_view entryName) const
 std::vector<ZipFailure> ZipFile::Check(bool readContents) const
 {
     State& state = *state_;
-    detail::UnpackPlan plan;
-    state.Run(ZipAction::Unpack, {}, [&](ZipFailure& failure) {
-        if (state.Open() == nullptr || !detail::MakeUnpackPlan(*state.archive, state.limits, plan, failure)) {
-            plan.refused.push_back(failure);
-            return false;
-        }
-        const ZipFailure blank = failure;
-        const auto test = [&](std::size_t index) {
-            ZipFailure found = blank;
-            if (!detail::TestEntry(*state.archive, index, found)) {
-                plan.refused.push_back(std::move(found));
-            }
-        };
-        for (std::size_t i = 0; readContents && i < plan.files.size(); ++i) {
-            test(plan.files[i].index);
-        }
-        const auto& entries = state.archive->Entries();
-        for (std::size_t i = 0; readContents && i < entries.size(); ++i) {
-            if (entries[i].kind == detail::EntryKind::Directory && // what is refused was told among the refusals
-                detail::EntryReader::Judge(entries[i], state.limits) == ZipError::None) {
-                test(i);
+    std::vector<ZipFault> faults;
+    state.Run(ZipAction::Unpack, {}, [&] {
+        auto plan = state.Plan();
+        if (!plan) {
+            faults.push_back(plan.Fault());
+        } else {
+            faults = std::move(plan->refused);
+            if (readContents) {
+                TestContents(*state.archive, state.limits, *plan, faults);
             }
         }
-        failure = plan.refused.empty() ? failure : plan.refused.front();
-        return plan.refused.empty();
+        return faults.empty() ? ZipFault() : faults.front();
     });
-    return std::move(plan.refused);
+    std::vector<ZipFailure> failures;
+    const ZipFailure operation{ZipError::None, ZipAction::Unpack, state.path, {}, {}};
+    for (const ZipFault& fault : faults) {
+        failures.push_back(fault.In(operation));
+    }
+    return failures;
 }
 
 const std::filesystem::path& ZipFile::GetPath() const noexcept

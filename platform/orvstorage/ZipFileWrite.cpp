@@ -5,6 +5,8 @@
 #include <orvstorage/detail/unpacking/Unpacker.h>
 #include <orvstorage/shared/EntryName.h>
 
+#include <numeric>
+
 namespace orvstorage {
 
 namespace {
@@ -53,81 +55,85 @@ ZipFault CheckPassword(const ZipArchive& archive, std::optional<std::size_t> rep
     const auto& entries = archive.Entries();
     const bool isOpened = replaced && entries[*replaced].shown.isEncrypted;
     const auto asked = isOpened ? replaced : hasPassword ? SmallestEncrypted(entries) : std::nullopt;
-    ZipFailure found;
-    if (asked && !detail::TestEntry(archive, *asked, found) &&
-        (found.error == ZipError::PasswordNeeded || found.error == ZipError::WrongPassword)) {
-        return {found.error, found.detail};
+    const ZipFault found = asked ? detail::TestEntry(archive, *asked) : ZipFault();
+    if (found.error == ZipError::PasswordNeeded || found.error == ZipError::WrongPassword) {
+        return {found.error, found.detail}; // of the entry that is added
     }
     return {}; // damage of what is replaced, or is copied as it is, is no hindrance
 }
 
 // Asked before the work, which may take minutes.
-bool MayWrite(const std::filesystem::path& archive, ZipFailure& failure)
+ZipFault CheckMayWrite(const std::filesystem::path& archive)
 {
     std::error_code error;
-    if (!orvcore::MayReplace(archive, error)) {
-        TranslateWriteError(error, failure);
-        failure.entry.clear();
-    }
-    return !failure;
+    return orvcore::MayReplace(archive, error) ? ZipFault() : detail::WriteFault(error).At({});
+}
+
+std::uint64_t TotalSize(const std::vector<detail::PackItem>& items)
+{
+    return std::accumulate(items.begin(), items.end(), std::uint64_t{0},
+                           [](std::uint64_t sum, const detail::PackItem& item) { return sum + item.size; });
 }
 
 } // namespace
 
+ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace)
+{
+    auto opened = OpenToChange();
+    if (!opened) {
+        return opened.Fault();
+    }
+    std::optional<std::size_t> replaced;
+    std::shared_ptr<const detail::ArchiveFile> old;
+    if (*opened != nullptr) {
+        auto place = FindPlace(**opened, limits, item.name, replace);
+        ZipFault fault = place ? CheckPassword(**opened, *place, !password.empty()) : place.Fault();
+        if (fault) {
+            return fault;
+        }
+        replaced = *place;
+        old = (*opened)->File();
+    }
+    archive.reset(); // what it has read is about to be replaced
+    ZipFault fault = detail::PackOne({path, password, seen}, std::move(old), replaced, item);
+    isOutdated = fault.error == ZipError::ArchiveChanged;
+    return fault;
+}
+
 bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace) const
 {
     State& state = *state_;
-    return state.Run(ZipAction::Add, entryName, [&](ZipFailure& failure) {
+    return state.Run(ZipAction::Add, entryName, [&]() -> ZipFault {
         const detail::EntryName name = detail::CheckEntryName(entryName);
-        failure.error = name.error;
-        detail::PackItem item;
-        std::optional<std::size_t> replaced;
-        if (failure || !MayWrite(state.path, failure) ||
-            !detail::DescribeItem(directory / orvcore::PathFromUTF8(name.relative).make_preferred(), name.relative,
-                                  item, failure)) {
-            return false;
+        if (name.error != ZipError::None) {
+            return {name.error};
         }
-        bool isThere = false;
-        if (!state.OpenToChange(isThere, failure)) {
-            return false;
+        if (ZipFault fault = CheckMayWrite(state.path)) {
+            return fault;
         }
-        if (isThere) {
-            auto place = FindPlace(*state.archive, state.limits, name.relative, replace);
-            const ZipFault fault =
-                place ? CheckPassword(*state.archive, *place, !state.password.empty()) : place.Fault();
-            if (fault) {
-                return fault.Tell(failure);
-            }
-            replaced = *place;
-        }
-        auto old = isThere ? state.archive->File() : nullptr;
-        state.archive.reset(); // what it has read is about to be replaced
-        const bool done =
-            detail::PackOne({state.path, state.password, state.seen}, std::move(old), replaced, item, failure);
-        state.isOutdated = failure.error == ZipError::ArchiveChanged;
-        return done;
+        auto item =
+            detail::DescribeItem(directory / orvcore::PathFromUTF8(name.relative).make_preferred(), name.relative);
+        return item ? state.Add(*item, replace) : item.Fault();
     });
 }
 
 bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& progress, void* opaque) const
 {
     State& state = *state_;
-    return state.RunAsking(ZipAction::Pack, {}, [&](ZipFailure& failure, std::exception_ptr& thrown) {
-        std::vector<detail::PackItem> items;
-        if (!MayWrite(state.path, failure) ||
-            !detail::ScanFolder(directory, state.path, state.limits, items, failure)) {
-            return false;
+    return state.RunAsking(ZipAction::Pack, {}, [&](std::exception_ptr& thrown) {
+        if (ZipFault fault = CheckMayWrite(state.path)) {
+            return fault;
         }
-        std::uint64_t total = 0;
-        for (const detail::PackItem& item : items) {
-            total += item.size;
+        auto items = detail::ScanFolder(directory, state.path, state.limits);
+        if (!items) {
+            return items.Fault();
         }
         state.archive.reset();
-        detail::ByteProgress packing(progress, opaque, total);
-        const bool done = detail::PackAll({state.path, state.password, state.seen}, items, packing, failure);
-        state.isOutdated = state.isOutdated && !done;
+        detail::ByteProgress packing(progress, opaque, TotalSize(*items));
+        ZipFault fault = detail::PackAll({state.path, state.password, state.seen}, *items, packing);
+        state.isOutdated = state.isOutdated && fault;
         thrown = packing.Thrown();
-        return done;
+        return fault;
     });
 }
 

@@ -59,7 +59,8 @@ ListingNotes::ListingNotes(const std::string& sourceID, const orvcore::UTF8Strin
     settled_ = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) -
                std::chrono::milliseconds(settle);
     if (isUsed_) {
-        content_ = orvcore::ReadWholeFile(file_, kLargestFile).value_or(std::string());
+        std::error_code ignored; // without notes each package is read
+        content_ = orvcore::ReadWholeFile(file_, kLargestFile, ignored);
     }
     std::string_view bytes = content_;
     const std::string_view checksum = bytes.substr(0, std::min(bytes.size(), kChecksumSize));
@@ -118,7 +119,7 @@ void ListingNotes::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entr
         return;
     }
     std::error_code error; // a listing without this file is a slower one
-    orvcore::MakeDirectories(file_.parent_path(), error);
+    orvcore::EnsureDirectory(file_.parent_path(), error);
     orvcore::AtomicFile file(file_);
     if (file.Write(checksum.data(), checksum.size(), error) && file.Write(bytes.data(), bytes.size(), error)) {
         static_cast<void>(file.Commit(orvcore::AtomicFile::Durability::Cached, error));

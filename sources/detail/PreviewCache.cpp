@@ -38,7 +38,7 @@ PreviewCache::PreviewCache(std::string sourceID)
     , folder_(orvcore::PathFromUTF8(GetTempLocalDirectory()))
 {
     std::error_code ignored; // what cannot be written later is left out then
-    orvcore::MakeDirectories(folder_, ignored);
+    orvcore::EnsureDirectory(folder_, ignored);
 }
 
 fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& capsuleID, const ListedPackage& package,
@@ -79,7 +79,7 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
     if (!orvcore::IsFile(target) && orvcore::RenameOver(half, target, error)) {
         return Outcome::There;
     }
-    orvcore::RemoveTree(half);
+    orvcore::RemoveTree(half, error);
     return orvcore::IsFile(target) ? Outcome::There : Outcome::Failed; // another program may be quicker and hold it
 }
 

@@ -126,7 +126,7 @@ TEST_F(FolderLibManagerTest, ADamagedManifestCostsItsLibraryAlone)
         {Quote("{'formatVersion':1,'id':'b','name':'" + std::string(1025, 'n') + "','elements':[]}"), "longer than"},
         {Quote("{'formatVersion':1,'id':'b','name':'','elements':{}}"), "no list"},
         {Manifest("good", ""), "same identifier: bad"},
-        {std::string((std::size_t{8} << 20U) + 1, ' '), "larger"},
+        {std::string((std::size_t{8} << 20U) + 1, ' '), "File too large"},
     };
     EXPECT_THAT(Libraries(), ElementsAre("good"));
     EXPECT_THAT(LeftOut(), ElementsAre(HasSubstr("not there yet"))) << "a library that has only just begun to arrive";

@@ -27,16 +27,29 @@ TEST(Files, WritingABufferTellsWhyItFailed)
 {
     TempFolder folder;
     folder.Write("kept", "a long old content");
-    EXPECT_EQ(orvcore::WriteBufferToFile(folder / "kept", "new", 3), orvcore::kResultOK);
+    orvcore::WriteBufferToFile(folder / "kept", "new", 3);
     EXPECT_EQ(folder.Read("kept"), "new");
-    EXPECT_EQ(orvcore::WriteBufferToFile(folder / "no/folder", "x", 1), orvcore::kResultFileNotOpened);
-    EXPECT_EQ(orvcore::WriteBufferToFile(folder.Path(), "x", 1), orvcore::kResultFileNotOpened);
-    EXPECT_EQ(orvcore::WriteBufferToFile(folder / std::string("kept\0x", 6), "x", 1), orvcore::kResultFileNotOpened);
-    EXPECT_EQ(folder.Read("kept"), "new");
-    if (orvcore::Exists("/dev/full")) {
-        EXPECT_EQ(orvcore::WriteBufferToFile("/dev/full", "x", 1), orvcore::kResultFileNotWritten);
-        EXPECT_TRUE(orvcore::Exists("/dev/full"));
+    const struct {
+        fs::path path;
+        orvcore::ResultCode result;
+        std::errc reason;
+    } cases[] = {
+        {folder / "no/folder", orvcore::kResultFileNotOpened, std::errc::no_such_file_or_directory},
+        {folder.Path(), orvcore::kResultFileNotOpened, std::errc::is_a_directory},
+        {folder / std::string("kept\0x", 6), orvcore::kResultFileNotOpened, std::errc::invalid_argument},
+        {"/dev/full", orvcore::kResultFileNotWritten, std::errc::no_space_on_device},
+    };
+    for (const auto& c : cases) {
+        const bool isDevice = c.path == "/dev/full";
+        if (!isDevice || orvcore::Exists(c.path)) {
+            std::error_code error;
+            EXPECT_EQ(orvcore::WriteBufferToFile(c.path, "x", 1, error), c.result) << c.path;
+            EXPECT_EQ(error, c.reason) << c.path;
+            EXPECT_THROW(orvcore::WriteBufferToFile(c.path, "x", 1), fs::filesystem_error) << c.path;
+            EXPECT_EQ(orvcore::Exists(c.path), isDevice || c.path == folder.Path()) << c.path;
+        }
     }
+    EXPECT_EQ(folder.Read("kept"), "new");
 }
 
 TEST(Files, ReadingRefusesWhatIsTooLarge)
@@ -44,9 +57,11 @@ TEST(Files, ReadingRefusesWhatIsTooLarge)
     TempFolder folder;
     folder.Write("five", "12345");
     EXPECT_EQ(orvcore::ReadWholeFile(folder / "five", 5), "12345");
-    EXPECT_FALSE(orvcore::ReadWholeFile(folder / "five", 4));
-    EXPECT_FALSE(orvcore::ReadWholeFile(folder / "none"));
-    EXPECT_FALSE(orvcore::ReadWholeFile(folder.Path()));
+    std::error_code error;
+    EXPECT_EQ(orvcore::ReadWholeFile(folder / "five", 4, error), "");
+    EXPECT_EQ(error, std::errc::file_too_large);
+    EXPECT_THROW(orvcore::ReadWholeFile(folder / "none"), fs::filesystem_error);
+    EXPECT_THROW(orvcore::ReadWholeFile(folder.Path()), fs::filesystem_error);
 }
 
 TEST(Files, WalkGoesDepthFirstAndIntoNoLink)
@@ -120,7 +135,7 @@ TEST(Files, PathsOfAnyLengthWork)
     }
     orvcore::EnsureDirectory(deep);
     orvcore::EnsureDirectory(deep);
-    EXPECT_EQ(orvcore::WriteBufferToFile(deep / "a", "content", 7), orvcore::kResultOK);
+    orvcore::WriteBufferToFile(deep / "a", "content", 7);
     orvcore::CopyOneFile(deep / "a", deep / "b");
     std::error_code error;
     AtomicFile file(deep / "c");
@@ -132,7 +147,7 @@ TEST(Files, PathsOfAnyLengthWork)
     EXPECT_FALSE(orvcore::IsSameFile(deep / "a", deep / "b"));
     EXPECT_FALSE(orvcore::RemoveOne(deep, error));
     EXPECT_EQ(error, std::errc::directory_not_empty);
-    EXPECT_TRUE(orvcore::RemoveTree(folder.Path()));
+    orvcore::RemoveTree(folder.Path());
     EXPECT_FALSE(orvcore::Exists(folder.Path()));
 }
 
@@ -149,10 +164,10 @@ TEST(Files, RelativePathsWorkInADeepWorkingFolder)
     EXPECT_EQ(orvcore::ToSystemPath(relative) != relative, isWindows);
     EXPECT_EQ(orvcore::ToSystemPath("short"), "short");
     EXPECT_NO_THROW(orvcore::EnsureDirectory(relative.parent_path()));
-    EXPECT_EQ(orvcore::WriteBufferToFile(relative, "content", 7), orvcore::kResultOK);
+    orvcore::WriteBufferToFile(relative, "content", 7);
     EXPECT_EQ(orvcore::ReadWholeFile(relative), "content");
     EXPECT_EQ(orvcore::ListDirectory(relative.parent_path()).files, (std::vector<fs::path>{relative}));
-    EXPECT_TRUE(orvcore::RemoveTree(relative.parent_path()));
+    orvcore::RemoveTree(relative.parent_path());
     fs::current_path(before);
 }
 
@@ -165,10 +180,18 @@ TEST(Files, ErrorsAreTheSameOnEverySystem)
     EXPECT_EQ(error, std::errc::file_exists);
     EXPECT_FALSE(orvcore::MakeDirectory(folder / "no/folder", error));
     EXPECT_EQ(error.message(), "No such file or directory");
-    EXPECT_FALSE(orvcore::RemoveOne(folder / "none", error));
+    EXPECT_THROW(orvcore::MakeDirectory(folder / "no/folder"), fs::filesystem_error);
+    orvcore::EnsureDirectory(folder / "new/file/x", error);
     EXPECT_FALSE(error);
-    EXPECT_EQ(orvcore::InspectPath(folder / "none", error).kind, orvcore::FileKind::Nothing);
-    EXPECT_FALSE(error);
+    orvcore::EnsureDirectory(folder / "file/x/y", error);
+    EXPECT_EQ(error, std::errc::not_a_directory);
+    EXPECT_THROW(orvcore::EnsureDirectory(fs::path()), fs::filesystem_error);
+    for (const fs::path& nothing : {folder / "none", folder / std::string("file\0x", 6), fs::path()}) {
+        EXPECT_FALSE(orvcore::RemoveOne(nothing));
+        EXPECT_NO_THROW(orvcore::RemoveTree(nothing));
+        EXPECT_EQ(orvcore::InspectPath(nothing).kind, orvcore::FileKind::Nothing);
+    }
+    EXPECT_THROW(orvcore::RealPath(folder / "none"), fs::filesystem_error);
     orvcore::ReadDirectory(
         folder / "file", [](const fs::path&, orvcore::FileKind) { return true; }, error);
     EXPECT_EQ(error, std::errc::not_a_directory);

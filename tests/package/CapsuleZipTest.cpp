@@ -424,9 +424,13 @@ TEST_F(CapsuleZipTest, SamplesUnpackPackAndUnpackToTheSameBytes)
         const CapsuleZip packed(folder / "packed.zelt");
         ASSERT_TRUE(packed.Zip(folder / "1", {}, nullptr)) << packed.GetLastFailure().Message();
         ASSERT_TRUE(packed.UnZip(folder / "2", true)) << packed.GetLastFailure().Message();
-        const auto compare = [&](const fs::path& path, orvcore::FileKind) {
+        const auto compare = [&](const fs::path& path, orvcore::FileKind kind) {
             const auto other = folder / "2" / path.lexically_relative(folder / "1");
-            EXPECT_EQ(orvcore::ReadWholeFile(path), orvcore::ReadWholeFile(other)) << path;
+            if (kind == orvcore::FileKind::Directory) {
+                EXPECT_TRUE(orvcore::IsDirectory(other)) << path;
+            } else {
+                EXPECT_EQ(orvcore::ReadWholeFile(path), orvcore::ReadWholeFile(other)) << path;
+            }
             return orvcore::WalkNext::GoOn;
         };
         orvcore::WalkTree(folder / "1", {compare});

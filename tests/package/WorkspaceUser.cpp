@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 void Make(const fs::path& file)
 {
-    static_cast<void>(orvcore::WriteBufferToFile(file, "x", 1));
+    orvcore::WriteBufferToFile(file, "x", 1);
 }
 
 bool Meet(const fs::path& meeting, const std::string& name, const std::string& other, const char* when)

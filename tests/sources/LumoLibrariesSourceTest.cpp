@@ -44,7 +44,8 @@ protected:
     ~LumoLibrariesSourceTest() override
     {
         orvcore::DebugSettings::Unset("ORV.entrysettletime");
-        orvcore::RemoveTree(working_);
+        std::error_code ignored;
+        orvcore::RemoveTree(working_, ignored);
     }
 
     std::string File(const std::string& name) const

@@ -48,7 +48,7 @@ public:
     /// A file's content; "(missing)" when there is none.
     std::string Read(const Name& name) const
     {
-        return orvcore::ReadWholeFile(Path() / name).value_or("(missing)");
+        return orvcore::IsFile(Path() / name) ? orvcore::ReadWholeFile(Path() / name) : "(missing)";
     }
     /// The relative names of all files and empty folders below, slash separated, in order.
     std::vector<std::string> Names() const

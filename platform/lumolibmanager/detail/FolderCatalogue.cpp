@@ -43,11 +43,12 @@ Manifest ReadFrom(const fs::path& file, const FileInfo& state)
     if (state.kind != FileKind::File) {
         throw ManifestError("its manifest library.json is a link or no file");
     }
-    const auto text = orvcore::ReadWholeFile(file, orvcore::serialization::kMaxJSONSize);
-    if (!text) {
-        throw ManifestError("its manifest library.json cannot be read or is larger than readers take");
+    std::error_code error;
+    const std::string text = orvcore::ReadWholeFile(file, orvcore::serialization::kMaxJSONSize, error);
+    if (error) {
+        throw ManifestError("its manifest library.json cannot be read: " + error.message());
     }
-    return ReadManifest(*text);
+    return ReadManifest(text);
 }
 
 // The folders that may be libraries, in name order. Synchronisation keeps its own things under names with a dot.

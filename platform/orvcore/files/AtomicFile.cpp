@@ -1,8 +1,6 @@
 #include <orvcore/files/AtomicFile.h>
 
 #include <orvcore/files/FileError.h>
-#include <orvcore/files/FileSystem.h>
-#include <orvcore/files/Files.h>
 #include <orvcore/files/shared/FileLock.h>
 #include <orvcore/files/shared/NativeFile.h>
 
@@ -186,7 +184,7 @@ void AtomicFile::Rollback() noexcept
     file_->Close(ignored);
     buffer_.clear();
     if (!private_.empty()) {
-        RemoveTree(private_);
+        RemoveTree(private_, ignored);
         private_.clear();
     }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,6 +72,10 @@ FileInfo InspectTarget(const fs::path& path, std::error_code& error)
 
 bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess access)
 {
+    error = std::make_error_code(std::errc::invalid_argument);
+    if (!IsUsablePath(path)) {
+        return false;
+    }
     error.clear();
     if (::mkdir(path.c_str(), access == FolderAccess::OwnerOnly ? 0700 : 0777) == 0) {
         // The process's mask takes rights away from a new folder, and knows no sticky one.
@@ -87,19 +92,22 @@ bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess ac
     return false;
 }
 
-bool MakeDirectories(const fs::path& path, std::error_code& error)
-{
-    return fs::create_directories(path, error);
-}
-
 bool RemoveOne(const fs::path& path, std::error_code& error)
 {
-    return fs::remove(path, error);
+    error.clear();
+    return IsUsablePath(path) && fs::remove(path, error);
 }
 
-void RemoveAll(const fs::path& path, std::error_code& error)
+void RemoveTree(const fs::path& path, std::error_code& error) noexcept
 {
-    fs::remove_all(path, error);
+    try {
+        error.clear();
+        if (IsUsablePath(path)) {
+            fs::remove_all(path, error);
+        }
+    } catch (const std::bad_alloc&) {
+        error = std::make_error_code(std::errc::not_enough_memory);
+    }
 }
 
 fs::path RealPath(const fs::path& path, std::error_code& error)
@@ -113,8 +121,7 @@ bool IsSameFile(const fs::path& a, const fs::path& b) noexcept
     return fs::equivalent(a, b, ignored);
 }
 
-void ReadDirectory(const fs::path& directory, const std::function<bool(const fs::path&, FileKind)>& visit,
-                   std::error_code& error)
+void ReadDirectory(const fs::path& directory, const DirectoryVisitor& visit, std::error_code& error)
 {
     fs::directory_iterator at(directory, error);
     for (; !error && at != fs::directory_iterator(); at.increment(error)) {

@@ -5,9 +5,9 @@
 #include <windows.h>
 
 #include <memory>
+#include <new>
 #include <string_view>
 #include <type_traits>
-#include <vector>
 
 namespace orvcore {
 
@@ -92,6 +92,34 @@ std::wstring FinalName(HANDLE handle)
     return text.starts_with(L"\\\\?\\") ? text.substr(4) : text;
 }
 
+// Removes all that can be; the error is the first one.
+void RemoveEach(const fs::path& path, std::error_code& error)
+{
+    const bool isFolder = InspectPath(path, error).kind == FileKind::Directory;
+    const auto note = [&error](const std::error_code& failure) { error = error ? error : failure; };
+    const auto remove = [&note](const fs::path& one) {
+        std::error_code failure;
+        RemoveOne(one, failure);
+        note(failure);
+    };
+    TreeVisitor visitor;
+    visitor.visit = [&](const fs::path& one, FileKind kind) {
+        if (kind != FileKind::Directory) {
+            remove(one);
+        }
+        return WalkNext::GoOn;
+    };
+    visitor.leave = remove;
+    visitor.fail = [&](const fs::path&, const std::error_code& failure) {
+        note(failure);
+        return WalkNext::GoOn;
+    };
+    if (isFolder) {
+        WalkTree(path, visitor);
+    }
+    remove(path);
+}
+
 bool IsDotOrDotDot(std::wstring_view name)
 {
     return name == L"." || name == L"..";
@@ -137,6 +165,10 @@ FileInfo InspectTarget(const fs::path& path, std::error_code& error)
 // The temporary folder is a user's own, and other folders hand their rights down.
 bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess)
 {
+    error = std::make_error_code(std::errc::invalid_argument);
+    if (!IsUsablePath(path)) {
+        return false;
+    }
     error.clear();
     if (::CreateDirectoryW(ToSystemPath(path).c_str(), nullptr)) {
         return true;
@@ -149,31 +181,12 @@ bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess)
     return false;
 }
 
-bool MakeDirectories(const fs::path& path, std::error_code& error)
-{
-    std::vector<fs::path> missing;
-    fs::path at = WithoutClosingSeparators(path); // a closing slash would make the folder its own parent
-    for (; InspectTarget(at, error).kind == FileKind::Nothing && !error; at = at.parent_path()) {
-        missing.push_back(at);
-        if (!at.has_relative_path() || at == at.parent_path()) {
-            break;
-        }
-    }
-    bool made = false;
-    for (; !error && !missing.empty(); missing.pop_back()) {
-        if (!missing.back().empty()) {
-            made = MakeDirectory(missing.back(), error);
-        }
-    }
-    if (!error && InspectTarget(path, error).kind != FileKind::Directory && !error) {
-        error = std::make_error_code(std::errc::not_a_directory);
-    }
-    return made && !error;
-}
-
 bool RemoveOne(const fs::path& path, std::error_code& error)
 {
     error.clear();
+    if (!IsUsablePath(path)) {
+        return false;
+    }
     const fs::path system = ToSystemPath(path);
     const DWORD attributes = ::GetFileAttributesW(system.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
@@ -193,31 +206,13 @@ bool RemoveOne(const fs::path& path, std::error_code& error)
     return !error;
 }
 
-void RemoveAll(const fs::path& path, std::error_code& error)
+void RemoveTree(const fs::path& path, std::error_code& error) noexcept
 {
-    const bool isFolder = InspectPath(path, error).kind == FileKind::Directory;
-    const auto note = [&error](const std::error_code& failure) { error = error ? error : failure; };
-    const auto remove = [&note](const fs::path& one) {
-        std::error_code failure;
-        RemoveOne(one, failure);
-        note(failure);
-    };
-    TreeVisitor visitor;
-    visitor.visit = [&](const fs::path& one, FileKind kind) {
-        if (kind != FileKind::Directory) {
-            remove(one);
-        }
-        return WalkNext::GoOn;
-    };
-    visitor.leave = remove;
-    visitor.fail = [&](const fs::path&, const std::error_code& failure) {
-        note(failure);
-        return WalkNext::GoOn;
-    };
-    if (isFolder) {
-        WalkTree(path, visitor);
+    try {
+        RemoveEach(path, error);
+    } catch (const std::bad_alloc&) {
+        error = std::make_error_code(std::errc::not_enough_memory);
     }
-    remove(path);
 }
 
 fs::path RealPath(const fs::path& path, std::error_code& error)
@@ -260,8 +255,7 @@ bool IsSameFile(const fs::path& a, const fs::path& b) noexcept
     }
 }
 
-void ReadDirectory(const fs::path& directory, const std::function<bool(const fs::path&, FileKind)>& visit,
-                   std::error_code& error)
+void ReadDirectory(const fs::path& directory, const DirectoryVisitor& visit, std::error_code& error)
 {
     error.clear();
     WIN32_FIND_DATAW data{};

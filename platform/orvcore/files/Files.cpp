@@ -1,81 +1,29 @@
 #include <orvcore/files/Files.h>
 
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/detail/OrThrow.h>
 #include <orvcore/files/shared/FilePieces.h>
 
 #include <algorithm>
 #include <system_error>
+#include <utility>
 
 namespace orvcore {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-FileKind KindOf(const fs::path& path) noexcept
-{
-    try {
-        std::error_code error;
-        return InspectTarget(path, error).kind;
-    } catch (...) {
-        return FileKind::Nothing;
-    }
-}
-
-void Throw(const char* what, const fs::path& path, const std::error_code& error)
-{
-    throw fs::filesystem_error(what, path, error);
-}
-
-} // namespace
-
-bool Exists(const fs::path& path) noexcept
-{
-    return KindOf(path) != FileKind::Nothing;
-}
-
-bool IsFile(const fs::path& path) noexcept
-{
-    return KindOf(path) == FileKind::File;
-}
-
-bool IsDirectory(const fs::path& path) noexcept
-{
-    return KindOf(path) == FileKind::Directory;
-}
-
-void EnsureDirectory(const fs::path& directory)
-{
-    std::error_code error = std::make_error_code(std::errc::invalid_argument);
-    if (IsUsablePath(directory)) {
-        MakeDirectories(directory, error);
-    }
-    if (error) {
-        Throw("cannot create folder", directory, error);
-    }
-}
-
-bool RemoveTree(const fs::path& path) noexcept
-{
-    try {
-        std::error_code error;
-        RemoveAll(path, error);
-        return !error;
-    } catch (...) {
-        return false;
-    }
-}
-
-void CopyOneFile(const fs::path& from, const fs::path& to, Durability durability)
-{
-    CopyOneFile(from, to, durability, {});
-}
-
 void CopyOneFile(const fs::path& from, const fs::path& to, Durability durability,
                  const std::function<bool(double)>& progress)
 {
     std::error_code error;
+    if (!CopyOneFile(from, to, durability, progress, error)) {
+        throw fs::filesystem_error("cannot copy file", from, to, error);
+    }
+}
+
+bool CopyOneFile(const fs::path& from, const fs::path& to, Durability durability,
+                 const std::function<bool(double)>& progress, std::error_code& error)
+{
     const std::uint64_t total = InspectTarget(from, error).size; // what is wrong with it shows when it is read
     std::uint64_t done = 0;
     AtomicFile copy(to);
@@ -89,47 +37,57 @@ void CopyOneFile(const fs::path& from, const fs::path& to, Durability durability
         }
         return !error && copy.Write(data, size, error);
     };
-    if (!detail::ReadPieces(from, write, error) || !copy.Commit(durability, error)) {
-        throw fs::filesystem_error("cannot copy file", from, to, error);
-    }
+    return detail::ReadPieces(from, write, error) && copy.Commit(durability, error);
 }
 
-std::optional<std::string> ReadWholeFile(const fs::path& path, std::uint64_t maxBytes)
+std::string ReadWholeFile(const fs::path& path, std::uint64_t maxBytes)
 {
-    std::error_code error;
+    return detail::OrThrow("cannot read file", path,
+                           [&](std::error_code& error) { return ReadWholeFile(path, maxBytes, error); });
+}
+
+std::string ReadWholeFile(const fs::path& path, std::uint64_t maxBytes, std::error_code& error)
+{
     const auto file = detail::NativeFile::Open(path, detail::NativeFile::Mode::Read, error);
     const std::uint64_t size = error ? 0 : file.Size(error);
-    if (error || size > maxBytes) {
-        return std::nullopt;
+    if (!error && size > maxBytes) {
+        error = std::make_error_code(std::errc::file_too_large);
+    }
+    if (error) {
+        return {};
     }
     std::string content(static_cast<std::size_t>(size), '\0');
     content.resize(file.ReadAt(0, content.data(), content.size(), error));
-    return error ? std::nullopt : std::optional(std::move(content));
+    return error ? std::string() : std::move(content);
 }
 
-ResultCode WriteBufferToFile(const fs::path& path, const void* data, std::size_t size)
+void WriteBufferToFile(const fs::path& path, const void* data, std::size_t size)
 {
-    std::error_code error;
+    detail::OrThrow("cannot write file", path,
+                    [&](std::error_code& error) { return WriteBufferToFile(path, data, size, error); });
+}
+
+ResultCode WriteBufferToFile(const fs::path& path, const void* data, std::size_t size, std::error_code& error)
+{
     auto file = detail::NativeFile::Open(path, detail::NativeFile::Mode::Truncate, error);
     if (error) {
         return kResultFileNotOpened;
     }
-    bool written = file.WriteAt(0, data, size, error);
-    written = file.Close(error) && written;
-    if (!written && IsFile(path)) {
-        RemoveTree(path);
+    file.WriteAt(0, data, size, error);
+    std::error_code closing;
+    file.Close(closing);
+    error = error ? error : closing;
+    if (error && IsFile(path)) {
+        std::error_code ignored;
+        RemoveOne(path, ignored);
     }
-    return written ? kResultOK : kResultFileNotWritten;
+    return error ? kResultFileNotWritten : kResultOK;
 }
 
 DirectoryListing ListDirectory(const fs::path& directory)
 {
-    std::error_code error;
-    DirectoryListing listing = ListDirectory(directory, error);
-    if (error) {
-        Throw("cannot read folder", directory, error);
-    }
-    return listing;
+    return detail::OrThrow("cannot read folder", directory,
+                           [&](std::error_code& error) { return ListDirectory(directory, error); });
 }
 
 DirectoryListing ListDirectory(const fs::path& directory, std::error_code& error)

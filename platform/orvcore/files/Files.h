@@ -1,36 +1,22 @@
 #pragma once
 
 #include <orvcore/ResultCode.h>
-#include <orvcore/files/Paths.h>
+#include <orvcore/files/FileSystem.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
 
 namespace orvcore {
 
-/// @name Single files and folders
-/// Thread-safe as far as the file system is. Long paths work on every system.
+/// @name Whole files
+/// As the operations of FileSystem.h, each throws `std::filesystem::filesystem_error` or, in its other form, puts the
+/// failure into `error`. Thread-safe as far as the file system is.
 /// @{
-
-/// True when something (a file, a folder) exists at `path`; false too when that cannot be found out.
-ORVPLATFORM_API bool Exists(const std::filesystem::path& path) noexcept;
-/// True when `path` leads to a regular file.
-ORVPLATFORM_API bool IsFile(const std::filesystem::path& path) noexcept;
-/// True when `path` leads to a folder.
-ORVPLATFORM_API bool IsDirectory(const std::filesystem::path& path) noexcept;
-
-/// Creates the folder and its missing parents. Throws `std::filesystem::filesystem_error` when that fails.
-ORVPLATFORM_API void EnsureDirectory(const std::filesystem::path& directory);
-
-/// Deletes a file, or a folder with all it holds; symbolic links are removed, never followed. True when nothing is
-/// left at `path`. Never throws.
-ORVPLATFORM_API bool RemoveTree(const std::filesystem::path& path) noexcept;
 
 /// What to do with a file that stands where another is to go.
 enum class IfExists { Keep, Overwrite };
@@ -43,25 +29,32 @@ enum class Durability {
 
 /// Copies the content of one file over `to`, which then is wholly the new or (after a failure) wholly the old file.
 /// A link at `to` is followed. A file that is replaced leaves its access rights to the new one; where nothing was,
-/// those of `from` are taken. What killed copies left in the folder of `to` more than a day ago is removed. Throws
-/// `std::filesystem::filesystem_error`.
-ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
-                                 Durability durability = Durability::Cached);
-/// The same, with progress and cancellation.
+/// those of `from` are taken. What killed copies left in the folder of `to` more than a day ago is removed.
 /// @param progress may be empty; told the fraction done, at last 1.0 before the file takes its place. After its false
-///        `to` is the old file, and the exception's code `std::errc::operation_canceled`.
+///        `to` is the old file, and the error `std::errc::operation_canceled`.
 ORVPLATFORM_API void CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
-                                 Durability durability, const std::function<bool(double fraction)>& progress);
+                                 Durability durability = Durability::Cached,
+                                 const std::function<bool(double fraction)>& progress = {});
+/// @return whether `to` is the new file
+ORVPLATFORM_API bool CopyOneFile(const std::filesystem::path& from, const std::filesystem::path& to,
+                                 Durability durability, const std::function<bool(double fraction)>& progress,
+                                 std::error_code& error);
 
-/// Reads a file in one block, as it is: no decoding. Empty when it cannot be read or is larger than `maxBytes`.
-ORVPLATFORM_API std::optional<std::string> ReadWholeFile(const std::filesystem::path& path,
-                                                         std::uint64_t maxBytes = std::uint64_t{1} << 30);
+/// Reads a file in one block, as it is: no decoding. One that is larger than `maxBytes` is the error
+/// `std::errc::file_too_large`.
+ORVPLATFORM_API std::string ReadWholeFile(const std::filesystem::path& path,
+                                          std::uint64_t maxBytes = std::uint64_t{1} << 30);
+/// @return empty with an error
+ORVPLATFORM_API std::string ReadWholeFile(const std::filesystem::path& path, std::uint64_t maxBytes,
+                                          std::error_code& error);
 
 /// Writes `size` bytes over the file at `path`, which others may have open meanwhile. The file is created when
 /// missing; its folder is not. After a failed write the broken file is removed.
-/// @return kResultOK, kResultFileNotOpened or kResultFileNotWritten.
-[[nodiscard]] ORVPLATFORM_API ResultCode WriteBufferToFile(const std::filesystem::path& path, const void* data,
-                                                           std::size_t size);
+ORVPLATFORM_API void WriteBufferToFile(const std::filesystem::path& path, const void* data, std::size_t size);
+/// @return the step that failed as hosts know it: kResultOK, kResultFileNotOpened or kResultFileNotWritten; the reason
+///         is in `error`
+ORVPLATFORM_API ResultCode WriteBufferToFile(const std::filesystem::path& path, const void* data, std::size_t size,
+                                             std::error_code& error);
 /// @}
 
 /// @name Folders' contents

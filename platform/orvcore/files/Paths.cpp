@@ -14,6 +14,11 @@ fs::path TempDirectory()
     return fs::temp_directory_path();
 }
 
+fs::path TempDirectory(std::error_code& error)
+{
+    return fs::temp_directory_path(error);
+}
+
 fs::path WithoutClosingSeparators(fs::path folder)
 {
     while (!folder.has_filename() && folder.has_relative_path()) {

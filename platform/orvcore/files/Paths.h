@@ -3,6 +3,7 @@
 #include <orvcore/text/Strings.h>
 
 #include <filesystem>
+#include <system_error>
 
 namespace orvcore {
 
@@ -32,8 +33,9 @@ ORVPLATFORM_API bool IsUsablePath(const std::filesystem::path& path);
 /// A folder's path without separators at its end; a root keeps its own.
 ORVPLATFORM_API std::filesystem::path WithoutClosingSeparators(std::filesystem::path folder);
 
-/// The system's folder for temporary files (TMPDIR and its like are honoured). Throws
-/// `std::filesystem::filesystem_error` when the system names none that exists.
+/// The system's folder for temporary files (TMPDIR and its like are honoured). When the system names none that exists,
+/// the first form throws `std::filesystem::filesystem_error`.
 ORVPLATFORM_API std::filesystem::path TempDirectory();
+ORVPLATFORM_API std::filesystem::path TempDirectory(std::error_code& error);
 
 } // namespace orvcore

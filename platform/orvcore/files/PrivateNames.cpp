@@ -2,7 +2,6 @@
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/text/Guid.h>
 
-#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -53,7 +52,9 @@ void RemoveLeftBehind(const fs::path& folder, std::chrono::hours age) noexcept
         };
         std::error_code ignored;
         ReadDirectory(folder, collect, ignored);
-        std::for_each(leftBehind.begin(), leftBehind.end(), [](const fs::path& path) { RemoveTree(path); });
+        for (const fs::path& path : leftBehind) {
+            RemoveTree(path, ignored);
+        }
     } catch (...) { // it is only tidying up
     }
 }

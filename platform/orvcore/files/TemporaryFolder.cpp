@@ -1,7 +1,6 @@
 #include <orvcore/files/TemporaryFolder.h>
 
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/Files.h>
 #include <orvcore/files/shared/FileLock.h>
 #include <orvcore/text/Guid.h>
 
@@ -50,7 +49,8 @@ bool IsTemporaryName(const fs::path& name)
 void RemoveIfOwn(const fs::path& path)
 {
     if (IsOwn(path)) {
-        RemoveTree(path);
+        std::error_code ignored; // the next one who works here tries again
+        RemoveTree(path, ignored);
     }
 }
 
@@ -96,9 +96,10 @@ TemporaryFolder::TemporaryFolder(std::u8string_view area)
 
 TemporaryFolder::~TemporaryFolder()
 {
-    RemoveTree(path_);
+    std::error_code ignored; // what stays goes with what killed programs leave
+    RemoveTree(path_, ignored);
     use_.reset();
-    RemoveTree(LockOf(path_));
+    RemoveTree(LockOf(path_), ignored);
 }
 
 } // namespace orvcore

@@ -2,28 +2,40 @@
 
 #include <orvstorage/ZipFailure.h>
 
+#include <optional>
 #include <utility>
 #include <variant>
 
 namespace orvstorage::detail {
 
 /// Why a step failed, as far as the step knows. The operation that it belongs to knows the rest: what was being done,
-/// on which archive and entry.
+/// on which archive and entry. A step that makes nothing returns one; without an error it succeeded.
 struct ZipFault {
     ZipError error = ZipError::None;
     std::string detail = {};
+    std::optional<orvcore::UTF8String> entry = {}; ///< where it is not the operation's; empty: the archive as a whole
+    std::optional<ZipAction> action = {};          ///< where it is not the operation's
+    std::filesystem::path folder = {};             ///< as in ZipFailure
 
     explicit operator bool() const noexcept
     {
         return error != ZipError::None;
     }
-    /// Completes the operation's failure.
-    /// @return false, which is what the operation returns then
-    bool Tell(ZipFailure& failure) const
+    /// The same fault, told of another entry.
+    ZipFault At(orvcore::UTF8String name) &&
     {
-        failure.error = error;
-        failure.detail = detail;
-        return false;
+        entry = std::move(name);
+        return std::move(*this);
+    }
+    /// The failure of `operation`, which is filled in but for the error.
+    ZipFailure In(ZipFailure operation) const
+    {
+        operation.error = error;
+        operation.detail = detail;
+        operation.entry = entry.value_or(operation.entry);
+        operation.action = action.value_or(operation.action);
+        operation.folder = folder;
+        return operation;
     }
 };
 
@@ -54,6 +66,10 @@ public:
     Value& operator*()
     {
         return std::get<Value>(result_);
+    }
+    Value* operator->()
+    {
+        return &std::get<Value>(result_);
     }
     /// To be asked when there is no value.
     const ZipFault& Fault() const

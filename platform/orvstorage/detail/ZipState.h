@@ -1,7 +1,9 @@
 #pragma once
 
 #include <orvstorage/ZipFile.h>
+#include <orvstorage/detail/packing/FolderScan.h>
 #include <orvstorage/detail/reading/EntryReader.h>
+#include <orvstorage/detail/unpacking/UnpackPlan.h>
 #include <orvstorage/shared/EntryName.h>
 
 #include <exception>
@@ -24,14 +26,16 @@ struct ZipFile::State {
     bool Run(ZipAction action, std::u8string_view entry, const Operation& operation)
     {
         failure = {ZipError::None, action, path, orvcore::UTF8String(entry), {}};
+        detail::ZipFault fault;
         try {
-            return operation(failure) && !failure;
+            fault = operation();
         } catch (const std::bad_alloc&) {
-            failure.error = ZipError::OutOfMemory;
+            fault.error = ZipError::OutOfMemory;
         } catch (const std::filesystem::filesystem_error& error) {
-            TranslateWriteError(error.code(), failure);
+            fault = detail::WriteFault(error.code());
         }
-        return false;
+        failure = fault.In(std::move(failure));
+        return !fault;
     }
 
     // As Run; what the caller's progress function threw, which `operation` stores, goes on to the caller at the end.
@@ -39,65 +43,71 @@ struct ZipFile::State {
     bool RunAsking(ZipAction action, std::u8string_view entry, const Operation& operation)
     {
         std::exception_ptr thrown;
-        const bool done = Run(action, entry, [&](ZipFailure& failing) { return operation(failing, thrown); });
+        const bool done = Run(action, entry, [&] { return operation(thrown); });
         if (thrown) {
             std::rethrow_exception(thrown);
         }
         return done;
     }
 
-    detail::ZipArchive* Open()
+    detail::ZipResult<detail::ZipArchive*> Open()
     {
         if (!archive) {
-            if (auto opened = detail::ZipArchive::Open(path, password, limits)) {
-                archive = *opened;
-                seen = archive->File()->Version();
-            } else {
-                failure = {ZipError::None, ZipAction::Open, path, {}, {}};
-                opened.Fault().Tell(failure);
+            auto opened = detail::ZipArchive::Open(path, password, limits);
+            if (!opened) {
+                detail::ZipFault fault = opened.Fault();
+                fault.action = ZipAction::Open;
+                return std::move(fault).At({});
             }
+            archive = *opened;
+            seen = archive->File()->Version();
         }
         return archive.get();
     }
 
-    // Opens what a change builds on, if there is anything. Not when that is something else than what this object knows.
-    bool OpenToChange(bool& isThere, ZipFailure& failing)
+    // Opens what a change builds on; null when there is nothing. Not when that is something else than what this object
+    // knows.
+    detail::ZipResult<detail::ZipArchive*> OpenToChange()
     {
         const auto known = seen;
-        const ZipFailure before = failing;
-        isThere = Open() != nullptr;
-        if (!isThere && failing.error != ZipError::FileMissing) {
-            return false;
+        const auto opened = Open();
+        if (!opened && opened.Fault().error != ZipError::FileMissing) {
+            return opened;
         }
-        failing = before;
         const bool isKnown =
-            !known || (isThere && archive->File()->Version() == *known && archive->File()->IsStillAt(path));
+            !known || (opened && archive->File()->Version() == *known && archive->File()->IsStillAt(path));
         if (isKnown && !isOutdated) {
-            return true;
+            return archive.get();
         }
         isOutdated = true;
         archive.reset();
-        failing.error = ZipError::ArchiveChanged;
-        failing.entry.clear();
-        return false;
+        return detail::ZipFault{ZipError::ArchiveChanged}.At({});
     }
+
+    detail::ZipResult<detail::UnpackPlan> Plan()
+    {
+        auto opened = Open();
+        return opened ? detail::MakeUnpackPlan(**opened, limits) : opened.Fault();
+    }
+
+    // Puts a file into the archive, which is made when there is none.
+    detail::ZipFault Add(const detail::PackItem& item, bool replace);
 
     // The entry's index when it is there and may be read. A name that unpacking refuses is refused here too: a caller
     // may make a path of it.
-    std::optional<std::size_t> Find(std::u8string_view name)
+    detail::ZipResult<std::size_t> Find(std::u8string_view name)
     {
-        if (Open() == nullptr) {
-            return std::nullopt;
+        if (const auto opened = Open(); !opened) {
+            return opened.Fault();
         }
         auto found = archive->Find(name);
         if (!found) {
-            found.Fault().Tell(failure);
-            return std::nullopt;
+            return found;
         }
         const detail::ArchiveEntry& entry = archive->Entries()[*found];
         const ZipError badName = detail::CheckEntryName(entry.shown.name).error;
-        failure.error = badName != ZipError::None ? badName : detail::EntryReader::Judge(entry, limits);
-        return failure ? std::nullopt : std::optional(*found);
+        const ZipError refusal = badName != ZipError::None ? badName : detail::EntryReader::Judge(entry, limits);
+        return refusal == ZipError::None ? found : refusal;
     }
 };
 

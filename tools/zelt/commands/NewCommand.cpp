@@ -68,13 +68,11 @@ void CopyPart(const fs::path& from, const fs::path& to)
     if (!orvcore::IsFile(from)) {
         throw FileError(ToText(from), "there is no such file");
     }
-    try {
-        orvcore::CopyOneFile(from, to);
-    } catch (const fs::filesystem_error& error) {
-        const std::error_code code = error.code();
-        const bool noRoom = code == std::errc::no_space_on_device || code == std::errc::file_too_large ||
-                            code == std::errc::read_only_file_system;
-        throw FileError(ToText(noRoom ? to : from), code.message());
+    std::error_code error;
+    if (!orvcore::CopyOneFile(from, to, orvcore::Durability::Cached, {}, error)) {
+        const bool noRoom = error == std::errc::no_space_on_device || error == std::errc::file_too_large ||
+                            error == std::errc::read_only_file_system;
+        throw FileError(ToText(noRoom ? to : from), error.message());
     }
 }
 
@@ -126,7 +124,10 @@ std::string FreshDefinition(const fs::path& stage)
 bool WriteDefinition(const NewOptions& options, const fs::path& stage)
 {
     const fs::path file = stage / orvcapsule::kJSONFileName;
-    const auto stored = orvcore::ReadWholeFile(file);
+    std::optional<std::string> stored;
+    if (orvcore::InspectTarget(file).kind != orvcore::FileKind::Nothing) {
+        stored = orvcore::ReadWholeFile(file);
+    }
     const std::string name = ToText(ToPath(options.directory) / orvcapsule::kJSONFileName);
     if (stored) {
         if (const Definition read = ReadDefinition(orvcore::ToUTF8(*stored)); read.capsule == nullptr) {

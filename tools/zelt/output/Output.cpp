@@ -112,12 +112,7 @@ std::filesystem::path ToFullPath(std::string_view argument)
     if (std::find(full.begin(), full.end(), "..") == full.end()) {
         return full.lexically_normal();
     }
-    std::error_code failed;
-    std::filesystem::path real = orvcore::RealPath(full, failed);
-    if (failed) {
-        throw std::filesystem::filesystem_error("", full, failed);
-    }
-    return real;
+    return orvcore::RealPath(full);
 }
 
 std::string ToText(const std::filesystem::path& path)

@@ -35,7 +35,8 @@ public:
     DraftFolder& operator=(const DraftFolder&) = delete;
     ~DraftFolder()
     {
-        orvcore::RemoveTree(path_);
+        std::error_code ignored;
+        orvcore::RemoveTree(path_, ignored);
     }
 
     const fs::path& Path() const noexcept

@@ -20,13 +20,13 @@ void CopyWatched(const std::filesystem::path& from, const std::filesystem::path&
                  const std::string& what, const InterruptWatch* interrupt)
 {
     Progress progress(what);
-    try {
-        orvcore::CopyOneFile(from, to, durability, ShowAndWatch{progress, interrupt});
-    } catch (const std::filesystem::filesystem_error& error) {
-        if (error.code() == std::errc::operation_canceled) {
-            throw Cancelled();
-        }
-        throw;
+    std::error_code error;
+    const bool copied = orvcore::CopyOneFile(from, to, durability, ShowAndWatch{progress, interrupt}, error);
+    if (error == std::errc::operation_canceled) {
+        throw Cancelled();
+    }
+    if (!copied) {
+        throw std::filesystem::filesystem_error("cannot copy file", from, to, error);
     }
 }
 

@@ -19,8 +19,9 @@ try : TemporaryFolder(u8"zelt") {
 
 void WriteText(const std::filesystem::path& file, std::string_view text)
 {
-    if (orvcore::WriteBufferToFile(file, text.data(), text.size()) < 0) {
-        throw FileError(ToText(file), "it cannot be written");
+    std::error_code error;
+    if (orvcore::WriteBufferToFile(file, text.data(), text.size(), error) < 0) {
+        throw FileError(ToText(file), "it cannot be written (" + error.message() + ')');
     }
 }
 

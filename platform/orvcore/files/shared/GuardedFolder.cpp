@@ -21,7 +21,8 @@ GuardedFolder::~GuardedFolder()
 {
     // What could not be put back stays where its user may still find it.
     if (Undo() && !private_.empty()) {
-        RemoveTree(private_);
+        std::error_code ignored;
+        RemoveTree(private_, ignored);
     }
 }
 

@@ -1,7 +1,6 @@
 #include <orvcore/files/shared/NewFolders.h>
 
 #include <orvcore/files/FileSystem.h>
-#include <orvcore/files/Files.h>
 
 #include <algorithm>
 
@@ -21,7 +20,8 @@ bool NewFolders::Make(const fs::path& folder, std::error_code& error)
     error.clear();
     std::vector<fs::path> missing;
     for (fs::path at = WithoutClosingSeparators(folder); // a closing slash would make the folder its own parent
-         !at.empty() && !Exists(at) && at != at.parent_path(); at = at.parent_path()) {
+         !at.empty() && InspectTarget(at, error).kind == FileKind::Nothing && !error && at != at.parent_path();
+         at = at.parent_path()) {
         missing.push_back(at);
     }
     for (; !missing.empty() && !error; missing.pop_back()) {
@@ -29,7 +29,7 @@ bool NewFolders::Make(const fs::path& folder, std::error_code& error)
             made_.push_back(missing.back());
         }
     }
-    if (!error && !IsDirectory(folder)) {
+    if (!error && InspectTarget(folder, error).kind != FileKind::Directory && !error) {
         error = std::make_error_code(std::errc::not_a_directory);
     }
     return !error;

@@ -1,7 +1,7 @@
 #include <orvstorage/detail/packing/FolderScan.h>
 
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/files/FileSystem.h>
+#include <orvcore/files/WalkTree.h>
 #include <orvstorage/detail/names/NameRegister.h>
 #include <orvstorage/shared/EntryName.h>
 
@@ -12,6 +12,7 @@ namespace orvstorage::detail {
 namespace fs = std::filesystem;
 using orvcore::FileInfo;
 using orvcore::FileKind;
+using orvcore::WalkNext;
 
 namespace {
 
@@ -36,131 +37,123 @@ void SetDosTime(orvcore::FileTime time, PackItem& item)
                                               clock.seconds().count() / 2);
 }
 
-bool CannotRead(const std::error_code& error, ZipFailure& failure)
+ZipFault CannotRead(const std::error_code& error)
 {
-    failure.error = ZipError::SourceMissing;
-    failure.detail = error.message();
-    return false;
+    return {ZipError::SourceMissing, error.message()};
 }
 
-bool Describe(const fs::path& path, PackItem& item, ZipFailure& failure)
+ZipResult<PackItem> Describe(const fs::path& path, const orvcore::UTF8String& name)
 {
     std::error_code error;
     const FileInfo info = orvcore::InspectPath(path, error);
     if (error || info.kind == FileKind::Nothing) {
-        return CannotRead(error ? error : std::make_error_code(std::errc::no_such_file_or_directory), failure);
+        return CannotRead(error ? error : std::make_error_code(std::errc::no_such_file_or_directory));
     }
     if (info.kind != FileKind::File) {
-        failure.error = info.kind == FileKind::Link ? ZipError::SymbolicLink : ZipError::SpecialFile;
-        return false;
+        return info.kind == FileKind::Link ? ZipError::SymbolicLink : ZipError::SpecialFile;
     }
-    item.path = path;
-    item.size = info.size;
+    PackItem item{name, path, info.size};
     SetDosTime(info.modified, item);
-    return true;
+    return item;
 }
 
 class Scanner {
 public:
-    Scanner(const fs::path& exclude, const ZipLimits& limits, std::vector<PackItem>& items)
+    Scanner(const fs::path& exclude, const ZipLimits& limits)
         : exclude_(exclude)
         , limits_(limits)
-        , items_(items)
     {
     }
 
-    bool Scan(const fs::path& folder, const orvcore::UTF8String& prefix, ZipFailure& failure)
+    ZipResult<std::vector<PackItem>> Scan(const fs::path& folder)
     {
-        if (static_cast<std::uint64_t>(std::count(prefix.begin(), prefix.end(), u8'/')) > limits_.maxDepth) {
-            failure.entry = prefix;
-            failure.error = ZipError::TooDeep;
-            return false;
-        }
-        std::error_code error;
-        bool taken = true;
-        const auto take = [&](const fs::path& path, FileKind kind) {
-            if (orvcore::IsPrivateName(path.filename())) {
-                return true;
-            }
-            const orvcore::UTF8String name = prefix + orvcore::PathToUTF8(path.filename());
-            taken = kind == FileKind::Directory ? Scan(path, name + u8'/', failure) : Take(path, name, failure);
-            return taken;
+        orvcore::TreeVisitor visitor;
+        visitor.visit = [this](const fs::path& path, FileKind kind) { return Visit(path, kind); };
+        visitor.leave = [this](const fs::path&) { prefix_.erase(prefix_.rfind(u8'/', prefix_.size() - 2) + 1); };
+        visitor.fail = [this](const fs::path&, const std::error_code& error) {
+            return Refuse(CannotRead(error).At(prefix_));
         };
-        orvcore::ReadDirectory(folder, take, error);
-        if (!taken) {
-            return false;
-        }
-        if (error) {
-            failure.entry = prefix;
-            return CannotRead(error, failure);
-        }
-        return true;
+        return orvcore::WalkTree(folder, visitor) ? ZipResult(std::move(items_)) : fault_;
     }
 
 private:
-    bool Take(const fs::path& path, const orvcore::UTF8String& name, ZipFailure& failure)
+    WalkNext Refuse(ZipFault fault)
     {
-        if (orvcore::IsSameFile(path, exclude_)) {
-            return true;
-        }
-        failure.entry = name;
-        PackItem item;
-        item.name = name;
-        if (!Describe(path, item, failure)) {
-            return false;
-        }
-        items_.push_back(std::move(item));
-        failure.entry.clear();
-        return true;
+        fault_ = std::move(fault);
+        return WalkNext::End;
     }
 
-    const fs::path exclude_;
+    WalkNext Visit(const fs::path& path, FileKind kind)
+    {
+        if (orvcore::IsPrivateName(path.filename())) {
+            return WalkNext::PassOver;
+        }
+        const orvcore::UTF8String name = prefix_ + orvcore::PathToUTF8(path.filename());
+        return kind == FileKind::Directory ? Enter(name + u8'/') : Take(path, name);
+    }
+
+    WalkNext Enter(orvcore::UTF8String prefix)
+    {
+        prefix_ = std::move(prefix);
+        const auto depth = static_cast<std::uint64_t>(std::count(prefix_.begin(), prefix_.end(), u8'/'));
+        return depth > limits_.maxDepth ? Refuse(ZipFault{ZipError::TooDeep}.At(prefix_)) : WalkNext::GoOn;
+    }
+
+    WalkNext Take(const fs::path& path, const orvcore::UTF8String& name)
+    {
+        if (orvcore::IsSameFile(path, exclude_)) {
+            return WalkNext::GoOn;
+        }
+        auto item = Describe(path, name);
+        if (!item) {
+            return Refuse(ZipFault(item.Fault()).At(name));
+        }
+        items_.push_back(std::move(*item));
+        return WalkNext::GoOn;
+    }
+
+    const fs::path& exclude_;
     const ZipLimits& limits_;
-    std::vector<PackItem>& items_;
+    std::vector<PackItem> items_;
+    orvcore::UTF8String prefix_; // of the names in the folder where the walk is
+    ZipFault fault_;
 };
 
-bool CheckNames(const std::vector<PackItem>& items, const ZipLimits& limits, ZipFailure& failure)
+ZipFault CheckNames(const std::vector<PackItem>& items, const ZipLimits& limits)
 {
     NameRegister names(limits);
     for (const PackItem& item : items) {
         const EntryName checked = CheckEntryName(item.name);
-        failure.error = checked.error != ZipError::None ? checked.error : names.Enter(checked.relative, false);
-        if (failure) {
-            failure.entry = item.name;
-            return false;
+        const ZipError error = checked.error != ZipError::None ? checked.error : names.Enter(checked.relative, false);
+        if (error != ZipError::None) {
+            return ZipFault{error}.At(item.name);
         }
     }
-    return true;
+    return {};
 }
 
 } // namespace
 
-bool DescribeItem(const fs::path& path, orvcore::UTF8String name, PackItem& item, ZipFailure& failure)
+ZipResult<PackItem> DescribeItem(const fs::path& path, const orvcore::UTF8String& name)
 {
-    item.name = std::move(name);
-    std::error_code error;
+    std::error_code error = std::make_error_code(std::errc::invalid_argument);
     // A link named by the caller is the caller's choice, unlike one met on the way through a folder.
     const fs::path real = orvcore::IsUsablePath(path) ? orvcore::RealPath(path, error) : fs::path();
-    if (error || real.empty()) {
-        return CannotRead(error ? error : std::make_error_code(std::errc::invalid_argument), failure);
-    }
-    return Describe(real, item, failure);
+    return error ? CannotRead(error) : Describe(real, name);
 }
 
-bool ScanFolder(const fs::path& folder, const fs::path& exclude, const ZipLimits& limits, std::vector<PackItem>& items,
-                ZipFailure& failure)
+ZipResult<std::vector<PackItem>> ScanFolder(const fs::path& folder, const fs::path& exclude, const ZipLimits& limits)
 {
-    if (!orvcore::IsUsablePath(folder)) {
-        return CannotRead(std::make_error_code(std::errc::invalid_argument), failure);
+    auto items = Scanner(exclude, limits).Scan(folder);
+    if (!items) {
+        return items;
     }
-    if (!Scanner(exclude, limits, items).Scan(folder, {}, failure)) {
-        return false;
+    std::sort(items->begin(), items->end(), [](const PackItem& a, const PackItem& b) { return a.name < b.name; });
+    if (items->empty()) {
+        return ZipError::NothingToPack;
     }
-    std::sort(items.begin(), items.end(), [](const PackItem& a, const PackItem& b) { return a.name < b.name; });
-    if (items.empty()) {
-        failure.error = ZipError::NothingToPack;
-    }
-    return !failure && CheckNames(items, limits, failure);
+    ZipFault fault = CheckNames(*items, limits);
+    return fault ? fault : std::move(items);
 }
 
 } // namespace orvstorage::detail

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <orvstorage/ZipFailure.h>
 #include <orvstorage/ZipLimits.h>
+#include <orvstorage/detail/ZipResult.h>
 
 #include <cstdint>
 #include <vector>
@@ -17,12 +17,12 @@ struct PackItem {
     std::uint16_t dosTime = 0;
 };
 
-/// Looks at one file. False, with the reason in `failure`, when it is missing or no regular file.
-bool DescribeItem(const std::filesystem::path& path, orvcore::UTF8String name, PackItem& item, ZipFailure& failure);
+/// Looks at one file. Fails when it is missing or no regular file.
+ZipResult<PackItem> DescribeItem(const std::filesystem::path& path, const orvcore::UTF8String& name);
 
-/// All files below `folder` in the order of their names, `exclude` and private files left out. False when something
+/// All files below `folder` in the order of their names, `exclude` and private files left out. Fails when something
 /// is there that cannot be packed or could not be unpacked everywhere under `limits`.
-bool ScanFolder(const std::filesystem::path& folder, const std::filesystem::path& exclude, const ZipLimits& limits,
-                std::vector<PackItem>& items, ZipFailure& failure);
+ZipResult<std::vector<PackItem>> ScanFolder(const std::filesystem::path& folder, const std::filesystem::path& exclude,
+                                            const ZipLimits& limits);
 
 } // namespace orvstorage::detail

@@ -72,23 +72,22 @@ bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& it
 }
 
 // Writes the archive and puts it in place. The handle is used up when that succeeds.
-bool Close(ArchiveHandle archive, ByteProgress& progress, ZipFailure& failure)
+ZipFault Close(ArchiveHandle archive, const ByteProgress& progress)
 {
     if (zip_close(archive.get()) == 0) {
         static_cast<void>(archive.release());
-        return true;
+        return {};
     }
-    FaultOf(*zip_get_error(archive.get())).Tell(failure);
+    ZipFault fault = FaultOf(*zip_get_error(archive.get()));
     // What is written is the archive as a whole, and a host that cancels means all of it.
-    const bool isWhole = failure.error == ZipError::Cancelled || failure.error == ZipError::WriteFailed ||
-                         failure.error == ZipError::DiskFull || failure.error == ZipError::ArchiveChanged;
-    failure.entry = isWhole ? orvcore::UTF8String() : progress.current;
-    return false;
+    const bool isWhole = fault.error == ZipError::Cancelled || fault.error == ZipError::WriteFailed ||
+                         fault.error == ZipError::DiskFull || fault.error == ZipError::ArchiveChanged;
+    return std::move(fault).At(isWhole ? orvcore::UTF8String() : progress.current);
 }
 
 } // namespace
 
-bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteProgress& progress, ZipFailure& failure)
+ZipFault PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteProgress& progress)
 {
     // Asked when all is written and nothing replaced: the last moment at which a caller can still cancel. Packing anew
     // replaces whatever is there, so it does not matter what that is by now.
@@ -96,25 +95,22 @@ bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteP
     const auto always = [] { return true; };
     auto opened = OpenForWriting(nullptr, {target.path, approve, always, target.version});
     if (!opened) {
-        return opened.Fault().Tell(failure);
+        return opened.Fault();
     }
     ArchiveHandle archive = std::move(*opened);
     if (!progress.Advance(0)) {
-        failure.error = ZipError::Cancelled;
-        return false;
+        return {ZipError::Cancelled};
     }
     for (const PackItem& item : items) {
         if (!Put(archive.get(), std::nullopt, item, target.password, progress)) {
-            FaultOf(*zip_get_error(archive.get())).Tell(failure);
-            failure.entry = item.name;
-            return false;
+            return FaultOf(*zip_get_error(archive.get())).At(item.name);
         }
     }
-    return Close(std::move(archive), progress, failure);
+    return Close(std::move(archive), progress);
 }
 
-bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
-             const PackItem& item, ZipFailure& failure)
+ZipFault PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
+                 const PackItem& item)
 {
     const ZipProgress none;
     ByteProgress progress(none, nullptr, item.size);
@@ -123,14 +119,13 @@ bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, s
     placing.isUnchanged = [old, at = target.path] { return old ? old->IsStillAt(at) : !orvcore::Exists(at); };
     auto opened = OpenForWriting(std::move(old), std::move(placing));
     if (!opened) {
-        return opened.Fault().Tell(failure);
+        return opened.Fault();
     }
     ArchiveHandle archive = std::move(*opened);
     if (!Put(archive.get(), replaced, item, target.password, progress)) {
-        FaultOf(*zip_get_error(archive.get())).Tell(failure);
-        return false;
+        return FaultOf(*zip_get_error(archive.get()));
     }
-    return Close(std::move(archive), progress, failure);
+    return Close(std::move(archive), progress);
 }
 
 } // namespace orvstorage::detail

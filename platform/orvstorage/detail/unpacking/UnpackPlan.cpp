@@ -24,15 +24,14 @@ bool IsRepeated(const std::unordered_map<std::u8string, int>& counts, const orvc
 
 class Planner {
 public:
-    Planner(const ZipArchive& archive, const ZipLimits& limits, UnpackPlan& plan)
+    Planner(const ZipArchive& archive, const ZipLimits& limits)
         : archive_(archive)
         , limits_(limits)
-        , plan_(plan)
         , register_(limits)
     {
     }
 
-    bool Run(ZipFailure& failure)
+    ZipResult<UnpackPlan> Run()
     {
         const auto& entries = archive_.Entries();
         names_.reserve(entries.size());
@@ -43,16 +42,16 @@ public:
             }
         }
         for (std::size_t i = 0; i < entries.size(); ++i) {
-            if (!Plan(i, failure)) {
-                return false;
+            if (const ZipFault fault = Plan(i)) {
+                return fault;
             }
         }
-        return IsWithinRatio(failure);
+        return IsWithinRatio() ? ZipResult(std::move(plan_)) : ZipError::RatioTooHigh;
     }
 
 private:
     // Many entries together may be what none is alone.
-    bool IsWithinRatio(ZipFailure& failure) const
+    bool IsWithinRatio() const
     {
         std::uint64_t size = 0;
         std::uint64_t packed = 0;
@@ -60,8 +59,7 @@ private:
             size += archive_.Entries()[file.index].shown.size;
             packed += archive_.Entries()[file.index].shown.compressedSize;
         }
-        failure.error = IsBeyondRatio(size, packed, limits_) ? ZipError::RatioTooHigh : ZipError::None;
-        return !failure;
+        return !IsBeyondRatio(size, packed, limits_);
     }
 
     ZipError Judge(std::size_t index)
@@ -80,38 +78,35 @@ private:
         return register_.Enter(name.relative, entry.kind == EntryKind::Directory);
     }
 
-    bool Plan(std::size_t index, ZipFailure& failure)
+    // Fails where the archive as a whole is to be refused.
+    ZipFault Plan(std::size_t index)
     {
         const ArchiveEntry& entry = archive_.Entries()[index];
         if (entry.shown.name == u8"./" && entry.kind == EntryKind::Directory) {
-            return true; // the target folder itself, as some programs list the folder that they packed
+            return {}; // the target folder itself, as some programs list the folder that they packed
         }
-        ZipFailure refusal = failure;
-        refusal.entry = entry.shown.name;
-        refusal.error = Judge(index);
+        const ZipError refusal = Judge(index);
+        if (IsLimit(refusal)) { // too many are not one entry's fault
+            return refusal == ZipError::TooManyEntries ? ZipFault{refusal} : ZipFault{refusal}.At(entry.shown.name);
+        }
         // Never overflows: each part is within the entry limit, and it ends at the total's.
-        plan_.totalSize += entry.kind == EntryKind::File && !refusal ? entry.shown.size : 0;
-        if (IsLimit(refusal.error) || plan_.totalSize > limits_.maxTotalSize) {
-            failure = IsLimit(refusal.error) ? refusal : failure;
-            failure.error = IsLimit(refusal.error) ? refusal.error : ZipError::TotalTooLarge;
-            if (failure.error == ZipError::TooManyEntries) {
-                failure.entry.clear(); // it is all of them
-            }
-            return false;
+        plan_.totalSize += entry.kind == EntryKind::File && refusal == ZipError::None ? entry.shown.size : 0;
+        if (plan_.totalSize > limits_.maxTotalSize) {
+            return {ZipError::TotalTooLarge};
         }
-        if (refusal) {
-            plan_.refused.push_back(std::move(refusal));
+        if (refusal != ZipError::None) {
+            plan_.refused.push_back(ZipFault{refusal}.At(entry.shown.name));
         } else if (entry.kind == EntryKind::Directory) {
             plan_.directories.push_back(names_[index].relative);
         } else {
             plan_.files.push_back({index, names_[index].relative});
         }
-        return true;
+        return {};
     }
 
     const ZipArchive& archive_;
     const ZipLimits& limits_;
-    UnpackPlan& plan_;
+    UnpackPlan plan_;
     std::vector<EntryName> names_;
     std::unordered_map<std::u8string, int> counts_;
     NameRegister register_;
@@ -119,9 +114,9 @@ private:
 
 } // namespace
 
-bool MakeUnpackPlan(const ZipArchive& archive, const ZipLimits& limits, UnpackPlan& plan, ZipFailure& failure)
+ZipResult<UnpackPlan> MakeUnpackPlan(const ZipArchive& archive, const ZipLimits& limits)
 {
-    return Planner(archive, limits, plan).Run(failure);
+    return Planner(archive, limits).Run();
 }
 
 } // namespace orvstorage::detail

@@ -15,12 +15,11 @@ struct UnpackPlan {
     };
     std::vector<File> files;
     std::vector<orvcore::UTF8String> directories;
-    std::vector<ZipFailure> refused; ///< entries that are left out, in the archive's order
-    std::uint64_t totalSize = 0;     ///< unpacked bytes of all files
+    std::vector<ZipFault> refused; ///< entries that are left out, in the archive's order
+    std::uint64_t totalSize = 0;   ///< unpacked bytes of all files
 };
 
 /// Judges every entry. Entries whose name or kind is bad are refused alone; a limit that is exceeded refuses the whole.
-/// @return false with `failure` set in the second case.
-bool MakeUnpackPlan(const ZipArchive& archive, const ZipLimits& limits, UnpackPlan& plan, ZipFailure& failure);
+ZipResult<UnpackPlan> MakeUnpackPlan(const ZipArchive& archive, const ZipLimits& limits);
 
 } // namespace orvstorage::detail

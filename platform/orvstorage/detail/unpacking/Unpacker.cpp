@@ -23,36 +23,38 @@ constexpr std::uint64_t kMostHeld = std::uint64_t{1} << 20;
 constexpr std::uint64_t kWorthThreads = std::uint64_t{4} << 20;
 constexpr std::size_t kMostThreads = 8; // more would only wait for the disk
 
-// Hands an entry's content to `write` piece by piece, until that returns false. False, too, with the reason in
-// `failure`, when it cannot be read.
+// Hands an entry's content to `write` piece by piece, until that fails.
 template <class Write>
-bool StreamEntry(zip_t* handle, const ArchiveEntry& entry, std::size_t index, std::vector<char>& piece,
-                 ZipFailure& failure, const Write& write)
+ZipFault StreamEntry(zip_t* handle, const ArchiveEntry& entry, std::size_t index, std::vector<char>& piece,
+                     const Write& write)
 {
     auto reader = EntryReader::Open(handle, index, entry);
     if (!reader) {
-        return reader.Fault().Tell(failure);
+        return reader.Fault();
     }
     for (;;) {
-        auto got = (*reader).Read(piece.data(), piece.size());
+        auto got = reader->Read(piece.data(), piece.size());
         if (!got) {
-            return got.Fault().Tell(failure);
+            return got.Fault();
         }
-        if (!write(piece.data(), *got)) {
-            return false;
+        if (ZipFault fault = write(piece.data(), *got)) {
+            return fault;
         }
         if (*got < piece.size()) {
-            return true;
+            return {};
         }
     }
 }
 
-// A host that cancels means the whole call.
-bool Cancelled(ZipFailure& failure)
+ZipFault Drop(const char*, std::size_t)
 {
-    failure.error = ZipError::Cancelled;
-    failure.entry.clear();
-    return false;
+    return {};
+}
+
+// A host that cancels means the whole call.
+ZipFault Cancelled()
+{
+    return ZipFault{ZipError::Cancelled}.At({});
 }
 
 // Unpacks the plan's files into numbered files of a private folder, on several threads where there is enough to do.
@@ -71,10 +73,8 @@ public:
         return folder_ / std::to_string(number);
     }
 
-    bool Run(ZipFailure& failure)
+    ZipFault Run()
     {
-        blank_ = failure;
-        first_ = failure;
         Arrange();
         const std::size_t threads = plan_.totalSize < kWorthThreads ? 1 : std::min(order_.size(), kMostThreads);
         if (threads <= 1) {
@@ -85,15 +85,12 @@ public:
                 if (auto handle = archive_.NewHandle()) {
                     Work((*handle).get());
                 } else {
-                    ZipFailure opening = blank_;
-                    handle.Fault().Tell(opening);
-                    Report(0, opening);
+                    Report(0, handle.Fault());
                 }
             };
             orvcore::ParallelFor(threads, 1, piece, [this] { HeedCaller(progress_.Ask()); });
         }
-        failure = first_;
-        return !failure;
+        return first_;
     }
 
 private:
@@ -112,9 +109,7 @@ private:
     void HeedCaller(bool goesOn)
     {
         if (!goesOn) {
-            ZipFailure failure = blank_;
-            Cancelled(failure);
-            Report(0, failure);
+            Report(0, Cancelled());
         }
     }
 
@@ -135,40 +130,42 @@ private:
                 return;
             }
             const std::size_t number = order_[turn];
-            ZipFailure failure = blank_;
-            if (!UnpackOne(handle, number, piece, failure)) {
-                Report(number, failure);
+            ZipFault fault = UnpackOne(handle, number, piece);
+            if (fault && fault.error != ZipError::Cancelled) { // whoever stopped the work has reported why
+                Report(number, std::move(fault).At(archive_.Entries()[plan_.files[number].index].shown.name));
             }
         }
     }
 
-    bool UnpackOne(zip_t* handle, std::size_t number, std::vector<char>& piece, ZipFailure& failure)
+    ZipFault UnpackOne(zip_t* handle, std::size_t number, std::vector<char>& piece)
     {
         const std::size_t index = plan_.files[number].index;
-        const ArchiveEntry& entry = archive_.Entries()[index];
-        failure.entry = entry.shown.name;
         using orvcore::detail::NativeFile;
         std::error_code error;
         NativeFile file = NativeFile::Open(PathOf(number), NativeFile::Mode::CreateNew, error);
+        if (error) {
+            return WriteFault(error);
+        }
         std::uint64_t done = 0;
         const auto write = [&](const char* data, std::size_t size) {
-            const bool written = !stopped_ && file.WriteAt(done, data, size, error);
+            if (stopped_) {
+                return Cancelled();
+            }
+            const bool written = file.WriteAt(done, data, size, error);
             done += size;
             Count(size);
-            return written;
+            return written ? ZipFault() : WriteFault(error);
         };
-        const bool whole = !error && StreamEntry(handle, entry, index, piece, failure, write) && file.Close(error);
-        if (error) {
-            TranslateWriteError(error, failure);
-        }
-        return whole && !failure;
+        ZipFault fault = StreamEntry(handle, archive_.Entries()[index], index, piece, write);
+        return fault || file.Close(error) ? fault : WriteFault(error);
     }
 
-    void Report(std::size_t number, const ZipFailure& failure)
+    // Of several faults the one of the first file counts, whatever the order in which the threads meet them.
+    void Report(std::size_t number, ZipFault fault)
     {
         const std::lock_guard lock(mutex_);
-        if (failure && number < firstNumber_) {
-            first_ = failure;
+        if (number < firstNumber_) {
+            first_ = std::move(fault);
             firstNumber_ = number;
         }
         stopped_ = true;
@@ -179,109 +176,101 @@ private:
     const fs::path& folder_;
     ByteProgress& progress_;
     const std::thread::id caller_ = std::this_thread::get_id();
-    ZipFailure blank_;
     std::vector<std::size_t> order_; // of the plan's files
     std::atomic<std::size_t> next_ = 0;
     std::atomic<bool> stopped_ = false;
     std::mutex mutex_;
-    ZipFailure first_;
+    ZipFault first_;
     std::size_t firstNumber_ = static_cast<std::size_t>(-1);
 };
 
 // Writes over a file that others may have open; `give` hands its content to a function, piece by piece.
 template <class Give>
-bool WriteOver(const fs::path& destination, ZipFailure& failure, const Give& give)
+ZipFault WriteOver(const fs::path& destination, const Give& give)
 {
     using orvcore::detail::NativeFile;
     std::error_code error;
     NativeFile file = NativeFile::Open(destination, NativeFile::Mode::Truncate, error);
     if (error) {
-        TranslateWriteError(error, failure);
-        return false;
+        return WriteFault(error);
     }
     std::uint64_t done = 0;
-    const bool given = give([&](const char* data, std::size_t size) {
+    ZipFault fault = give([&](const char* data, std::size_t size) {
         done += size;
-        return file.WriteAt(done - size, data, size, error);
+        return file.WriteAt(done - size, data, size, error) ? ZipFault() : WriteFault(error);
     });
-    std::error_code closing;
-    const bool whole = file.Close(closing) && given;
-    if (error || closing) {
-        TranslateWriteError(error ? error : closing, failure);
+    if (!file.Close(error) && !fault) {
+        fault = WriteFault(error);
     }
-    if (!whole && orvcore::IsFile(destination)) {
-        orvcore::RemoveTree(destination);
+    if (fault && orvcore::IsFile(destination)) {
+        orvcore::RemoveOne(destination, error);
     }
-    return whole;
+    return fault;
 }
 
 } // namespace
 
-bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure)
+ZipFault TestEntry(const ZipArchive& archive, std::size_t index)
 {
     const ArchiveEntry& entry = archive.Entries()[index];
-    failure.entry = entry.shown.name;
     std::vector<char> piece(std::min<std::uint64_t>(kPiece, entry.shown.size + 1)); // its end shows in the same read
-    return StreamEntry(archive.Handle(), entry, index, piece, failure, [](const char*, std::size_t) { return true; });
+    return StreamEntry(archive.Handle(), entry, index, piece, Drop).At(entry.shown.name);
 }
 
-bool UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ByteProgress& progress,
-                  ZipFailure& failure)
+ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ByteProgress& progress)
 {
     if (!progress.MayGoOn()) {
-        return Cancelled(failure);
+        return Cancelled();
     }
     std::error_code error;
     orvcore::detail::NewFolders folders;
-    if (destination.has_parent_path()) {
-        folders.Make(destination.parent_path(), error);
+    if (destination.has_parent_path() && !folders.Make(destination.parent_path(), error)) {
+        return WriteFault(error);
     }
     orvcore::AtomicFile file(destination); // gone before the folders are
     file.RemoveLeftBehind();
     std::vector<char> piece(kPiece);
-    bool goesOn = true;
     const auto write = [&](const char* data, std::size_t size) {
-        goesOn = progress.Advance(size);
-        return goesOn && file.Write(data, size, error);
+        if (!progress.Advance(size)) {
+            return Cancelled();
+        }
+        return file.Write(data, size, error) ? ZipFault() : WriteFault(error);
     };
-    const bool read = !error && StreamEntry(archive.Handle(), archive.Entries()[index], index, piece, failure, write);
-    if (!goesOn || (read && !progress.Finish())) {
-        return Cancelled(failure);
+    if (ZipFault fault = StreamEntry(archive.Handle(), archive.Entries()[index], index, piece, write)) {
+        return fault;
     }
-    const bool whole = read && file.Commit(orvcore::AtomicFile::Durability::Cached, error);
-    if (error) {
-        TranslateWriteError(error, failure);
+    if (!progress.Finish()) {
+        return Cancelled();
     }
-    if (whole) {
-        folders.Keep();
+    if (!file.Commit(orvcore::AtomicFile::Durability::Cached, error)) {
+        return WriteFault(error);
     }
-    return whole;
+    folders.Keep();
+    return {};
 }
 
-bool UnpackOver(const ZipArchive& archive, std::size_t index, const fs::path& destination, ZipFailure& failure)
+ZipFault UnpackOver(const ZipArchive& archive, std::size_t index, const fs::path& destination)
 {
     const ArchiveEntry& entry = archive.Entries()[index];
     // What fits is held after the check; anything larger is read again, for what the file holds now has no copy.
     std::vector<char> piece(std::min<std::uint64_t>(kMostHeld, entry.shown.size + 1));
-    const auto skip = [](const char*, std::size_t) { return true; };
-    if (!StreamEntry(archive.Handle(), entry, index, piece, failure, skip)) {
-        return false;
+    if (ZipFault fault = StreamEntry(archive.Handle(), entry, index, piece, Drop)) {
+        return fault;
     }
     if (entry.shown.size == 0) {
-        failure.error = ZipError::EntryMissing;
-        return false;
+        return {ZipError::EntryMissing};
     }
-    return WriteOver(destination, failure, [&](const auto& write) {
+    return WriteOver(destination, [&](const auto& write) {
         return entry.shown.size < piece.size() ? write(piece.data(), entry.shown.size)
-                                               : StreamEntry(archive.Handle(), entry, index, piece, failure, write);
+                                               : StreamEntry(archive.Handle(), entry, index, piece, write);
     });
 }
 
-bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& target, orvcore::IfExists ifExists,
-            ByteProgress& progress, ZipFailure& failure)
+ZipFault Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& target, orvcore::IfExists ifExists,
+                ByteProgress& progress)
 {
     if (!progress.MayGoOn()) {
-        return Cancelled(failure);
+        return Cancelled();
     }
     const auto pathOf = [](const orvcore::UTF8String& relative) {
         return orvcore::PathFromUTF8(relative).make_preferred();
@@ -290,33 +279,30 @@ bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& t
     orvcore::detail::GuardedFolder folder(target);
     const fs::path staging = folder.Open(error);
     if (error) {
-        failure.folder = target;
-        TranslateWriteError(error, failure);
-        return false;
+        ZipFault fault = WriteFault(error);
+        fault.folder = target;
+        return fault;
     }
     Stage stage(archive, plan, staging, progress);
-    if (!stage.Run(failure)) {
-        return false;
+    if (ZipFault fault = stage.Run()) {
+        return fault;
     }
     if (!progress.Finish()) {
-        return Cancelled(failure);
+        return Cancelled();
     }
     for (const orvcore::UTF8String& directory : plan.directories) {
         if (!folder.MakeDirectory(pathOf(directory), error)) {
-            failure.entry = directory;
-            TranslateWriteError(error, failure);
-            return false;
+            return WriteFault(error).At(directory);
         }
     }
     for (std::size_t number = 0; number < plan.files.size(); ++number) {
-        if (!folder.PutFile(stage.PathOf(number), pathOf(plan.files[number].relative), ifExists, error)) {
-            failure.entry = archive.Entries()[plan.files[number].index].shown.name;
-            TranslateWriteError(error, failure);
-            return false;
+        const UnpackPlan::File& file = plan.files[number];
+        if (!folder.PutFile(stage.PathOf(number), pathOf(file.relative), ifExists, error)) {
+            return WriteFault(error).At(archive.Entries()[file.index].shown.name);
         }
     }
     folder.Keep();
-    return true;
+    return {};
 }
 
 } // namespace orvstorage::detail

@@ -8,20 +8,19 @@ namespace orvstorage::detail {
 
 /// Writes one entry to a file that appears whole or not at all. The file's folder is created when missing, and removed
 /// again after a failure. Progress is reported for the last time when all is read, before the file appears.
-bool UnpackToFile(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
-                  ByteProgress& progress, ZipFailure& failure);
+ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
+                      ByteProgress& progress);
 
 /// Writes one entry over a file that others may have open. An entry of no bytes counts as missing; nothing is written
 /// before all of the entry has been checked.
-bool UnpackOver(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
-                ZipFailure& failure);
+ZipFault UnpackOver(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination);
 
 /// Reads and checks one entry's content, keeping nothing of it.
-bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure);
+ZipFault TestEntry(const ZipArchive& archive, std::size_t index);
 
 /// Carries a plan out: all files are first unpacked into a private folder inside `target`, then moved to their places.
 /// After a failure everything this call created is gone again, and what it replaced is back.
-bool Unpack(const ZipArchive& archive, const UnpackPlan& plan, const std::filesystem::path& target,
-            orvcore::IfExists ifExists, ByteProgress& progress, ZipFailure& failure);
+ZipFault Unpack(const ZipArchive& archive, const UnpackPlan& plan, const std::filesystem::path& target,
+                orvcore::IfExists ifExists, ByteProgress& progress);
 
 } // namespace orvstorage::detail
