@@ -23,16 +23,10 @@ fs::path LockOf(fs::path folder)
 fs::path NewFolder(std::u8string_view area)
 {
     fs::path folder = TempDirectory() / PathFromUTF8(area);
-    std::error_code error;
-    MakeDirectory(folder, error, FolderAccess::Shared);
-    if (!error) {
-        folder /= Guid::Create().ToString();
-        if (!MakeDirectory(folder, error, FolderAccess::OwnerOnly) && !error) {
-            error = std::make_error_code(std::errc::file_exists);
-        }
-    }
-    if (error) {
-        throw fs::filesystem_error("cannot create folder", folder, error);
+    MakeDirectory(folder, FolderAccess::Shared);
+    folder /= Guid::Create().ToString();
+    if (!MakeDirectory(folder, FolderAccess::OwnerOnly)) {
+        throw fs::filesystem_error("cannot create folder", folder, std::make_error_code(std::errc::file_exists));
     }
     return folder;
 }
