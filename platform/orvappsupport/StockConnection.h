@@ -11,7 +11,7 @@ namespace orvappsupport {
 /// How long a request may take. A value of zero or less counts as one millisecond.
 struct StockTimeouts {
     std::chrono::milliseconds connect{10'000}; ///< until the connection stands, TLS included
-    std::chrono::milliseconds stalled{15'000}; ///< without any byte of the answer; counted in whole seconds, rounded up
+    std::chrono::milliseconds stalled{15'000}; ///< without a byte of the answer, from its request or the last byte on
     std::chrono::milliseconds total{60'000};   ///< for everything: redirects, waiting before a repetition, repetitions
 };
 
