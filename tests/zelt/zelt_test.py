@@ -149,8 +149,8 @@ class ZeltTest(unittest.TestCase):
         os.chdir(self.folder)
         os.environ["LC_ALL"] = "C.UTF-8"
 
-    def run_zelt(self, *arguments, code=0, warns=False):
-        done = subprocess.run([*EMULATOR, ZELT, *arguments], capture_output=True, timeout=120)
+    def run_zelt(self, *arguments, code=0, warns=False, stdin=None):
+        done = subprocess.run([*EMULATOR, ZELT, *arguments], capture_output=True, timeout=120, input=stdin)
         out, err = done.stdout.decode("utf-8"), done.stderr.decode("utf-8")
         self.assertEqual(done.returncode, code, f"{arguments}\n{out}{err}")
         self.assertTrue(all(line.startswith("zelt: ") for line in err.splitlines()), err)
@@ -315,6 +315,27 @@ class ZeltTest(unittest.TestCase):
         self.run_zelt("definition", "damaged/broken-json.zelt")  # what is stored can be looked at
         self.run_zelt("definition", "--canonical", "damaged/broken-json.zelt", code=1)
         self.run_zelt("definition", "damaged/no-definition.zelt", code=1)
+
+    def test_many_packages_at_one_time(self):
+        os.makedirs("more/a")
+        for i in range(200):
+            self.write_package(f"more/{i:03}.zelt", definition_of("untitled.zelt"))
+        shutil.copy("countdown.zelt", "more/a/z.zelt")
+        pathlib.Path("more/CAPITAL.ZELT").write_bytes(b"not for us")
+        below = ["more/a/z.zelt", *(f"more/{i:03}.zelt" for i in range(200))]  # sub-folders first, as in a listing
+        names = ["damaged/empty.zelt", *below, "gone.zelt", "lower-third.zelt"]
+        pathlib.Path("list").write_bytes("\r\n".join(["more", "", "gone.zelt"]).encode())
+        nulls = "\0".join(["damaged/empty.zelt", "more", "gone.zelt", "lower-third.zelt"]).encode()
+        for command in (["info"], ["check"], ["fonts"], ["index", "build", "x.db"]):
+            wanted = names if command != ["index", "build", "x.db"] else [*below, "lower-third.zelt"]
+            for arguments, stdin in [(["damaged/empty.zelt", "more", "gone.zelt", "lower-third.zelt", "-j1"], None),
+                                     (["--files-from", "-", "--null"], nulls), (["-j", "7", "--files-from=-", "-0"], nulls)]:
+                out, _ = self.run_zelt(*command, "--json", *arguments, code=1, stdin=stdin)
+                self.assertEqual([json.loads(line)["file"].replace("\\", "/") for line in out.splitlines()], wanted, arguments)
+        out, _ = self.run_zelt("check", "lower-third.zelt", "--files-from", "list", code=1)
+        self.assertEqual(len(out.splitlines()), 203)
+        for arguments, code in [(["--files-from", "none"], 1), ([], 2), (["-j", "x", "list"], 2), (["damaged/none"], 1)]:
+            self.run_zelt("info", *arguments, code=code)
 
     def test_unpack_and_pack(self):
         for name in [*GOOD, *REFUSED]:
@@ -617,7 +638,7 @@ class ZeltTest(unittest.TestCase):
         self.assertLessEqual({"MissingKey", "NotAZip", "Truncated"}, {p["code"] for s in said for p in s["problems"]})
 
     def test_command_line(self):
-        for arguments, words in [([""], 'no command ""'), (["chekc"], 'did you mean "check"?'), (["info"], "FILE is missing"),
+        for arguments, words in [([""], 'no command ""'), (["chekc"], 'did you mean "check"?'), (["info"], "give a FILE"),
                                  (["info", "--jsn", "x"], 'did you mean "--json"?'), (["index"], "index --help"), ([], "needed"),
                                  (["index", "biuld"], 'did you mean "index build"?'), (["pack", "x"], "FILE is missing"),
                                  (["set", "untitled.zelt"], "nothing to change"), (["info", "--json=x", "x"], "no value"),

@@ -3,6 +3,7 @@
 #include <tools/zelt/commandline/Program.h>
 #include <tools/zelt/output/Errors.h>
 #include <tools/zelt/support/Interrupt.h>
+#include <tools/zelt/support/PackageList.h>
 
 #include <filesystem>
 #include <optional>
@@ -14,7 +15,7 @@
 namespace zelt {
 
 struct InfoOptions {
-    std::vector<std::string> files;
+    PackageList packages;
     bool json = false;
 };
 ExitCode RunInfo(const InfoOptions& options);
@@ -26,7 +27,7 @@ struct DefinitionOptions {
 ExitCode RunDefinition(const DefinitionOptions& options);
 
 struct CheckOptions {
-    std::vector<std::string> files;
+    PackageList packages;
     bool json = false;
 };
 ExitCode RunCheck(const CheckOptions& options);
@@ -115,7 +116,7 @@ ExitCode RunTags(const TagsOptions& options);
 
 struct IndexBuildOptions {
     std::string database;
-    std::vector<std::string> files;
+    PackageList packages;
     bool json = false;
 };
 ExitCode RunIndexBuild(const IndexBuildOptions& options);
@@ -158,7 +159,7 @@ struct LibraryAddOptions {
 ExitCode RunLibraryAdd(const LibraryAddOptions& options);
 
 struct FontsOptions {
-    std::vector<std::string> files;
+    PackageList packages;
     std::optional<std::string> document; ///< whose use of the fonts is reported
     bool json = false;
 };
