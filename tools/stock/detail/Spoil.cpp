@@ -18,7 +18,7 @@ constexpr std::uint64_t kLie = 10; // bytes
 std::string& Text(http::Response& response)
 {
     if (const auto* const file = std::get_if<http::FileBody>(&response.body)) {
-        std::string content = orvcore::ReadWholeFile(file->path).value_or("");
+        std::string content = orvcore::ReadWholeFile(file->path);
         response.body = std::move(content);
     }
     return std::get<std::string>(response.body);

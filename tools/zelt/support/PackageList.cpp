@@ -14,6 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::uint64_t kLongestList = std::uint64_t{1} << 30; // bytes
+
 std::string StandardInput()
 {
     std::string text;
@@ -29,11 +31,12 @@ std::string ReadList(const std::string& file)
     if (file == "-") {
         return StandardInput();
     }
-    auto text = orvcore::ReadWholeFile(ToPath(file));
-    if (!text) {
-        throw FileError(file, "this list of files cannot be read");
+    std::error_code error;
+    std::string text = orvcore::ReadWholeFile(ToPath(file), kLongestList, error);
+    if (error) {
+        throw FileError(file, "this list of files cannot be read (" + error.message() + ')');
     }
-    return std::move(*text);
+    return text;
 }
 
 void AddListed(const PackageList& list, std::vector<std::string>& names)
