@@ -5,8 +5,6 @@
 #include <orvstorage/detail/unpacking/Unpacker.h>
 #include <orvstorage/shared/EntryName.h>
 
-#include <numeric>
-
 namespace orvstorage {
 
 namespace {
@@ -69,15 +67,9 @@ ZipFault CheckMayWrite(const std::filesystem::path& archive)
     return orvcore::MayReplace(archive, error) ? ZipFault() : detail::WriteFault(error).At({});
 }
 
-std::uint64_t TotalSize(const std::vector<detail::PackItem>& items)
-{
-    return std::accumulate(items.begin(), items.end(), std::uint64_t{0},
-                           [](std::uint64_t sum, const detail::PackItem& item) { return sum + item.size; });
-}
-
 } // namespace
 
-ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace)
+ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace, detail::ByteProgress& progress)
 {
     auto opened = OpenToChange();
     if (!opened) {
@@ -95,15 +87,22 @@ ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace)
         old = (*opened)->File();
     }
     archive.reset(); // what it has read is about to be replaced
-    ZipFault fault = detail::PackOne({path, password, seen}, std::move(old), replaced, item);
+    ZipFault fault = detail::PackOne({path, password, seen}, std::move(old), replaced, item, progress);
     isOutdated = fault.error == ZipError::ArchiveChanged;
     return fault;
 }
 
 bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace) const
 {
+    return AddItem(entryName, directory, replace, {}, nullptr);
+}
+
+bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace,
+                      const ZipProgress& progress, void* opaque) const
+{
     State& state = *state_;
-    return state.Run(ZipAction::Add, entryName, [&]() -> ZipFault {
+    detail::ByteProgress packing(progress, opaque);
+    return state.RunAsking(ZipAction::Add, entryName, packing, [&]() -> ZipFault {
         const detail::EntryName name = detail::CheckEntryName(entryName);
         if (name.error != ZipError::None) {
             return {name.error};
@@ -113,14 +112,15 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
         }
         auto item =
             detail::DescribeItem(directory / orvcore::PathFromUTF8(name.relative).make_preferred(), name.relative);
-        return item ? state.Add(*item, replace) : item.Fault();
+        return item ? state.Add(*item, replace, packing) : item.Fault();
     });
 }
 
 bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& progress, void* opaque) const
 {
     State& state = *state_;
-    return state.RunAsking(ZipAction::Pack, {}, [&](std::exception_ptr& thrown) {
+    detail::ByteProgress packing(progress, opaque);
+    return state.RunAsking(ZipAction::Pack, {}, packing, [&] {
         if (ZipFault fault = CheckMayWrite(state.path)) {
             return fault;
         }
@@ -129,10 +129,8 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
             return items.Fault();
         }
         state.archive.reset();
-        detail::ByteProgress packing(progress, opaque, TotalSize(*items));
         ZipFault fault = detail::PackAll({state.path, state.password, state.seen}, *items, packing);
         state.isOutdated = state.isOutdated && fault;
-        thrown = packing.Thrown();
         return fault;
     });
 }
