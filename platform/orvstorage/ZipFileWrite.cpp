@@ -60,6 +60,21 @@ ZipFault CheckPassword(const ZipArchive& archive, std::optional<std::size_t> rep
     return {}; // damage of what is replaced, or is copied as it is, is no hindrance
 }
 
+// What the zip library would write down otherwise than it stands there: encryption of an unknown kind, which is hidden
+// from it, and NULs in names, which it takes for spaces. A refused entry could become one that is not.
+ZipFault CheckCanBeCopied(const std::vector<detail::ArchiveEntry>& entries)
+{
+    for (const detail::ArchiveEntry& entry : entries) {
+        const ZipError error = entry.record.dataError == ZipError::EncryptionUnsupported ? entry.record.dataError
+                               : entry.record.name.find('\0') != std::string_view::npos  ? ZipError::ControlCharacter
+                                                                                         : ZipError::None;
+        if (error != ZipError::None) {
+            return ZipFault{error}.At(entry.shown.name);
+        }
+    }
+    return {};
+}
+
 // Asked before the work, which may take minutes.
 ZipFault CheckMayWrite(const std::filesystem::path& archive)
 {
@@ -78,6 +93,9 @@ ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace, detail:
     std::optional<std::size_t> replaced;
     std::shared_ptr<const detail::ArchiveFile> old;
     if (*opened != nullptr) {
+        if (ZipFault fault = CheckCanBeCopied((*opened)->Entries())) {
+            return fault;
+        }
         auto place = FindPlace(**opened, limits, item.name, replace);
         ZipFault fault = place ? CheckPassword(**opened, *place, !password.empty()) : place.Fault();
         if (fault) {
