@@ -62,12 +62,13 @@ bool WasMissing(const ZipFile& zip)
     return zip.GetLastFailure().error == ZipError::EntryMissing;
 }
 
-bool WriteLocalized(const ZipFile& zip, std::u8string_view stem, std::u8string_view extension,
-                    const UTF8String& outputPath)
+bool WriteThumbnail(const ZipFile& zip, std::u8string_view extension, const UTF8String& outputPath,
+                    const orvstorage::ZipProgress& progress, void* opaque)
 {
+    constexpr std::u8string_view kStem = u8"thumb";
     const fs::path output = orvcore::PathFromUTF8(outputPath);
-    return zip.UnzipOver(Localized(stem, extension), output) ||
-           (WasMissing(zip) && zip.UnzipOver(Joined(stem, extension), output));
+    return zip.UnzipOver(Localized(kStem, extension), output, progress, opaque) ||
+           (WasMissing(zip) && zip.UnzipOver(Joined(kStem, extension), output, progress, opaque));
 }
 
 // On this thread: a caller that is itself a worker must not wait for another.
@@ -169,8 +170,14 @@ UTF8String CapsuleZip::GetZELTDescriptionJSON() const
 
 bool CapsuleZip::SetZELTDescriptionJSON(const UTF16String& directory)
 {
-    return file_->Change([&directory](const ZipFile& package) {
-        return package.AddItem(kJSONFileName, orvcore::PathFromUTF16(directory), true);
+    return SetZELTDescriptionJSON(directory, {}, nullptr);
+}
+
+bool CapsuleZip::SetZELTDescriptionJSON(const UTF16String& directory, const orvstorage::ZipProgress& progress,
+                                        void* opaque)
+{
+    return file_->Change([&](const ZipFile& package) {
+        return package.AddItem(kJSONFileName, orvcore::PathFromUTF16(directory), true, progress, opaque);
     });
 }
 
@@ -181,12 +188,24 @@ void CapsuleZip::Reopen()
 
 bool CapsuleZip::GetZELTThumbnailPNG(const UTF8String& outputPath) const
 {
-    return WriteLocalized(GetArchive(), u8"thumb", u8".png", outputPath);
+    return GetZELTThumbnailPNG(outputPath, {}, nullptr);
+}
+
+bool CapsuleZip::GetZELTThumbnailPNG(const UTF8String& outputPath, const orvstorage::ZipProgress& progress,
+                                     void* opaque) const
+{
+    return WriteThumbnail(GetArchive(), u8".png", outputPath, progress, opaque);
 }
 
 bool CapsuleZip::GetZELTThumbnailVideo(const UTF8String& outputPath) const
 {
-    return WriteLocalized(GetArchive(), u8"thumb", u8".mp4", outputPath);
+    return GetZELTThumbnailVideo(outputPath, {}, nullptr);
+}
+
+bool CapsuleZip::GetZELTThumbnailVideo(const UTF8String& outputPath, const orvstorage::ZipProgress& progress,
+                                       void* opaque) const
+{
+    return WriteThumbnail(GetArchive(), u8".mp4", outputPath, progress, opaque);
 }
 
 bool CapsuleZip::GetZELTMediaThumbnailPNG(const UTF8String& name, const UTF8String& outputPath) const

@@ -55,6 +55,10 @@ public:
     /// read or wrote, nothing is stored and the failure is `ZipError::ArchiveChanged`. Then call Reopen, read the
     /// definition again and repeat the change. A package that this object has not read yet is changed as it is.
     [[nodiscard]] bool SetZELTDescriptionJSON(const orvcore::UTF16String& directory);
+    /// As above, with progress and cancellation.
+    /// @param progress, opaque see orvstorage::ZipFile::AddItem
+    [[nodiscard]] bool SetZELTDescriptionJSON(const orvcore::UTF16String& directory,
+                                              const orvstorage::ZipProgress& progress, void* opaque);
     /// Forgets what has been read: from now on this object and its copies read the package as it is now, and changes
     /// build on that. Throws as the constructor does; the package can be used after that.
     void Reopen();
@@ -67,8 +71,12 @@ public:
     /// @{
     /// The poster: "thumb_<language>.png", else "thumb.png".
     bool GetZELTThumbnailPNG(const orvcore::UTF8String& outputPath) const;
+    bool GetZELTThumbnailPNG(const orvcore::UTF8String& outputPath, const orvstorage::ZipProgress& progress,
+                             void* opaque) const;
     /// The preview video: "thumb_<language>.mp4", else "thumb.mp4".
     bool GetZELTThumbnailVideo(const orvcore::UTF8String& outputPath) const;
+    bool GetZELTThumbnailVideo(const orvcore::UTF8String& outputPath, const orvstorage::ZipProgress& progress,
+                               void* opaque) const;
     /// A medium's picture: "Thumbnails/" followed by exactly `name`.
     bool GetZELTMediaThumbnailPNG(const orvcore::UTF8String& name, const orvcore::UTF8String& outputPath) const;
     /// @}

@@ -84,24 +84,26 @@ bool ZipFile::UnzipItems(std::u8string_view entryName, const std::filesystem::pa
                          const ZipProgress& progress, void* opaque) const
 {
     State& state = *state_;
-    return state.RunAsking(ZipAction::Unpack, entryName, [&](std::exception_ptr& thrown) {
+    detail::ByteProgress asked(progress, opaque);
+    return state.RunAsking(ZipAction::Unpack, entryName, asked, [&] {
         auto index = state.Find(entryName);
-        if (!index) {
-            return index.Fault();
-        }
-        detail::ByteProgress asked(progress, opaque, state.archive->Entries()[*index].shown.size);
-        const ZipFault fault = detail::UnpackToFile(*state.archive, *index, destination, asked);
-        thrown = asked.Thrown();
-        return fault;
+        return index ? detail::UnpackToFile(*state.archive, *index, destination, asked) : index.Fault();
     });
 }
 
 bool ZipFile::UnzipOver(std::u8string_view entryName, const std::filesystem::path& destination) const
 {
+    return UnzipOver(entryName, destination, {}, nullptr);
+}
+
+bool ZipFile::UnzipOver(std::u8string_view entryName, const std::filesystem::path& destination,
+                        const ZipProgress& progress, void* opaque) const
+{
     State& state = *state_;
-    return state.Run(ZipAction::Unpack, entryName, [&] {
+    detail::ByteProgress asked(progress, opaque);
+    return state.RunAsking(ZipAction::Unpack, entryName, asked, [&] {
         auto index = state.Find(entryName);
-        return index ? detail::UnpackOver(*state.archive, *index, destination) : index.Fault();
+        return index ? detail::UnpackOver(*state.archive, *index, destination, asked) : index.Fault();
     });
 }
 
@@ -114,15 +116,14 @@ bool ZipFile::UnZip(const std::filesystem::path& directory, bool overwrite, cons
                     void* opaque) const
 {
     State& state = *state_;
-    return state.RunAsking(ZipAction::Unpack, {}, [&](std::exception_ptr& thrown) {
+    detail::ByteProgress asked(progress, opaque);
+    return state.RunAsking(ZipAction::Unpack, {}, asked, [&] {
         auto plan = state.Plan();
         if (!plan) {
             return plan.Fault();
         }
         const auto ifExists = overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep;
-        detail::ByteProgress asked(progress, opaque, plan->totalSize);
         const ZipFault fault = detail::Unpack(*state.archive, *plan, directory, ifExists, asked);
-        thrown = asked.Thrown();
         return fault || plan->refused.empty() ? fault : plan->refused.front();
     });
 }

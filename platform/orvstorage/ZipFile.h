@@ -64,6 +64,12 @@ public:
     /// checked before the file is touched. After a failure to write the broken file is removed. Memory does not depend
     /// on the entry's size.
     bool UnzipOver(std::u8string_view entryName, const std::filesystem::path& destination) const;
+    /// The same, with progress and cancellation.
+    /// @param progress may be empty; told at the start, after each 256 KiB that is checked and again written, and 1.0
+    ///        in the end. After its false the failure is `Cancelled`, and the file as it was or, once it is being
+    ///        written, gone; what it throws is passed on to the caller.
+    bool UnzipOver(std::u8string_view entryName, const std::filesystem::path& destination, const ZipProgress& progress,
+                   void* opaque) const;
     /// Unpacks everything below `directory`, which is created when missing.
     ///
     /// Entries with a bad name, links, special files and entries that share bytes are refused one by one: they are not
@@ -100,6 +106,10 @@ public:
     /// them.
     /// @param replace whether an entry of that name is replaced; otherwise it makes the call fail
     bool AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace) const;
+    /// The same, with progress and cancellation.
+    /// @param progress as with Zip
+    bool AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace,
+                 const ZipProgress& progress, void* opaque) const;
     /// Builds the archive anew from all files below `directory`. The same folder gives the same bytes: entries come in
     /// the order of their names, times are the files' own in UTC to two seconds. Pictures, films and sounds are stored,
     /// all else is deflated. The archive itself, when it lies in the folder, is left out. Fails when the folder holds

@@ -5,8 +5,6 @@
 #include <orvstorage/detail/unpacking/Unpacker.h>
 #include <orvstorage/shared/EntryName.h>
 
-#include <numeric>
-
 namespace orvstorage {
 
 namespace {
@@ -62,6 +60,21 @@ ZipFault CheckPassword(const ZipArchive& archive, std::optional<std::size_t> rep
     return {}; // damage of what is replaced, or is copied as it is, is no hindrance
 }
 
+// What the zip library would write down otherwise than it stands there: encryption of an unknown kind, which is hidden
+// from it, and NULs in names, which it takes for spaces. A refused entry could become one that is not.
+ZipFault CheckCanBeCopied(const std::vector<detail::ArchiveEntry>& entries)
+{
+    for (const detail::ArchiveEntry& entry : entries) {
+        const ZipError error = entry.record.dataError == ZipError::EncryptionUnsupported ? entry.record.dataError
+                               : entry.record.name.find('\0') != std::string_view::npos  ? ZipError::ControlCharacter
+                                                                                         : ZipError::None;
+        if (error != ZipError::None) {
+            return ZipFault{error}.At(entry.shown.name);
+        }
+    }
+    return {};
+}
+
 // Asked before the work, which may take minutes.
 ZipFault CheckMayWrite(const std::filesystem::path& archive)
 {
@@ -69,15 +82,9 @@ ZipFault CheckMayWrite(const std::filesystem::path& archive)
     return orvcore::MayReplace(archive, error) ? ZipFault() : detail::WriteFault(error).At({});
 }
 
-std::uint64_t TotalSize(const std::vector<detail::PackItem>& items)
-{
-    return std::accumulate(items.begin(), items.end(), std::uint64_t{0},
-                           [](std::uint64_t sum, const detail::PackItem& item) { return sum + item.size; });
-}
-
 } // namespace
 
-ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace)
+ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace, detail::ByteProgress& progress)
 {
     auto opened = OpenToChange();
     if (!opened) {
@@ -86,6 +93,9 @@ ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace)
     std::optional<std::size_t> replaced;
     std::shared_ptr<const detail::ArchiveFile> old;
     if (*opened != nullptr) {
+        if (ZipFault fault = CheckCanBeCopied((*opened)->Entries())) {
+            return fault;
+        }
         auto place = FindPlace(**opened, limits, item.name, replace);
         ZipFault fault = place ? CheckPassword(**opened, *place, !password.empty()) : place.Fault();
         if (fault) {
@@ -95,15 +105,22 @@ ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace)
         old = (*opened)->File();
     }
     archive.reset(); // what it has read is about to be replaced
-    ZipFault fault = detail::PackOne({path, password, seen}, std::move(old), replaced, item);
+    ZipFault fault = detail::PackOne({path, password, seen}, std::move(old), replaced, item, progress);
     isOutdated = fault.error == ZipError::ArchiveChanged;
     return fault;
 }
 
 bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace) const
 {
+    return AddItem(entryName, directory, replace, {}, nullptr);
+}
+
+bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace,
+                      const ZipProgress& progress, void* opaque) const
+{
     State& state = *state_;
-    return state.Run(ZipAction::Add, entryName, [&]() -> ZipFault {
+    detail::ByteProgress packing(progress, opaque);
+    return state.RunAsking(ZipAction::Add, entryName, packing, [&]() -> ZipFault {
         const detail::EntryName name = detail::CheckEntryName(entryName);
         if (name.error != ZipError::None) {
             return {name.error};
@@ -113,14 +130,15 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
         }
         auto item =
             detail::DescribeItem(directory / orvcore::PathFromUTF8(name.relative).make_preferred(), name.relative);
-        return item ? state.Add(*item, replace) : item.Fault();
+        return item ? state.Add(*item, replace, packing) : item.Fault();
     });
 }
 
 bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& progress, void* opaque) const
 {
     State& state = *state_;
-    return state.RunAsking(ZipAction::Pack, {}, [&](std::exception_ptr& thrown) {
+    detail::ByteProgress packing(progress, opaque);
+    return state.RunAsking(ZipAction::Pack, {}, packing, [&] {
         if (ZipFault fault = CheckMayWrite(state.path)) {
             return fault;
         }
@@ -129,10 +147,8 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
             return items.Fault();
         }
         state.archive.reset();
-        detail::ByteProgress packing(progress, opaque, TotalSize(*items));
         ZipFault fault = detail::PackAll({state.path, state.password, state.seen}, *items, packing);
         state.isOutdated = state.isOutdated && fault;
-        thrown = packing.Thrown();
         return fault;
     });
 }

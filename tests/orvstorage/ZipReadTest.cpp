@@ -10,6 +10,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using orvstorage::ZipError;
+using namespace std::string_literals;
 using orvstorage::ZipFile;
 using orvstorage::ZipLimits;
 using test::TempFolder;
@@ -27,6 +28,10 @@ TEST(ZipRead, EveryRefusedEntryHasItsReasonAndLeavesTheOthersAlone)
 {
     const std::uint32_t link = 0120777U << 16;
     const std::uint32_t device = 0020666U << 16;
+    const auto aes = [](std::uint64_t size, const std::string& content) {
+        const std::string field = ZipBytes::Number(0x9901, 2) + ZipBytes::Number(size, 2) + content;
+        return ZipItem{.name = "aes", .data = "x", .method = 99, .flags = 0x0801, .extra = size == 0 ? "" : field};
+    };
     const struct {
         ZipItem bad;
         ZipError error;
@@ -41,6 +46,13 @@ TEST(ZipRead, EveryRefusedEntryHasItsReasonAndLeavesTheOthersAlone)
         {{.name = "good\x1f", .data = "x", .flags = 0}, ZipError::ControlCharacter},
         {{.name = "packed", .data = "x", .method = 12}, ZipError::CompressionUnsupported},
         {{.name = "packed", .data = "x", .method = 97}, ZipError::CompressionUnsupported},
+        {aes(0, ""), ZipError::EncryptionUnsupported},
+        {aes(6, "\1\0AE\1\0"s), ZipError::EncryptionUnsupported},
+        {aes(8, "\1\0AE\1\0\0\0"s), ZipError::EncryptionUnsupported},
+        {aes(7, "\3\0AE\1\0\0"s), ZipError::EncryptionUnsupported},
+        {aes(7, "\1\0AF\1\0\0"s), ZipError::EncryptionUnsupported},
+        {aes(7, "\1\0AE\4\0\0"s), ZipError::EncryptionUnsupported},
+        {aes(7, "\1\0AE\3\x61\0"s), ZipError::CompressionUnsupported},
         {{.name = "con.png", .data = "x"}, ZipError::ReservedName},
         {{.name = "GOOD/ONE", .data = "x"}, ZipError::NameClash},
         {{.name = "good/one/deeper", .data = "x"}, ZipError::NameClash},
@@ -67,6 +79,10 @@ TEST(ZipRead, EveryRefusedEntryHasItsReasonAndLeavesTheOthersAlone)
             EXPECT_EQ(zip.Check(true).size(), 1U);
         }
         EXPECT_EQ(Text(zip.UnzipItem(u8"good/one")), "1");
+        const std::string before = folder.Read("a.zip");
+        if (!zip.AddItem(u8"first", folder / "in/out", true)) { // what is refused is copied as it was, or not at all
+            EXPECT_EQ(folder.Read("a.zip"), before);
+        }
         if (c.error != ZipError::NameClash) {
             const auto name = zip.GetEntries().at(2).name;
             EXPECT_EQ(zip.UnzipItem(name), nullptr);

@@ -111,34 +111,36 @@ TEST(ZipWrite, CancelledAtAnyPointTheOldArchiveIsWhole)
     }
     folder.Write("a.zelt", "old");
     const ZipFile zip(folder / "a.zelt");
-    int calls = 0;
-    double last = 0;
     int mine = 0;
-    int cancelAt = 1;
-    const auto progress = [&](double fraction, void* opaque) {
-        EXPECT_EQ(opaque, &mine);
-        EXPECT_GE(fraction, last);
-        EXPECT_LE(fraction, 1.0);
-        last = fraction;
-        return ++calls != cancelAt;
+    const std::function<bool(const orvstorage::ZipProgress&)> changes[] = {
+        [&](const auto& progress) { return zip.Zip(folder / "in", progress, &mine); },
+        [&](const auto& progress) { return zip.AddItem(u8"1", folder / "in", true, progress, &mine); },
     };
-    for (;; ++cancelAt) {
-        calls = 0;
-        last = 0;
-        if (zip.Zip(folder / "in", progress, &mine)) {
-            break;
+    for (const auto& change : changes) {
+        const std::string old = folder.Read("a.zelt");
+        int calls = 0;
+        double last = 0;
+        int cancelAt = 1;
+        const auto progress = [&](double fraction, void* opaque) {
+            EXPECT_EQ(opaque, &mine);
+            EXPECT_GE(fraction, last);
+            EXPECT_LE(fraction, 1.0);
+            last = fraction;
+            return ++calls != cancelAt;
+        };
+        for (; !change(progress); ++cancelAt) {
+            ASSERT_EQ(zip.GetLastFailure().error, ZipError::Cancelled);
+            ASSERT_EQ(calls, cancelAt) << "asked on after the answer was no";
+            ASSERT_TRUE(folder.Read("a.zelt") == old);
+            ASSERT_EQ(orvcore::ListDirectory(folder.Path()).files.size(), 1U);
+            calls = 0;
+            last = 0;
         }
-        ASSERT_EQ(zip.GetLastFailure().error, ZipError::Cancelled);
-        ASSERT_EQ(calls, cancelAt) << "asked on after the answer was no";
-        ASSERT_EQ(folder.Read("a.zelt"), "old");
-        ASSERT_EQ(orvcore::ListDirectory(folder.Path()).files.size(), 1U);
+        EXPECT_EQ(last, 1.0);
+        EXPECT_GT(cancelAt, 6);
+        EXPECT_THROW(change([](double, void*) -> bool { throw std::runtime_error("host"); }), std::runtime_error);
+        EXPECT_EQ(zip.Check(true).size(), 0U);
     }
-    EXPECT_EQ(last, 1.0);
-    EXPECT_GT(cancelAt, 6);
-    EXPECT_THROW(zip.Zip(
-                     folder / "in", [](double, void*) -> bool { throw std::runtime_error("host"); }, nullptr),
-                 std::runtime_error);
-    EXPECT_EQ(zip.Check(true).size(), 0U);
 }
 
 TEST(ZipWrite, AnUnpackingCancelledAtAnyPointLeavesNothing)
@@ -149,13 +151,14 @@ TEST(ZipWrite, AnUnpackingCancelledAtAnyPointLeavesNothing)
     const ZipFile zip(folder / "a.zelt");
     ASSERT_TRUE(zip.Zip(folder / "in", {}, nullptr));
     folder.Write("out/empty", "old");
-    const auto before = folder.Names();
     const std::function<bool(const orvstorage::ZipProgress&)> calls[] = {
         [&](const auto& progress) { return zip.UnzipItems(u8"large", folder / "made/deep/large", progress, nullptr); },
+        [&](const auto& progress) { return zip.UnzipOver(u8"large", folder / "over", progress, nullptr); },
         [&](const auto& progress) { return zip.UnZip(folder / "out", true, progress, nullptr); },
     };
     const auto caller = std::this_thread::get_id();
     for (const auto& call : calls) {
+        const auto before = folder.Names();
         EXPECT_THROW(call([](double, void*) -> bool { throw std::runtime_error("host"); }), std::runtime_error);
         int asked = 0;
         int cancelAt = 0;

@@ -13,11 +13,16 @@ namespace orvstorage::detail {
 /// function throws is kept, for it must not pass through the zip library. All but Count is for the caller's thread.
 class ByteProgress {
 public:
-    ByteProgress(const ZipProgress& progress, void* opaque, std::uint64_t total)
+    ByteProgress(const ZipProgress& progress, void* opaque)
         : progress_(progress)
         , opaque_(opaque)
-        , total_(total)
     {
+    }
+
+    /// How many bytes there are to count, in all. Said once, before the first question.
+    void Expect(std::uint64_t total) noexcept
+    {
+        total_ = total;
     }
 
     /// Counts what any thread has done.
@@ -56,7 +61,7 @@ private:
 
     const ZipProgress& progress_;
     void* opaque_;
-    std::uint64_t total_;
+    std::uint64_t total_ = 0;
     std::atomic<std::uint64_t> done_ = 0;
     std::uint64_t nextAsk_ = 0;
     bool cancelled_ = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <orvstorage/ZipFile.h>
+#include <orvstorage/detail/ByteProgress.h>
 #include <orvstorage/detail/packing/FolderScan.h>
 #include <orvstorage/detail/reading/EntryReader.h>
 #include <orvstorage/detail/unpacking/UnpackPlan.h>
@@ -38,13 +39,13 @@ struct ZipFile::State {
         return !fault;
     }
 
-    // As Run; what the caller's progress function threw, which `operation` stores, goes on to the caller at the end.
+    // As Run, with a caller who is asked; what the caller's function threw goes on to the caller at the end.
     template <class Operation>
-    bool RunAsking(ZipAction action, std::u8string_view entry, const Operation& operation)
+    bool RunAsking(ZipAction action, std::u8string_view entry, const detail::ByteProgress& asked,
+                   const Operation& operation)
     {
-        std::exception_ptr thrown;
-        const bool done = Run(action, entry, [&] { return operation(thrown); });
-        if (thrown) {
+        const bool done = Run(action, entry, operation);
+        if (const std::exception_ptr thrown = asked.Thrown()) {
             std::rethrow_exception(thrown);
         }
         return done;
@@ -91,7 +92,7 @@ struct ZipFile::State {
     }
 
     // Puts a file into the archive, which is made when there is none.
-    detail::ZipFault Add(const detail::PackItem& item, bool replace);
+    detail::ZipFault Add(const detail::PackItem& item, bool replace, detail::ByteProgress& progress);
 
     // The entry's index when it is there and may be read. A name that unpacking refuses is refused here too: a caller
     // may make a path of it.

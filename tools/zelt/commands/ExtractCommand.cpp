@@ -25,16 +25,21 @@ struct Extracted {
 
 constexpr std::u8string_view kSideFile = u8"ZeltOptimizations.bin";
 
-std::optional<Extracted> ExtractPoster(const CapsuleZip& package, const fs::path& folder)
+std::optional<Extracted> ExtractPoster(const CapsuleZip& package, const fs::path& folder,
+                                       const orvstorage::ZipProgress& report)
 {
     const fs::path file = folder / orvcapsule::kThumbFileName;
-    return package.GetZELTThumbnailPNG(orvcore::PathToUTF8(file)) ? std::optional(Extracted{file, {}}) : std::nullopt;
+    return package.GetZELTThumbnailPNG(orvcore::PathToUTF8(file), report, nullptr) ? std::optional(Extracted{file, {}})
+                                                                                   : std::nullopt;
 }
 
-std::optional<Extracted> ExtractVideo(const CapsuleZip& package, const fs::path& folder)
+std::optional<Extracted> ExtractVideo(const CapsuleZip& package, const fs::path& folder,
+                                      const orvstorage::ZipProgress& report)
 {
     const fs::path file = folder / orvcapsule::kVideoThumbFileName;
-    return package.GetZELTThumbnailVideo(orvcore::PathToUTF8(file)) ? std::optional(Extracted{file, {}}) : std::nullopt;
+    return package.GetZELTThumbnailVideo(orvcore::PathToUTF8(file), report, nullptr)
+               ? std::optional(Extracted{file, {}})
+               : std::nullopt;
 }
 
 std::optional<Extracted> ExtractProject(const CapsuleZip& package, const fs::path& folder,
@@ -65,10 +70,10 @@ std::optional<Extracted> Extract(const CapsuleZip& package, const std::string& w
                                  const orvstorage::ZipProgress& report)
 {
     if (what == "poster") {
-        return ExtractPoster(package, folder);
+        return ExtractPoster(package, folder, report);
     }
     if (what == "video") {
-        return ExtractVideo(package, folder);
+        return ExtractVideo(package, folder, report);
     }
     return what == "project" ? ExtractProject(package, folder, report) : ExtractEntry(package, what, folder, report);
 }

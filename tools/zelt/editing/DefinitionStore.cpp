@@ -17,13 +17,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool StoreIn(orvcapsule::CapsuleZip& package, const std::string& name, std::string_view definition)
+bool StoreIn(orvcapsule::CapsuleZip& package, const std::string& name, std::string_view definition,
+             const InterruptWatch& interrupt)
 {
+    Progress progress("storing");
     const TempFolder folder;
     WriteText(folder.Path() / orvcapsule::kJSONFileName, definition);
-    if (package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()))) {
+    const ShowAndWatch report{progress, &interrupt};
+    if (package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()), report, nullptr)) {
         return true;
     }
+    interrupt.Check();
     const orvstorage::ZipFailure failure = package.GetLastFailure();
     if (failure.error != orvstorage::ZipError::ArchiveChanged) {
         throw FileError(name, failure.Reason());
@@ -37,9 +41,8 @@ void MakeDraft(const fs::path& source, const fs::path& draft, std::string_view d
 {
     try {
         CopyWatched(source, draft, orvcore::Durability::Cached, "copying", &interrupt);
-        const Progress progress("storing");
         orvcapsule::CapsuleZip package(draft);
-        static_cast<void>(StoreIn(package, to, definition)); // nobody else knows the draft
+        static_cast<void>(StoreIn(package, to, definition, interrupt)); // nobody else knows the draft
     } catch (const fs::filesystem_error& error) {
         throw FileError(to, error.code().message());
     }
@@ -62,8 +65,7 @@ bool StoreDefinition(Template& from, const std::string& to, std::string_view def
     const fs::path target = ToPath(to);
     interrupt.Check();
     if (from.file == to || orvcore::IsSameFile(source, target)) {
-        const Progress progress("storing");
-        return StoreIn(from.package, to, definition);
+        return StoreIn(from.package, to, definition, interrupt);
     }
     const TempFolder folder;
     const fs::path draft = folder.Path() / u8"package.zelt";

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 
 namespace orvstorage::detail {
 
@@ -94,6 +95,8 @@ ZipFault PackAll(const PackTarget& target, const std::vector<PackItem>& items, B
     const auto approve = [&] { return progress.Finish(); };
     const auto always = [] { return true; };
     auto opened = OpenForWriting(nullptr, {target.path, approve, always, target.version});
+    progress.Expect(std::accumulate(items.begin(), items.end(), std::uint64_t{0},
+                                    [](std::uint64_t sum, const PackItem& item) { return sum + item.size; }));
     if (!opened) {
         return opened.Fault();
     }
@@ -110,12 +113,12 @@ ZipFault PackAll(const PackTarget& target, const std::vector<PackItem>& items, B
 }
 
 ZipFault PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
-                 const PackItem& item)
+                 const PackItem& item, ByteProgress& progress)
 {
-    const ZipProgress none;
-    ByteProgress progress(none, nullptr, item.size);
+    progress.Expect((old ? old->Size() : 0) + 2 * item.size);
     // The new archive holds what the old one held: put over another, it would undo what somebody else stored there.
-    Placing placing{target.path, {}, {}, target.version};
+    Placing placing{target.path, [&] { return progress.Finish(); }, {}, target.version};
+    placing.written = [&](std::uint64_t size) { return progress.Advance(size); };
     placing.isUnchanged = [old, at = target.path] { return old ? old->IsStillAt(at) : !orvcore::Exists(at); };
     auto opened = OpenForWriting(std::move(old), std::move(placing));
     if (!opened) {

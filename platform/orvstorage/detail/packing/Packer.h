@@ -20,8 +20,8 @@ ZipFault PackAll(const PackTarget& target, const std::vector<PackItem>& items, B
 
 /// Makes a new archive of an old one, with `item` in the place of the entry `replaced` or added at the end. The old
 /// one's other entries are copied as they are packed. `old` may be null: there is none. Fails when that, or nothing, is
-/// no longer what is at the target's path.
+/// no longer what is at the target's path. Progress counts what is read of the item and all that is written.
 ZipFault PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
-                 const PackItem& item);
+                 const PackItem& item, ByteProgress& progress);
 
 } // namespace orvstorage::detail

@@ -99,6 +99,9 @@ zip_int64_t Source::Write(const void* data, zip_uint64_t length)
     if (!writer_->Write(data, length, error)) {
         return Fail(ZIP_ER_WRITE, error);
     }
+    if (placing_->written && !placing_->written(length)) {
+        return Fail(ZIP_ER_CANCELLED, {});
+    }
     return static_cast<zip_int64_t>(length);
 }
 

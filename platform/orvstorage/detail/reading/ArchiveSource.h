@@ -21,6 +21,8 @@ struct Placing {
     std::function<bool()> isUnchanged;
     /// What the new archive's file is then known by.
     std::optional<orvcore::detail::FileVersion>& placed;
+    /// Told of each piece that is written; its false gives the new file up as cancelled. May be empty.
+    std::function<bool(std::uint64_t size)> written = {};
 };
 
 /// Opens a handle whose changes, when it is closed, make a new file that takes its place in one step. `old` is the

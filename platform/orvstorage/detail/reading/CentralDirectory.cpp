@@ -30,7 +30,8 @@ bool TakeZip64Values(std::span<const unsigned char> extra, DirectoryRecord& reco
     std::optional<ByteCursor> field;
     for (std::uint64_t* value : {&record.size, &record.compressedSize, &record.headerOffset}) {
         if (*value == kIn64) {
-            field = field ? field : FindZip64Field(extra).value_or(ByteCursor(std::span<const unsigned char>()));
+            const ByteCursor none{std::span<const unsigned char>()};
+            field = field ? field : FindField(extra, kZip64Field).value_or(none);
             *value = field->Take64();
         }
     }
@@ -42,6 +43,26 @@ void DropUTF8Flag(unsigned char* entry)
 {
     constexpr std::size_t kFlagsAt = 8;
     entry[kFlagsAt + 1] &= static_cast<unsigned char>(~(kUTF8Flag >> 8));
+}
+
+// True when the field that tells how an entry is encrypted is one that the zip library takes.
+bool HasGoodAESField(std::span<const unsigned char> extra)
+{
+    std::optional<ByteCursor> field = FindField(extra, kAESField);
+    if (!field || field->Left() != 7) {
+        return false;
+    }
+    const std::uint16_t version = field->Take16();
+    const std::string_view vendor = AsText(field->TakeBytes(2));
+    const std::uint64_t strength = field->Take(1);
+    return (version == 1 || version == 2) && vendor == "AE" && strength >= 1 && strength <= 3;
+}
+
+// Without that field the zip library refuses the archive. As an entry of a method that nobody knows it costs itself.
+void HideAES(unsigned char* entry)
+{
+    constexpr std::size_t kMethodAt = 10;
+    entry[kMethodAt] = entry[kMethodAt + 1] = 0xff;
 }
 
 // @param entry where `cursor` is
@@ -73,6 +94,10 @@ ZipError ReadRecord(ByteCursor& cursor, unsigned char* entry, DirectoryRecord& r
     }
     if ((record.flags & kUTF8Flag) != 0 && !orvcore::IsWellFormedUTF8(record.name)) {
         return ZipError::BadEncoding;
+    }
+    if (record.method == kAESMethod && !HasGoodAESField(extra)) {
+        record.dataError = ZipError::EncryptionUnsupported;
+        HideAES(entry);
     }
     record.nameHasControls = HasControls(record.name);
     if ((record.flags & kUTF8Flag) != 0 &&

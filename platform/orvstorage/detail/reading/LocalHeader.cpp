@@ -49,7 +49,7 @@ bool TakeZip64Sizes(const ArchiveFile& file, std::uint64_t extraOffset, LocalHea
     std::vector<unsigned char> extra(header.extraLength);
     std::optional<ByteCursor> field;
     if (ReadAt(file, extraOffset, extra)) {
-        field = FindZip64Field(extra);
+        field = FindField(extra, kZip64Field);
     }
     if (!field) {
         return false;

@@ -20,6 +20,8 @@ inline constexpr std::size_t kEndSize = 22;
 inline constexpr std::size_t kEnd64Size = 56;
 inline constexpr std::size_t kLocator64Size = 20;
 inline constexpr std::uint16_t kZip64Field = 0x0001;
+inline constexpr std::uint16_t kAESField = 0x9901;
+inline constexpr std::uint16_t kAESMethod = 99; ///< the real method stands in the AES field
 inline constexpr std::uint16_t kEncryptedFlag = 0x0001;
 inline constexpr std::uint16_t kDescriptorFlag = 0x0008; ///< sizes and checksum stand behind the data
 inline constexpr std::uint16_t kStrongEncryptionFlag = 0x0040;
@@ -34,15 +36,15 @@ inline std::uint32_t SignatureOf(std::span<const unsigned char> bytes)
     return ByteCursor(bytes).Take32();
 }
 
-/// The content of an entry's zip64 field; none when its extra fields hold no such.
-inline std::optional<ByteCursor> FindZip64Field(std::span<const unsigned char> extra)
+/// The content of the first extra field of a kind; none when the extra fields hold no such.
+inline std::optional<ByteCursor> FindField(std::span<const unsigned char> extra, std::uint16_t wanted)
 {
     ByteCursor cursor(extra);
     while (cursor.Left() >= 4) {
         const std::uint16_t id = cursor.Take16();
         const std::uint16_t length = cursor.Take16();
         const auto content = cursor.TakeBytes(length);
-        if (id == kZip64Field) {
+        if (id == wanted) {
             return ByteCursor(content);
         }
     }

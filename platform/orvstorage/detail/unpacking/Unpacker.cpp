@@ -46,11 +46,6 @@ ZipFault StreamEntry(zip_t* handle, const ArchiveEntry& entry, std::size_t index
     }
 }
 
-ZipFault Drop(const char*, std::size_t)
-{
-    return {};
-}
-
 // A host that cancels means the whole call.
 ZipFault Cancelled()
 {
@@ -186,7 +181,7 @@ private:
 
 // Writes over a file that others may have open; `give` hands its content to a function, piece by piece.
 template <class Give>
-ZipFault WriteOver(const fs::path& destination, const Give& give)
+ZipFault WriteOver(const fs::path& destination, ByteProgress& progress, const Give& give)
 {
     using orvcore::detail::NativeFile;
     std::error_code error;
@@ -197,10 +192,16 @@ ZipFault WriteOver(const fs::path& destination, const Give& give)
     std::uint64_t done = 0;
     ZipFault fault = give([&](const char* data, std::size_t size) {
         done += size;
+        if (!progress.Advance(size)) {
+            return Cancelled();
+        }
         return file.WriteAt(done - size, data, size, error) ? ZipFault() : WriteFault(error);
     });
     if (!file.Close(error) && !fault) {
         fault = WriteFault(error);
+    }
+    if (!fault && !progress.Finish()) {
+        fault = Cancelled();
     }
     if (fault && orvcore::IsFile(destination)) {
         orvcore::RemoveOne(destination, error);
@@ -214,11 +215,14 @@ ZipFault TestEntry(const ZipArchive& archive, std::size_t index)
 {
     const ArchiveEntry& entry = archive.Entries()[index];
     std::vector<char> piece(std::min<std::uint64_t>(kPiece, entry.shown.size + 1)); // its end shows in the same read
-    return StreamEntry(archive.Handle(), entry, index, piece, Drop).At(entry.shown.name);
+    const auto drop = [](const char*, std::size_t) { return ZipFault(); };
+    return StreamEntry(archive.Handle(), entry, index, piece, drop).At(entry.shown.name);
 }
 
 ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ByteProgress& progress)
 {
+    const ArchiveEntry& entry = archive.Entries()[index];
+    progress.Expect(entry.shown.size);
     if (!progress.MayGoOn()) {
         return Cancelled();
     }
@@ -236,7 +240,7 @@ ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::pa
         }
         return file.Write(data, size, error) ? ZipFault() : WriteFault(error);
     };
-    if (ZipFault fault = StreamEntry(archive.Handle(), archive.Entries()[index], index, piece, write)) {
+    if (ZipFault fault = StreamEntry(archive.Handle(), entry, index, piece, write)) {
         return fault;
     }
     if (!progress.Finish()) {
@@ -249,18 +253,23 @@ ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::pa
     return {};
 }
 
-ZipFault UnpackOver(const ZipArchive& archive, std::size_t index, const fs::path& destination)
+ZipFault UnpackOver(const ZipArchive& archive, std::size_t index, const fs::path& destination, ByteProgress& progress)
 {
     const ArchiveEntry& entry = archive.Entries()[index];
+    progress.Expect(2 * entry.shown.size);
+    if (!progress.MayGoOn()) {
+        return Cancelled();
+    }
     // What fits is held after the check; anything larger is read again, for what the file holds now has no copy.
     std::vector<char> piece(std::min<std::uint64_t>(kMostHeld, entry.shown.size + 1));
-    if (ZipFault fault = StreamEntry(archive.Handle(), entry, index, piece, Drop)) {
+    const auto check = [&](const char*, std::size_t size) { return progress.Advance(size) ? ZipFault() : Cancelled(); };
+    if (ZipFault fault = StreamEntry(archive.Handle(), entry, index, piece, check)) {
         return fault;
     }
     if (entry.shown.size == 0) {
         return {ZipError::EntryMissing};
     }
-    return WriteOver(destination, [&](const auto& write) {
+    return WriteOver(destination, progress, [&](const auto& write) {
         return entry.shown.size < piece.size() ? write(piece.data(), entry.shown.size)
                                                : StreamEntry(archive.Handle(), entry, index, piece, write);
     });
@@ -269,6 +278,7 @@ ZipFault UnpackOver(const ZipArchive& archive, std::size_t index, const fs::path
 ZipFault Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::path& target, orvcore::IfExists ifExists,
                 ByteProgress& progress)
 {
+    progress.Expect(plan.totalSize);
     if (!progress.MayGoOn()) {
         return Cancelled();
     }

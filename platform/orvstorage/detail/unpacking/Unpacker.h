@@ -12,8 +12,9 @@ ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const std::f
                       ByteProgress& progress);
 
 /// Writes one entry over a file that others may have open. An entry of no bytes counts as missing; nothing is written
-/// before all of the entry has been checked.
-ZipFault UnpackOver(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination);
+/// before all of the entry has been checked. Progress counts the content twice: checked, and written.
+ZipFault UnpackOver(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
+                    ByteProgress& progress);
 
 /// Reads and checks one entry's content, keeping nothing of it.
 ZipFault TestEntry(const ZipArchive& archive, std::size_t index);
