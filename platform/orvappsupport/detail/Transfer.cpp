@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::size_t kMaxHeaderBytes = std::size_t{256} << 10U;
 constexpr std::size_t kMaxErrorBody = std::size_t{64} << 10U;
+constexpr const char* kTooLarge = "the answer is too large";
 constexpr int kMaxRedirects = 5;
 constexpr int kMaxRepetitions = 2;
 constexpr milliseconds kFirstPause{250};
@@ -244,7 +245,7 @@ bool Transfer::TakeBody(std::string_view data)
 {
     received_ += data.size();
     if (received_ > request_.options.maxBytes) {
-        Fail(TransferEnd::TooLarge, "the answer is too large");
+        Fail(TransferEnd::TooLarge, kTooLarge);
         return false;
     }
     response_->statusCode = static_cast<int>(Info<long>(handle_.get(), CURLINFO_RESPONSE_CODE));
@@ -269,7 +270,7 @@ bool Transfer::Finish(int curlCode)
 {
     const auto code = static_cast<CURLcode>(curlCode);
     if (!ended_ && code != CURLE_OK) {
-        Fail(EndOf(code), curl_easy_strerror(code));
+        Fail(EndOf(code), code == CURLE_FILESIZE_EXCEEDED ? kTooLarge : curl_easy_strerror(code));
     }
     return ended_ || Answer();
 }
