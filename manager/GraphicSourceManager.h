@@ -121,11 +121,12 @@ public:
     /// whose only source is not a `StockSource` finds nothing.
     void RequestGraphics(const std::vector<orvcore::UTF16String>& terms);
     /// Lists everything. Stock mode: as a search without terms; the arguments do not matter. Index mode: the search
-    /// index is emptied and filled anew. The entries-found callback receives entries while sources are being listed, the
-    /// partial-completion callback those of each source when it is; at the end, when all are indexed, the local-request
-    /// callback receives all entries, sorted. When a source fails, the entries that it handed out before are delivered
-    /// and indexed, too. With `showProgress` the host's progress display shows the listing, and each source receives
-    /// the folders that `states` names for it; the local folder source ignores them and lists all its folders.
+    /// index is emptied and filled anew. The entries-found callback receives entries while sources are being listed,
+    /// the partial-completion callback those of each source when it is; at the end, when all are indexed, the
+    /// local-request callback receives all entries, sorted. When a source fails, the entries that it handed out before
+    /// are delivered and indexed, too. With `showProgress` the host's progress display shows the listing, and each
+    /// source receives the folders that `states` names for it; the local folder source ignores them and lists all its
+    /// folders.
     void RequestDefaultGraphicSet(const std::vector<GraphicSourceState>& states, bool showProgress);
     /// Suggests tags (index mode only): the tag callback receives those that hold a word beginning with `text`.
     void RequestSimilarTags(const orvcore::UTF16String& text);
