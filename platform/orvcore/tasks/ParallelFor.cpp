@@ -45,7 +45,7 @@ public:
             lock.unlock();
             std::exception_ptr thrown = RunPiece(begin, end);
             lock.lock();
-            if (thrown) {
+            if (thrown) { // no piece begins any more, and the first exception is the one that is told
                 next_ = count_;
                 if (!thrown_) {
                     thrown_ = std::move(thrown);
@@ -113,6 +113,8 @@ void ParallelFor(std::size_t count, std::size_t grain, const Body& body, const s
     }
     const std::size_t pieces = count / grain + (count % grain != 0 ? 1 : 0);
     const auto loop = std::make_shared<Loop>(count, grain, body);
+    // The caller takes pieces like a worker. So the loop ends even where every worker is busy or is itself such a
+    // caller: what has begun runs on some thread, and what has not is taken here.
     loop->InviteWorkers(*executor, std::min(pieces - 1, workers));
     loop->RunPieces();
     loop->WaitAndRethrow(whileWaiting);
