@@ -15,38 +15,6 @@ public:
     {
     }
 
-    kinlet::SourceInfo SourceInfo()
-    {
-        kinlet::SourceInfo r;
-        r.parentProjectFile = u8"C:\\Users\\author\\" + orvcore::ToUTF8(Text());
-        Fill(r.name, r.mediaProducerDescription, r.teamProjectName, r.appSpecificSourceInfo, r.contentCredentialsInfo);
-        Fill(r.id, r.initialContentState, r.duration, r.currentTime, r.workInPoint, r.workOutPoint, r.startTime,
-             r.inPoint, r.outPoint, r.frameRate, r.audioSampleRate);
-        r.pixelAspectRatio = {Draw<std::uint32_t>(), Draw<std::uint32_t>()};
-        r.alphaChannelType = static_cast<kinlet::AlphaChannelType>(Draw<std::int64_t>());
-        r.fieldType = static_cast<kinlet::FieldType>(Draw<std::int64_t>());
-        r.nativeFieldType = static_cast<kinlet::FieldType>(Draw<std::int64_t>());
-        r.frameSize = {{Draw<std::int32_t>(), Draw<std::int32_t>()}, {Draw<std::int32_t>(), Draw<std::int32_t>()}};
-        r.pixelFormats = {{Draw<std::uint64_t>(), Draw<std::uint64_t>()}, {}, {1, 2}};
-        r.audioChannelLayout = {{Draw<std::uint64_t>()}, {100}};
-        Fill(r.hasAudio, r.hasVideo, r.isDropFrame, r.isXMPWritable, r.isMedia, r.supportsVideoRenderingSessions,
-             r.hasFrozenUnstretchableRegions, r.colorAwareEffectsEnabled, r.enableLogColorManagement);
-        Fill(r.alphaMatteColorRed, r.alphaMatteColorGreen, r.alphaMatteColorBlue);
-        r.capsuleParams = CapsuleParams();
-        Fill(r.assetRequest.assetInfo.productionIdentifier, r.assetRequest.assetInfo.productionRevision,
-             r.assetRequest.assetInfo.assetIdentifier);
-        r.assetRequest.serverConnection = Server();
-        Fill(r.productionRequest.productionInfo.productionIdentifier, r.productionRequest.productionInfo.revision,
-             r.productionRequest.productionInfo.displayName, r.productionRequest.createNewProduction);
-        r.productionRequest.serverConnection = Server();
-        r.colorSpace = ColorSpace();
-        Fill(r.graphicsWhiteLuminance, r.sourceBitrate, r.missingAssets.offlineMasks);
-        r.missingAssets.fonts = {{Text(), Text(), Text(), Text(), Draw<std::int64_t>()}, {}};
-        r.missingAssets.plugins = {{Text()}, {Text()}};
-        r.missingAssets.footage = {{u8"/media/" + orvcore::ToUTF8(Text())}};
-        return r;
-    }
-
     kinlet::CapsuleParams CapsuleParams()
     {
         kinlet::CapsuleParams r;
@@ -57,17 +25,6 @@ public:
                     {Text(), Text(), {}},
                     {Text(), std::vector<double>{0.5, -0.0, 1e300}, {}}};
         r.unknownKeys = {{"aaa", R"({"b":[1,2.5,null]})"}, {"zzz", "18446744073709551615"}};
-        return r;
-    }
-
-    kinlet::ColorSpace ColorSpace()
-    {
-        kinlet::ColorSpace r;
-        r.baseColorProfile.name = Text();
-        r.baseColorProfile.data = {0, 255, Draw<std::uint8_t>(), 127};
-        Fill(r.baseProfileType, r.metadata.version, r.metadata.peakLuminance);
-        r.linearized = true;
-        r.metadata.dataRangeInfoValid = true;
         return r;
     }
 
@@ -117,21 +74,6 @@ private:
     {
         member = orvcore::ToNarrow(Text());
     }
-    void Set(orvcore::Guid& member)
-    {
-        for (std::uint8_t& byte : member.bytes) {
-            byte = Draw<std::uint8_t>();
-        }
-    }
-    void Set(kinlet::Time& member)
-    {
-        Fill(member.value, member.scale);
-    }
-    void Set(kinlet::FrameRate& member)
-    {
-        Fill(member.ticksPerFrame);
-    }
-
     // A text that needs escaping, two, three and four UTF-8 bytes a character, and a number of its own.
     orvcore::UTF16String Text()
     {
@@ -142,13 +84,6 @@ private:
     {
         return static_cast<Number>(std::uniform_int_distribution<std::uint64_t>()(generator_));
     }
-    kinlet::ServerConnection Server()
-    {
-        kinlet::ServerConnection r{Text(), Text(), Text(), Text(), Text(), {}};
-        r.headers = {{u"X-Same", Text()}, {u"X-Same", Text()}, {Text(), u""}};
-        return r;
-    }
-
     std::mt19937_64 generator_;
 };
 

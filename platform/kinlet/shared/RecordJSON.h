@@ -9,7 +9,8 @@
 // How the media-link records that other records hold are read and written: the small ones' tables, and calls for the
 // larger ones.
 
-// The larger records' codecs. Their tables are compiled once, behind these calls. `ReadRecord` replaces the record by
+// The larger records' codecs. Their tables are compiled once, behind these calls: overloads, because a template over
+// types that are not exported themselves would not be visible outside the library. `ReadRecord` replaces the record by
 // what the node holds; it returns false when the node is no object, and raises missing_key_exception by the rules of
 // the record's table.
 namespace kinlet::detail {

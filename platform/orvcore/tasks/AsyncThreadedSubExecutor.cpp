@@ -29,6 +29,7 @@ struct AsyncThreadedSubExecutor::State : std::enable_shared_from_this<State> {
     bool stopped = false;
 };
 
+// The runner holds the state, not the executor: a host may drop the executor while its last task runs.
 bool AsyncThreadedSubExecutor::State::PostRunner(const std::shared_ptr<Executor>& executor)
 {
     return executor && executor->Post([self = shared_from_this()] { self->RunOne(); });
@@ -49,6 +50,7 @@ bool AsyncThreadedSubExecutor::State::Post(OneTimeInvocation task)
         ++runners;
         executor = parent;
     }
+    // Outside the lock: the parent has one of its own, and a parent that runs tasks at once would come back here.
     if (PostRunner(executor)) {
         return true;
     }

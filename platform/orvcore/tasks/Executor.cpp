@@ -93,6 +93,7 @@ void Report(const std::exception_ptr& exception) noexcept
             const std::lock_guard lock(TheHandler().mutex);
             handler = TheHandler().handler;
         }
+        // Called outside the lock: a handler may set another one.
         if (handler && *handler) {
             (*handler)(exception);
         }

@@ -12,6 +12,9 @@ namespace orvcore {
 
 namespace {
 
+// Calls come from any thread and run on the host's main thread, in order. The host either pumps (Run), or installs a
+// dispatcher that has its event loop call Run. The dispatcher is asked once for all that is queued, and again when a
+// run has left something: an event loop that got an event for each of 10,000 calls would do little else.
 class MainThreadQueue {
 public:
     bool Push(OneTimeInvocation call)
@@ -33,6 +36,7 @@ public:
     {
         const auto start = std::chrono::steady_clock::now();
         std::size_t ran = 0;
+        // Calls that are queued during the run wait for the next: one that queues itself again would never let it end.
         for (const std::uint64_t end = BeginRun();;) {
             OneTimeInvocation call = Pop(end);
             if (!call) {
@@ -96,8 +100,8 @@ private:
         std::size_t running = 0; // calls under way, guarded by the queue's mutex
     };
 
-    // Until no other thread is inside the dispatcher. From inside one nothing is waited for, and the result is false:
-    // it may be the same.
+    // Until no other thread is inside the dispatcher: its host may unload the code next. From inside one nothing is
+    // waited for, and the result is false: it may be the same.
     bool AwaitReturn(const std::shared_ptr<Installed>& installed)
     {
         std::unique_lock lock(mutex_);

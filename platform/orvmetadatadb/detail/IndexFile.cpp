@@ -104,6 +104,7 @@ void IndexFile::UseTable(const orvcore::UTF16String& table)
     };
 }
 
+// Another process may be here at the same time: the second one waits for the transaction and finds the table.
 void IndexFile::CreateTable(const std::string& table)
 {
     Transaction transaction(connection_);
@@ -134,6 +135,8 @@ Statement& IndexFile::ChangesAfter(std::int64_t id)
     return table_->after;
 }
 
+// All of them insert with a number of the caller's. Two writers that gave out one number would fail here instead of
+// mixing their lists; the transaction, within which the last number was asked for, keeps that from happening.
 void IndexFile::AddRow(std::int64_t id, std::u16string_view path, std::u8string_view text)
 {
     table_->add.Bind(1, id);

@@ -1,7 +1,6 @@
 #include <orvmetadatadb/detail/IndexStore.h>
 
 #include <orvmetadatadb/detail/SetAside.h>
-#include <orvmetadatadb/detail/Transaction.h>
 #include <orvstorage/SQLiteCodes.h>
 
 #include <utility>
@@ -16,8 +15,6 @@ namespace {
 // which may be a host's main thread.
 constexpr int kBusyTimeoutMs = 500;
 constexpr int kLastBusyTimeoutMs = 10;
-// A list of changes this long, of which few still count, is written anew.
-constexpr std::uint64_t kLongList = 65536;
 
 } // namespace
 
@@ -51,6 +48,8 @@ void IndexStore::Open(const orvcore::UTF16String& path)
     OpenOrReplace();
 }
 
+// The index is a cache, so a damaged one is replaced rather than told of. But only what was an index once: a file that
+// somebody else put at the path is not ours to move away, and an old one may still be of use to an older program.
 void IndexStore::OpenOrReplace()
 {
     IndexFile::Format format = IndexFile::Format::OtherVersion;
@@ -153,6 +152,8 @@ void IndexStore::RemoveTable()
 
 void IndexStore::PrepareChange()
 {
+    // A group is written at some later call. When that failed, earlier calls had promised rows that the file lacks, so
+    // no further change is taken until the index is opened anew or its table removed.
     if (failure_ != 0) {
         throw SQLiteError(failure_);
     }
@@ -182,6 +183,7 @@ void IndexStore::Delete(std::u16string_view key)
     if (key.empty()) {
         return; // has no rows, and no place in the file
     }
+    // Even if memory has no such row: another process may have added one that has not been read yet.
     memory_.Delete(key);
     Note({Change::Kind::RemoveKey, orvcore::UTF16String(key), {}});
 }
@@ -226,83 +228,8 @@ void IndexStore::SaveIfFree()
     connection.SetBusyTimeout(kBusyTimeoutMs);
 }
 
-void IndexStore::Save()
-{
-    if (pending_.empty()) {
-        return;
-    }
-    std::int64_t last = 0;
-    try {
-        // The transaction keeps other writers out from its beginning. What is read now is therefore all that comes
-        // before the changes that this call writes, and no other process takes their numbers.
-        Transaction transaction(file_.GetConnection());
-        CatchUp();
-        last = file_.LastChange();
-        last = IsWorthWritingAnew(last) ? WriteAnew(last) : WriteChanges(last);
-        transaction.Commit();
-    } catch (const SQLiteError& error) {
-        failure_ = error.Code() == codes::kBusy ? 0 : error.Code();
-        throw;
-    }
-    // Only after the commit: when it fails the changes stay pending. Memory has them since they were noted, so they
-    // are not read back.
-    lastRead_ = last;
-    pending_.clear();
-    saveAt_ = kGroupSize;
-    if (memory_.IsWasteful()) {
-        Forget(); // the next operation reads the file anew
-    }
-}
-
-// The number of the last change written.
-std::int64_t IndexStore::WriteChanges(std::int64_t last)
-{
-    const Change* before = nullptr; // a key's rows mostly come together
-    for (const Change& change : pending_) {
-        ++last;
-        switch (change.kind) {
-        case Change::Kind::Add:
-            if (before != nullptr && before->kind == Change::Kind::Add && before->key == change.key) {
-                file_.AddRowOfSameKey(last, orvcore::ToUTF8(change.text));
-            } else {
-                file_.AddRow(last, change.key, orvcore::ToUTF8(change.text));
-            }
-            break;
-        case Change::Kind::RemoveKey:
-            file_.RemoveKey(last, change.key);
-            break;
-        case Change::Kind::RemoveAll:
-            file_.RemoveAll(last);
-            break;
-        }
-        before = &change;
-    }
-    return last;
-}
-
-// Folders that are relisted again and again would make the list grow for ever. (With a removal of all rows pending,
-// memory is not what the file is to hold, and the removal shortens the list itself.)
-bool IndexStore::IsWorthWritingAnew(std::int64_t last)
-{
-    const auto length = static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(file_.FirstChange());
-    return length > kLongList && length / 4 > memory_.RowCount() && !IsRemovalPending();
-}
-
-std::int64_t IndexStore::WriteAnew(std::int64_t last)
-{
-    file_.RemoveAll(++last);
-    std::u16string_view before;
-    memory_.ForEachRow([&](std::u16string_view key, std::u16string_view text) {
-        if (key == before) {
-            file_.AddRowOfSameKey(++last, orvcore::ToUTF8(text));
-        } else {
-            file_.AddRow(++last, key, orvcore::ToUTF8(text));
-        }
-        before = key;
-    });
-    return last;
-}
-
+// What is pending is written if that needs no waiting, so that other processes see it soon. When it failed, searches
+// still answer from memory; but not after damage, for then it cannot be known what memory lacks.
 void IndexStore::Refresh()
 {
     if (failure_ == codes::kCorrupt) {
@@ -312,67 +239,6 @@ void IndexStore::Refresh()
         SaveIfFree();
     }
     CatchUp();
-}
-
-void IndexStore::CatchUp()
-{
-    if (IsRemovalPending()) {
-        return; // nothing of the file is wanted
-    }
-    const std::int64_t before = lastRead_;
-    int refusal = 0;
-    try {
-        ReadChanges();
-    } catch (const SQLiteError& error) {
-        refusal = error.Code();
-    }
-    // What was read came into memory behind the pending changes, although in the file it comes before them. So these
-    // are applied again, also when the reading ended half-way: each change that was read counts.
-    if (lastRead_ != before) {
-        for (const Change& change : pending_) {
-            Apply(change);
-        }
-    }
-    if (refusal != 0) {
-        failure_ = refusal == codes::kCorrupt ? refusal : failure_;
-        throw SQLiteError(refusal);
-    }
-}
-
-void IndexStore::ReadChanges()
-{
-    Statement& changes = file_.ChangesAfter(lastRead_);
-    while (changes.Step()) {
-        orvcore::UTF16String path = changes.Units(1);
-        const bool isSameKey = path.empty();
-        if (!isSameKey) {
-            lastKey_ = std::move(path);
-        }
-        const orvcore::UTF16String text = orvcore::ToUTF16(changes.Text(2));
-        if (text.empty() && isSameKey) {
-            memory_.Clear();
-        } else if (text.empty()) {
-            memory_.Delete(lastKey_);
-        } else if (!lastKey_.empty()) { // a damaged file may begin without one
-            memory_.Insert(lastKey_, text);
-        }
-        lastRead_ = changes.Integer(0);
-    }
-}
-
-void IndexStore::Apply(const Change& change)
-{
-    switch (change.kind) {
-    case Change::Kind::Add:
-        memory_.Insert(change.key, change.text);
-        break;
-    case Change::Kind::RemoveKey:
-        memory_.Delete(change.key);
-        break;
-    case Change::Kind::RemoveAll:
-        memory_.Clear();
-        break;
-    }
 }
 
 } // namespace orvmetadatadb::detail

@@ -51,6 +51,8 @@ bool MemoryIndex::Insert(std::u16string_view key, std::u16string_view text)
     return true;
 }
 
+// Most keys have a name and a few tags, for which the chain of their rows is the smallest and quickest list. A hostile
+// package may have a hundred thousand tags: each row would then be compared with all before it.
 MemoryIndex::RowId MemoryIndex::FindRow(KeyId key, TextPool::Id text) const
 {
     const KeyRecord& record = keyRecords_[key];
@@ -153,6 +155,7 @@ bool MemoryIndex::Narrow(const orvcore::UTF8String& term, std::vector<std::uint8
     return any != 0;
 }
 
+// Answers come in the order of keys. Sorting one of 100,000 keys at each key press would take longer than the search.
 std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::uint8_t>& wanted)
 {
     std::vector<orvcore::UTF16String> keys;

@@ -34,6 +34,9 @@ std::uint32_t BigEndian(const char* bytes) noexcept
 
 } // namespace
 
+// Asked of a file that SQLite cannot read, so only its header can tell. A header that is cut short, or that was never
+// written (a machine that lost power leaves zeros), is taken for ours: no other program has a reason to leave such a
+// file at this path.
 bool WasSearchIndex(const orvcore::UTF16String& path)
 {
     std::ifstream file(SystemPath(path), std::ios::binary);
@@ -51,6 +54,7 @@ bool WasSearchIndex(const orvcore::UTF16String& path)
            std::all_of(header.begin(), header.end(), [](char c) { return c == 0; });
 }
 
+// The log and its index go with the file: beside a new file the old log would be played back into it.
 bool SetAside(const orvcore::UTF16String& path)
 {
     for (const char16_t* suffix : {u"", u"-wal", u"-shm", u"-journal"}) {

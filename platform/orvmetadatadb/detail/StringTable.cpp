@@ -14,6 +14,8 @@ constexpr std::size_t kBlockUnits = 32768;
 
 } // namespace
 
+// Linear probing: at most two thirds of the slots are taken and nothing is ever removed, so a free one ends each
+// search.
 std::size_t StringTable::SlotOf(std::u16string_view text) const noexcept
 {
     const std::size_t mask = slots_.size() - 1;
@@ -57,6 +59,7 @@ void StringTable::Grow()
     }
 }
 
+// Strings never move: others hold views of them.
 std::u16string_view StringTable::Store(std::u16string_view text)
 {
     if (text.size() > freeSize_) {

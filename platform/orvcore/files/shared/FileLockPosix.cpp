@@ -19,6 +19,8 @@ std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool
     return std::unique_ptr<FileLock>(new FileLock(handle));
 }
 
+// The folder itself is locked, so nothing is left in it. Where a file system knows no locks, as some on the network,
+// the change goes on without: two programs would have to meet within milliseconds.
 std::unique_ptr<FileLock> FileLock::ForMoment(const std::filesystem::path& folder, std::chrono::milliseconds timeout,
                                               std::error_code& error)
 {
@@ -39,6 +41,7 @@ FileLock::~FileLock()
     ::close(static_cast<int>(handle_));
 }
 
+// flock and not fcntl: the latter's locks belong to the process, and go as soon as any part of it closes the file.
 std::error_code FileLock::Try(bool exclusive)
 {
     int failure = 0;

@@ -45,6 +45,7 @@ std::error_code FileLock::Try(bool exclusive)
 {
     const auto handle = reinterpret_cast<HANDLE>(handle_);
     OVERLAPPED start{};
+    // Elsewhere a lock takes the place of the one that this object held; here a second would be refused beside it.
     ::UnlockFileEx(handle, 0, 1, 0, &start);
     const DWORD flags = LOCKFILE_FAIL_IMMEDIATELY | (exclusive ? LOCKFILE_EXCLUSIVE_LOCK : 0U);
     const bool locked = ::LockFileEx(handle, flags, 0, 1, 0, &start) != 0;

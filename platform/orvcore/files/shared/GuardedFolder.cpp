@@ -123,7 +123,7 @@ bool GuardedFolder::PutFile(const fs::path& from, const fs::path& relative, IfEx
         if (!SetAside(place, AsideOf(steps_.size()), error)) {
             return false;
         }
-        steps_.push_back(step);
+        steps_.push_back(step); // from here on there is an old file to put back, also if the next step fails
     }
     if (!RenameOver(from, place, error)) {
         return false;

@@ -116,7 +116,7 @@ bool GrowingLoop::State::RunPiece(std::size_t left) noexcept
     std::exception_ptr exception = CallBody(begin, end);
     lock.lock();
     --running;
-    if (exception) {
+    if (exception) { // no piece begins any more, and the first exception is the one that is told
         DropRest();
         thrown = thrown ? thrown : std::move(exception);
     }
@@ -181,6 +181,8 @@ void GrowingLoop::Help(std::size_t left)
 
 void GrowingLoop::Finish(const std::function<void()>& whileWaiting)
 {
+    // The caller takes pieces like a worker. So the loop ends even where every worker is busy or is itself such a
+    // caller: what has begun runs on some thread, and what has not is taken here.
     while (state_->RunPiece(0)) {
     }
     state_->Wait(whileWaiting);

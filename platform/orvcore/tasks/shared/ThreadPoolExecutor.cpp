@@ -43,6 +43,7 @@ bool ThreadPoolExecutor::State::IsOwnTask() const
     return currentPool == this;
 }
 
+// With the first task, not before: a program that posts none has no threads of ours.
 bool ThreadPoolExecutor::State::StartWorkers()
 {
     threads.reserve(workers);
@@ -120,6 +121,7 @@ bool ThreadPoolExecutor::Post(OneTimeInvocation task)
     return true;
 }
 
+// What is queued stays queued and does not begin: a worker that is free takes no more, and the others end what they do.
 void ThreadPoolExecutor::Refuse()
 {
     const std::lock_guard lock(state_->mutex);

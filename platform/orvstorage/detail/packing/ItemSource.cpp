@@ -15,6 +15,9 @@ namespace {
 
 constexpr std::size_t kPiece = std::size_t{256} << 10;
 
+// A file as the zip library reads it, deflated here on several threads, which the library cannot do. The library is
+// told that the content is deflated already. It asks for size and checksum (STAT) twice: before it writes the entry's
+// header, when the checksum is not known yet, and after the last byte, when it goes back and completes the header.
 class ItemSource {
 public:
     ItemSource(const PackItem& item, ItemForm form, ByteProgress& progress)

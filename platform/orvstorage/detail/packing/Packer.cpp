@@ -50,6 +50,7 @@ bool DropOldFields(zip_t* archive, zip_uint64_t index)
     });
 }
 
+// Only notes what is to be written: the zip library reads the files when the archive is closed.
 bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& item, const std::string& password,
          ByteProgress& progress)
 {

@@ -43,7 +43,7 @@ ZipResult<EntryReader> EntryReader::Open(zip_t* handle, std::uint64_t index, con
     if (const ZipError error = CheckLocalHeader(*entry.file, entry.record); error != ZipError::None) {
         return error;
     }
-    // Of an entry without data the zip library asks nothing.
+    // A checksum that is wrong would not be noticed here: of an entry without data the zip library asks nothing.
     if (entry.shown.compressedSize == 0 && entry.shown.size == 0 && entry.record.crc != 0) {
         return ZipError::ChecksumMismatch;
     }
@@ -69,6 +69,8 @@ ZipResult<std::size_t> EntryReader::ReadPlain(void* data, std::size_t size)
         }
         filled += static_cast<std::size_t>(got);
         done_ += static_cast<std::uint64_t>(got);
+        // Limits and places on the disk were judged by the declared size: what inflates to more ends at the first piece
+        // beyond it, and what ends early would pass for whole.
         if (done_ > declared_ || (got == 0 && done_ != declared_)) {
             return ZipError::SizeMismatch;
         }
