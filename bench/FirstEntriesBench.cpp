@@ -149,55 +149,87 @@ private:
     bool idle_ = false;
 };
 
-struct Times {
-    double cold = 1e9;
-    double warm = 1e9;
-    double cancel = 0;
+// A folder or library with its listing times in milliseconds.
+class Place {
+public:
+    Place(std::size_t count, bool isLibrary)
+        : count_(count)
+        , templates_(folder_.Path(), count)
+    {
+        if (isLibrary) {
+            templates_.MakeLibrary();
+            libraries_ = std::make_shared<lumolibmanager::FolderLibManager>(folder_.Path());
+        } else {
+            templates_.MakePackages();
+        }
+    }
+
+    void MeasureCold()
+    {
+        templates_.Touch();
+        Measure(cold_);
+    }
+    /// Lists to the end, so that all is noted.
+    void ListAll()
+    {
+        Browser browser = Browse();
+        browser.UntilFound(count_);
+        browser.UntilIdle();
+    }
+    void MeasureWarm()
+    {
+        Measure(warm_);
+    }
+    void Print(const char* name, const Place& alone) const
+    {
+        std::printf("%s of %6zu: first %zu entries cold %5.1f ms (ratio %.2f), warm %5.1f ms (ratio %.2f), cancelled "
+                    "after %.1f ms at most\n",
+                    name, count_, kFirst, cold_, cold_ / alone.cold_, warm_, warm_ / alone.warm_, cancel_);
+    }
+
+private:
+    Browser Browse() const
+    {
+        if (libraries_) {
+            lumolibmanager::SetLumoLibManager(libraries_);
+            return {folder_.Path(), std::make_shared<orvcapsule::LumoLibrariesSource>(false)};
+        }
+        const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>> noFolders;
+        return {folder_.Path(), std::make_shared<orvcapsule::LocalGraphicsSource>(
+                                    orvcore::PathToUTF16(folder_.Path() / "templates"), noFolders)};
+    }
+    void Measure(double& best)
+    {
+        Browser browser = Browse();
+        best = std::min(best, browser.UntilFound(kFirst));
+        cancel_ = std::max(cancel_, browser.UntilCancelled());
+    }
+
+    const std::size_t count_;
+    const orvcore::TemporaryFolder folder_{u8"orvcapsule-bench"};
+    Templates templates_;
+    std::shared_ptr<lumolibmanager::FolderLibManager> libraries_;
+    double cold_ = 1e9;
+    double warm_ = 1e9;
+    double cancel_ = 0;
 };
 
-Times Measure(std::size_t count, bool isLibrary)
-{
-    const orvcore::TemporaryFolder folder(u8"orvcapsule-bench");
-    const fs::path& root = folder.Path();
-    Templates templates(root, count);
-    std::shared_ptr<orvcapsule::IGraphicSource> source;
-    if (isLibrary) {
-        templates.MakeLibrary();
-        lumolibmanager::SetLumoLibManager(std::make_shared<lumolibmanager::FolderLibManager>(root));
-        source = std::make_shared<orvcapsule::LumoLibrariesSource>(false);
-    } else {
-        templates.MakePackages();
-        const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>> noFolders;
-        source = std::make_shared<orvcapsule::LocalGraphicsSource>(orvcore::PathToUTF16(root / "templates"), noFolders);
-    }
-    Times best;
-    Browser browser(root, source);
-    for (int round = 0; round < kRounds; ++round) {
-        templates.Touch();
-        best.cold = std::min(best.cold, browser.UntilFound(kFirst));
-        best.cancel = std::max(best.cancel, browser.UntilCancelled());
-    }
-    browser.UntilFound(count); // to the end: all are noted
-    browser.UntilIdle();
-    for (int round = 0; round < kRounds; ++round) {
-        best.warm = std::min(best.warm, browser.UntilFound(kFirst));
-        best.cancel = std::max(best.cancel, browser.UntilCancelled());
-    }
-    return best;
-}
-
+// Rounds alternate, so that all places meet the same weather; the best of each counts.
 void Run(const char* name, bool isLibrary, const std::vector<std::size_t>& counts)
 {
-    Times alone;
+    std::vector<std::unique_ptr<Place>> places;
     for (const std::size_t count : counts) {
-        const Times times = Measure(count, isLibrary);
-        alone = count == kFirst ? times : alone;
-        std::printf("%s of %6zu: first %zu entries cold %5.1f ms (ratio %.2f), warm %5.1f ms (ratio %.2f), "
-                    "cancelled after %.1f ms at most\n",
-                    name, count, kFirst, times.cold, times.cold / alone.cold, times.warm, times.warm / alone.warm,
-                    times.cancel);
-        std::fflush(stdout);
+        places.push_back(std::make_unique<Place>(count, isLibrary));
     }
+    for (int round = 0; round < kRounds; ++round) {
+        std::for_each(places.begin(), places.end(), [](const auto& place) { place->MeasureCold(); });
+    }
+    std::for_each(places.begin(), places.end(), [](const auto& place) { place->ListAll(); });
+    for (int round = 0; round < kRounds; ++round) {
+        std::for_each(places.begin(), places.end(), [](const auto& place) { place->MeasureWarm(); });
+    }
+    std::for_each(places.begin(), places.end(), [&](const auto& place) { place->Print(name, *places[0]); });
+    std::fflush(stdout);
 }
 
 } // namespace
