@@ -91,18 +91,45 @@ ZipFault ZipFile::State::Add(const detail::PackItem& item, bool replace, detail:
         return opened.Fault();
     }
     std::optional<std::size_t> replaced;
-    std::shared_ptr<const detail::ArchiveFile> old;
     if (*opened != nullptr) {
-        if (ZipFault fault = CheckCanBeCopied((*opened)->Entries())) {
-            return fault;
-        }
         auto place = FindPlace(**opened, limits, item.name, replace);
         ZipFault fault = place ? CheckPassword(**opened, *place, !password.empty()) : place.Fault();
         if (fault) {
             return fault;
         }
         replaced = *place;
-        old = (*opened)->File();
+    }
+    return Rebuild(replaced, &item, progress);
+}
+
+ZipFault ZipFile::State::Remove(std::u8string_view name, detail::ByteProgress& progress)
+{
+    auto opened = OpenToChange();
+    if (!opened) {
+        return opened.Fault();
+    }
+    if (*opened == nullptr) {
+        return {ZipError::FileMissing};
+    }
+    auto place = (*opened)->Find(name);
+    if (!place) {
+        return place.Fault();
+    }
+    if ((*opened)->Entries().size() == 1) {
+        return {ZipError::NothingToPack};
+    }
+    return Rebuild(*place, nullptr, progress);
+}
+
+ZipFault ZipFile::State::Rebuild(std::optional<std::size_t> replaced, const detail::PackItem* item,
+                                 detail::ByteProgress& progress)
+{
+    std::shared_ptr<const detail::ArchiveFile> old;
+    if (archive) {
+        if (ZipFault fault = CheckCanBeCopied(archive->Entries())) {
+            return fault;
+        }
+        old = archive->File();
     }
     archive.reset(); // what it has read is about to be replaced
     ZipFault fault = detail::PackOne({path, password, seen}, std::move(old), replaced, item, progress);
@@ -118,6 +145,13 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
 bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace,
                       const ZipProgress& progress, void* opaque) const
 {
+    const auto relative = orvcore::PathFromUTF8(detail::CheckEntryName(entryName).relative); // a bad name: told below
+    return AddFile(entryName, directory / std::filesystem::path(relative).make_preferred(), replace, progress, opaque);
+}
+
+bool ZipFile::AddFile(std::u8string_view entryName, const std::filesystem::path& file, bool replace,
+                      const ZipProgress& progress, void* opaque) const
+{
     State& state = *state_;
     detail::ByteProgress packing(progress, opaque);
     return state.RunAsking(ZipAction::Add, entryName, packing, [&]() -> ZipFault {
@@ -128,9 +162,19 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
         if (ZipFault fault = CheckMayWrite(state.path)) {
             return fault;
         }
-        auto item =
-            detail::DescribeItem(directory / orvcore::PathFromUTF8(name.relative).make_preferred(), name.relative);
+        auto item = detail::DescribeItem(file, name.relative);
         return item ? state.Add(*item, replace, packing) : item.Fault();
+    });
+}
+
+bool ZipFile::RemoveItem(std::u8string_view entryName) const
+{
+    State& state = *state_;
+    const ZipProgress nobody;
+    detail::ByteProgress packing(nobody, nullptr);
+    return state.Run(ZipAction::Remove, entryName, [&]() -> ZipFault {
+        ZipFault fault = CheckMayWrite(state.path);
+        return fault ? fault : state.Remove(entryName, packing);
     });
 }
 

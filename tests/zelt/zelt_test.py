@@ -720,7 +720,7 @@ class BrowseTest(ZeltTest):
         return [pathlib.PurePath(json.loads(line)["path"].replace("\\", "/")).stem for line in out.splitlines()]
 
     def test_list_agrees_with_python(self):
-        listed = [*pathlib.Path("root").rglob("*.zelt"), pathlib.Path("mine/copy.zelt")]
+        listed = [*pathlib.Path("root").rglob("*.zelt"), *pathlib.Path("mine").rglob("*.zelt")]
         for language in ("en_US", "de_DE", "ja_JP"):
             # Previews are kept from one run to the next without regard to the language.
             shutil.rmtree(self.temp / "ProBrowser", ignore_errors=True)
@@ -739,7 +739,16 @@ class BrowseTest(ZeltTest):
                     self.assertEqual(pathlib.Path(entry["thumbnail"]).read_bytes(), poster, (file, language))
                     self.assertEqual(entry["video"] is None, "thumb.mp4" not in parts, file)
         keys = [s["sourcePath"][1].replace("\\", "/").split("/")[-1] for s in said if s["name"] == "Countdown 10s"]
-        self.assertEqual(keys, ["graphicsource.local.default", "mine"])
+        self.assertEqual(keys, ["graphicsource.local.default"] * 3)
+        for folders, option, names in [(["mine"], "--shallow", ["copy"]), (["root", "mine"], "--shallow", [*GOOD, "from-the-future", "copy"]),
+                                       (["mine", "mine/below"], "--no-previews", ["copy", "hidden"])]:
+            out, _ = self.run_zelt("list", *folders, option, "--paths", "-0")
+            paths = [pathlib.Path(host_path(path)) for path in out.split("\0")[:-1]]
+            self.assertEqual(sorted(path.stem for path in paths), sorted(names), option)
+            self.assertTrue(all(path.is_absolute() and path.exists() for path in paths))
+            out, _ = self.run_zelt("search", *folders, option, "--paths", "--", "")
+            self.assertEqual(len(out.splitlines()), len(names))
+        self.assertEqual({s["thumbnail"] for s in self.objects("list", "mine", "--no-previews")}, {None})
         if not EMULATOR:
             self.assertEqual(os.listdir(self.temp / "zelt"), [])  # the index of each run is gone
 
@@ -750,7 +759,7 @@ class BrowseTest(ZeltTest):
             os.symlink("itself", "itself")
             cases += [(["itself", "mine"], 1), (["mine", "itself"], 2)]
         for folders, left in cases:
-            out, err = self.run_zelt("list", *folders, "--json", code=1)
+            out, err = self.run_zelt("list", *folders, "--shallow", "--json", code=1)
             self.assertEqual(len(out.splitlines()), left, folders)
             bad = [folder for folder in folders if folder != "mine"]
             self.assertEqual([pathlib.PurePath(line.split(": ")[1]).name for line in err.splitlines()], bad)
@@ -783,7 +792,7 @@ class BrowseTest(ZeltTest):
             self.assertTrue(any(text.endswith("  ") and line[len(text)].isdigit() for text in before), line)
         self.assertIn("needs newer host", next(line for line in lines if line.startswith("Bar Chart")))
         self.assertIn("cannot be read", next(line for line in lines if line.startswith("truncated")))
-        long = self.run_zelt("list", "root", "--long")[0]
+        long = self.run_zelt("list", "root", "--details")[0]
         self.assertEqual(long.count("\n\n"), len(lines) - 2)
 
     def test_search(self):
@@ -797,7 +806,7 @@ class BrowseTest(ZeltTest):
             ("ru_RU", ["ЧИСТЫЙ"], ["lower-third"]),
             ("de_DE", ["幕"], ["字幕タイトル"]),
             ("en_US", ["title", "clas"], ["classic-title"]),
-            ("en_US", ["countdown"], ["countdown", "copy"]),
+            ("en_US", ["countdown"], ["countdown", "hidden", "copy"]),
             ("en_US", ["truncat"], ["truncated"]),  # a package that cannot be read has its file's name
             ("en_US", ["--json"], []),
             ("en_US", ["untitled", "--", "x"], []),

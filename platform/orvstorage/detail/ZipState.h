@@ -93,6 +93,11 @@ struct ZipFile::State {
 
     // Puts a file into the archive, which is made when there is none.
     detail::ZipFault Add(const detail::PackItem& item, bool replace, detail::ByteProgress& progress);
+    // Takes the entry of this name out of the archive.
+    detail::ZipFault Remove(std::u8string_view name, detail::ByteProgress& progress);
+    // Makes the opened archive, or a new one, anew: see PackOne.
+    detail::ZipFault Rebuild(std::optional<std::size_t> replaced, const detail::PackItem* item,
+                             detail::ByteProgress& progress);
 
     // The entry's index when it is there and may be read. A name that unpacking refuses is refused here too: a caller
     // may make a path of it.

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <tools/zelt/commandline/Program.h>
+#include <tools/zelt/output/EntryOutput.h>
 #include <tools/zelt/output/Errors.h>
+#include <tools/zelt/support/Browser.h>
 #include <tools/zelt/support/Interrupt.h>
 #include <tools/zelt/support/PackageList.h>
 
@@ -85,25 +87,17 @@ struct NewOptions {
 };
 ExitCode RunNew(const NewOptions& options);
 
-/// Where templates are looked for. The first folder is listed with all below it, the others without sub-folders.
-struct Places {
-    std::vector<std::string> folders;
-    std::string libraries; ///< the folder that holds the cloud libraries; empty: none
-};
-
 struct ListOptions {
     Places places;
-    bool json = false;
-    bool isLong = false;
+    EntryForm form;
     bool progress = false; ///< told even where no terminal shows a bar
 };
 ExitCode RunList(const ListOptions& options);
 
 struct SearchOptions {
     Places places;
+    EntryForm form;
     std::vector<std::string> terms;
-    bool json = false;
-    bool isLong = false;
 };
 ExitCode RunSearch(const SearchOptions& options);
 

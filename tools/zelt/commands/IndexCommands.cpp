@@ -113,6 +113,7 @@ ExitCode RunIndexBuild(const IndexBuildOptions& options)
 {
     ExitCode exit = ExitCode::kDone;
     const ExitCode ofIndex = OnFile(options.database, [&] {
+        NeedSome(options.packages);
         const orvcore::UTF8String mark = orvcore::ToUTF8(orvcore::Guid::Create().ToString());
         const std::vector<Row> rows = AddPackages(options, mark, exit);
         CheckWritten(options.database, mark);

@@ -80,13 +80,19 @@ void AddBelow(const fs::path& folder, std::vector<std::string>& files, ExitCode&
 
 } // namespace
 
+void NeedSome(const PackageList& list)
+{
+    if (list.names.empty() && list.listFile.empty()) {
+        throw UsageError("give a FILE, a FOLDER or --files-from");
+    }
+}
+
 std::vector<std::string> FindPackages(const PackageList& list, ExitCode& exit)
 {
+    NeedSome(list);
     std::vector<std::string> names = list.names;
     if (!list.listFile.empty()) {
         AddListed(list, names);
-    } else if (names.empty()) {
-        throw UsageError("give a FILE, a FOLDER or --files-from");
     }
     std::vector<std::string> files;
     for (std::string& name : names) {

@@ -20,8 +20,11 @@ struct PackageList {
     bool takesParts = false;        ///< a folder that holds a definition.json stands for itself
 };
 
+/// @throws UsageError  when the command line names none
+void NeedSome(const PackageList& list);
+
 /// The packages, a folder's in the order of a listing. A folder that cannot be read is reported and makes `exit` a
-/// failure. @throws UsageError  when none is named; FileError  of a list that cannot be read
+/// failure. @throws UsageError as NeedSome; FileError  of a list that cannot be read
 std::vector<std::string> FindPackages(const PackageList& list, ExitCode& exit);
 
 /// Does `work(file)` for each package, on several threads, and `take(file, result)` on this thread, in the order of the

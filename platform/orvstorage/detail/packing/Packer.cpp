@@ -114,9 +114,9 @@ ZipFault PackAll(const PackTarget& target, const std::vector<PackItem>& items, B
 }
 
 ZipFault PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
-                 const PackItem& item, ByteProgress& progress)
+                 const PackItem* item, ByteProgress& progress)
 {
-    progress.Expect((old ? old->Size() : 0) + 2 * item.size);
+    progress.Expect((old ? old->Size() : 0) + (item != nullptr ? 2 * item->size : 0));
     // The new archive holds what the old one held: put over another, it would undo what somebody else stored there.
     Placing placing{target.path, [&] { return progress.Finish(); }, {}, target.version};
     placing.written = [&](std::uint64_t size) { return progress.Advance(size); };
@@ -126,7 +126,9 @@ ZipFault PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> ol
         return opened.Fault();
     }
     ArchiveHandle archive = std::move(*opened);
-    if (!Put(archive.get(), replaced, item, target.password, progress)) {
+    const bool changed = item != nullptr ? Put(archive.get(), replaced, *item, target.password, progress)
+                                         : zip_delete(archive.get(), replaced.value()) == 0;
+    if (!changed) {
         return FaultOf(*zip_get_error(archive.get()));
     }
     return Close(std::move(archive), progress);
