@@ -1,6 +1,7 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/output/EntryOutput.h>
 #include <tools/zelt/output/Output.h>
+#include <tools/zelt/panel/Gallery.h>
 #include <tools/zelt/support/Browser.h>
 
 #include <orvcore/files/FileSystem.h>
@@ -110,6 +111,14 @@ ExitCode RunSearch(const SearchOptions& options)
     }
     return Browse(options.places, false, [&](Browser& browser, const Entries& entries) {
         PrintEntries(WithPaths(entries, browser.Search(options.terms)), options.json, options.isLong);
+    });
+}
+
+ExitCode RunGallery(const GalleryOptions& options)
+{
+    return Browse(options.places, false, [&](Browser& browser, const Entries& entries) {
+        WriteGallery(entries, browser.GetFolders(), ToPath(options.output), browser.GetInterrupt());
+        PrintLine(Printable(options.output) + ": " + Count(entries.size(), "template"));
     });
 }
 

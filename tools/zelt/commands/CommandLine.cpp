@@ -231,6 +231,13 @@ void AddBrowsing(CLI::App& app, Action& action, const std::vector<std::string>& 
     tags.second->terms = terms;
     AddPlaces(tags.first, tags.second->places);
     tags.first->add_flag("--json", tags.second->json, "One JSON object for each text, on one line");
+
+    const auto gallery =
+        AddCommand(app, action, "gallery", "Write a page that shows the templates in folders as files", &RunGallery);
+    AddPlaces(gallery.first, gallery.second->places);
+    NeedName(AddText(gallery.first, "-o,--output", gallery.second->output, "DIR",
+                     "Folder: a new or empty one, or an earlier gallery, which is replaced"))
+        ->required();
 }
 
 void AddLibrary(CLI::App& app, Action& action)

@@ -106,6 +106,12 @@ struct SearchOptions {
 };
 ExitCode RunSearch(const SearchOptions& options);
 
+struct GalleryOptions {
+    Places places;
+    std::string output;
+};
+ExitCode RunGallery(const GalleryOptions& options);
+
 struct TagsOptions {
     Places places;
     std::vector<std::string> terms; ///< one: what a tag begins with

@@ -63,7 +63,8 @@ std::shared_ptr<orvcapsule::LocalGraphicsSource> MakeSource(const std::vector<st
 } // namespace
 
 Browser::Browser(const std::vector<std::string>& folders, const std::string& libraries)
-    : failure_(std::make_shared<Failure>())
+    : folders_(folders)
+    , failure_(std::make_shared<Failure>())
 {
     const std::filesystem::path index = folder_.Path() / "index";
     CheckIndexFile(ToText(index), false);

@@ -38,6 +38,16 @@ public:
     /// All templates, by name. Fills the search index.
     /// @param progressive  the library reports how far it is
     Entries List(bool progressive);
+    /// The folders, as they were given.
+    const std::vector<std::string>& GetFolders() const noexcept
+    {
+        return folders_;
+    }
+    /// Tells whether the user has interrupted.
+    const InterruptWatch& GetInterrupt() const noexcept
+    {
+        return interrupt_;
+    }
     /// The folders that could not be listed, and why.
     std::vector<orvcapsule::FolderFailure> GetFolderFailures() const;
     /// What of the cloud libraries was not listed, and why.
@@ -57,6 +67,7 @@ private:
 
     InterruptWatch interrupt_; // goes last: an interrupt meanwhile must not leave the folder behind
     TempFolder folder_;
+    const std::vector<std::string> folders_;
     std::shared_ptr<Failure> failure_;
     std::shared_ptr<orvcapsule::GraphicSourceManager> manager_;
 };
