@@ -1,0 +1,140 @@
+#include <tools/http/Server.h>
+
+#include <tools/http/detail/Connection.h>
+#include <tools/http/detail/PortSharing.h>
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/address.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+#include <mutex>
+#include <thread>
+
+namespace orvtools::http {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+using namespace std::chrono_literals;
+
+class Server::Impl {
+public:
+    Impl(Handler handler, ServerOptions options);
+    ~Impl();
+
+    void Accept();
+    void Stop();
+    const tcp::endpoint& Endpoint() const noexcept
+    {
+        return endpoint_;
+    }
+
+private:
+    void OnAccepted(const boost::system::error_code& error, tcp::socket socket);
+
+    detail::Shared shared_;    // before the context, whose end destroys connections that use it
+    asio::io_context context_; // run by one thread
+    tcp::acceptor acceptor_;
+    asio::steady_timer pause_;
+    tcp::endpoint endpoint_;
+    std::mutex stopping_;
+    std::thread thread_;
+};
+
+namespace {
+
+tcp::acceptor Listen(asio::io_context& context, const ServerOptions& options)
+try {
+    const tcp::endpoint endpoint(asio::ip::make_address(options.address), options.port);
+    tcp::acceptor acceptor(context, endpoint.protocol());
+    acceptor.set_option(tcp::acceptor::reuse_address(detail::kReuseAddress));
+    acceptor.bind(endpoint);
+    acceptor.listen();
+    return acceptor;
+} catch (const boost::system::system_error& error) {
+    throw std::system_error(error.code(), options.address + ':' + std::to_string(options.port));
+}
+
+} // namespace
+
+Server::Impl::Impl(Handler handler, ServerOptions options)
+    : shared_(std::move(handler), std::move(options))
+    , context_(1)
+    , acceptor_(Listen(context_, shared_.options))
+    , pause_(context_)
+    , endpoint_(acceptor_.local_endpoint())
+{
+    Accept();
+    thread_ = std::thread([this] { context_.run(); });
+}
+
+Server::Impl::~Impl()
+{
+    Stop();
+}
+
+void Server::Impl::Accept()
+{
+    acceptor_.async_accept(
+        [this](const boost::system::error_code& error, tcp::socket socket) { OnAccepted(error, std::move(socket)); });
+}
+
+void Server::Impl::OnAccepted(const boost::system::error_code& error, tcp::socket socket)
+{
+    if (!acceptor_.is_open()) {
+        return;
+    }
+    if (error) { // out of handles, say: they come back when connections end
+        pause_.expires_after(50ms);
+        pause_.async_wait([this](const boost::system::error_code&) { Accept(); });
+        return;
+    }
+    if (shared_.connections.size() < shared_.options.limits.connections) {
+        std::make_shared<detail::Connection>(std::move(socket), shared_)->Start();
+    }
+    Accept();
+}
+
+void Server::Impl::Stop()
+{
+    const std::lock_guard lock(stopping_);
+    if (!thread_.joinable()) {
+        return;
+    }
+    context_.stop();
+    thread_.join();
+    // Its thread has ended: what belonged to it is this one's.
+    boost::system::error_code ignored;
+    acceptor_.close(ignored);
+    for (detail::Connection* const connection : shared_.connections) {
+        connection->Drop();
+    }
+    shared_.workers.Stop();
+    context_.restart();
+    context_.poll(); // what was under way ends with errors, and with it the connections
+}
+
+Server::Server(Handler handler, ServerOptions options)
+    : impl_(std::make_unique<Impl>(std::move(handler), std::move(options)))
+{
+}
+
+Server::~Server() = default;
+
+std::uint16_t Server::Port() const noexcept
+{
+    return impl_->Endpoint().port();
+}
+
+std::string Server::Origin() const
+{
+    const asio::ip::address address = impl_->Endpoint().address();
+    const std::string host = address.is_v6() ? '[' + address.to_string() + ']' : address.to_string();
+    return "http://" + host + ':' + std::to_string(Port());
+}
+
+void Server::Stop()
+{
+    impl_->Stop();
+}
+
+} // namespace orvtools::http

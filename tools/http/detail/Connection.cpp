@@ -1,0 +1,263 @@
+#include <tools/http/detail/Connection.h>
+
+#include <tools/http/Target.h>
+#include <tools/http/detail/Text.h>
+
+#include <boost/asio/post.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/http/error.hpp>
+#include <boost/beast/http/read.hpp>
+
+namespace orvtools::http::detail {
+
+namespace {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace wire = boost::beast::http;
+using namespace std::chrono_literals;
+
+// After the last byte of an answer, for the client to take it: a socket that is closed with bytes of the client unread
+// takes back what is still under way.
+constexpr auto kLingerTime = 1s;
+constexpr std::size_t kLingerBytes = std::size_t{16} << 20;
+
+using Message = wire::request<wire::string_body>;
+
+// False for what HTTP/1.1 does not allow or this server does not answer.
+bool ToRequest(Message message, Request& request)
+{
+    const auto hosts = message.count(wire::field::host);
+    if (hosts > 1 || (hosts == 0 && message.version() > 10) || !ParseTarget(message.target(), request)) {
+        return false;
+    }
+    request.method = message.method_string();
+    for (const auto& header : message) {
+        request.headers.emplace_back(header.name_string(), header.value());
+    }
+    request.body = std::move(message.body());
+    return true;
+}
+
+Response Handled(const Server::Handler& handler, const Request& request)
+{
+    try {
+        return handler(request);
+    } catch (...) { // what went wrong may name files; it is the handler's to tell
+        return ErrorResponse(500, "the request could not be answered");
+    }
+}
+
+// The status for a request that could not be read; none where the client is gone.
+std::optional<unsigned> StatusOf(const beast::error_code& error)
+{
+    if (error == wire::error::header_limit || error == wire::error::buffer_overflow) {
+        return 431;
+    }
+    if (error == wire::error::body_limit) {
+        return 413;
+    }
+    const bool isBroken = error.category() == wire::make_error_code(wire::error::bad_target).category() &&
+                          error != wire::error::end_of_stream && error != wire::error::partial_message;
+    return isBroken ? std::optional(400U) : std::nullopt;
+}
+
+} // namespace
+
+Connection::Connection(Tcp::socket socket, Shared& shared)
+    : shared_(shared)
+    , stream_(std::move(socket))
+    , delay_(stream_.get_executor())
+    , received_(shared.options.limits.headerBytes + Body::kBlock)
+{
+    shared_.connections.insert(this);
+}
+
+Connection::~Connection()
+{
+    shared_.connections.erase(this);
+}
+
+void Connection::Start()
+{
+    Error ignored; // without it a last short packet would wait for the acknowledgement of the one before
+    stream_.socket().set_option(Tcp::no_delay(true), ignored);
+    AwaitRequest();
+}
+
+void Connection::Drop()
+{
+    delay_.cancel();
+    stream_.close();
+    reply_ = {};
+}
+
+// A connection may be idle for longer than a request may take, so its first bytes are read alone.
+void Connection::AwaitRequest()
+{
+    if (received_.size() > 0) {
+        ReadRequest();
+        return;
+    }
+    stream_.expires_after(shared_.options.limits.idleTime);
+    stream_.async_read_some(received_.prepare(4096), [self = shared_from_this()](const Error& error, std::size_t size) {
+        self->received_.commit(size);
+        if (!error) {
+            self->ReadRequest();
+        }
+    });
+}
+
+void Connection::ReadRequest()
+{
+    parser_.emplace();
+    parser_->header_limit(static_cast<std::uint32_t>(shared_.options.limits.headerBytes));
+    parser_->body_limit(shared_.options.limits.bodyBytes);
+    stream_.expires_after(shared_.options.limits.requestTime);
+    wire::async_read(stream_, received_, *parser_,
+                     [self = shared_from_this()](const Error& error, std::size_t /*size*/) { self->OnRequest(error); });
+}
+
+void Connection::OnRequest(const Error& error)
+{
+    if (error) {
+        if (const auto status = StatusOf(error)) {
+            Refuse(*status, ReasonOf(*status));
+        }
+        return;
+    }
+    exchange_ = {parser_->keep_alive(), parser_->get().version() >= 11};
+    Request request;
+    if (ToRequest(parser_->release(), request)) {
+        Answer(std::move(request));
+    } else {
+        Refuse(400, "the request's address or Host is not valid");
+    }
+}
+
+void Connection::Answer(Request request)
+{
+    shared_.workers.Post([self = shared_from_this(), request = std::move(request)]() mutable {
+        Reply reply = MakeReply(request, Handled(self->shared_.handler, request), self->exchange_);
+        const auto executor = self->stream_.get_executor();
+        // The connection goes on and ends on its own thread: this one keeps no pointer to it.
+        asio::post(executor,
+                   [self = std::move(self), reply = std::move(reply)]() mutable { self->Send(std::move(reply)); });
+    });
+}
+
+void Connection::Refuse(unsigned status, std::string_view why)
+{
+    Send(MakeReply({}, shared_.options.refuse(status, why), {}));
+}
+
+void Connection::Send(Reply reply)
+{
+    if (!stream_.socket().is_open()) { // the server has stopped meanwhile
+        return;
+    }
+    reply_ = std::move(reply);
+    if (reply_.delay <= 0ms) {
+        Begin();
+        return;
+    }
+    delay_.expires_after(reply_.delay);
+    delay_.async_wait([self = shared_from_this()](const Error& error) {
+        if (!error) {
+            self->Begin();
+        }
+    });
+}
+
+void Connection::Begin()
+{
+    out_ = std::move(reply_.head);
+    if (reply_.isStream) {
+        if (received_.size() > 0) { // as in WatchForLeaving
+            Drop();
+            return;
+        }
+        reply_.body->OnReady([weak = weak_from_this(), executor = stream_.get_executor()] {
+            asio::post(executor, [weak] {
+                const auto self = weak.lock();
+                if (self && self->waits_) {
+                    self->waits_ = false;
+                    self->Pump();
+                }
+            });
+        });
+        WatchForLeaving();
+    }
+    Pump();
+}
+
+// Writes the next block, behind the head at first.
+void Connection::Pump()
+{
+    const Next next = reply_.body ? reply_.body->Read(out_) : Next::End;
+    atEnd_ = next == Next::End;
+    if (next == Next::Broken) {
+        Drop();
+    } else if (!out_.empty()) {
+        stream_.expires_after(shared_.options.limits.idleTime);
+        asio::async_write(
+            stream_, asio::buffer(out_),
+            [self = shared_from_this()](const Error& error, std::size_t /*size*/) { self->OnWritten(error); });
+    } else if (atEnd_) {
+        Finish();
+    } else {
+        waits_ = true;
+    }
+}
+
+void Connection::OnWritten(const Error& error)
+{
+    out_.clear();
+    if (error) {
+        Drop();
+    } else if (atEnd_) {
+        Finish();
+    } else {
+        Pump();
+    }
+}
+
+// Nothing else tells that the client of a stream has left while there is nothing to write. One that sends something
+// meanwhile has misunderstood the answer.
+void Connection::WatchForLeaving()
+{
+    stream_.expires_never();
+    stream_.async_read_some(asio::buffer(ignored_),
+                            [self = shared_from_this()](const Error&, std::size_t) { self->Drop(); });
+}
+
+void Connection::Finish()
+{
+    const bool isStream = reply_.isStream;
+    const bool close = reply_.close;
+    reply_ = {};
+    if (isStream) {
+        Drop();
+    } else if (close) {
+        Error ignored;
+        stream_.socket().shutdown(Tcp::socket::shutdown_send, ignored);
+        stream_.expires_after(kLingerTime);
+        Linger();
+    } else {
+        AwaitRequest();
+    }
+}
+
+void Connection::Linger()
+{
+    stream_.async_read_some(asio::buffer(ignored_), [self = shared_from_this()](const Error& error, std::size_t size) {
+        self->lingered_ += size;
+        if (!error && self->lingered_ < kLingerBytes) {
+            self->Linger();
+        } else {
+            self->Drop();
+        }
+    });
+}
+
+} // namespace orvtools::http::detail

@@ -1,0 +1,3 @@
+#include <tools/http/detail/PortSharing.h>
+
+const bool orvtools::http::detail::kReuseAddress = false;
