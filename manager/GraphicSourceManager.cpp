@@ -27,6 +27,7 @@ void GraphicSourceManager::Shutdown()
     // The partial-completion and folder callbacks stay: hosts rely on finding them after a shutdown.
     SetLocalRequestCallback(nullptr);
     SetStockRequestCallback(nullptr);
+    SetLocalRequestEntriesFoundCallback(nullptr);
     state_->SetCallback(&detail::Callbacks::databaseRequest, {});
     state_->SetCallback(&detail::Callbacks::databaseTagRequest, {});
     Abort();
@@ -77,6 +78,11 @@ void GraphicSourceManager::SetLocalRequestCallback(const std::shared_ptr<Request
 void GraphicSourceManager::SetStockRequestCallback(const std::shared_ptr<RequestCallback>& callback)
 {
     state_->SetCallback(&detail::Callbacks::stockRequest, callback);
+}
+
+void GraphicSourceManager::SetLocalRequestEntriesFoundCallback(const std::shared_ptr<EntriesFoundCallback>& callback)
+{
+    state_->SetCallback(&detail::Callbacks::entriesFound, callback);
 }
 
 void GraphicSourceManager::SetLocalRequestPartialCompletionCallback(

@@ -49,6 +49,8 @@ public:
     /// The results, the position of the first one, and the number of all results of the request. The callback may take
     /// the map's contents.
     using RequestCallback = std::function<void(ResultMap&, int first, int total)>;
+    /// Entries that a listing in progress has found since the last such call, at least one, all of one source.
+    using EntriesFoundCallback = std::function<void(const EntryList&)>;
     /// One source's entries, the number of entries delivered so far with these, the number expected in all (-1 while
     /// that is unknown), and the source's identifier.
     using PartialCompletionCallback =
@@ -91,6 +93,13 @@ public:
     /// @{
     void SetLocalRequestCallback(const std::shared_ptr<RequestCallback>& callback);
     void SetStockRequestCallback(const std::shared_ptr<RequestCallback>& callback);
+    /// Shows a listing while it runs: the callback receives the entries in small batches as they are found. Each comes
+    /// exactly once and whole, in no certain order; the first ones at most 50 ms after the listing's task has begun or,
+    /// where nothing was found by then, at most 100 ms after it was found, as all later ones. The last batch of a
+    /// source comes before its partial completion, which has the same entries again. So a host that shows these needs
+    /// nothing else until the local-request callback has the sorted map; only what a source that failed halfway had
+    /// found may be missing from that. Relistings of one folder have no such calls.
+    void SetLocalRequestEntriesFoundCallback(const std::shared_ptr<EntriesFoundCallback>& callback);
     void SetLocalRequestPartialCompletionCallback(const std::shared_ptr<PartialCompletionCallback>& callback);
     void SetLocalDirectoryRequestCallback(const std::shared_ptr<DirectoryCallback>& callback);
     void SetDatabaseRequestCallback(const std::shared_ptr<TextSetCallback>& callback);
@@ -103,12 +112,12 @@ public:
     /// @{
     /// Searches. Index mode: the database callback receives the paths of the templates that every term finds.
     void RequestGraphics(const std::vector<orvcore::UTF16String>& terms);
-    /// Lists everything. Index mode: the search index is emptied and filled anew. The partial-completion callback
-    /// receives the entries of each source as soon as they are listed; at the end, when all are indexed, the
-    /// local-request callback receives all entries, sorted. When a source fails, the entries that it handed out before
-    /// are delivered and indexed, too. With `showProgress` the host's progress display shows the listing, and each
-    /// source receives the folders that `states` names for it; the local folder source ignores them and lists all its
-    /// folders.
+    /// Lists everything. Index mode: the search index is emptied and filled anew. The entries-found callback receives
+    /// entries while sources are being listed, the partial-completion callback those of each source when it is; at the
+    /// end, when all are indexed, the local-request callback receives all entries, sorted. When a source fails, the
+    /// entries that it handed out before are delivered and indexed, too. With `showProgress` the host's progress
+    /// display shows the listing, and each source receives the folders that `states` names for it; the local folder
+    /// source ignores them and lists all its folders.
     void RequestDefaultGraphicSet(const std::vector<GraphicSourceState>& states, bool showProgress);
     /// Suggests tags (index mode only): the tag callback receives those that hold a word beginning with `text`.
     void RequestSimilarTags(const orvcore::UTF16String& text);

@@ -4,11 +4,16 @@
 #include <orvcapsule/Export.h>
 #include <orvcore/text/Strings.h>
 
+#include <boost/shared_ptr.hpp>
+
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace orvcapsule {
+
+class CapsuleEntry;
 
 /// A request's cancellation token, held by `boost::shared_ptr` by whoever made the request and by the work done for it.
 ///
@@ -47,6 +52,11 @@ private:
 
     std::atomic<std::int32_t> abortRequested = 0; // 0 or 1
     std::atomic<bool> aborted = false;            // set by the poller that consumed the request
+
+public:
+    /// For a source to call with each entry of a listing as soon as that is whole, before the listing ends, which hands
+    /// out the same entries. On any thread, on several at a time. May be empty; a source need not call it.
+    std::function<void(const boost::shared_ptr<CapsuleEntry>&)> onEntryFound;
 };
 
 } // namespace orvcapsule

@@ -1,6 +1,7 @@
 #include <manager/detail/Listing.h>
 
 #include <manager/detail/Delivery.h>
+#include <manager/detail/FoundEntries.h>
 #include <manager/detail/IndexEntries.h>
 #include <manager/detail/RequestProgress.h>
 #include <manager/detail/TaskEnd.h>
@@ -15,6 +16,13 @@ namespace orvcapsule::detail {
 namespace {
 
 using ListFunction = std::function<void(ILocalGraphicSource&, EntryList&)>;
+
+// What a listing was asked for.
+struct Request {
+    TokenPtr token;
+    Callbacks callbacks;
+    std::shared_ptr<FoundEntries> found; // what the token's holders announce; empty where nobody wants to know
+};
 
 bool IsLocal(const SourcePtr& source)
 {
@@ -56,9 +64,10 @@ EntryList ListSource(ILocalGraphicSource& source, const ListFunction& list)
 
 // Lists every local source by `list`, delivers each one's entries, then indexes them: a panel need not wait for the
 // index, and a search waits for this task anyway. False when it had to end.
-bool ListEachSource(const ManagerState& state, const TokenPtr& token, const Callbacks& callbacks,
-                    const ListFunction& list, EntryList& all)
+bool ListEachSource(const ManagerState& state, const Request& request, const ListFunction& list, EntryList& all)
 {
+    const TokenPtr& token = request.token;
+    FoundDelivery found(request.found, token, request.callbacks.entriesFound);
     const auto sources = state.CopySources();
     auto left = std::count_if(sources.begin(), sources.end(), &IsLocal);
     double progress = 0;
@@ -74,9 +83,10 @@ bool ListEachSource(const ManagerState& state, const TokenPtr& token, const Call
             return false;
         }
         MoveProgress(*token, progress);
+        found.EndSource(entries);
         const int delivered = static_cast<int>(all.size());
         const int expected = --left == 0 ? delivered : -1; // nobody knows what the sources after this one will find
-        Deliver(token, callbacks.partialCompletion,
+        Deliver(token, request.callbacks.partialCompletion,
                 [entries, delivered, expected, id = source->GetSourceID()](
                     GraphicSourceManager::PartialCompletionCallback& call) { call(entries, delivered, expected, id); });
         IndexEntries(state.Index(), entries, *token);
@@ -102,36 +112,36 @@ void DeliverAll(const ManagerState& state, EntryList all, const TokenPtr& token,
     });
 }
 
-// The order of the callbacks: one partial completion a source, in the order of the sources, then the whole result. The
-// main thread runs deliveries in the order in which they were queued.
-void ListSources(const ManagerState& state, const TokenPtr& token, const Callbacks& callbacks, const ListFunction& list)
+// The order of the callbacks: for each source, in the order of the sources, what is found and then one partial
+// completion; at last the whole result. The main thread runs deliveries in the order in which they were queued.
+void ListSources(const ManagerState& state, const Request& request, const ListFunction& list)
 {
-    if (MustEnd(*token)) {
+    if (MustEnd(*request.token)) {
         return; // an older listing must not empty what a newer one is about to fill
     }
-    std::optional<ProgressEnd> end(std::in_place, *token);
+    std::optional<ProgressEnd> end(std::in_place, *request.token);
     state.Index().Clear({}); // no paths mean all rows
     EntryList all;
-    if (!ListEachSource(state, token, callbacks, list, all)) {
+    if (!ListEachSource(state, request, list, all)) {
         FreeElsewhere(std::move(all));
         return;
     }
     end.reset(); // before the last delivery: a host that has everything has no progress any more
-    DeliverAll(state, std::move(all), token, callbacks.localRequest);
+    DeliverAll(state, std::move(all), request.token, request.callbacks.localRequest);
 }
 
-void GetLocalGraphics(const ManagerState& state, const TokenPtr& token, const Callbacks& callbacks)
+void GetLocalGraphics(const ManagerState& state, const Request& request)
 {
-    ListSources(state, token, callbacks, [&](ILocalGraphicSource& source, EntryList& entries) {
+    ListSources(state, request, [&](ILocalGraphicSource& source, EntryList& entries) {
         int total = 0;
-        source.Search({}, entries, 0, -1, total, token);
+        source.Search({}, entries, 0, -1, total, request.token);
     });
 }
 
 void GetLocalGraphicsReturningPartialResults(const ManagerState& state, const std::vector<GraphicSourceState>& folders,
-                                             const TokenPtr& token, const Callbacks& callbacks)
+                                             const Request& request)
 {
-    ListSources(state, token, callbacks, [&](ILocalGraphicSource& source, EntryList& entries) {
+    ListSources(state, request, [&](ILocalGraphicSource& source, EntryList& entries) {
         std::vector<orvcore::UTF16String> directories;
         const auto own = std::find_if(
             folders.begin(), folders.end(),
@@ -143,7 +153,7 @@ void GetLocalGraphicsReturningPartialResults(const ManagerState& state, const st
         }
         source.SearchByDirectory([&entries](const EntryList& found, const orvcore::UTF16String&,
                                             bool) { entries.insert(entries.end(), found.begin(), found.end()); },
-                                 directories, token);
+                                 directories, request.token);
     });
 }
 
@@ -152,14 +162,18 @@ void GetLocalGraphicsReturningPartialResults(const ManagerState& state, const st
 void PostListing(ManagerState& state, const std::vector<GraphicSourceState>& folders, bool showProgress,
                  const TokenPtr& token)
 {
+    Request request{token, state.CopyCallbacks(), nullptr};
+    if (request.callbacks.entriesFound) {
+        request.found = std::make_shared<FoundEntries>();
+        token->onEntryFound = [found = request.found](const auto& entry) { found->Add(entry); };
+    }
     if (showProgress) {
         OpenProgress(*token, SumOfWeights(state), kProgressAllItemTitle);
-        state.Post(token, [&state, folders, token, callbacks = state.CopyCallbacks()] {
-            GetLocalGraphicsReturningPartialResults(state, folders, token, callbacks);
+        state.Post(token, [&state, folders, request = std::move(request)] {
+            GetLocalGraphicsReturningPartialResults(state, folders, request);
         });
     } else {
-        state.Post(token,
-                   [&state, token, callbacks = state.CopyCallbacks()] { GetLocalGraphics(state, token, callbacks); });
+        state.Post(token, [&state, request = std::move(request)] { GetLocalGraphics(state, request); });
     }
 }
 

@@ -22,6 +22,7 @@ using SourcePtr = GraphicSourceManager::SourcePtr;
 /// The host's callbacks. Searches and listings copy them when they are made: a callback that is set later gets none of
 /// their results. A tag request takes its callback when it has the tags.
 struct Callbacks {
+    std::shared_ptr<GraphicSourceManager::EntriesFoundCallback> entriesFound;
     std::shared_ptr<GraphicSourceManager::PartialCompletionCallback> partialCompletion;
     std::shared_ptr<GraphicSourceManager::RequestCallback> localRequest;
     std::shared_ptr<GraphicSourceManager::DirectoryCallback> localDirectory;

@@ -75,6 +75,13 @@ bool Listing::IsCancelled()
     return cancelled_;
 }
 
+void Listing::Announce(const boost::shared_ptr<CapsuleEntry>& entry)
+{
+    if (entry && cancel_ && cancel_->onEntryFound && !IsCancelled()) { // cancelled, the entry may not be whole
+        cancel_->onEntryFound(entry);
+    }
+}
+
 void Listing::MakeEntries(const orvcore::UTF8String& place, std::size_t count, double step, const MakeEntry& make,
                           Entries& results)
 {
@@ -82,6 +89,7 @@ void Listing::MakeEntries(const orvcore::UTF8String& place, std::size_t count, d
     orvcore::ParallelFor(count, kEntriesAPiece, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end && !IsCancelled(); ++i) {
             work->entries[i] = make(i, work->known, work->noted[i]);
+            Announce(work->entries[i]);
             Advance(step);
         }
     });

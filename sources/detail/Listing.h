@@ -51,6 +51,8 @@ protected:
     }
 
 private:
+    void Announce(const boost::shared_ptr<CapsuleEntry>& entry);
+
     const std::string sourceID_;
     boost::shared_ptr<CheckCancel> cancel_;
     std::shared_ptr<orvappsupport::ProgressItem> item_;

@@ -118,6 +118,9 @@ public:
                 results.clear();
                 break;
             }
+            if (announces && cancel->onEntryFound) {
+                cancel->onEntryFound(entry);
+            }
             if (entry) {
                 onEntry(*entry);
             }
@@ -151,6 +154,7 @@ public:
     std::function<void()> onSearch = [] {};
     std::function<void(const std::u16string&)> onList = [](const std::u16string&) {};
     std::function<void(const orvcapsule::CapsuleEntry&)> onEntry = [](const auto&) {};
+    bool announces = false;
     int initialized = 0;
     orvcore::UTF8String filterType;
     std::vector<std::u16string> directories;

@@ -200,6 +200,52 @@ TEST_F(ManagerTest, APanelDoesNotWaitForTheIndex)
     EXPECT_THAT(indexed, ElementsAre(u"/n.zelt"));
 }
 
+TEST_F(ManagerTest, EntriesShowWhileTheirSourceIsBeingListed)
+{
+    const auto early = Add("early", {u"a", u"b", u"a"});
+    early->announces = true;
+    early->entries.push_back(early->entries[0]);
+    early->entries.push_back(nullptr);
+    Add("late", {u"c", u"d"});
+    std::promise<void> shown;
+    std::promise<void> aborted;
+    std::string found;
+    manager->SetLocalRequestEntriesFoundCallback(
+        std::make_shared<GraphicSourceManager::EntriesFoundCallback>([&](const auto& entries) {
+            EXPECT_FALSE(entries.empty());
+            if (found.empty()) {
+                shown.set_value();
+            }
+            found += Joined(entries);
+            told.push_back("found" + found);
+        }));
+    early->onEntry = [&](const CapsuleEntry& entry) {
+        if (entry.name == u"b") {
+            Await(shown.get_future()); // the listing goes on when the host has what was found first
+        }
+    };
+    manager->RequestDefaultGraphicSet({}, true);
+    Flush();
+    EXPECT_EQ(found, " a b a c d");
+    const auto at = [&](const char* what) { return std::find(told.begin(), told.end(), what) - told.begin(); };
+    EXPECT_LT(at("found a b a"), at("early 4/-1: a b a a"));
+    EXPECT_LT(at("found a b a c d"), at("late 6/6: c d"));
+    EXPECT_EQ(told.back(), "all from 0 of 6: a a a b c d");
+
+    told.clear();
+    early->onEntry = [&](const CapsuleEntry& entry) {
+        if (entry.name == u"b") {
+            Await(aborted.get_future());
+        }
+    };
+    manager->RequestDefaultGraphicSet({}, false);
+    early->listed.AwaitAtLeast(early->entries.size() + 1);
+    manager->Abort();
+    aborted.set_value();
+    Flush();
+    EXPECT_THAT(told, IsEmpty());
+}
+
 TEST_F(ManagerTest, AnEmptyListingIsDeliveredToo)
 {
     manager->RequestDefaultGraphicSet({}, false);
