@@ -1,5 +1,6 @@
 #include <orvcore/text/DisplayWidth.h>
 #include <orvcore/text/Guid.h>
+#include <orvcore/text/NearestName.h>
 #include <orvcore/text/Printable.h>
 #include <orvcore/text/Strings.h>
 
@@ -95,6 +96,25 @@ TEST(Guid, TextFormReadsBack)
     for (const char* bad : {"", "c8f55408-46ee-5461-8940-53cf87a7ab8", "c8f5540846ee-5461-8940-53cf87a7ab88-",
                             "g8f55408-46ee-5461-8940-53cf87a7ab88"}) {
         EXPECT_FALSE(orvcore::Guid::FromString(bad)) << bad;
+    }
+}
+
+TEST(NearestName, IsWhatAMisspeltWordMeans)
+{
+    const std::vector<std::string> names = {"clientControls", "check", "set", "index search", std::string(65, 'x')};
+    const std::pair<std::string, std::string> cases[] = {
+        {"clientControl", "clientControls"},
+        {"ClientContorls", "clientControls"},
+        {"chekc", "check"},
+        {"st", "set"},
+        {"zet", "set"},
+        {"index serch", "index search"},
+        {"", ""},
+        {"fonts", ""},
+        {std::string(65, 'x'), ""},
+    };
+    for (const auto& [word, name] : cases) {
+        EXPECT_EQ(orvcore::NearestName(word, names), name) << word;
     }
 }
 

@@ -147,6 +147,7 @@ class ZeltTest(unittest.TestCase):
         shutil.copytree(SAMPLES, self.folder, dirs_exist_ok=True, ignore=shutil.ignore_patterns("libraries"))
         self.addCleanup(os.chdir, os.getcwd())
         os.chdir(self.folder)
+        os.environ["LC_ALL"] = "C.UTF-8"
 
     def run_zelt(self, *arguments, code=0, warns=False):
         done = subprocess.run([*EMULATOR, ZELT, *arguments], capture_output=True, timeout=120)
@@ -616,13 +617,41 @@ class ZeltTest(unittest.TestCase):
         self.assertLessEqual({"MissingKey", "NotAZip", "Truncated"}, {p["code"] for s in said for p in s["problems"]})
 
     def test_command_line(self):
-        for code, arguments in [(2, [""]), (2, ["frobnicate"]), (2, ["info"]), (2, ["info", "--nope", "x"]),
-                                (2, ["set", "untitled.zelt"]), (2, ["pack", "x"])]:
-            self.run_zelt(*arguments, code=code)
-        self.assertIn("frobnicate", self.run_zelt("frobnicate", code=2)[1])
-        for arguments in (["--help"], ["set", "--help"], ["--version"]):
-            self.assertGreater(len(self.run_zelt(*arguments)[0]), 10)
-        # A file cannot steer the terminal.
+        for arguments, words in [([""], 'no command ""'), (["chekc"], 'did you mean "check"?'), (["info"], "FILE is missing"),
+                                 (["info", "--jsn", "x"], 'did you mean "--json"?'), (["index"], "index --help"), ([], "needed"),
+                                 (["index", "biuld"], 'did you mean "index build"?'), (["pack", "x"], "FILE is missing"),
+                                 (["set", "untitled.zelt"], "nothing to change"), (["info", "--json=x", "x"], "no value"),
+                                 (["set", "x", "--name"], "--name needs TEXT"), (["pack", "a", "b", "c"], '"c" was not')]:
+            self.assertIn(words, self.run_zelt(*arguments, code=2)[1])
+        names = [line.split("  ")[1] for line in self.run_zelt("help")[0].splitlines() if line.startswith("  ")]
+        for name in [name for name in names if name and name[0].islower() and name != "zelt COMMAND ..."]:
+            out = self.run_zelt(*name.split(), "--help")[0]
+            self.assertEqual(self.run_zelt("help", *name.split())[0], out)
+            self.assertIn("\nExamples\n  zelt ", out)
+            self.assertIn(".SS zelt " + name, self.run_zelt("generate", "man")[0])
+        self.assertIn("definition format 2.2", self.run_zelt("--version")[0])
+
+    def test_bash_completes(self):
+        self.need_posix()
+        script = self.run_zelt("generate", "bash")[0] + 'COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _zelt; echo ${COMPREPLY[@]}'
+        for words, found in [(["che"], "check"), (["index", "b"], "build"), (["info", "--js"], "--json"),
+                             (["--language", "de", "index", "build", "--j"], "--json"), (["info", "untitled"], "untitled.zelt"),
+                             (["list", "dam"], "damaged"), (["list", "untitled"], ""), (["extract", "x", "pos"], "poster"),
+                             (["set", "x", "-o", "bar"], "bar-chart.zelt"), (["new", "--platform", "c"], "crvd")]:
+            done = subprocess.run(["bash", "-c", script, "bash", "zelt", *words], capture_output=True, text=True, check=True)
+            self.assertEqual((done.stdout.strip(), done.stderr), (found, ""), words)
+
+    def test_language(self):
+        german = expected_info("lower-third.zelt", "de_DE")["name"]
+        for number, (variables, arguments) in enumerate([
+                ({}, ["--language", "de_DE"]), ({"ZELT_LANGUAGE": "fr_FR"}, ["--language", "de_DE"]), ({"LANG": "de_DE.UTF-8"}, []),
+                ({"ZELT_LANGUAGE": "de_DE", "LC_ALL": "fr_FR"}, []), ({"LC_MESSAGES": "de_DE@euro", "LANG": "fr_FR"}, []),
+                ({"LC_ALL": "C", "LANG": "de_DE"}, []), ({"LC_ALL": "fr_FR", "LANG": "de_DE"}, []), ({}, [])]):
+            with unittest.mock.patch.dict(os.environ, {"LC_ALL": "", "LC_MESSAGES": "", "LANG": "", **variables}):
+                name = json.loads(self.run_zelt("info", "--json", "lower-third.zelt", *arguments)[0])["name"]
+            self.assertEqual(name == german, number < 5, (variables, arguments, name))
+
+    def test_a_file_cannot_steer_the_terminal(self):
         self.write_package("tricky.zelt", json.dumps({"apiVersion": "2.2", "capsuleName": "a\x1b[2J\x9b\nzelt: ok"}))
         self.assertIn("a?[2J??zelt: ok\n", self.run_zelt("info", "tricky.zelt")[0])
 

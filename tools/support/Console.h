@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -20,6 +21,13 @@ void SetBinary(StandardStream stream) noexcept;
 /// Makes the console show the UTF-8 text that this program writes, until the program ends; the console's own code page
 /// is restored then. Does nothing where there is no console, and nothing outside Windows.
 void SetConsoleUTF8();
+
+/// How many columns the stream's terminal has; 0 where it is none or does not tell.
+std::size_t TerminalWidth(StandardStream stream) noexcept;
+
+/// True when the stream goes to a terminal that shows the colours of escape sequences; on Windows the console is asked
+/// to.
+bool TakesColour(StandardStream stream) noexcept;
 
 /// Writes whole lines to the stream, past the C library's buffer, so that they stay whole where programs that run side
 /// by side share it. A file and a terminal take all that is given as one. A pipe takes as one what is no longer than

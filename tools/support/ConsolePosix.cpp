@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -85,6 +87,18 @@ bool IsTerminal(StandardStream stream) noexcept
 void SetBinary(StandardStream /*stream*/) noexcept {}
 
 void SetConsoleUTF8() {}
+
+std::size_t TerminalWidth(StandardStream stream) noexcept
+{
+    struct winsize size {};
+    return ::ioctl(HandleOf(stream), TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+bool TakesColour(StandardStream stream) noexcept
+{
+    const char* terminal = std::getenv("TERM");
+    return IsTerminal(stream) && terminal != nullptr && std::string_view(terminal) != "dumb";
+}
 
 bool WriteLines(StandardStream stream, std::string_view lines) noexcept
 {

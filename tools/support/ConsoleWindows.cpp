@@ -46,6 +46,24 @@ void SetConsoleUTF8()
     }
 }
 
+std::size_t TerminalWidth(StandardStream stream) noexcept
+{
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(HandleOf(stream)));
+    return GetConsoleScreenBufferInfo(handle, &info) != 0
+               ? static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1)
+               : 0;
+}
+
+bool TakesColour(StandardStream stream) noexcept
+{
+    constexpr DWORD kEscapeSequences = 4; // ENABLE_VIRTUAL_TERMINAL_PROCESSING, which older headers lack
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(HandleOf(stream)));
+    DWORD mode = 0;
+    return IsTerminal(stream) && GetConsoleMode(handle, &mode) != 0 &&
+           SetConsoleMode(handle, mode | kEscapeSequences) != 0;
+}
+
 // The system takes what one call writes into a pipe as one, whatever its length.
 bool WriteLines(StandardStream stream, std::string_view lines) noexcept
 {

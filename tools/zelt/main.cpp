@@ -12,7 +12,7 @@ int main(int argc, char** argv)
     try {
         auto arguments = orvtools::UTF8Arguments(argc, argv);
         arguments.erase(arguments.begin(), arguments.begin() + (arguments.empty() ? 0 : 1));
-        exit = zelt::RunCommandLine(std::move(arguments));
+        exit = zelt::RunCommandLine(arguments);
     } catch (const std::exception& error) {
         zelt::ReportError(error.what());
     }

@@ -3,33 +3,13 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/panel/Gallery.h>
 #include <tools/zelt/support/Browser.h>
-
-#include <orvcore/files/FileSystem.h>
+#include <tools/zelt/support/Places.h>
 
 #include <algorithm>
 
 namespace zelt {
 
 namespace {
-
-// The full path of a folder; the name itself, reported, of one that is not there, which the library passes over.
-std::string FullPath(const std::string& folder, ExitCode& exit)
-{
-    std::string path = folder;
-    const ExitCode named = OnFile(folder, [&] {
-        std::error_code failed;
-        const orvcore::FileKind kind = orvcore::InspectTarget(ToPath(folder), failed).kind;
-        if (kind == orvcore::FileKind::Nothing && !failed) {
-            throw FileError(folder, "there is no such folder");
-        }
-        if (kind != orvcore::FileKind::Directory && !failed) {
-            throw FileError(folder, "it is not a folder");
-        }
-        path = ToText(ToFullPath(folder));
-    });
-    exit = named == ExitCode::kDone ? exit : named;
-    return path;
-}
 
 ExitCode ReportFailures(const std::vector<orvcapsule::FolderFailure>& failures)
 {
@@ -52,16 +32,11 @@ ExitCode ReportLeftOut(const std::vector<lumolibmanager::LeftOut>& leftOut)
 template <class Work>
 ExitCode Browse(const Places& places, bool progressive, Work&& work)
 {
-    if (places.folders.empty() && places.libraries.empty()) {
-        ReportError("there is nothing to look into: give a FOLDER or --libraries ROOT");
+    if (!NamePlaces(places)) {
         return ExitCode::kBadUsage;
     }
     ExitCode exit = ExitCode::kDone;
-    Places full;
-    for (const std::string& folder : places.folders) {
-        full.folders.push_back(FullPath(folder, exit));
-    }
-    full.libraries = places.libraries.empty() ? "" : FullPath(places.libraries, exit);
+    const Places full = FullPlaces(places, exit);
     const ExitCode listed = OnFile(places.folders.empty() ? places.libraries : places.folders.front(), [&] {
         Browser browser(full.folders, full.libraries);
         const Entries entries = browser.List(progressive);

@@ -8,6 +8,6 @@
 namespace zelt {
 
 /// Understands the program's arguments, UTF-8 and without the program's name, and runs the command they name.
-ExitCode RunCommandLine(std::vector<std::string> arguments);
+ExitCode RunCommandLine(const std::vector<std::string>& arguments);
 
 } // namespace zelt

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tools/zelt/commandline/Program.h>
 #include <tools/zelt/output/Errors.h>
 #include <tools/zelt/support/Interrupt.h>
 
@@ -83,8 +84,7 @@ struct NewOptions {
 };
 ExitCode RunNew(const NewOptions& options);
 
-/// The first folder is listed with all below it, the others without sub-folders.
-/// Where templates are looked for.
+/// Where templates are looked for. The first folder is listed with all below it, the others without sub-folders.
 struct Places {
     std::vector<std::string> folders;
     std::string libraries; ///< the folder that holds the cloud libraries; empty: none
@@ -105,6 +105,13 @@ struct SearchOptions {
     bool isLong = false;
 };
 ExitCode RunSearch(const SearchOptions& options);
+
+struct BrowseOptions {
+    Places places;
+    std::size_t port = 0; ///< 0: a free one
+    bool noOpen = false;
+};
+ExitCode RunBrowse(const BrowseOptions& options);
 
 struct GalleryOptions {
     Places places;
@@ -175,5 +182,17 @@ struct BrokerOptions {
     std::optional<std::string> messages; ///< a number, after which it ends
 };
 ExitCode RunBroker(const BrokerOptions& options);
+
+struct HelpOptions {
+    std::vector<std::string> words;
+};
+ExitCode RunHelp(const HelpOptions& options);
+/// Prints help on a command, a group of them (the first word of their names), or all when the name is empty.
+ExitCode PrintHelp(const Program& program, const std::string& name);
+
+struct GenerateOptions {
+    std::string what;
+};
+ExitCode RunGenerate(const GenerateOptions& options);
 
 } // namespace zelt

@@ -151,6 +151,25 @@ Browser::Texts Browser::RequestTexts(const std::function<void()>& request, SetCa
     return texts;
 }
 
+void Browser::RunCalls(std::chrono::milliseconds time)
+{
+    const auto end = std::chrono::steady_clock::now() + time;
+    for (auto now = end - time; now < end; now = std::chrono::steady_clock::now()) {
+        orvcore::WaitForMainThreadCalls(std::chrono::ceil<std::chrono::milliseconds>(end - now));
+        orvcore::RunMainThreadCalls(time);
+    }
+}
+
+std::string Browser::TakeFailure()
+{
+    try {
+        failure_->Throw();
+        return "";
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
 void Browser::Await(const bool& answered)
 {
     // A signal cannot wake the wait, so it is asked for now and then.

@@ -7,6 +7,7 @@
 #include <manager/GraphicSourceManager.h>
 #include <sources/GraphicSource.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <set>
@@ -48,6 +49,17 @@ public:
     {
         return interrupt_;
     }
+    /// @name For a host that sets callbacks and makes requests by itself
+    /// @{
+    orvcapsule::GraphicSourceManager& GetManager() const noexcept
+    {
+        return *manager_;
+    }
+    /// Runs the main thread's calls, those too that come within this time.
+    void RunCalls(std::chrono::milliseconds time);
+    /// What ended a background task since this was asked last, in words; empty when nothing did.
+    std::string TakeFailure();
+    /// @}
     /// The folders that could not be listed, and why.
     std::vector<orvcapsule::FolderFailure> GetFolderFailures() const;
     /// What of the cloud libraries was not listed, and why.

@@ -111,7 +111,7 @@ export class Details extends EventTarget {
       const language = this.templates.state.language;
       this.#language = locales.includes(language) ? language : locales.includes('en_US') ? 'en_US' : (locales[0] ?? language);
       this.#draw();
-      const findings = await this.templates.findings(row);
+      const findings = found.findings ?? (await this.templates.findings(row));
       if (row === this.#row) {
         this.#panel.querySelector('.check')?.replaceWith(h('div', { class: 'check' }, findingsOf(findings)));
       }
@@ -154,11 +154,17 @@ export class Details extends EventTarget {
 
   #media(row) {
     const poster = row.flags & kPoster ? this.templates.preview(row, 'poster') : null;
-    if (row.flags & kVideo) {
-      return h('video', { class: 'media', controls: true, muted: true, loop: true, playsInline: true, preload: 'metadata', poster,
-        src: this.templates.preview(row, 'video'), 'aria-label': `Preview of ${row.name}` });
+    if (!(row.flags & kVideo)) {
+      return poster ? h('img', { class: 'media', src: poster, alt: `Picture of ${row.name}` }) : h('div', { class: 'media blank' }, 'No picture');
     }
-    return poster ? h('img', { class: 'media', src: poster, alt: `Picture of ${row.name}` }) : h('div', { class: 'media blank' }, 'No picture');
+    const video = h('video', { class: 'media', muted: true, loop: true, playsInline: true, preload: 'none', poster,
+      src: this.templates.preview(row, 'video'), 'aria-label': `Preview of ${row.name}` });
+    const button = h('button', { type: 'button', class: 'play', onclick: () => (video.paused ? video.play().catch(() => {}) : video.pause()) }, 'Play preview');
+    video.addEventListener('click', () => button.click());
+    video.addEventListener('play', () => button.replaceChildren('Pause preview'));
+    video.addEventListener('pause', () => button.replaceChildren('Play preview'));
+    video.addEventListener('error', () => button.replaceWith(h('p', { class: 'hint' }, 'The preview cannot be played here.')));
+    return h('div', { class: 'player' }, video, button);
   }
 
   #isEditable() {

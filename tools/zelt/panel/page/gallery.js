@@ -4,18 +4,17 @@ import { makeRow } from './catalogue.js';
 
 const kPart = 1000; // as many files a folder
 
-const waiting = new Map();
-globalThis.zeltGallery = (name, content) => waiting.get(name)?.(content);
+const told = new Map(); // by name, what a file has told until its end is reached
+globalThis.zeltGallery = (name, content) => told.set(name, content);
 
 /// What a file of the gallery holds.
 function load(name) {
   return new Promise((resolve, reject) => {
-    waiting.set(name, resolve);
     const script = document.createElement('script');
     script.src = `${name}.js`;
     script.onerror = () => reject(new Error(`${name}.js is missing`));
     script.onload = () => {
-      waiting.delete(name);
+      resolve(told.get(name));
       script.remove();
     };
     document.head.append(script);
@@ -48,7 +47,6 @@ export class GalleryTemplates extends EventTarget {
   suggest = async (text) => this.catalogue.suggest(text);
   preview = (row, kind) => placeOf(kind, row.id) + (kind === 'poster' ? '.png' : '.mp4');
   details = (row) => load(placeOf('details', row.id));
-  findings = async (row) => (await this.details(row)).findings;
 
   async setLanguage(language) {
     this.state = { ...this.state, language };

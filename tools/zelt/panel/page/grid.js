@@ -26,6 +26,9 @@ export function badgesOf(row) {
 }
 
 function metaOf(row) {
+  if (row.flags & kUnreadable && row.reason) {
+    return row.reason;
+  }
   const frame = row.width > 0 ? `${row.width} × ${row.height}` : '';
   return [authorText(row.author), frame, row.size > 0 ? sizeText(row.size) : ''].filter(Boolean).join(' · ');
 }

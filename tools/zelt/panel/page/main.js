@@ -206,6 +206,9 @@ templates.addEventListener('lost', () => showProblems([], true));
 templates.addEventListener('found', () => showProblems(templates.state.problems));
 catalogue.addEventListener('change', showRows);
 
+const size = byId('size');
+size.value = innerWidth >= 2400 ? 320 : 220; // a wide screen is far away
+grid.cardWidth = Number(size.value);
 catalogue.language = asked.lang;
 catalogue.order = asked.sort;
 catalogue.filter = { folder: asked.folder, state: asked.state, author: asked.author };

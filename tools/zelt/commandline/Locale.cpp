@@ -1,4 +1,4 @@
-#include <tools/zelt/commands/Locale.h>
+#include <tools/zelt/commandline/Locale.h>
 
 #include <tools/zelt/output/Errors.h>
 

@@ -1,0 +1,61 @@
+#include <tools/zelt/commands/Commands.h>
+#include <tools/zelt/commands/table/CommandTable.h>
+
+namespace zelt {
+
+namespace {
+
+void AddPlaces(Command& command, Places& places)
+{
+    command.Argument("[FOLDER...]", places.folders,
+                     "Folders of packages: the first with all below it, the others without their sub-folders");
+    command.Option("--libraries ROOT", places.libraries, "Folder that holds cloud libraries, all of which count");
+}
+
+} // namespace
+
+std::vector<Command> BrowsingCommands()
+{
+    return {
+        Define("list", "List the templates in folders", &RunList,
+               [](Command& command, ListOptions& options) {
+                   AddPlaces(command, options.places);
+                   command.Option("--json", options.json, "One JSON object for each template, on one line");
+                   command.Option("--long", options.isLong, "Everything that is known of each template");
+                   command.Option("--progress", options.progress, "Tell how far it is even when no terminal is there");
+                   command.Example("list ~/Templates", "all templates in a folder and below it");
+               }),
+        Define("search", "List the templates in folders that all terms find", &RunSearch,
+               [](Command& command, SearchOptions& options) {
+                   AddPlaces(command, options.places);
+                   command.Argument("[-- TERM...]", options.terms, "Text contained in a name or a tag");
+                   command.Option("--json", options.json, "One JSON object for each template, on one line");
+                   command.Option("--long", options.isLong, "Everything that is known of each template");
+                   command.Example("search ~/Templates -- news title", "the templates that both words find");
+               }),
+        Define("tags", "Print the names and tags in folders with a word that begins so", &RunTags,
+               [](Command& command, TagsOptions& options) {
+                   AddPlaces(command, options.places);
+                   command.Argument("[-- PREFIX...]", options.terms, "One beginning of a word; may be empty");
+                   command.Option("--json", options.json, "One JSON object for each text, on one line");
+                   command.Example("tags ~/Templates -- cou", "what a search field suggests");
+               }),
+        Define("browse", "Show the templates in folders in the web browser", &RunBrowse,
+               [](Command& command, BrowseOptions& options) {
+                   AddPlaces(command, options.places);
+                   command.Option("--port N", options.port, "Port of the page on this machine (default: a free one)");
+                   command.Option("--no-open", options.noOpen, "Tell the page's address and open no browser");
+                   command.Example("browse ~/Templates", "posters, videos, search, details and changes");
+               }),
+        Define("gallery", "Write a page that shows the templates in folders as files", &RunGallery,
+               [](Command& command, GalleryOptions& options) {
+                   AddPlaces(command, options.places);
+                   command.Option("-o, --output DIR", options.output,
+                                  "A new or empty folder, or an earlier gallery, which is replaced")
+                       .isRequired = true;
+                   command.Example("gallery ~/Templates -o /srv/www/templates", "for a web server or a shared disk");
+               }),
+    };
+}
+
+} // namespace zelt
