@@ -17,15 +17,15 @@ const kOrders = {
 
 /// A row as it travels: the names are a text or an object from locale to text.
 export function makeRow([id, names, folder, author, size, duration, width, height, modified, flags, tags, reason], language) {
-  const row = { id, names, folder, author, size, duration, width, height, modified, flags, tags, reason: reason ?? '' };
-  setLanguage(row, language);
-  return row;
+  return named({ id, names, folder, author, size, duration, width, height, modified, flags, tags, reason: reason ?? '' }, language);
 }
 
-function setLanguage(row, language) {
+// The row with its texts in a language.
+function named(row, language) {
   row.name = pick(row.names, language);
   row.key = sortKey(row.name);
   row.text = ''; // folded when a search first asks for it
+  return row;
 }
 
 function textOf(row) {
@@ -69,8 +69,8 @@ export class Catalogue extends EventTarget {
 
   setLanguage(language) {
     this.language = language;
-    this.rows.forEach((row) => setLanguage(row, language));
-    this.sorted.sort(this.#compare);
+    this.rows.forEach((row, id) => this.rows.set(id, named({ ...row }, language))); // a new row is drawn anew
+    this.sorted = [...this.rows.values()].sort(this.#compare);
     this.#select();
   }
 

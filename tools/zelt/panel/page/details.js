@@ -4,7 +4,7 @@ import { drawControls } from './controls.js';
 import { byId, fill, h } from './dom.js';
 import { badgesOf } from './grid.js';
 import { askWhere } from './saving.js';
-import { authorText, count, dateText, durationText, languageName, pick, sizeText, tagOf } from './text.js';
+import { authorText, count, dateText, durationText, languageName, pick, sentence, sizeText, tagOf } from './text.js';
 
 const section = (title, ...children) => h('section', {}, h('h3', {}, title), ...children);
 const list = (items) => h('ul', { class: 'chips' }, items.map((item) => h('li', { dir: 'auto' }, item)));
@@ -32,7 +32,7 @@ function findingsOf(findings) {
   }
   return h('ul', { class: 'findings' }, findings.map(({ severity, text, place }) => h('li', { class: severity },
     h('span', { class: `badge ${severity === 'error' ? 'bad' : 'warn'}` }, severity === 'error' ? 'Error' : 'Warning'),
-    h('span', {}, text), place ? h('span', { class: 'hint' }, place) : null)));
+    h('span', {}, sentence(text)), place ? h('span', { class: 'hint' }, place) : null)));
 }
 
 export class Details extends EventTarget {
@@ -130,7 +130,7 @@ export class Details extends EventTarget {
   }
 
   #tell(text) {
-    this.#panel.querySelector('.told')?.replaceChildren(text);
+    this.#panel.querySelector('.told')?.replaceChildren(sentence(text));
   }
 
   #draw() {
@@ -141,7 +141,7 @@ export class Details extends EventTarget {
       h('header', {}, h('h2', { dir: 'auto', lang: tagOf(this.templates.state.language) }, row.name),
         h('button', { type: 'button', class: 'plain', 'aria-label': 'Close details', 'data-keep': 'close', onclick: () => this.close() }, '✕')),
       h('div', { class: 'body' }, this.#media(row),
-        h('p', { class: 'told', role: 'status' }, this.#found?.error ?? ''),
+        h('p', { class: 'told', role: 'status' }),
         badgesOf(row).filter(([, , why]) => why).map(([kind, text, why]) => h('p', { class: 'why' }, h('span', { class: `badge ${kind}` }, text), ` ${why}`)),
         this.#found ? this.#sections(row, this.#found) : h('div', { class: 'skeleton', 'aria-label': 'Loading' }, h('i'), h('i'), h('i'))),
       this.#found && this.#isEditable() ? this.#bar() : null);

@@ -1,7 +1,7 @@
 // The grid of posters. Only the cards near the window are in the document, however many templates there are.
 import { h } from './dom.js';
 import { kNeedsNewer, kPoster, kStock, kUnreadable, kVideo } from './catalogue.js';
-import { authorText, durationText, sizeText, tagOf } from './text.js';
+import { authorText, durationText, sentence, sizeText, tagOf } from './text.js';
 
 const kLabelHeight = 54;
 const kRowsBeyond = 2;
@@ -14,7 +14,7 @@ const calm = matchMedia('(prefers-reduced-motion: reduce)');
 export function badgesOf(row) {
   const badges = [];
   if (row.flags & kUnreadable) {
-    badges.push(['bad', 'Cannot be read', row.reason]);
+    badges.push(['bad', 'Cannot be read', sentence(row.reason)]);
   }
   if (row.flags & kNeedsNewer) {
     badges.push(['warn', 'Needs a newer host', row.reason || 'Made for a newer version of the compositing host than this one.']);
@@ -27,7 +27,7 @@ export function badgesOf(row) {
 
 function metaOf(row) {
   if (row.flags & kUnreadable && row.reason) {
-    return row.reason;
+    return sentence(row.reason);
   }
   const frame = row.width > 0 ? `${row.width} × ${row.height}` : '';
   return [authorText(row.author), frame, row.size > 0 ? sizeText(row.size) : ''].filter(Boolean).join(' · ');

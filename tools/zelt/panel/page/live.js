@@ -4,7 +4,7 @@ import { makeRow } from './catalogue.js';
 async function answerOf(response) {
   const answer = await response.json().catch(() => ({ error: `zelt answered ${response.status}` }));
   if (!response.ok) {
-    throw Object.assign(new Error(answer.error ?? `zelt answered ${response.status}`), { problems: answer.problems ?? [] });
+    throw new Error(answer.error ?? `zelt answered ${response.status}`);
   }
   return answer;
 }

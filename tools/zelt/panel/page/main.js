@@ -34,18 +34,11 @@ function showRows() {
   details.follow(catalogue);
 }
 
-// Screen readers speak what changes here: often is too often, so only the first and the last of many are told.
-const tellLast = debounced((text) => {
-  byId('count').textContent = text;
-  toldAt = performance.now();
-}, 250);
-let toldAt = -Infinity;
+// Screen readers speak what changes here: often is too often.
+const speak = debounced((text) => { byId('spoken').textContent = text; }, 500);
 function tell(text) {
-  if (performance.now() - toldAt > 1000) {
-    byId('count').textContent = text;
-    toldAt = performance.now();
-  }
-  tellLast(text);
+  byId('count').textContent = text;
+  speak(text);
 }
 
 function showEmpty() {

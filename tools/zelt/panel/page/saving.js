@@ -1,5 +1,6 @@
 // Asks where a changed template is to be stored. The original is replaced only by a choice of its own.
 import { byId, fill, h } from './dom.js';
+import { sentence } from './text.js';
 
 /// @param store  ({ file, replace }) → a promise of what was stored; its error is shown, and the user may try again
 /// @return what was stored, or null
@@ -21,7 +22,7 @@ export function askWhere(row, found, store) {
         stored = await store({ replace, file: replace ? '' : name.value.trim() });
         dialog.close();
       } catch (error) {
-        fill(told, h('p', {}, error.message), (error.problems ?? []).map((problem) => h('p', {}, problem)));
+        fill(told, error.message.split('\n').map((line) => h('p', {}, sentence(line))));
       } finally {
         button.disabled = false;
       }

@@ -55,6 +55,9 @@ export function durationText(ms) {
   return `${Math.floor(seconds / 60)}:${String(Math.floor(seconds % 60)).padStart(2, '0')} min`;
 }
 
+/// A text of a program as a person writes it: with a capital letter.
+export const sentence = (text) => text.charAt(0).toUpperCase() + text.slice(1);
+
 export const count = (n, noun) => `${n.toLocaleString('en')} ${noun}${n === 1 ? '' : 's'}`;
 
 const kAuthors = { tsfx: 'Tessel', crvd: 'Corvid', brsk: 'Brisk' };
