@@ -23,6 +23,7 @@ find_package(Boost 1.81 REQUIRED)
 find_package(simdjson REQUIRED)
 orv_find_library(orv::libzip zip.h zip)
 orv_find_library(orv::zlib zlib.h z)
+orv_find_library(orv::libcurl curl/curl.h curl)
 orv_find_library(orv::sqlite3 sqlite3.h sqlite3)
 orv_find_library(orv::utf8proc utf8proc.h utf8proc)
 

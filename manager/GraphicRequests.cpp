@@ -1,6 +1,7 @@
 #include <manager/detail/Delivery.h>
 #include <manager/detail/Listing.h>
 #include <manager/detail/ManagerState.h>
+#include <manager/detail/StockPaging.h>
 #include <manager/detail/TaskEnd.h>
 
 #include <orvcore/files/Paths.h>
@@ -8,11 +9,6 @@
 namespace orvcapsule {
 
 namespace {
-
-void SearchStock(const std::vector<orvcore::UTF16String>& /*terms*/, const detail::TokenPtr& /*token*/)
-{
-    // A stock search needs exactly one source, the stock source; the library has none yet, so there is no result.
-}
 
 void SearchIndex(const detail::ManagerState& state, const std::vector<orvcore::UTF16String>& terms,
                  const detail::TokenPtr& token, const std::shared_ptr<GraphicSourceManager::TextSetCallback>& callback)
@@ -50,7 +46,7 @@ void GraphicSourceManager::RequestGraphics(const std::vector<orvcore::UTF16Strin
             SearchIndex(state, terms, token, callback);
         });
     } else {
-        state_->Post(token, [terms, token] { SearchStock(terms, token); });
+        detail::PostStockSearch(*state_, terms, token);
     }
 }
 
@@ -62,7 +58,7 @@ void GraphicSourceManager::RequestDefaultGraphicSet(const std::vector<GraphicSou
     if (hasIndex) {
         detail::PostListing(*state_, states, showProgress, token);
     } else {
-        state_->Post(token, [token] { SearchStock({}, token); });
+        detail::PostStockSearch(*state_, {}, token);
     }
 }
 

@@ -28,6 +28,7 @@ void GraphicSourceManager::Shutdown()
     SetLocalRequestCallback(nullptr);
     SetStockRequestCallback(nullptr);
     SetLocalRequestEntriesFoundCallback(nullptr);
+    SetStockFailureCallback(nullptr);
     state_->SetCallback(&detail::Callbacks::databaseRequest, {});
     state_->SetCallback(&detail::Callbacks::databaseTagRequest, {});
     Abort();
@@ -83,6 +84,11 @@ void GraphicSourceManager::SetStockRequestCallback(const std::shared_ptr<Request
 void GraphicSourceManager::SetLocalRequestEntriesFoundCallback(const std::shared_ptr<EntriesFoundCallback>& callback)
 {
     state_->SetCallback(&detail::Callbacks::entriesFound, callback);
+}
+
+void GraphicSourceManager::SetStockFailureCallback(const std::shared_ptr<StockFailureCallback>& callback)
+{
+    state_->SetCallback(&detail::Callbacks::stockFailure, callback);
 }
 
 void GraphicSourceManager::SetLocalRequestPartialCompletionCallback(

@@ -14,6 +14,8 @@
 
 namespace orvcapsule {
 
+struct StockSearchFailure; // stock/StockSource.h
+
 namespace detail {
 class ManagerState;
 }
@@ -51,6 +53,8 @@ public:
     using RequestCallback = std::function<void(ResultMap&, int first, int total)>;
     /// Entries that a listing in progress has found since the last such call, at least one, all of one source.
     using EntriesFoundCallback = std::function<void(const EntryList&)>;
+    /// Why a page of a stock search did not arrive, and with it all that would have followed.
+    using StockFailureCallback = std::function<void(const StockSearchFailure&)>;
     /// One source's entries, the number of entries delivered so far with these, the number expected in all (-1 while
     /// that is unknown), and the source's identifier.
     using PartialCompletionCallback =
@@ -100,6 +104,7 @@ public:
     /// nothing else until the local-request callback has the sorted map; only what a source that failed halfway had
     /// found may be missing from that. Relistings of one folder have no such calls.
     void SetLocalRequestEntriesFoundCallback(const std::shared_ptr<EntriesFoundCallback>& callback);
+    void SetStockFailureCallback(const std::shared_ptr<StockFailureCallback>& callback);
     void SetLocalRequestPartialCompletionCallback(const std::shared_ptr<PartialCompletionCallback>& callback);
     void SetLocalDirectoryRequestCallback(const std::shared_ptr<DirectoryCallback>& callback);
     void SetDatabaseRequestCallback(const std::shared_ptr<TextSetCallback>& callback);
@@ -110,14 +115,18 @@ public:
     /// A newer request of the same kind cancels the older one.
     /// @throws std::bad_weak_ptr  when the manager is not owned by a shared pointer.
     /// @{
-    /// Searches. Index mode: the database callback receives the paths of the templates that every term finds.
+    /// Searches. Index mode: the database callback receives the paths of the templates that every term finds. Stock
+    /// mode: the stock callback receives one page after the other, up to a hundred results each and a thousand in all,
+    /// as the stock source gets them; an error, which the stock-failure callback is told of, ends that. A manager
+    /// whose only source is not a `StockSource` finds nothing.
     void RequestGraphics(const std::vector<orvcore::UTF16String>& terms);
-    /// Lists everything. Index mode: the search index is emptied and filled anew. The entries-found callback receives
-    /// entries while sources are being listed, the partial-completion callback those of each source when it is; at the
-    /// end, when all are indexed, the local-request callback receives all entries, sorted. When a source fails, the
-    /// entries that it handed out before are delivered and indexed, too. With `showProgress` the host's progress
-    /// display shows the listing, and each source receives the folders that `states` names for it; the local folder
-    /// source ignores them and lists all its folders.
+    /// Lists everything. Stock mode: as a search without terms; the arguments do not matter. Index mode: the search
+    /// index is emptied and filled anew. The entries-found callback receives entries while sources are being listed,
+    /// the partial-completion callback those of each source when it is; at the end, when all are indexed, the
+    /// local-request callback receives all entries, sorted. When a source fails, the entries that it handed out before
+    /// are delivered and indexed, too. With `showProgress` the host's progress display shows the listing, and each
+    /// source receives the folders that `states` names for it; the local folder source ignores them and lists all its
+    /// folders.
     void RequestDefaultGraphicSet(const std::vector<GraphicSourceState>& states, bool showProgress);
     /// Suggests tags (index mode only): the tag callback receives those that hold a word beginning with `text`.
     void RequestSimilarTags(const orvcore::UTF16String& text);

@@ -154,6 +154,11 @@ void ManagerState::Post(const TokenPtr& token, std::function<void()> task)
     }
 }
 
+std::shared_ptr<GraphicSourceManager> ManagerState::ShareOwner() const
+{
+    return owner_.shared_from_this();
+}
+
 void ManagerState::StopTasks()
 {
     executor_->Stop();

@@ -27,6 +27,7 @@ struct Callbacks {
     std::shared_ptr<GraphicSourceManager::RequestCallback> localRequest;
     std::shared_ptr<GraphicSourceManager::DirectoryCallback> localDirectory;
     std::shared_ptr<GraphicSourceManager::RequestCallback> stockRequest;
+    std::shared_ptr<GraphicSourceManager::StockFailureCallback> stockFailure;
     std::shared_ptr<GraphicSourceManager::TextSetCallback> databaseRequest;
     std::shared_ptr<GraphicSourceManager::TextSetCallback> databaseTagRequest;
 };
@@ -91,6 +92,9 @@ public:
     /// the request's progress.
     /// @throws std::bad_weak_ptr  when the manager is not owned by a shared pointer.
     void Post(const TokenPtr& token, std::function<void()> task);
+    /// What keeps this state alive beyond the tasks.
+    /// @throws std::bad_weak_ptr  as Post does.
+    std::shared_ptr<GraphicSourceManager> ShareOwner() const;
     /// Starts no further task.
     void StopTasks();
 

@@ -21,7 +21,7 @@ public:
     Impl(Handler handler, ServerOptions options);
     ~Impl();
 
-    void Accept();
+    void Start();
     void Stop();
     const tcp::endpoint& Endpoint() const noexcept
     {
@@ -29,6 +29,7 @@ public:
     }
 
 private:
+    void Accept();
     void OnAccepted(const boost::system::error_code& error, tcp::socket socket);
 
     detail::Shared shared_;    // before the context, whose end destroys connections that use it
@@ -63,13 +64,17 @@ Server::Impl::Impl(Handler handler, ServerOptions options)
     , pause_(context_)
     , endpoint_(acceptor_.local_endpoint())
 {
-    Accept();
-    thread_ = std::thread([this] { context_.run(); });
 }
 
 Server::Impl::~Impl()
 {
     Stop();
+}
+
+void Server::Impl::Start()
+{
+    Accept();
+    thread_ = std::thread([this] { context_.run(); });
 }
 
 void Server::Impl::Accept()
@@ -116,6 +121,7 @@ void Server::Impl::Stop()
 Server::Server(Handler handler, ServerOptions options)
     : impl_(std::make_unique<Impl>(std::move(handler), std::move(options)))
 {
+    impl_->Start(); // a handler may ask for the port: from here on it is there
 }
 
 Server::~Server() = default;

@@ -39,7 +39,8 @@ public:
     /// answered with status 500 and no more. Long work belongs elsewhere: Stop waits for handlers that run.
     using Handler = std::function<Response(const Request&)>;
 
-    /// Listens from now on.
+    /// Listens from now on. A handler that uses the server's owner may be called before the owner is complete: make the
+    /// server its last member.
     /// @throws std::system_error  when the address is none, is not this machine's, or the port is taken
     explicit Server(Handler handler, ServerOptions options = {});
     Server(const Server&) = delete;

@@ -1,11 +1,12 @@
 #include <orvcore/tasks/Executor.h>
-#include <orvcore/tasks/detail/CallAtExit.h>
 #include <orvcore/tasks/shared/NoDestructor.h>
+#include <orvcore/tasks/shared/ProcessEnd.h>
 #include <orvcore/tasks/shared/ThreadPoolExecutor.h>
 
 #include <atomic>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace orvcore {
 
@@ -22,6 +23,34 @@ HandlerSlot& TheHandler()
 {
     static NoDestructor<HandlerSlot> slot;
     return *slot;
+}
+
+struct EndCalls {
+    std::mutex mutex;
+    std::vector<void (*)(ProcessEnd) noexcept> calls;
+};
+
+EndCalls& TheEndCalls()
+{
+    static NoDestructor<EndCalls> calls;
+    return *calls;
+}
+
+void EndServices(ProcessEnd reason) noexcept
+{
+    std::vector<void (*)(ProcessEnd) noexcept> calls;
+    {
+        const std::lock_guard lock(TheEndCalls().mutex);
+        calls.swap(TheEndCalls().calls);
+    }
+    for (const auto end : calls) {
+        end(reason);
+    }
+}
+
+void EndServicesAtExit() noexcept
+{
+    EndServices(ProcessEnd::Exit);
 }
 
 struct Executors {
@@ -43,7 +72,7 @@ void StopAtExit() noexcept;
 Executors& TheExecutors()
 {
     static NoDestructor<Executors> executors;
-    static const bool prepared = (KeepModuleLoaded(&terminating), detail::CallAtExit(&StopAtExit), true);
+    static const bool prepared = (KeepModuleLoaded(&terminating), CallAtExit(&StopAtExit), true);
     static_cast<void>(prepared);
     return *executors;
 }
@@ -52,6 +81,7 @@ Executors& TheExecutors()
 void StopAtExit() noexcept
 {
     TheExecutors().BeginTermination();
+    EndServicesAtExit();
     TheExecutors().cpuBound->WaitUntilIdle(std::chrono::seconds(2));
 }
 
@@ -88,8 +118,21 @@ void ShutdownExecutors()
 {
     Executors& executors = TheExecutors();
     executors.BeginTermination();
+    EndServices(ProcessEnd::Shutdown);
     executors.preTermination->Stop();
     executors.cpuBound->Stop();
+}
+
+bool CallAtEnd(void (*end)(ProcessEnd) noexcept)
+{
+    // Under the lock: either EndServices finds the call, or this finds that it is too late.
+    const std::lock_guard lock(TheEndCalls().mutex);
+    if (terminating) {
+        return false;
+    }
+    TheEndCalls().calls.push_back(end);
+    CallAtExit(&EndServicesAtExit); // its turn comes in the order of these calls, not in that of the executors
+    return true;
 }
 
 bool IsTerminating() noexcept

@@ -1,5 +1,5 @@
 #include <orvcore/tasks/Executor.h>
-#include <orvcore/tasks/detail/CallAtExit.h>
+#include <orvcore/tasks/shared/ProcessEnd.h>
 
 #include <cstdlib>
 #include <dlfcn.h>
@@ -14,7 +14,7 @@ void KeepModuleLoaded(const void* addressInside) noexcept
     }
 }
 
-void detail::CallAtExit(void (*function)()) noexcept
+void CallAtExit(void (*function)()) noexcept
 {
     static_cast<void>(std::atexit(function)); // if it fails, exit does not wait for tasks that run
 }

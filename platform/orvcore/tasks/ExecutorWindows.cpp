@@ -1,5 +1,5 @@
 #include <orvcore/tasks/Executor.h>
-#include <orvcore/tasks/detail/CallAtExit.h>
+#include <orvcore/tasks/shared/ProcessEnd.h>
 
 #include <windows.h>
 
@@ -12,6 +12,6 @@ void KeepModuleLoaded(const void* addressInside) noexcept
                        static_cast<LPCWSTR>(addressInside), &module);
 }
 
-void detail::CallAtExit(void (*)()) noexcept {}
+void CallAtExit(void (*)()) noexcept {}
 
 } // namespace orvcore
