@@ -6,9 +6,9 @@
 #include <orvcore/files/Paths.h>
 #include <orvcore/host/DebugSettings.h>
 #include <orvcore/text/Guid.h>
-#include <orvcore/text/shared/HashMixer.h>
 #include <package/Workspace.h>
 #include <sources/detail/ListingNotes.h>
+#include <sources/detail/NoteFile.h>
 #include <sources/detail/NoteFormat.h>
 
 #include <boost/make_shared.hpp>
@@ -20,12 +20,8 @@
 namespace {
 
 using namespace orvcapsule;
-using Entry = boost::shared_ptr<CapsuleEntry>;
 
-struct Notes {
-    std::vector<Entry> entries;
-    std::vector<detail::NotedFile> states;
-};
+using Notes = std::vector<detail::NotedEntry>;
 
 [[noreturn]] void Fail(const char* what)
 {
@@ -54,8 +50,7 @@ Notes MakeNotes()
         state.facts.kind = orvcore::FileKind::File;
         state.facts.size = 1000;
         state.isKnown = true;
-        notes.entries.push_back(entry);
-        notes.states.push_back(state);
+        notes.push_back({entry, state});
     }
     return notes;
 }
@@ -80,7 +75,7 @@ const std::filesystem::path& File()
             before.insert(each.path());
         }
         const Notes notes = MakeNotes();
-        ListedNotes().Save(notes.entries, notes.states);
+        ListedNotes().Save({&notes[0], &notes[1], &notes[2]});
         for (const auto& each : std::filesystem::directory_iterator(folder)) {
             if (each.path().extension() == ".notes" && before.count(each.path()) == 0) {
                 return each.path();
@@ -93,8 +88,7 @@ const std::filesystem::path& File()
 
 void WriteFile(const std::string& notes)
 {
-    const orvcore::Guid sum = orvcore::HashMixer().Add(notes).GetResult();
-    const std::string bytes = std::string(sum.bytes.begin(), sum.bytes.end()) + notes;
+    const std::string bytes = detail::TableOfNotes(notes) + notes;
     if (orvcore::WriteBufferToFile(File(), bytes.data(), bytes.size()) < 0) {
         Fail("the file of notes cannot be written");
     }
@@ -113,8 +107,7 @@ Notes Recall(std::string_view records)
         detail::NotedFile state;
         state.facts.kind = orvcore::FileKind::File;
         if (detail::TakeState(rest, state) && known.Recall(*entry, state)) {
-            notes.entries.push_back(entry);
-            notes.states.push_back(state);
+            notes.push_back({entry, state});
         }
     }
     return notes;
@@ -123,8 +116,8 @@ Notes Recall(std::string_view records)
 std::string Written(const Notes& notes)
 {
     std::string records;
-    for (std::size_t i = 0; i < notes.entries.size(); ++i) {
-        detail::AppendNote(records, *notes.entries[i], notes.states[i]);
+    for (const detail::NotedEntry& each : notes) {
+        detail::AppendNote(records, *each.entry, each.noted);
     }
     return records;
 }

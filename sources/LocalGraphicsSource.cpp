@@ -108,15 +108,15 @@ std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
     if (!root_.empty()) {
         directories.insert(orvcore::PathToUTF8(root_));
     }
-    const detail::FoundPackages found =
-        detail::FindPackages(root_, Depth::AllBelow, [] { return orvcore::IsTerminating(); });
+    const detail::FoundPackages found = detail::FindPackages(
+        root_, Depth::AllBelow, [](const auto&, const auto&) {}, [] { return orvcore::IsTerminating(); });
     for (const FolderFailure& failure : found.failures) {
         if (detail::ConcernsWholeWalk(failure.reason) || orvcore::PathFromUTF8(failure.folder) == root_) {
             throw unlisted_folders_exception({failure});
         }
     }
-    for (const detail::FolderOfPackages& folder : found.folders) {
-        directories.insert(orvcore::PathToUTF8(folder.folder));
+    for (const detail::FolderPath& folder : found.folders) {
+        directories.insert(orvcore::PathToUTF8(*folder));
     }
     for (const auto& [name, path] : customDirectories_) {
         if (orvcore::IsDirectory(orvcore::PathFromUTF8(path))) {

@@ -10,6 +10,18 @@
 
 namespace orvcapsule::detail {
 
+namespace {
+
+// A screen fills at once, and a hundred thousand entries do not cost as many calls: batches grow with what came before.
+std::size_t BatchAfter(std::size_t taken)
+{
+    constexpr std::size_t kSmallest = 16;
+    constexpr std::size_t kLargest = 1024;
+    return std::clamp(taken / 4, kSmallest, kLargest);
+}
+
+} // namespace
+
 void FoundEntries::Add(const EntryList::value_type& entry)
 {
     {
@@ -18,27 +30,32 @@ void FoundEntries::Add(const EntryList::value_type& entry)
             return;
         }
         pending_.push_back(entry);
-        if (pending_.size() != enough_) {
+        if (pending_.size() < BatchAfter(taken_)) {
             return;
         }
     }
-    changed_.notify_one();
+    if (onEnough_) {
+        onEnough_();
+    }
 }
 
-bool FoundEntries::Await()
+void FoundEntries::SetOnEnough(std::function<void()> onEnough)
 {
-    constexpr std::chrono::milliseconds kInterval(25);
-    std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, kInterval, [this] { return ended_ || pending_.size() >= enough_; });
-    return !ended_;
+    onEnough_ = std::move(onEnough);
 }
 
 EntryList FoundEntries::TakeBatch()
 {
-    constexpr std::size_t kLargestBatch = 1024;
     const std::lock_guard lock(mutex_);
-    enough_ = pending_.empty() ? enough_ : std::min(2 * enough_, kLargestBatch);
+    taken_ += pending_.size();
     return std::exchange(pending_, {});
+}
+
+bool FoundEntries::Pause()
+{
+    constexpr std::chrono::milliseconds kInterval(25);
+    std::unique_lock lock(mutex_);
+    return !changed_.wait_for(lock, kInterval, [this] { return ended_; });
 }
 
 void FoundEntries::EndSource()
@@ -67,16 +84,10 @@ FoundDelivery::FoundDelivery(std::shared_ptr<FoundEntries> found, const TokenPtr
     if (!found_) {
         return;
     }
+    found_->SetOnEnough([this] { DeliverPending(); });
     try {
-        thread_ = std::thread([this] {
-            orvcore::OneTimeInvocation deliver([this] {
-                while (found_->Await()) {
-                    DeliverPending();
-                }
-            });
-            orvcore::RunTask(deliver);
-        });
-    } catch (const std::system_error&) { // no thread to be had: a source's entries come when it has ended
+        thread_ = std::thread([this] { DeliverNowAndThen(); });
+    } catch (const std::system_error&) { // no thread to be had: large batches come in time
     }
 }
 
@@ -89,8 +100,20 @@ FoundDelivery::~FoundDelivery()
     if (thread_.joinable()) {
         thread_.join();
     }
+    found_->SetOnEnough({});
     found_->EndSource();
     FreeElsewhere(found_->TakeBatch());
+}
+
+// What leaves it goes to the host's handler, as from any task.
+void FoundDelivery::DeliverNowAndThen()
+{
+    orvcore::OneTimeInvocation deliver([this] {
+        while (found_->Pause()) {
+            DeliverPending();
+        }
+    });
+    orvcore::RunTask(deliver);
 }
 
 void FoundDelivery::EndSource(const EntryList& entries)

@@ -4,6 +4,7 @@
 #include <manager/detail/ManagerState.h>
 
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -16,26 +17,29 @@ class FoundEntries {
 public:
     /// Takes an entry, unless this source has announced it before. Any thread.
     void Add(const EntryList::value_type& entry);
-    /// Waits for a batch that is large enough, or some time. False at the end.
-    bool Await();
-    /// Takes what there is; the next batch is to be larger.
+    /// What Add calls when there are enough for a batch. To be set while no source lists.
+    void SetOnEnough(std::function<void()> onEnough);
+    /// Takes what there is.
     EntryList TakeBatch();
+    /// Waits for some time. False at the end.
+    bool Pause();
     /// Forgets what the source has announced.
     void EndSource();
-    /// Ends Await.
+    /// Ends Pause.
     void End();
 
 private:
-    std::mutex mutex_; // guards all
+    std::function<void()> onEnough_;
+    std::mutex mutex_; // guards all below
     std::condition_variable changed_;
     std::unordered_set<EntryList::value_type> announced_;
     EntryList pending_;
-    std::size_t enough_ = 16; // a screen fills at once
+    std::size_t taken_ = 0;
     bool ended_ = false;
 };
 
-/// Hands found entries to the host for a scope, the listing of all sources. It does so on a thread of its own: all
-/// those that find entries may be held up by slow packages.
+/// Hands found entries to the host for a scope, the listing of all sources: when there are enough, or, on a thread of
+/// its own, after some time, for all threads that find entries may be held up by slow packages.
 class FoundDelivery {
 public:
     using Callback = GraphicSourceManager::EntriesFoundCallback;
@@ -52,6 +56,7 @@ public:
 
 private:
     void DeliverPending();
+    void DeliverNowAndThen();
 
     const std::shared_ptr<FoundEntries> found_;
     const TokenPtr token_;

@@ -2,30 +2,10 @@
 
 #include <orvcore/files/Paths.h>
 #include <orvcore/host/Localiser.h>
+#include <sources/detail/EntryMaking.h>
 #include <sources/shared/FreeElsewhere.h>
 
 namespace orvcapsule::detail {
-
-namespace {
-
-struct PackageName {
-    const FolderOfPackages* folder;
-    std::size_t number;
-};
-
-std::vector<PackageName> InOrder(const FoundPackages& found)
-{
-    std::vector<PackageName> names;
-    names.reserve(found.packages);
-    for (const FolderOfPackages& folder : found.folders) {
-        for (std::size_t i = 0; i < folder.packages.size(); ++i) {
-            names.push_back({&folder, i});
-        }
-    }
-    return names;
-}
-
-} // namespace
 
 FolderListing::FolderListing(const std::string& sourceID, boost::shared_ptr<CheckCancel> cancel)
     : Listing(sourceID, std::move(cancel))
@@ -42,16 +22,19 @@ orvcore::UTF8String FolderListing::TitleFor(const orvcore::UTF8String& directory
 void FolderListing::List(const std::filesystem::path& folder, Depth depth, const std::string& directoryKey,
                          double weight, Entries& results)
 {
-    auto found = std::make_unique<const FoundPackages>(FindPackages(folder, depth, [this] { return IsCancelled(); }));
-    const std::vector<PackageName> names = InOrder(*found);
-    const std::size_t counted = depth == Depth::OneFolder ? found->files : found->packages;
-    const double step = counted == 0 ? 0.0 : weight / static_cast<double>(counted);
-    Advance(weight - step * static_cast<double>(found->packages)); // all that takes no time
-    const auto make = [&](std::size_t number, const ListingNotes& known, NotedFile& noted) {
-        const FolderOfPackages& in = *names[number].folder;
-        return maker_.Make(in.folder / in.packages[names[number].number], directoryKey, known, noted);
+    EntryMaking making(*this, orvcore::PathToUTF8(folder));
+    const auto onPackage = [&](const FolderPath& in, FileName package) {
+        making.Add([this, in, &directoryKey, name = std::move(package)](const ListingNotes& known, NotedFile& noted) {
+            return maker_.Make(*in / name, directoryKey, known, noted);
+        });
     };
-    MakeEntries(orvcore::PathToUTF8(folder), names.size(), step, make, results);
+    auto found =
+        std::make_unique<const FoundPackages>(FindPackages(folder, depth, onPackage, [this] { return IsCancelled(); }));
+    const std::size_t counted = depth == Depth::OneFolder ? found->files : found->packages.size();
+    const double step = counted == 0 ? 0.0 : weight / static_cast<double>(counted);
+    Advance(weight - step * static_cast<double>(found->packages.size())); // all that takes no time
+    making.SetStep(step);
+    making.Finish(found->packages, results);
     if (!IsCancelled()) {
         failures_.insert(failures_.end(), found->failures.begin(), found->failures.end());
     }

@@ -12,7 +12,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using FileName = FolderOfPackages::FileName;
 using orvcore::FileKind;
 
 bool IsNothingThere(const std::error_code& error)
@@ -28,30 +27,34 @@ FileKind KindBehind(const fs::path& link)
 
 class Walk {
 public:
-    Walk(Depth depth, const std::function<bool()>& stop)
+    using OnPackage = std::function<void(const FolderPath& folder, FileName package)>;
+
+    Walk(Depth depth, const OnPackage& onPackage, const std::function<bool()>& stop)
         : depth_(depth)
+        , onPackage_(onPackage)
         , stop_(stop)
         , extension_(orvcore::PathFromUTF8(kCapsuleExtn).native())
     {
     }
 
-    void Visit(const fs::path& folder)
+    void Visit(const fs::path& path)
     {
-        std::vector<FileName> subFolders;
-        std::vector<FileName> packages;
+        Folder folder{std::make_shared<const fs::path>(path), {}, {}};
         std::error_code error;
-        List(folder, subFolders, packages, error);
+        List(folder, error);
         if (error && !IsNothingThere(error)) {
-            found_.failures.push_back({orvcore::PathToUTF8(folder), error});
+            found_.failures.push_back({orvcore::PathToUTF8(path), error});
         }
-        std::sort(subFolders.begin(), subFolders.end());
-        std::sort(packages.begin(), packages.end());
-        for (auto at = subFolders.begin(); at != subFolders.end() && !stopped_; ++at) {
-            Visit(folder / *at);
+        std::sort(folder.subFolders.begin(), folder.subFolders.end());
+        std::sort(folder.packages.begin(), folder.packages.end());
+        for (auto at = folder.subFolders.begin(); at != folder.subFolders.end() && !stopped_; ++at) {
+            Visit(path / *at);
         }
-        if (!packages.empty()) {
-            found_.packages += packages.size();
-            found_.folders.push_back({folder, std::move(packages)});
+        for (const auto& [name, number] : folder.packages) {
+            found_.packages.push_back(number);
+        }
+        if (!folder.packages.empty()) {
+            found_.folders.push_back(folder.path);
         }
     }
 
@@ -61,32 +64,37 @@ public:
     }
 
 private:
-    void List(const fs::path& folder, std::vector<FileName>& subFolders, std::vector<FileName>& packages,
-              std::error_code& error)
+    struct Folder {
+        FolderPath path;
+        std::vector<FileName> subFolders;
+        std::vector<std::pair<FileName, std::size_t>> packages; // with their numbers
+    };
+
+    void List(Folder& folder, std::error_code& error)
     {
         if (IsStopped()) {
             return;
         }
         const auto sort = [&](const fs::path& path, FileKind kind) {
-            Sort(path, kind == FileKind::Link ? KindBehind(path) : kind, kind == FileKind::Link, subFolders, packages);
+            Sort(path, kind == FileKind::Link ? KindBehind(path) : kind, kind == FileKind::Link, folder);
             return !IsStopped();
         };
-        orvcore::ReadDirectory(folder, sort, error);
+        orvcore::ReadDirectory(*folder.path, sort, error);
     }
 
-    void Sort(const fs::path& path, FileKind kind, bool isLink, std::vector<FileName>& subFolders,
-              std::vector<FileName>& packages)
+    void Sort(const fs::path& path, FileKind kind, bool isLink, Folder& folder)
     {
         FileName name = path.filename().native();
         if (kind == FileKind::Directory) {
             if (depth_ == Depth::AllBelow && !isLink) {
-                subFolders.push_back(std::move(name));
+                folder.subFolders.push_back(std::move(name));
             }
             return;
         }
         ++found_.files;
         if (IsPackageName(name) && kind == FileKind::File) {
-            packages.push_back(std::move(name));
+            folder.packages.emplace_back(name, count_++);
+            onPackage_(folder.path, std::move(name));
         }
     }
 
@@ -102,9 +110,11 @@ private:
     }
 
     const Depth depth_;
+    const OnPackage& onPackage_;
     const std::function<bool()>& stop_;
     const FileName extension_;
     FoundPackages found_;
+    std::size_t count_ = 0; // packages
     bool stopped_ = false;
 };
 
@@ -115,9 +125,11 @@ fs::path PlainPath(const fs::path& folder)
 
 } // namespace
 
-FoundPackages FindPackages(const fs::path& top, Depth depth, const std::function<bool()>& stop)
+FoundPackages FindPackages(const fs::path& top, Depth depth,
+                           const std::function<void(const FolderPath& folder, FileName package)>& onPackage,
+                           const std::function<bool()>& stop)
 {
-    Walk walk(depth, stop);
+    Walk walk(depth, onPackage, stop);
     if (orvcore::IsUsablePath(top)) {
         walk.Visit(top);
     }

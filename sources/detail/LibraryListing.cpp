@@ -5,6 +5,7 @@
 #include <sources/ILumoLibrariesWrapper.h>
 #include <sources/SourceNames.h>
 #include <sources/detail/EntryFields.h>
+#include <sources/detail/EntryMaking.h>
 #include <sources/detail/ListedDefinition.h>
 
 #include <boost/smart_ptr/make_shared.hpp>
@@ -25,51 +26,48 @@ LibraryListing::LibraryListing(boost::shared_ptr<CheckCancel> cancel)
 {
 }
 
-// The manager is asked in one go, so that a library that is replaced meanwhile is listed as it was or as it is now;
-// files that vanish afterwards leave an entry with less in it.
+// The manager is asked for names and paths while the first entries are made already. A library that is replaced
+// meanwhile, or files that vanish, leave an entry with less in it.
 void LibraryListing::List(const std::string& libraryID, double weight, Entries& results)
 {
     std::vector<std::string> elementIDs;
     libraries::GetCapsuleElementIDs(libraryID, elementIDs);
-    const std::vector<Element> elements = FindElements(libraryID, elementIDs);
     const double step = elementIDs.empty() ? 0.0 : weight / static_cast<double>(elementIDs.size());
-    Advance(weight - step * static_cast<double>(elements.size())); // those without a package
-    const auto make = [&](std::size_t number, const ListingNotes& known, NotedFile& noted) {
-        const Element& element = elements[number];
-        FillFromFiles(*element.entry, element, known, noted);
-        return element.entry;
-    };
-    MakeEntries(orvcore::ToUTF8(libraryID), elements.size(), step, make, results);
-}
-
-std::vector<LibraryListing::Element> LibraryListing::FindElements(const std::string& libraryID,
-                                                                  const std::vector<std::string>& elementIDs)
-{
-    std::vector<Element> elements;
-    elements.reserve(elementIDs.size());
-    for (const std::string& elementID : elementIDs) {
-        if (IsCancelled()) {
-            break;
+    EntryMaking making(*this, orvcore::ToUTF8(libraryID));
+    making.SetStep(step);
+    std::vector<std::size_t> order;
+    for (auto elementID = elementIDs.begin(); elementID != elementIDs.end() && !IsCancelled(); ++elementID) {
+        if (Element element = FindElement(libraryID, *elementID); element.entry) {
+            order.push_back(order.size());
+            making.Add([this, element = std::move(element)](const ListingNotes& known, NotedFile& noted) {
+                FillFromFiles(element, known, noted);
+                return element.entry;
+            });
         }
-        const std::string path = libraries::GetCapsulePath(libraryID, elementID);
-        if (path.empty()) {
-            continue;
-        }
-        auto entry = boost::make_shared<CapsuleEntry>();
-        entry->sourcePath = {GetSourceID(), libraryID};
-        entry->path = orvcore::AsUTF8(path);
-        entry->lumoElementID = orvcore::AsUTF8(elementID);
-        entry->name = orvcore::ToUTF16(libraries::GetElementName(libraryID, elementID));
-        entry->thumbnailPath = orvcore::AsUTF8(libraries::GetCapsuleThumbnailPath(libraryID, elementID));
-        entry->videoPreviewPath = orvcore::AsUTF8(libraries::GetCapsuleVideoThumbnailPath(libraryID, elementID));
-        elements.push_back({std::move(entry), orvcore::ToUTF8(libraries::GetCapsuleSchemaPath(libraryID, elementID))});
     }
-    return elements;
+    Advance(weight - step * static_cast<double>(order.size())); // those without a package
+    making.Finish(order, results);
 }
 
-void LibraryListing::FillFromFiles(CapsuleEntry& entry, const Element& element, const ListingNotes& known,
-                                   NotedFile& noted)
+LibraryListing::Element LibraryListing::FindElement(const std::string& libraryID, const std::string& elementID) const
 {
+    const std::string path = libraries::GetCapsulePath(libraryID, elementID);
+    if (path.empty()) {
+        return {};
+    }
+    auto entry = boost::make_shared<CapsuleEntry>();
+    entry->sourcePath = {GetSourceID(), libraryID};
+    entry->path = orvcore::AsUTF8(path);
+    entry->lumoElementID = orvcore::AsUTF8(elementID);
+    entry->name = orvcore::ToUTF16(libraries::GetElementName(libraryID, elementID));
+    entry->thumbnailPath = orvcore::AsUTF8(libraries::GetCapsuleThumbnailPath(libraryID, elementID));
+    entry->videoPreviewPath = orvcore::AsUTF8(libraries::GetCapsuleVideoThumbnailPath(libraryID, elementID));
+    return {std::move(entry), orvcore::ToUTF8(libraries::GetCapsuleSchemaPath(libraryID, elementID))};
+}
+
+void LibraryListing::FillFromFiles(const Element& element, const ListingNotes& known, NotedFile& noted)
+{
+    CapsuleEntry& entry = *element.entry;
     std::error_code ignored; // what cannot be looked at is not there
     noted.facts = orvcore::InspectTarget(orvcore::PathFromUTF8(element.definition), ignored);
     // Where the definition has no name the entry keeps the element's, so a note is good for that name only.

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <sources/detail/Listing.h>
+#include <sources/detail/ListingNotes.h>
 
 #include <string>
-#include <vector>
 
 namespace orvcapsule::detail {
 
@@ -18,8 +18,8 @@ public:
 
 private:
     struct Element;
-    std::vector<Element> FindElements(const std::string& libraryID, const std::vector<std::string>& elementIDs);
-    void FillFromFiles(CapsuleEntry& entry, const Element& element, const ListingNotes& known, NotedFile& noted);
+    Element FindElement(const std::string& libraryID, const std::string& elementID) const;
+    void FillFromFiles(const Element& element, const ListingNotes& known, NotedFile& noted);
 };
 
 } // namespace orvcapsule::detail

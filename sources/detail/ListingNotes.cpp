@@ -2,10 +2,10 @@
 
 #include <capsule/Capsule.h>
 #include <package/Workspace.h>
+#include <sources/detail/NoteFile.h>
 #include <sources/detail/NoteFormat.h>
 
 #include <orvcore/files/AtomicFile.h>
-#include <orvcore/files/Files.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/host/DebugSettings.h>
 #include <orvcore/text/shared/HashMixer.h>
@@ -19,13 +19,10 @@ namespace fs = std::filesystem;
 namespace {
 
 // Grows with every change of what an entry says of the same package.
-constexpr std::uint64_t kFormat = 1;
+constexpr std::uint64_t kFormat = 2;
 
 // The coarsest times that a file system keeps are two seconds apart.
 constexpr std::int64_t kSettleMilliseconds = 2000;
-
-constexpr std::size_t kChecksumSize = 16;
-constexpr std::uint64_t kLargestFile = std::uint64_t{512} << 20;
 
 fs::path FileFor(const std::string& sourceID, const orvcore::UTF8String& place)
 {
@@ -38,12 +35,6 @@ fs::path FileFor(const std::string& sourceID, const orvcore::UTF8String& place)
         .Add(place);
     const fs::path folder = orvcore::PathFromUTF8(GetTempLocalDirectory());
     return folder.empty() ? fs::path() : folder / (mixer.GetResult().ToString() + ".notes");
-}
-
-std::string ChecksumOf(std::string_view bytes)
-{
-    const orvcore::Guid sum = orvcore::HashMixer().Add(bytes).GetResult();
-    return {sum.bytes.begin(), sum.bytes.end()};
 }
 
 } // namespace
@@ -59,30 +50,18 @@ ListingNotes::ListingNotes(const std::string& sourceID, const orvcore::UTF8Strin
     settled_ = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) -
                std::chrono::milliseconds(settle);
     if (isUsed_) {
-        content_ = orvcore::ReadWholeFile(file_, kLargestFile).value_or(std::string());
-    }
-    std::string_view bytes = content_;
-    const std::string_view checksum = bytes.substr(0, std::min(bytes.size(), kChecksumSize));
-    bytes.remove_prefix(checksum.size());
-    if (bytes.empty() || checksum != ChecksumOf(bytes)) {
-        return;
-    }
-    std::u8string_view subject;
-    std::string_view rest;
-    while (!bytes.empty() && !stop_() && TakeNote(bytes, subject, rest)) {
-        notes_.emplace(subject, rest);
+        notes_ = std::make_unique<const NoteFile>(file_);
     }
 }
 
+ListingNotes::~ListingNotes() = default;
+
 bool ListingNotes::Recall(CapsuleEntry& entry, NotedFile& state) const
 {
-    const auto found = notes_.find(state.SubjectFor(entry));
-    if (found == notes_.end()) {
-        return false;
-    }
-    std::string_view fields = found->second;
+    const std::string note = notes_ ? notes_->Find(state.SubjectFor(entry)) : std::string();
+    std::string_view fields = note;
     NotedFile stored = state; // nothing but files is noted
-    if (!TakeState(fields, stored) || stored.facts != state.facts) {
+    if (note.empty() || !TakeState(fields, stored) || stored.facts != state.facts) {
         return false;
     }
     CapsuleEntry filled = entry;
@@ -96,31 +75,32 @@ bool ListingNotes::Recall(CapsuleEntry& entry, NotedFile& state) const
     return true;
 }
 
-void ListingNotes::Save(const std::vector<boost::shared_ptr<CapsuleEntry>>& entries,
-                        const std::vector<NotedFile>& states) const
+void ListingNotes::Save(const std::vector<const NotedEntry*>& entries)
 {
-    const auto known = static_cast<std::size_t>(
-        std::count_if(states.begin(), states.end(), [](const NotedFile& state) { return state.isKnown; }));
-    const bool nothingNew = recalled_ == known && recalled_ == notes_.size();
+    std::vector<const NotedEntry*> lasting;
+    std::copy_if(entries.begin(), entries.end(), std::back_inserter(lasting), [this](const NotedEntry* each) {
+        const NotedFile& noted = each->noted;
+        return noted.isKnown && noted.facts.modified < settled_ && noted.facts.replaced < settled_;
+    });
+    const std::size_t known = notes_ ? notes_->Count() : 0;
+    const bool nothingNew = recalled_ == lasting.size() && recalled_ == known;
     // A language that changed meanwhile leaves names of both.
-    if (!isUsed_ || nothingNew || file_ != FileFor(sourceID_, place_)) {
+    if (!isUsed_ || lasting.empty() || nothingNew || file_ != FileFor(sourceID_, place_)) {
         return;
     }
-    std::string bytes;
-    for (std::size_t i = 0; i < entries.size() && !stop_(); ++i) {
-        const NotedFile& state = states[i];
-        if (state.isKnown && state.facts.modified < settled_ && state.facts.replaced < settled_) {
-            AppendNote(bytes, *entries[i], state);
-        }
+    std::string notes;
+    for (auto each = lasting.begin(); each != lasting.end() && !stop_(); ++each) {
+        AppendNote(notes, *(*each)->entry, (*each)->noted);
     }
-    const std::string checksum = ChecksumOf(bytes);
-    if (bytes.empty() || stop_() || std::string_view(content_).starts_with(checksum)) {
+    if (stop_()) {
         return;
     }
+    const std::string table = TableOfNotes(notes);
     std::error_code error; // a listing without this file is a slower one
     orvcore::MakeDirectories(file_.parent_path(), error);
     orvcore::AtomicFile file(file_);
-    if (file.Write(checksum.data(), checksum.size(), error) && file.Write(bytes.data(), bytes.size(), error)) {
+    if (file.Write(table.data(), table.size(), error) && file.Write(notes.data(), notes.size(), error)) {
+        notes_.reset(); // not every system replaces a file that is open
         static_cast<void>(file.Commit(orvcore::AtomicFile::Durability::Cached, error));
     }
 }

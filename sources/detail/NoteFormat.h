@@ -8,8 +8,8 @@
 
 namespace orvcapsule::detail {
 
-/// @name One note in a file of them: its subject and the file's state, then the entry's fields that come from its
-/// definition Numbers are little-endian, texts and lists carry their length.
+/// @name One note: its subject and the file's state, then the entry's fields that come from its
+/// definition. Numbers are little-endian, texts and lists carry their length.
 /// @{
 void AppendNote(std::string& bytes, const CapsuleEntry& entry, const NotedFile& state);
 

@@ -4,6 +4,8 @@
 
 #include <orvcore/files/FileSystem.h>
 
+#include <boost/shared_ptr.hpp>
+
 namespace orvcapsule::detail {
 
 /// What a listing found out, beside its entry, about the file that it read it from: a package, or a definition that
@@ -22,6 +24,12 @@ struct NotedFile {
     {
         return subject.empty() ? entry.path : subject;
     }
+};
+
+/// An entry and the file that it was read from.
+struct NotedEntry {
+    boost::shared_ptr<CapsuleEntry> entry;
+    NotedFile noted;
 };
 
 } // namespace orvcapsule::detail

@@ -85,6 +85,29 @@ TEST_F(BrowseTest, SearchesAndSuggestsWhatItListed)
               (std::set{PathToUTF8(folder / "root"), PathToUTF8(folder / "root" / "below")}));
 }
 
+TEST_F(BrowseTest, EntriesAndPreviewsShowWhileTheListingRuns)
+{
+    const auto gate = std::make_shared<Gate>();
+    Add("slow")->onList = [gate](const auto&) { gate->Pass(); };
+    std::multiset<GraphicSourceManager::EntryPtr> found;
+    manager->SetLocalRequestEntriesFoundCallback(
+        std::make_shared<GraphicSourceManager::EntriesFoundCallback>([&](const auto& entries) {
+            found.insert(entries.begin(), entries.end());
+            for (const auto& entry : entries) {
+                EXPECT_EQ(manager->GetThumbnailPath(entry, nullptr), entry->thumbnailPath);
+            }
+        }));
+    manager->RequestDefaultGraphicSet({}, true);
+    gate->AwaitTask();
+    PumpUntil([&] { return found.size() == 4; });
+    gate->Open();
+    Flush();
+    EXPECT_EQ(results.size(), 4U);
+    for (const auto& [position, entry] : results) {
+        EXPECT_EQ(found.count(entry), 1U);
+    }
+}
+
 TEST_F(BrowseTest, AChangedFolderIsListedAgainAlone)
 {
     manager->RequestDefaultGraphicSet({}, false);

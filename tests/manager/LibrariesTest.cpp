@@ -77,6 +77,9 @@ TEST_F(LibrariesTest, ALargeLibraryCanBeListedCancelledAndReplacedMeanwhile)
     constexpr int kElements = 10'000;
     AddLibrary("lib", "Cloud ", kElements);
     Gate gate;
+    std::size_t found = 0;
+    manager->SetLocalRequestEntriesFoundCallback(std::make_shared<GraphicSourceManager::EntriesFoundCallback>(
+        [&found](const auto& entries) { found += entries.size(); }));
     int asked = 0;
     libraries->onElement = [&](const std::string&) {
         if (++asked == kElements / 2) {
@@ -85,10 +88,13 @@ TEST_F(LibrariesTest, ALargeLibraryCanBeListedCancelledAndReplacedMeanwhile)
     };
     manager->RequestDefaultGraphicSet({}, true);
     gate.AwaitTask();
+    PumpUntil([&found] { return found > 100; });        // while the library is asked for its other elements
     libraries->libraries["lib"].elements.erase("9999"); // the listing waits
     manager->RequestDefaultGraphicSet({}, true);        // and is cancelled
     gate.Open();
+    found = 0;
     Flush();
+    EXPECT_EQ(found, std::size_t{kElements});
     EXPECT_EQ(asked, kElements / 2 + kElements - 1);
     EXPECT_EQ(results.size(), std::size_t{kElements});
     EXPECT_EQ(std::count_if(told.begin(), told.end(), [](const auto& text) { return text.starts_with("all"); }), 1);

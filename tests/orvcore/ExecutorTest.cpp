@@ -240,6 +240,28 @@ TEST(ParallelFor, FirstExceptionReachesTheCallerAfterRunningPiecesEnded)
     EXPECT_LE(begun, orvcore::GetCPUBoundExecutor()->GetConcurrency() + 1) << "more than one piece on a thread";
 }
 
+TEST(ParallelFor, OtherTasksGetTheirTurn)
+{
+    constexpr std::size_t kPieces = 1000;
+    const auto caller = std::this_thread::get_id();
+    std::atomic<std::size_t> pieces = 0;
+    std::size_t before = 0;
+    orvtest::Latch ran(1);
+    orvcore::ParallelFor(kPieces, 1, [&](std::size_t, std::size_t) {
+        if (std::this_thread::get_id() == caller) {
+            return ran.wait(); // so the workers do nearly all
+        }
+        if (++pieces == 1) {
+            ASSERT_TRUE(orvcore::GetCPUBoundExecutor()->Post([&] {
+                before = pieces;
+                ran.count_down();
+            }));
+        }
+    });
+    ran.wait();
+    EXPECT_LT(before, kPieces / 2);
+}
+
 TEST(ParallelFor, ACallerThatOnlyWaitsIsToldSo)
 {
     const auto caller = std::this_thread::get_id();

@@ -1,0 +1,192 @@
+#include <orvcore/tasks/shared/GrowingLoop.h>
+
+#include <orvcore/tasks/Executor.h>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+
+namespace orvcore {
+
+// Workers are invited by tasks, one piece a task: a loop of many pieces shares the executor with what others post.
+struct GrowingLoop::State : std::enable_shared_from_this<State> {
+    State(std::size_t pieceSize, std::function<void(std::size_t, std::size_t)> work)
+        : grain(pieceSize)
+        , body(std::move(work))
+        , executor(GetCPUBoundExecutor())
+        , workers(executor->GetConcurrency())
+    {
+    }
+
+    void Grow(std::size_t more);
+    void InviteWorkers(std::size_t wanted) noexcept;
+    bool PostTurn() noexcept;
+    void RunTurn() noexcept;
+    bool RunPiece(std::size_t left) noexcept;
+    std::exception_ptr CallBody(std::size_t begin, std::size_t end) noexcept;
+    void DropRest();
+    void Wait(const std::function<void()>& whileWaiting);
+
+    const std::size_t grain;
+    const std::function<void(std::size_t, std::size_t)> body;
+    const std::shared_ptr<Executor> executor;
+    const std::size_t workers;
+    std::mutex mutex; // guards all below
+    std::condition_variable ended;
+    std::size_t count = 0;
+    std::size_t next = 0;
+    std::size_t running = 0; // pieces
+    std::size_t invited = 0; // tasks that are queued or run
+    bool dropsRest = false;
+    std::exception_ptr thrown;
+};
+
+void GrowingLoop::State::Grow(std::size_t more)
+{
+    std::size_t wanted = 0;
+    {
+        const std::lock_guard lock(mutex);
+        if (dropsRest) {
+            return;
+        }
+        count += more;
+        const std::size_t waiting = count - next;
+        wanted = std::min(workers, waiting / grain + (waiting % grain != 0 ? 1 : 0));
+    }
+    InviteWorkers(wanted);
+}
+
+// Never throws: a worker that was invited already may be in `body`, so the caller must not leave.
+void GrowingLoop::State::InviteWorkers(std::size_t wanted) noexcept
+{
+    for (;;) {
+        {
+            const std::lock_guard lock(mutex);
+            if (invited >= wanted) {
+                return;
+            }
+            ++invited;
+        }
+        if (!PostTurn()) {
+            const std::lock_guard lock(mutex);
+            --invited;
+            return; // the caller does the rest
+        }
+    }
+}
+
+bool GrowingLoop::State::PostTurn() noexcept
+{
+    try {
+        return executor->Post([self = shared_from_this()] { self->RunTurn(); });
+    } catch (const std::exception&) { // no memory
+        return false;
+    }
+}
+
+void GrowingLoop::State::RunTurn() noexcept
+{
+    RunPiece(0);
+    {
+        const std::lock_guard lock(mutex);
+        if (next == count) {
+            --invited;
+            return;
+        }
+    }
+    if (!PostTurn()) {
+        const std::lock_guard lock(mutex);
+        --invited;
+    }
+}
+
+bool GrowingLoop::State::RunPiece(std::size_t left) noexcept
+{
+    std::unique_lock lock(mutex);
+    if (count - next <= left) {
+        return false;
+    }
+    const std::size_t begin = next;
+    const std::size_t end = begin + std::min(grain, count - begin);
+    next = end;
+    ++running;
+    lock.unlock();
+    std::exception_ptr exception = CallBody(begin, end);
+    lock.lock();
+    --running;
+    if (exception) {
+        DropRest();
+        thrown = thrown ? thrown : std::move(exception);
+    }
+    if (running == 0) {
+        ended.notify_all();
+    }
+    return true;
+}
+
+std::exception_ptr GrowingLoop::State::CallBody(std::size_t begin, std::size_t end) noexcept
+{
+    try {
+        body(begin, end);
+        return nullptr;
+    } catch (...) {
+        return std::current_exception();
+    }
+}
+
+void GrowingLoop::State::DropRest()
+{
+    dropsRest = true;
+    next = count;
+}
+
+void GrowingLoop::State::Wait(const std::function<void()>& whileWaiting)
+{
+    constexpr std::chrono::milliseconds kPause(50);
+    const auto hasEnded = [this] { return running == 0; };
+    std::unique_lock lock(mutex);
+    while (whileWaiting && !ended.wait_for(lock, kPause, hasEnded)) {
+        lock.unlock();
+        whileWaiting();
+        lock.lock();
+    }
+    ended.wait(lock, hasEnded);
+}
+
+GrowingLoop::GrowingLoop(std::size_t grain, std::function<void(std::size_t, std::size_t)> body)
+    : state_(std::make_shared<State>(grain, std::move(body)))
+{
+}
+
+GrowingLoop::~GrowingLoop()
+{
+    {
+        const std::lock_guard lock(state_->mutex);
+        state_->DropRest();
+    }
+    state_->Wait({});
+}
+
+void GrowingLoop::Grow(std::size_t more)
+{
+    state_->Grow(more);
+}
+
+void GrowingLoop::Help(std::size_t left)
+{
+    state_->RunPiece(left);
+}
+
+void GrowingLoop::Finish(const std::function<void()>& whileWaiting)
+{
+    while (state_->RunPiece(0)) {
+    }
+    state_->Wait(whileWaiting);
+    if (state_->thrown) {
+        std::rethrow_exception(std::exchange(state_->thrown, nullptr));
+    }
+}
+
+} // namespace orvcore
