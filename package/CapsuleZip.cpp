@@ -174,6 +174,16 @@ bool CapsuleZip::SetZELTDescriptionJSON(const UTF16String& directory)
     });
 }
 
+bool CapsuleZip::PutEntry(std::u8string_view name, const fs::path& file)
+{
+    return file_->Change([&](const ZipFile& package) { return package.AddFile(name, file, true); });
+}
+
+bool CapsuleZip::RemoveEntry(std::u8string_view name)
+{
+    return file_->Change([&](const ZipFile& package) { return package.RemoveItem(name); });
+}
+
 void CapsuleZip::Reopen()
 {
     file_->Reopen();

@@ -60,6 +60,17 @@ public:
     void Reopen();
     /// @}
 
+    /// @name Single entries
+    /// The package is changed as SetZELTDescriptionJSON changes it: other entries keep their bytes, the old package is
+    /// whole until the new one is complete, and a change by another program makes the call fail.
+    /// @{
+    /// Stores `file` under the entry's name, in the place of an entry of that name or as a new one. What its content is
+    /// good for is not looked at.
+    [[nodiscard]] bool PutEntry(std::u8string_view name, const std::filesystem::path& file);
+    /// Removes the entry of exactly this name; the only one cannot be removed.
+    [[nodiscard]] bool RemoveEntry(std::u8string_view name);
+    /// @}
+
     /// @name Pictures and videos
     /// Each writes one file and returns whether it did; see orvstorage::ZipFile::UnzipOver. The second name is tried
     /// when the first entry is missing or empty, but not when it cannot be read. The output's folder must exist; a file

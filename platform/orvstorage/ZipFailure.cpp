@@ -110,7 +110,7 @@ constexpr ErrorText TextOf(ZipError error) noexcept
     case ZipError::SourceMissing:
         return {"SourceMissing", "the file to pack cannot be read"};
     case ZipError::NothingToPack:
-        return {"NothingToPack", "the folder holds no file"};
+        return {"NothingToPack", "there would be no file in it"};
     case ZipError::WriteFailed:
         return {"WriteFailed", "it cannot be written"};
     case ZipError::DiskFull:
@@ -134,6 +134,8 @@ constexpr std::string_view VerbOf(ZipAction action) noexcept
         return "unpack";
     case ZipAction::Add:
         return "add";
+    case ZipAction::Remove:
+        return "remove";
     case ZipAction::Pack:
         return "pack";
     }
@@ -147,8 +149,9 @@ std::string Quoted(std::u8string_view text)
 
 std::string_view VerbOf(const ZipFailure& failure) noexcept
 {
-    // It is not an entry that could not be added then.
-    return failure.action == ZipAction::Add && failure.entry.empty() ? "change" : VerbOf(failure.action);
+    // It is not an entry that could not be added or removed then.
+    const bool changes = failure.action == ZipAction::Add || failure.action == ZipAction::Remove;
+    return changes && failure.entry.empty() ? "change" : VerbOf(failure.action);
 }
 
 bool IsFull(const std::error_code& error)

@@ -68,7 +68,7 @@ enum class ZipError : std::uint8_t {
 };
 
 /// What was being done when it failed.
-enum class ZipAction : std::uint8_t { Open, Read, Unpack, Add, Pack };
+enum class ZipAction : std::uint8_t { Open, Read, Unpack, Add, Remove, Pack };
 
 /// The cause's name, the same as the enumerator's, for machines: "ChecksumMismatch".
 ORVPLATFORM_API std::string_view NameOf(ZipError error) noexcept;

@@ -100,6 +100,11 @@ public:
     /// them.
     /// @param replace whether an entry of that name is replaced; otherwise it makes the call fail
     bool AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace) const;
+    /// The same with a file of any name: adds `file` under the name `entryName`.
+    bool AddFile(std::u8string_view entryName, const std::filesystem::path& file, bool replace) const;
+    /// Removes the entry of exactly this name, otherwise as AddItem. The only entry cannot be removed: an archive has
+    /// at least one.
+    bool RemoveItem(std::u8string_view entryName) const;
     /// Builds the archive anew from all files below `directory`. The same folder gives the same bytes: entries come in
     /// the order of their names, times are the files' own in UTC to two seconds. Pictures, films and sounds are stored,
     /// all else is deflated. The archive itself, when it lies in the folder, is left out. Fails when the folder holds

@@ -72,9 +72,28 @@ bool MayWrite(const std::filesystem::path& archive, ZipFailure& failure)
     return !failure;
 }
 
+// What has been read is about to be replaced.
+template <class State>
+bool Change(State& state, bool isThere, std::optional<std::size_t> replaced, const detail::PackItem* item,
+            ZipFailure& failure)
+{
+    auto old = isThere ? state.archive->File() : nullptr;
+    state.archive.reset();
+    const bool done =
+        detail::PackOne({state.path, state.password, state.seen}, std::move(old), replaced, item, failure);
+    state.isOutdated = failure.error == ZipError::ArchiveChanged;
+    return done;
+}
+
 } // namespace
 
 bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path& directory, bool replace) const
+{
+    const auto relative = orvcore::PathFromUTF8(detail::CheckEntryName(entryName).relative); // a bad name: told below
+    return AddFile(entryName, directory / std::filesystem::path(relative).make_preferred(), replace);
+}
+
+bool ZipFile::AddFile(std::u8string_view entryName, const std::filesystem::path& file, bool replace) const
 {
     State& state = *state_;
     return state.Run(ZipAction::Add, entryName, [&](ZipFailure& failure) {
@@ -82,9 +101,7 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
         failure.error = name.error;
         detail::PackItem item;
         std::optional<std::size_t> replaced;
-        if (failure || !MayWrite(state.path, failure) ||
-            !detail::DescribeItem(directory / orvcore::PathFromUTF8(name.relative).make_preferred(), name.relative,
-                                  item, failure)) {
+        if (failure || !MayWrite(state.path, failure) || !detail::DescribeItem(file, name.relative, item, failure)) {
             return false;
         }
         bool isThere = false;
@@ -100,12 +117,29 @@ bool ZipFile::AddItem(std::u8string_view entryName, const std::filesystem::path&
             }
             replaced = *place;
         }
-        auto old = isThere ? state.archive->File() : nullptr;
-        state.archive.reset(); // what it has read is about to be replaced
-        const bool done =
-            detail::PackOne({state.path, state.password, state.seen}, std::move(old), replaced, item, failure);
-        state.isOutdated = failure.error == ZipError::ArchiveChanged;
-        return done;
+        return Change(state, isThere, replaced, &item, failure);
+    });
+}
+
+bool ZipFile::RemoveItem(std::u8string_view entryName) const
+{
+    State& state = *state_;
+    return state.Run(ZipAction::Remove, entryName, [&](ZipFailure& failure) {
+        bool isThere = false;
+        if (!MayWrite(state.path, failure) || !state.OpenToChange(isThere, failure)) {
+            return false;
+        }
+        if (!isThere) {
+            return ZipFault{ZipError::FileMissing}.Tell(failure);
+        }
+        auto place = state.archive->Find(entryName);
+        if (!place) {
+            return place.Fault().Tell(failure);
+        }
+        if (state.archive->Entries().size() == 1) {
+            return ZipFault{ZipError::NothingToPack}.Tell(failure);
+        }
+        return Change(state, true, *place, nullptr, failure);
     });
 }
 

@@ -1,6 +1,7 @@
 #include <sources/detail/LocalEntryMaker.h>
 
 #include <orvcore/files/Files.h>
+#include <sources/PreviewLimit.h>
 #include <sources/detail/EntryFields.h>
 #include <sources/detail/ListedDefinition.h>
 
@@ -13,6 +14,7 @@ namespace fs = std::filesystem;
 LocalEntryMaker::LocalEntryMaker(const std::string& sourceID, std::function<bool()> stop)
     : sourceID_(sourceID)
     , previews_(sourceID)
+    , extractsPreviews_(GetPreviewsInListings())
     , stop_(std::move(stop))
 {
 }
@@ -57,6 +59,9 @@ void LocalEntryMaker::FillFromContent(CapsuleEntry& entry, ListedPackage& packag
         state.hasStill = hasDefinition;
         state.hasVideo = true; // until it is looked for
         state.isKnown = hasDefinition;
+    }
+    if (!extractsPreviews_) {
+        return;
     }
     entry.thumbnailPath = Preview(PreviewKind::Still, entry, package, state);
     entry.videoPreviewPath = Preview(PreviewKind::Video, entry, package, state);

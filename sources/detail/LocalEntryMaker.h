@@ -32,6 +32,7 @@ private:
 
     std::string sourceID_;
     PreviewCache previews_;
+    bool extractsPreviews_;
     std::function<bool()> stop_;
 };
 

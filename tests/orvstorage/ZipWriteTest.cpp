@@ -302,6 +302,16 @@ TEST(ZipWrite, AddingReplacesOneEntryAndCopiesTheOthersAsTheyArePacked)
     EXPECT_EQ(zip.UnzipItem(u8"a"), nullptr);
     ASSERT_TRUE(zip.UnzipItems(u8"b", folder / "b.out"));
     EXPECT_EQ(folder.Read("b.out"), "new b");
+    for (const auto name : {u8"b", u8"sub/c"}) {
+        ASSERT_TRUE(zip.RemoveItem(name)) << zip.GetLastFailure().Message();
+        EXPECT_FALSE(zip.RemoveItem(name));
+        EXPECT_EQ(zip.GetLastFailure().error, ZipError::EntryMissing);
+    }
+    EXPECT_NE(folder.Read("z.zip").find(stored), std::string::npos);
+    EXPECT_TRUE(zip.RemoveItem(u8"c"));
+    EXPECT_FALSE(zip.RemoveItem(u8"a"));
+    EXPECT_EQ(zip.GetLastFailure().error, ZipError::NothingToPack);
+    EXPECT_EQ(zip.GetEntries().size(), 1U);
 }
 
 TEST(ZipWrite, AChangeNeverUndoesAnothers)

@@ -149,8 +149,8 @@ class ZeltTest(unittest.TestCase):
         os.chdir(self.folder)
         os.environ["LC_ALL"] = "C.UTF-8"
 
-    def run_zelt(self, *arguments, code=0, warns=False):
-        done = subprocess.run([*EMULATOR, ZELT, *arguments], capture_output=True, timeout=120)
+    def run_zelt(self, *arguments, code=0, warns=False, stdin=None):
+        done = subprocess.run([*EMULATOR, ZELT, *arguments], capture_output=True, timeout=120, input=stdin)
         out, err = done.stdout.decode("utf-8"), done.stderr.decode("utf-8")
         self.assertEqual(done.returncode, code, f"{arguments}\n{out}{err}")
         self.assertTrue(all(line.startswith("zelt: ") for line in err.splitlines()), err)
@@ -315,6 +315,27 @@ class ZeltTest(unittest.TestCase):
         self.run_zelt("definition", "damaged/broken-json.zelt")  # what is stored can be looked at
         self.run_zelt("definition", "--canonical", "damaged/broken-json.zelt", code=1)
         self.run_zelt("definition", "damaged/no-definition.zelt", code=1)
+
+    def test_many_packages_at_one_time(self):
+        os.makedirs("more/a")
+        for i in range(200):
+            self.write_package(f"more/{i:03}.zelt", definition_of("untitled.zelt"))
+        shutil.copy("countdown.zelt", "more/a/z.zelt")
+        pathlib.Path("more/CAPITAL.ZELT").write_bytes(b"not for us")
+        below = ["more/a/z.zelt", *(f"more/{i:03}.zelt" for i in range(200))]  # sub-folders first, as in a listing
+        names = ["damaged/empty.zelt", *below, "gone.zelt", "lower-third.zelt"]
+        pathlib.Path("list").write_bytes("\r\n".join(["more", "", "gone.zelt"]).encode())
+        nulls = "\0".join(["damaged/empty.zelt", "more", "gone.zelt", "lower-third.zelt"]).encode()
+        for command in (["info"], ["check"], ["fonts"], ["index", "build", "x.db"]):
+            wanted = names if command != ["index", "build", "x.db"] else [*below, "lower-third.zelt"]
+            for arguments, stdin in [(["damaged/empty.zelt", "more", "gone.zelt", "lower-third.zelt", "-j1"], None),
+                                     (["--files-from", "-", "--null"], nulls), (["-j", "7", "--files-from=-", "-0"], nulls)]:
+                out, _ = self.run_zelt(*command, "--json", *arguments, code=1, stdin=stdin)
+                self.assertEqual([json.loads(line)["file"].replace("\\", "/") for line in out.splitlines()], wanted, arguments)
+        out, _ = self.run_zelt("check", "lower-third.zelt", "--files-from", "list", code=1)
+        self.assertEqual(len(out.splitlines()), 203)
+        for arguments, code in [(["--files-from", "none"], 1), ([], 2), (["-j", "x", "list"], 2), (["damaged/none"], 1)]:
+            self.run_zelt("info", *arguments, code=code)
 
     def test_unpack_and_pack(self):
         for name in [*GOOD, *REFUSED]:
@@ -617,7 +638,7 @@ class ZeltTest(unittest.TestCase):
         self.assertLessEqual({"MissingKey", "NotAZip", "Truncated"}, {p["code"] for s in said for p in s["problems"]})
 
     def test_command_line(self):
-        for arguments, words in [([""], 'no command ""'), (["chekc"], 'did you mean "check"?'), (["info"], "FILE is missing"),
+        for arguments, words in [([""], 'no command ""'), (["chekc"], 'did you mean "check"?'), (["info"], "give a FILE"),
                                  (["info", "--jsn", "x"], 'did you mean "--json"?'), (["index"], "index --help"), ([], "needed"),
                                  (["index", "biuld"], 'did you mean "index build"?'), (["pack", "x"], "FILE is missing"),
                                  (["set", "untitled.zelt"], "nothing to change"), (["info", "--json=x", "x"], "no value"),
@@ -699,7 +720,7 @@ class BrowseTest(ZeltTest):
         return [pathlib.PurePath(json.loads(line)["path"].replace("\\", "/")).stem for line in out.splitlines()]
 
     def test_list_agrees_with_python(self):
-        listed = [*pathlib.Path("root").rglob("*.zelt"), pathlib.Path("mine/copy.zelt")]
+        listed = [*pathlib.Path("root").rglob("*.zelt"), *pathlib.Path("mine").rglob("*.zelt")]
         for language in ("en_US", "de_DE", "ja_JP"):
             # Previews are kept from one run to the next without regard to the language.
             shutil.rmtree(self.temp / "ProBrowser", ignore_errors=True)
@@ -718,7 +739,16 @@ class BrowseTest(ZeltTest):
                     self.assertEqual(pathlib.Path(entry["thumbnail"]).read_bytes(), poster, (file, language))
                     self.assertEqual(entry["video"] is None, "thumb.mp4" not in parts, file)
         keys = [s["sourcePath"][1].replace("\\", "/").split("/")[-1] for s in said if s["name"] == "Countdown 10s"]
-        self.assertEqual(keys, ["graphicsource.local.default", "mine"])
+        self.assertEqual(keys, ["graphicsource.local.default"] * 3)
+        for folders, option, names in [(["mine"], "--shallow", ["copy"]), (["root", "mine"], "--shallow", [*GOOD, "from-the-future", "copy"]),
+                                       (["mine", "mine/below"], "--no-previews", ["copy", "hidden"])]:
+            out, _ = self.run_zelt("list", *folders, option, "--paths", "-0")
+            paths = [pathlib.Path(host_path(path)) for path in out.split("\0")[:-1]]
+            self.assertEqual(sorted(path.stem for path in paths), sorted(names), option)
+            self.assertTrue(all(path.is_absolute() and path.exists() for path in paths))
+            out, _ = self.run_zelt("search", *folders, option, "--paths", "--", "")
+            self.assertEqual(len(out.splitlines()), len(names))
+        self.assertEqual({s["thumbnail"] for s in self.objects("list", "mine", "--no-previews")}, {None})
         if not EMULATOR:
             self.assertEqual(os.listdir(self.temp / "zelt"), [])  # the index of each run is gone
 
@@ -729,7 +759,7 @@ class BrowseTest(ZeltTest):
             os.symlink("itself", "itself")
             cases += [(["itself", "mine"], 1), (["mine", "itself"], 2)]
         for folders, left in cases:
-            out, err = self.run_zelt("list", *folders, "--json", code=1)
+            out, err = self.run_zelt("list", *folders, "--shallow", "--json", code=1)
             self.assertEqual(len(out.splitlines()), left, folders)
             bad = [folder for folder in folders if folder != "mine"]
             self.assertEqual([pathlib.PurePath(line.split(": ")[1]).name for line in err.splitlines()], bad)
@@ -762,7 +792,7 @@ class BrowseTest(ZeltTest):
             self.assertTrue(any(text.endswith("  ") and line[len(text)].isdigit() for text in before), line)
         self.assertIn("needs newer host", next(line for line in lines if line.startswith("Bar Chart")))
         self.assertIn("cannot be read", next(line for line in lines if line.startswith("truncated")))
-        long = self.run_zelt("list", "root", "--long")[0]
+        long = self.run_zelt("list", "root", "--details")[0]
         self.assertEqual(long.count("\n\n"), len(lines) - 2)
 
     def test_search(self):
@@ -776,7 +806,7 @@ class BrowseTest(ZeltTest):
             ("ru_RU", ["ЧИСТЫЙ"], ["lower-third"]),
             ("de_DE", ["幕"], ["字幕タイトル"]),
             ("en_US", ["title", "clas"], ["classic-title"]),
-            ("en_US", ["countdown"], ["countdown", "copy"]),
+            ("en_US", ["countdown"], ["countdown", "hidden", "copy"]),
             ("en_US", ["truncat"], ["truncated"]),  # a package that cannot be read has its file's name
             ("en_US", ["--json"], []),
             ("en_US", ["untitled", "--", "x"], []),

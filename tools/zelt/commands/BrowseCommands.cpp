@@ -38,27 +38,12 @@ ExitCode Browse(const Places& places, bool progressive, Work&& work)
     ExitCode exit = ExitCode::kDone;
     const Places full = FullPlaces(places, exit);
     const ExitCode listed = OnFile(places.folders.empty() ? places.libraries : places.folders.front(), [&] {
-        Browser browser(full.folders, full.libraries);
+        Browser browser(full);
         const Entries entries = browser.List(progressive);
         exit = std::max({exit, ReportFailures(browser.GetFolderFailures()), ReportLeftOut(browser.GetLeftOut())});
         work(browser, entries);
     });
     return std::max(exit, listed);
-}
-
-void PrintEntries(const Entries& entries, bool json, bool isLong)
-{
-    if (json) {
-        for (const auto& entry : entries) {
-            PrintLine(EntryAsJSON(*entry));
-        }
-    } else if (isLong) {
-        for (const auto& entry : entries) {
-            Print((entry == entries.front() ? "" : "\n") + EntryAsText(*entry));
-        }
-    } else {
-        Print(EntriesAsTable(entries));
-    }
 }
 
 // The entries whose paths were found.
@@ -75,7 +60,7 @@ Entries WithPaths(const Entries& entries, const Browser::Texts& paths)
 ExitCode RunList(const ListOptions& options)
 {
     return Browse(options.places, options.progress,
-                  [&](Browser&, const Entries& entries) { PrintEntries(entries, options.json, options.isLong); });
+                  [&](Browser&, const Entries& entries) { PrintEntries(entries, options.form); });
 }
 
 ExitCode RunSearch(const SearchOptions& options)
@@ -85,14 +70,14 @@ ExitCode RunSearch(const SearchOptions& options)
         return ExitCode::kBadUsage;
     }
     return Browse(options.places, false, [&](Browser& browser, const Entries& entries) {
-        PrintEntries(WithPaths(entries, browser.Search(options.terms)), options.json, options.isLong);
+        PrintEntries(WithPaths(entries, browser.Search(options.terms)), options.form);
     });
 }
 
 ExitCode RunGallery(const GalleryOptions& options)
 {
     return Browse(options.places, false, [&](Browser& browser, const Entries& entries) {
-        WriteGallery(entries, browser.GetFolders(), ToPath(options.output), browser.GetInterrupt());
+        WriteGallery(entries, browser.GetPlaces().folders, ToPath(options.output), browser.GetInterrupt());
         PrintLine(Printable(options.output) + ": " + Count(entries.size(), "template"));
     });
 }

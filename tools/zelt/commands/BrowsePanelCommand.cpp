@@ -32,7 +32,7 @@ std::string NewSecret()
 
 void Serve(const Places& places, const BrowseOptions& options)
 {
-    Browser browser(places.folders, places.libraries);
+    Browser browser(places);
     Panel panel(browser, NewSecret());
     const std::string secret = NewSecret();
     Routes routes(panel, secret);

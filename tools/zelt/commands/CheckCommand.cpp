@@ -1,6 +1,5 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/output/Output.h>
-#include <tools/zelt/output/Progress.h>
 #include <tools/zelt/support/Template.h>
 
 #include <orvcore/json/JSONTextWriter.h>
@@ -47,20 +46,14 @@ std::string AsLine(const std::string& file, const Problems& problems)
 
 ExitCode RunCheck(const CheckOptions& options)
 {
-    Progress progress("checking");
-    ExitCode exit = ExitCode::kDone;
-    for (std::size_t i = 0; i < options.files.size(); ++i) {
-        const std::string& file = options.files[i];
-        const ExitCode one = OnFile(file, [&] {
-            const Problems problems = CheckTemplate(file);
-            progress.Clear();
-            PrintLine(options.json ? AsJSON(file, problems) : AsLine(file, problems));
-            exit = problems.empty() ? exit : ExitCode::kBadFile;
-        });
-        exit = one == ExitCode::kDone ? exit : one;
-        progress.Set(static_cast<double>(i + 1) / static_cast<double>(options.files.size()));
-    }
-    return exit;
+    bool areGood = true;
+    const auto judge = [](const std::string& file) { return CheckTemplate(file); };
+    const auto print = [&](const std::string& file, const Problems& problems) {
+        PrintLine(options.json ? AsJSON(file, problems) : AsLine(file, problems));
+        areGood = areGood && problems.empty();
+    };
+    const ExitCode exit = ForEachPackage(options.packages, "checking", judge, print);
+    return exit == ExitCode::kDone && !areGood ? ExitCode::kBadFile : exit;
 }
 
 } // namespace zelt

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <tools/zelt/commandline/Program.h>
+#include <tools/zelt/output/EntryOutput.h>
 #include <tools/zelt/output/Errors.h>
+#include <tools/zelt/support/Browser.h>
 #include <tools/zelt/support/Interrupt.h>
+#include <tools/zelt/support/PackageList.h>
 
 #include <filesystem>
 #include <optional>
@@ -14,7 +17,7 @@
 namespace zelt {
 
 struct InfoOptions {
-    std::vector<std::string> files;
+    PackageList packages;
     bool json = false;
 };
 ExitCode RunInfo(const InfoOptions& options);
@@ -26,7 +29,7 @@ struct DefinitionOptions {
 ExitCode RunDefinition(const DefinitionOptions& options);
 
 struct CheckOptions {
-    std::vector<std::string> files;
+    PackageList packages;
     bool json = false;
 };
 ExitCode RunCheck(const CheckOptions& options);
@@ -84,25 +87,17 @@ struct NewOptions {
 };
 ExitCode RunNew(const NewOptions& options);
 
-/// Where templates are looked for. The first folder is listed with all below it, the others without sub-folders.
-struct Places {
-    std::vector<std::string> folders;
-    std::string libraries; ///< the folder that holds the cloud libraries; empty: none
-};
-
 struct ListOptions {
     Places places;
-    bool json = false;
-    bool isLong = false;
+    EntryForm form;
     bool progress = false; ///< told even where no terminal shows a bar
 };
 ExitCode RunList(const ListOptions& options);
 
 struct SearchOptions {
     Places places;
+    EntryForm form;
     std::vector<std::string> terms;
-    bool json = false;
-    bool isLong = false;
 };
 ExitCode RunSearch(const SearchOptions& options);
 
@@ -128,7 +123,7 @@ ExitCode RunTags(const TagsOptions& options);
 
 struct IndexBuildOptions {
     std::string database;
-    std::vector<std::string> files;
+    PackageList packages;
     bool json = false;
 };
 ExitCode RunIndexBuild(const IndexBuildOptions& options);
@@ -171,7 +166,7 @@ struct LibraryAddOptions {
 ExitCode RunLibraryAdd(const LibraryAddOptions& options);
 
 struct FontsOptions {
-    std::vector<std::string> files;
+    PackageList packages;
     std::optional<std::string> document; ///< whose use of the fonts is reported
     bool json = false;
 };

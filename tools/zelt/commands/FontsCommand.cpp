@@ -62,16 +62,24 @@ std::string AsJSON(const Template& read, const FontNames& installed)
     return orvcore::ToNarrow(writer.Take());
 }
 
-void PrintText(const std::string& file, const Capsule& capsule, const FontNames& installed)
+std::string AsText(const std::string& file, const Capsule& capsule, const FontNames& installed)
 {
-    PrintLine(Printable(file));
+    std::string text = Printable(file) + '\n';
     for (const auto& [locale, fonts] : capsule.GetUsedFontsLocalized()) {
         for (const std::string& font : fonts) {
-            PrintLine(Printable("  " + orvcore::ToNarrow(locale) + ": " + font) +
-                      (IsMissing(installed, font) ? " (missing)" : ""));
+            text += Printable("  " + orvcore::ToNarrow(locale) + ": " + font);
+            text += IsMissing(installed, font) ? " (missing)\n" : "\n";
         }
     }
+    return text;
 }
+
+// What one package says of its fonts.
+struct Needs {
+    std::string text;
+    std::shared_ptr<Capsule> capsule; // null when the package was refused
+    std::string refusal;
+};
 
 // Takes messages on to the transport in use and notes how each ends: the library itself keeps it quiet.
 class Witness final : public ITarskTransport {
@@ -112,26 +120,22 @@ ExitCode RunFonts(const FontsOptions& options)
 {
     const FontNames installed = orvtools::InstalledFontNames();
     std::set<std::string> needed;
-    ExitCode exit = ExitCode::kDone;
-    for (const std::string& file : options.files) {
-        const ExitCode one = OnFile(file, [&] {
-            const Template read = ReadTemplate(file);
-            if (options.json) {
-                PrintLine(AsJSON(read, installed));
-            }
-            if (!read.IsGood()) {
-                throw FileError(file, read.definition.refusals.front().text);
-            }
-            const Capsule& capsule = *read.definition.capsule;
-            if (!options.json) {
-                PrintText(file, capsule, installed);
-            }
-            for (const auto& [locale, fonts] : capsule.GetUsedFontsLocalized()) {
-                needed.insert(fonts.begin(), fonts.end());
-            }
-        });
-        exit = one == ExitCode::kDone ? exit : one;
-    }
+    const auto read = [&](const std::string& file) {
+        const Template from = ReadTemplate(file);
+        return Needs{options.json    ? AsJSON(from, installed) + '\n'
+                     : from.IsGood() ? AsText(file, *from.definition.capsule, installed)
+                                     : "",
+                     from.definition.capsule, from.IsGood() ? "" : from.definition.refusals.front().text};
+    };
+    ExitCode exit = ForEachPackage(options.packages, "reading", read, [&](const std::string& file, const Needs& needs) {
+        Print(needs.text);
+        if (needs.capsule == nullptr) {
+            throw FileError(file, needs.refusal);
+        }
+        for (const auto& [locale, fonts] : needs.capsule->GetUsedFontsLocalized()) {
+            needed.insert(fonts.begin(), fonts.end());
+        }
+    });
     if (options.document) {
         const ExitCode reported = OnFile(*options.document, [&] { Report(needed, *options.document); });
         exit = reported == ExitCode::kDone ? exit : reported;

@@ -1,6 +1,5 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/output/Output.h>
-#include <tools/zelt/output/Progress.h>
 #include <tools/zelt/support/IndexFile.h>
 #include <tools/zelt/support/Template.h>
 
@@ -88,20 +87,10 @@ std::vector<Row> AddPackages(const IndexBuildOptions& options, const orvcore::UT
 {
     const OpenIndex index(options.database, false);
     std::vector<Row> rows;
-    Progress progress("indexing");
-    for (std::size_t i = 0; i < options.files.size(); ++i) {
-        const ExitCode one = OnFile(options.files[i], [&] {
-            try {
-                rows.push_back(ReadRow(options.files[i]));
-            } catch (...) {
-                progress.Clear();
-                throw;
-            }
-            AddToIndex(rows.back());
-        });
-        exit = one == ExitCode::kDone ? exit : one;
-        progress.Set(static_cast<double>(i + 1) / static_cast<double>(options.files.size()));
-    }
+    exit = ForEachPackage(options.packages, "indexing", &ReadRow, [&rows](const std::string&, Row& row) {
+        AddToIndex(row);
+        rows.push_back(std::move(row));
+    });
     orvcapsule::InsertRow(mark, mark);
     return rows;
 }
@@ -124,6 +113,7 @@ ExitCode RunIndexBuild(const IndexBuildOptions& options)
 {
     ExitCode exit = ExitCode::kDone;
     const ExitCode ofIndex = OnFile(options.database, [&] {
+        NeedSome(options.packages);
         const orvcore::UTF8String mark = orvcore::ToUTF8(orvcore::Guid::Create().ToString());
         const std::vector<Row> rows = AddPackages(options, mark, exit);
         CheckWritten(options.database, mark);

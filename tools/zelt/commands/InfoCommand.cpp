@@ -4,26 +4,36 @@
 
 namespace zelt {
 
+namespace {
+
+struct Info {
+    std::string text;
+    std::string refusal; // empty: the template is good
+};
+
+} // namespace
+
 ExitCode RunInfo(const InfoOptions& options)
 {
-    ExitCode exit = ExitCode::kDone;
     bool first = true;
-    for (const std::string& file : options.files) {
-        const ExitCode one = OnFile(file, [&] {
-            const Template read = ReadTemplate(file);
-            if (options.json) {
-                PrintLine(InfoAsJSON(read));
-            } else if (read.IsGood()) {
-                Print((first ? "" : "\n") + InfoAsText(read));
-                first = false;
-            }
-            if (!read.IsGood()) {
-                throw FileError(file, read.definition.refusals.front().text);
-            }
-        });
-        exit = one == ExitCode::kDone ? exit : one;
-    }
-    return exit;
+    const auto read = [&options](const std::string& file) {
+        const Template from = ReadTemplate(file);
+        return Info{options.json    ? InfoAsJSON(from)
+                    : from.IsGood() ? InfoAsText(from)
+                                    : "",
+                    from.IsGood() ? "" : from.definition.refusals.front().text};
+    };
+    return ForEachPackage(options.packages, "reading", read, [&](const std::string& file, const Info& info) {
+        if (options.json) {
+            PrintLine(info.text);
+        } else if (info.refusal.empty()) {
+            Print((first ? "" : "\n") + info.text);
+            first = false;
+        }
+        if (!info.refusal.empty()) {
+            throw FileError(file, info.refusal);
+        }
+    });
 }
 
 } // namespace zelt

@@ -1,6 +1,7 @@
 #include <tools/zelt/output/EntryOutput.h>
 
 #include <tools/zelt/output/Output.h>
+#include <tools/zelt/output/Style.h>
 #include <tools/zelt/output/TextLayout.h>
 
 #include <orvcore/json/JSONTextWriter.h>
@@ -129,20 +130,26 @@ private:
     orvcore::serialization::JSONTextWriter writer_;
 };
 
-} // namespace
-
-std::string EntriesAsTable(const Entries& entries)
+std::string EntriesAsTable(const Entries& entries, bool isLong)
 {
     if (entries.empty()) {
         return "";
     }
     std::vector<std::vector<std::string>> rows = {{"NAME", "SIZE", "DURATION", "FRAME", "AUTHOR", "TAGS", "NOTE"}};
+    if (isLong) {
+        rows.front().insert(rows.front().end(), {"MODIFIED", "PATH"});
+    }
     for (const auto& entry : entries) {
         rows.push_back({Printable(ToNarrow(entry->name)), Size(entry->fileSize), Duration(*entry), Frame(*entry),
                         Printable(OrDash(ToNarrow(entry->authorApp))), Printable(OrDash(Joined(Narrowed(entry->tags)))),
                         Note(*entry)});
+        if (isLong) {
+            rows.back().insert(rows.back().end(), {OrDash(Modified(*entry)), Printable(AsNarrow(entry->path))});
+        }
     }
-    return Table(rows, "");
+    std::string table = Table(rows, "");
+    const std::size_t heading = table.find('\n');
+    return Styled(table.substr(0, heading), Style::Heading) + table.substr(heading);
 }
 
 std::string EntryAsText(const CapsuleEntry& entry)
@@ -187,6 +194,26 @@ std::string EntryAsJSON(const CapsuleEntry& entry)
     members.Path("video", entry.videoPreviewPath);
     members.Writer().EndObject();
     return ToNarrow(members.Writer().Take());
+}
+
+} // namespace
+
+void PrintEntries(const Entries& entries, const EntryForm& form)
+{
+    if (!form.json && !form.pathsAlone && !form.hasDetails) {
+        Print(EntriesAsTable(entries, form.isLong));
+        return;
+    }
+    for (const auto& entry : entries) {
+        if (form.json) {
+            PrintLine(EntryAsJSON(*entry));
+        } else if (form.pathsAlone) {
+            Print(AsNarrow(entry->path));
+            Print(form.isNullSeparated ? std::string_view("\0", 1) : "\n");
+        } else {
+            Print((entry == entries.front() ? "" : "\n") + EntryAsText(*entry));
+        }
+    }
 }
 
 } // namespace zelt

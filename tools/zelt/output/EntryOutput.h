@@ -11,11 +11,15 @@ namespace zelt {
 
 using Entries = std::vector<boost::shared_ptr<orvcapsule::CapsuleEntry>>;
 
-/// A table with one row for each template; empty without any.
-std::string EntriesAsTable(const Entries& entries);
-/// A summary of several lines with everything that a browser knows of one template.
-std::string EntryAsText(const orvcapsule::CapsuleEntry& entry);
-/// The same as one JSON object.
-std::string EntryAsJSON(const orvcapsule::CapsuleEntry& entry);
+/// How templates are printed.
+struct EntryForm {
+    bool json = false;            ///< an object on a line for each
+    bool isLong = false;          ///< a table with further columns, the path as the last
+    bool hasDetails = false;      ///< everything that a browser knows, in several lines
+    bool pathsAlone = false;      ///< the path as it is, on a line for each
+    bool isNullSeparated = false; ///< behind each path a NUL, and no line feed
+};
+
+void PrintEntries(const Entries& entries, const EntryForm& form);
 
 } // namespace zelt

@@ -19,8 +19,8 @@ constexpr std::chrono::seconds kLeastPause(1);
 
 } // namespace
 
-FolderPoll::FolderPoll(std::vector<std::string> folders, const Catalogue& catalogue, OnChange onChange)
-    : folders_(std::move(folders))
+FolderPoll::FolderPoll(Places places, const Catalogue& catalogue, OnChange onChange)
+    : places_(std::move(places))
     , catalogue_(catalogue)
     , onChange_(std::move(onChange))
     , thread_([this] { Run(); })
@@ -70,8 +70,7 @@ void FolderPoll::Run()
 FolderPoll::Files FolderPoll::Walk() const
 {
     Files files;
-    for (const std::string& folder : folders_) {
-        const bool isRoot = &folder == &folders_.front();
+    for (const std::string& folder : places_.folders) {
         const auto visit = [&](const fs::path& path, orvcore::FileKind kind) {
             const bool isPackage = kind != orvcore::FileKind::Directory &&
                                    path.extension() == orvcore::PathFromUTF8(orvcapsule::kCapsuleExtn);
@@ -80,7 +79,7 @@ FolderPoll::Files FolderPoll::Walk() const
             if (info.kind == orvcore::FileKind::File) {
                 files[ToText(path)] = {info.size, info.modified.time_since_epoch().count()};
             }
-            return isRoot ? orvcore::WalkNext::GoOn : orvcore::WalkNext::PassOver;
+            return places_.isShallow ? orvcore::WalkNext::PassOver : orvcore::WalkNext::GoOn;
         };
         // What cannot be read now looks as if it were empty; the listing of such a folder tells the reason.
         orvcore::WalkTree(ToPath(folder), {.visit = visit, .fail = [](const auto& /*folder*/, const auto& /*error*/) {

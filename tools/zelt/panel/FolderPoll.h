@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tools/zelt/panel/Catalogue.h>
+#include <tools/zelt/support/Browser.h>
 
 #include <condition_variable>
 #include <functional>
@@ -20,8 +21,7 @@ public:
     /// The changed packages by folder. Called on the poll's thread.
     using OnChange = std::function<void(const std::map<std::string, std::vector<std::string>>&)>;
 
-    /// @param folders  full paths; of the first all that is below it counts
-    FolderPoll(std::vector<std::string> folders, const Catalogue& catalogue, OnChange onChange);
+    FolderPoll(Places places, const Catalogue& catalogue, OnChange onChange);
     FolderPoll(const FolderPoll&) = delete;
     FolderPoll& operator=(const FolderPoll&) = delete;
     ~FolderPoll();
@@ -36,7 +36,7 @@ private:
     Files Walk() const;
     void Tell(const Files& files);
 
-    const std::vector<std::string> folders_;
+    const Places places_;
     const Catalogue& catalogue_;
     const OnChange onChange_;
     std::map<std::string, std::pair<bool, FoundFile>> told_; // each state of a file is told once

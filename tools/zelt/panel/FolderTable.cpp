@@ -27,6 +27,13 @@ std::string FolderOf(const orvcapsule::CapsuleEntry& entry)
     return ToText(orvcore::PathFromUTF8(entry.path).parent_path());
 }
 
+bool IsInOrBelow(const std::string& folder, const std::string& top)
+{
+    const auto isSeparator = [](char c) { return c == '/' || c == '\\'; };
+    return folder.starts_with(top) &&
+           (folder.size() == top.size() || isSeparator(top.back()) || isSeparator(folder[top.size()]));
+}
+
 FolderTable::FolderTable(const std::vector<std::string>& folders)
 {
     for (const std::string& folder : folders) {
@@ -59,10 +66,7 @@ std::string FolderTable::LabelOf(const orvcapsule::CapsuleEntry& entry, const st
     }
     const std::pair<std::string, std::string>* nearest = nullptr; // folders may lie in one another
     for (const auto& top : tops_) {
-        const bool isBelow =
-            folder.starts_with(top.first) && (folder.size() == top.first.size() || folder[top.first.size()] == '/' ||
-                                              folder[top.first.size()] == '\\' || top.first.ends_with('/'));
-        if (isBelow && (nearest == nullptr || nearest->first.size() < top.first.size())) {
+        if (IsInOrBelow(folder, top.first) && (nearest == nullptr || nearest->first.size() < top.first.size())) {
             nearest = &top;
         }
     }

@@ -16,7 +16,7 @@ namespace zelt {
 /// they were met. One thread at a time.
 class FolderTable {
 public:
-    /// @param folders  the full paths of the folders that are listed, the first with all below it
+    /// @param folders  the full paths of the folders that are listed
     explicit FolderTable(const std::vector<std::string>& folders);
 
     /// The number of an entry's folder.
@@ -35,6 +35,9 @@ private:
     std::vector<std::string> labels_;
     std::unordered_map<std::string, std::size_t> numbers_; // by where an entry lies
 };
+
+/// Whether a folder, by its full path, is another or lies below it.
+bool IsInOrBelow(const std::string& folder, const std::string& top);
 
 /// The folder that a package lies in.
 std::string FolderOf(const orvcapsule::CapsuleEntry& entry);

@@ -24,7 +24,7 @@ constexpr std::size_t kMostFolders = 20;
 Panel::Panel(Browser& browser, std::string session)
     : browser_(browser)
     , session_(std::move(session))
-    , catalogue_(browser.GetFolders())
+    , catalogue_(browser.GetPlaces().folders)
 {
     state_.languages = kLanguages;
     state_.languages.insert(orvcore::Application::GetLanguage());
@@ -38,7 +38,7 @@ Panel::Panel(Browser& browser, std::string session)
             catalogue_.PutFolder(std::string(orvcore::AsNarrow(folder)), entries);
         }));
     orvappsupport::SetProgressObserver([this](const orvappsupport::ProgressReport& report) { OnProgress(report); });
-    poll_ = std::make_unique<FolderPoll>(browser_.GetFolders(), catalogue_, [this](const auto& changes) {
+    poll_ = std::make_unique<FolderPoll>(browser_.GetPlaces(), catalogue_, [this](const auto& changes) {
         orvcore::AsyncCallFromMainThread([this, changes] { OnChanges(changes); });
     });
 }
@@ -85,6 +85,11 @@ void Panel::SetLanguage(const std::string& language)
 
 void Panel::RefreshFolder(const std::string& folder, const std::vector<std::string>& files)
 {
+    const Places& places = browser_.GetPlaces();
+    if (!places.isShallow && !IsInOrBelow(folder, places.folders.front())) {
+        Refresh(); // the manager asks the first of its sources of one kind alone
+        return;
+    }
     std::vector<orvcore::UTF8String> changed;
     changed.reserve(files.size());
     for (const std::string& file : files) {
@@ -182,7 +187,7 @@ std::string Panel::StateAsJSON() const
     writer.String(std::string_view(orvcore::Application::GetLanguage()));
     WriteList(writer, "languages", state_.languages);
     WriteList(writer, "problems", state_.problems);
-    WriteList(writer, "places", browser_.GetFolders());
+    WriteList(writer, "places", browser_.GetPlaces().folders);
     writer.EndObject();
     return orvcore::ToNarrow(writer.Take());
 }

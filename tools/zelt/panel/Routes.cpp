@@ -213,7 +213,7 @@ http::Response Routes::Preview(const Request& request, bool isVideo)
 http::Response Routes::Details(const Request& request)
 {
     const auto entry = EntryOf(request);
-    const auto& folders = panel_.Host().GetFolders();
+    const auto& folders = panel_.Host().GetPlaces().folders;
     const std::filesystem::path copies = CopyFolderOf(*entry, folders);
     DetailsFacts facts{.folder = FolderOf(*entry),
                        .editable = !copies.empty(),
@@ -270,7 +270,7 @@ http::Response Routes::SaveTemplate(const Request& request)
         return Refusal(404, "this template is no longer there");
     }
     const Browser& host = panel_.Host();
-    const std::filesystem::path stored = Save(*entry, wanted, host.GetFolders(), host.GetInterrupt());
+    const std::filesystem::path stored = Save(*entry, wanted, host.GetPlaces().folders, host.GetInterrupt());
     const std::string path = ToText(stored);
     orvcore::AsyncCallFromMainThread(
         [&panel = panel_, path] { panel.RefreshFolder(ToText(ToPath(path).parent_path()), {path}); });

@@ -9,8 +9,8 @@
 #include <orvcore/files/Paths.h>
 #include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/MainThread.h>
-#include <sources/LocalGraphicsSource.h>
 #include <sources/LumoLibrariesSource.h>
+#include <sources/PreviewLimit.h>
 #include <sources/SourceNames.h>
 #include <tools/support/Console.h>
 
@@ -49,32 +49,43 @@ struct Browser::Failure {
 
 namespace {
 
-using CustomFolders = std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>;
+using Source = orvcapsule::LocalGraphicsSource;
 
-std::shared_ptr<orvcapsule::LocalGraphicsSource> MakeSource(const std::vector<std::string>& folders)
+// A folder with all below it is a source's root; those without their sub-folders are one source's custom directories.
+std::vector<std::shared_ptr<Source>> MakeSources(const Places& places)
 {
-    CustomFolders custom;
-    for (std::size_t i = 1; i < folders.size(); ++i) {
-        custom.emplace_back(orvcore::ToUTF8(folders[i]), orvcore::ToUTF8(folders[i]));
+    std::vector<std::shared_ptr<Source>> sources;
+    std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>> custom;
+    for (const std::string& folder : places.folders) {
+        if (places.isShallow) {
+            custom.emplace_back(orvcore::ToUTF8(folder), orvcore::ToUTF8(folder));
+        } else {
+            sources.push_back(std::make_shared<Source>(orvcore::PathToUTF16(ToPath(folder)), custom));
+        }
     }
-    return std::make_shared<orvcapsule::LocalGraphicsSource>(orvcore::PathToUTF16(ToPath(folders.front())), custom);
+    if (!custom.empty()) {
+        sources.push_back(std::make_shared<Source>(orvcore::UTF16String(), custom));
+    }
+    return sources;
 }
 
 } // namespace
 
-Browser::Browser(const std::vector<std::string>& folders, const std::string& libraries)
-    : folders_(folders)
+Browser::Browser(const Places& places)
+    : places_(places)
     , failure_(std::make_shared<Failure>())
+    , sources_(MakeSources(places))
 {
     const std::filesystem::path index = folder_.Path() / "index";
     CheckIndexFile(ToText(index), false);
     orvcore::SetTaskExceptionHandler([failure = failure_](const std::exception_ptr& what) { failure->Set(what); });
+    orvcapsule::SetPreviewsInListings(!places.noPreviews);
     manager_ = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(index));
-    if (!folders.empty()) {
-        manager_->AddGraphicSource(MakeSource(folders));
+    for (const auto& source : sources_) {
+        manager_->AddGraphicSource(source);
     }
-    if (!libraries.empty()) {
-        lumolibmanager::SetLumoLibManager(std::make_shared<lumolibmanager::FolderLibManager>(ToPath(libraries)));
+    if (!places.libraries.empty()) {
+        lumolibmanager::SetLumoLibManager(std::make_shared<lumolibmanager::FolderLibManager>(ToPath(places.libraries)));
         manager_->AddGraphicSource(std::make_shared<orvcapsule::LumoLibrariesSource>(false));
     }
 }
@@ -97,8 +108,11 @@ Browser::Entries Browser::List(bool progressive)
     Entries entries;
     manager_->SetLocalRequestCallback(std::make_shared<GraphicSourceManager::RequestCallback>(
         [&](GraphicSourceManager::ResultMap& results, int /*first*/, int /*total*/) {
+            std::set<orvcore::UTF8String> known;
             for (auto& [position, entry] : results) {
-                entries.push_back(std::move(entry));
+                if (known.insert(entry->path).second) {
+                    entries.push_back(std::move(entry));
+                }
             }
             answered = true;
         }));
@@ -110,7 +124,12 @@ Browser::Entries Browser::List(bool progressive)
 
 std::vector<orvcapsule::FolderFailure> Browser::GetFolderFailures() const
 {
-    return manager_->GetFolderFailures(orvcapsule::kLocalSourceID);
+    std::vector<orvcapsule::FolderFailure> all;
+    for (const auto& source : sources_) {
+        const auto failures = source->GetFolderFailures();
+        all.insert(all.end(), failures.begin(), failures.end());
+    }
+    return all;
 }
 
 std::vector<lumolibmanager::LeftOut> Browser::GetLeftOut() const

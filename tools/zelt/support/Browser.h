@@ -5,7 +5,7 @@
 
 #include <lumolibmanager/LumoLibManager.h>
 #include <manager/GraphicSourceManager.h>
-#include <sources/GraphicSource.h>
+#include <sources/LocalGraphicsSource.h>
 
 #include <chrono>
 #include <functional>
@@ -16,7 +16,15 @@
 
 namespace zelt {
 
-/// A small host: the library's manager with a local source and one of cloud libraries, on this thread as the main
+/// Where templates are looked for. Paths are full.
+struct Places {
+    std::vector<std::string> folders;
+    bool isShallow = false; ///< the folders without what lies in their sub-folders
+    std::string libraries;  ///< the folder that holds the cloud libraries; empty: none
+    bool noPreviews = false;
+};
+
+/// A small host: the library's manager with local sources and one of cloud libraries, on this thread as the main
 /// thread. Every operation waits for its answer, runs the main thread's calls meanwhile, and is cancelled when the user
 /// interrupts.
 ///
@@ -29,20 +37,18 @@ public:
     using Entries = orvcapsule::GraphicSourceManager::EntryList;
     using Texts = std::set<orvcore::UTF8String>;
 
-    /// @param folders    the first is listed with all below it (empty: none), the others without sub-folders
-    /// @param libraries  the folder that holds the cloud libraries; empty: none
-    Browser(const std::vector<std::string>& folders, const std::string& libraries);
+    explicit Browser(const Places& places);
     Browser(const Browser&) = delete;
     Browser& operator=(const Browser&) = delete;
     ~Browser();
 
-    /// All templates, by name. Fills the search index.
+    /// All templates, by name; one that lies in several of the places once. Fills the search index.
     /// @param progressive  the library reports how far it is
     Entries List(bool progressive);
-    /// The folders, as they were given.
-    const std::vector<std::string>& GetFolders() const noexcept
+    /// The places, as they were given.
+    const Places& GetPlaces() const noexcept
     {
-        return folders_;
+        return places_;
     }
     /// Tells whether the user has interrupted.
     const InterruptWatch& GetInterrupt() const noexcept
@@ -79,8 +85,9 @@ private:
 
     InterruptWatch interrupt_; // goes last: an interrupt meanwhile must not leave the folder behind
     TempFolder folder_;
-    const std::vector<std::string> folders_;
+    const Places places_;
     std::shared_ptr<Failure> failure_;
+    std::vector<std::shared_ptr<orvcapsule::LocalGraphicsSource>> sources_;
     std::shared_ptr<orvcapsule::GraphicSourceManager> manager_;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <tools/zelt/commands/Commands.h>
+#include <tools/zelt/output/Errors.h>
+#include <tools/zelt/support/Browser.h>
 
 namespace zelt {
 

@@ -114,10 +114,10 @@ bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteP
 }
 
 bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
-             const PackItem& item, ZipFailure& failure)
+             const PackItem* item, ZipFailure& failure)
 {
     const ZipProgress none;
-    ByteProgress progress(none, nullptr, item.size);
+    ByteProgress progress(none, nullptr, item != nullptr ? item->size : 0);
     // The new archive holds what the old one held: put over another, it would undo what somebody else stored there.
     Placing placing{target.path, {}, {}, target.version};
     placing.isUnchanged = [old, at = target.path] { return old ? old->IsStillAt(at) : !orvcore::Exists(at); };
@@ -126,7 +126,9 @@ bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, s
         return opened.Fault().Tell(failure);
     }
     ArchiveHandle archive = std::move(*opened);
-    if (!Put(archive.get(), replaced, item, target.password, progress)) {
+    const bool changed = item != nullptr ? Put(archive.get(), replaced, *item, target.password, progress)
+                                         : zip_delete(archive.get(), replaced.value()) == 0;
+    if (!changed) {
         FaultOf(*zip_get_error(archive.get())).Tell(failure);
         return false;
     }

@@ -18,10 +18,10 @@ struct PackTarget {
 /// Makes a new archive of `items` that takes the place of the target's.
 bool PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteProgress& progress, ZipFailure& failure);
 
-/// Makes a new archive of an old one, with `item` in the place of the entry `replaced` or added at the end. The old
-/// one's other entries are copied as they are packed. `old` may be null: there is none. Fails when that, or nothing, is
-/// no longer what is at the target's path.
+/// Makes a new archive of an old one, with `item` in the place of the entry `replaced` or added at the end, or, when it
+/// is null, without the entry `replaced`. The old one's other entries are copied as they are packed. `old` may be null:
+/// there is none. Fails when that, or nothing, is no longer what is at the target's path.
 bool PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
-             const PackItem& item, ZipFailure& failure);
+             const PackItem* item, ZipFailure& failure);
 
 } // namespace orvstorage::detail

@@ -7,9 +7,19 @@ namespace {
 
 void AddPlaces(Command& command, Places& places)
 {
-    command.Argument("[FOLDER...]", places.folders,
-                     "Folders of packages: the first with all below it, the others without their sub-folders");
+    command.Argument("[FOLDER...]", places.folders, "Folders of packages, each with all below it");
+    command.Option("--shallow", places.isShallow, "The folders without their sub-folders");
     command.Option("--libraries ROOT", places.libraries, "Folder that holds cloud libraries, all of which count");
+}
+
+void AddForm(Command& command, Places& places, EntryForm& form)
+{
+    command.Option("--json", form.json, "One JSON object for each template, on one line");
+    command.Option("--long", form.isLong, "Further columns, the path as the last");
+    command.Option("--details", form.hasDetails, "Everything that is known of each template, in several lines");
+    command.Option("--paths", form.pathsAlone, "Paths alone, one on each line");
+    command.Option("-0, --null", form.isNullSeparated, "With --paths: a NUL behind each rather than a line feed");
+    command.Option("--no-previews", places.noPreviews, "Extract no preview pictures and videos");
 }
 
 } // namespace
@@ -20,8 +30,7 @@ std::vector<Command> BrowsingCommands()
         Define("list", "List the templates in folders", &RunList,
                [](Command& command, ListOptions& options) {
                    AddPlaces(command, options.places);
-                   command.Option("--json", options.json, "One JSON object for each template, on one line");
-                   command.Option("--long", options.isLong, "Everything that is known of each template");
+                   AddForm(command, options.places, options.form);
                    command.Option("--progress", options.progress, "Tell how far it is even when no terminal is there");
                    command.Example("list ~/Templates", "all templates in a folder and below it");
                }),
@@ -29,9 +38,10 @@ std::vector<Command> BrowsingCommands()
                [](Command& command, SearchOptions& options) {
                    AddPlaces(command, options.places);
                    command.Argument("[-- TERM...]", options.terms, "Text contained in a name or a tag");
-                   command.Option("--json", options.json, "One JSON object for each template, on one line");
-                   command.Option("--long", options.isLong, "Everything that is known of each template");
+                   AddForm(command, options.places, options.form);
                    command.Example("search ~/Templates -- news title", "the templates that both words find");
+                   command.Example("search ~/Templates --paths -0 -- news | xargs -0 zelt check",
+                                   "judge the templates that a word finds");
                }),
         Define("tags", "Print the names and tags in folders with a word that begins so", &RunTags,
                [](Command& command, TagsOptions& options) {

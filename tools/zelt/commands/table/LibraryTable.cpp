@@ -1,5 +1,6 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/commands/table/CommandTable.h>
+#include <tools/zelt/commands/table/SharedOptions.h>
 
 namespace zelt {
 
@@ -9,9 +10,10 @@ std::vector<Command> LibraryCommands()
         Define("index build", "Add packages to a search index in a file", &RunIndexBuild,
                [](Command& command, IndexBuildOptions& options) {
                    command.Argument("DB", options.database, "Index file; created when missing");
-                   command.Argument("FILE...", options.files, "Packages");
+                   AddPackages(command, options.packages);
                    command.Option("--json", options.json, kJSONForEachPackage);
-                   command.Example("index build titles.db *.zelt", "an index of all packages of this folder");
+                   command.Example("index build titles.db ~/Templates",
+                                   "an index of all packages in a folder and below it");
                }),
         Define("index search", "Print the paths of the packages that all terms find", &RunIndexSearch,
                [](Command& command, IndexSearchOptions& options) {

@@ -1,5 +1,6 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/commands/table/CommandTable.h>
+#include <tools/zelt/commands/table/SharedOptions.h>
 
 namespace zelt {
 
@@ -8,7 +9,7 @@ std::vector<Command> ReadingCommands()
     return {
         Define("info", "Show what packages hold", &RunInfo,
                [](Command& command, InfoOptions& options) {
-                   command.Argument("FILE...", options.files, "Packages");
+                   AddPackages(command, options.packages);
                    command.Option("--json", options.json, kJSONForEachPackage);
                    command.Example("info lower-third.zelt", "what a package holds");
                    command.Example("--language de_DE info --json *.zelt", "the same of many, in German, for programs");
@@ -22,17 +23,18 @@ std::vector<Command> ReadingCommands()
                }),
         Define("check", "Say of each package whether it is good, and what is wrong", &RunCheck,
                [](Command& command, CheckOptions& options) {
-                   command.Argument("FILE...", options.files, "Packages");
+                   AddPackages(command, options.packages);
                    command.Option("--json", options.json, kJSONForEachPackage);
-                   command.Example("check *.zelt", "judge all packages of this folder");
+                   command.Example("check ~/Templates", "judge all packages in a folder and below it");
+                   command.Example("check --files-from list.txt -j 4", "those that a file names, four at one time");
                }),
         Define("fonts", "List the fonts that packages need, and which of them this machine lacks", &RunFonts,
                [](Command& command, FontsOptions& options) {
-                   command.Argument("FILE...", options.files, "Packages");
+                   AddPackages(command, options.packages);
                    command.Option("--json", options.json, kJSONForEachPackage);
                    command.Option("--report DOCUMENT", options.document,
                                   "Send a message for each font: this document uses it");
-                   command.Example("fonts *.zelt", "the fonts of all packages of this folder");
+                   command.Example("fonts ~/Templates", "the fonts of all packages in a folder and below it");
                }),
     };
 }
