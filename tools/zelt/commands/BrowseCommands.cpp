@@ -1,34 +1,15 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/output/EntryOutput.h>
 #include <tools/zelt/output/Output.h>
+#include <tools/zelt/panel/Gallery.h>
 #include <tools/zelt/support/Browser.h>
-
-#include <orvcore/files/FileSystem.h>
+#include <tools/zelt/support/Places.h>
 
 #include <algorithm>
 
 namespace zelt {
 
 namespace {
-
-// The full path of a folder; the name itself, reported, of one that is not there, which the library passes over.
-std::string FullPath(const std::string& folder, ExitCode& exit)
-{
-    std::string path = folder;
-    const ExitCode named = OnFile(folder, [&] {
-        std::error_code failed;
-        const orvcore::FileKind kind = orvcore::InspectTarget(ToPath(folder), failed).kind;
-        if (kind == orvcore::FileKind::Nothing && !failed) {
-            throw FileError(folder, "there is no such folder");
-        }
-        if (kind != orvcore::FileKind::Directory && !failed) {
-            throw FileError(folder, "it is not a folder");
-        }
-        path = ToText(ToFullPath(folder));
-    });
-    exit = named == ExitCode::kDone ? exit : named;
-    return path;
-}
 
 ExitCode ReportFailures(const std::vector<orvcapsule::FolderFailure>& failures)
 {
@@ -42,16 +23,11 @@ ExitCode ReportFailures(const std::vector<orvcapsule::FolderFailure>& failures)
 template <class Work>
 ExitCode Browse(const Places& places, bool progressive, Work&& work)
 {
-    if (places.folders.empty() && places.libraries.empty()) {
-        ReportError("there is nothing to look into: give a FOLDER or --libraries ROOT");
+    if (!NamePlaces(places)) {
         return ExitCode::kBadUsage;
     }
     ExitCode exit = ExitCode::kDone;
-    Places full = places;
-    for (std::string& folder : full.folders) {
-        folder = FullPath(folder, exit);
-    }
-    full.libraries = places.libraries.empty() ? "" : FullPath(places.libraries, exit);
+    const Places full = FullPlaces(places, exit);
     const ExitCode listed = OnFile(places.folders.empty() ? places.libraries : places.folders.front(), [&] {
         Browser browser(full);
         const Entries entries = browser.List(progressive);
@@ -86,6 +62,14 @@ ExitCode RunSearch(const SearchOptions& options)
     }
     return Browse(options.places, false, [&](Browser& browser, const Entries& entries) {
         PrintEntries(WithPaths(entries, browser.Search(options.terms)), options.form);
+    });
+}
+
+ExitCode RunGallery(const GalleryOptions& options)
+{
+    return Browse(options.places, false, [&](Browser& browser, const Entries& entries) {
+        WriteGallery(entries, browser.GetPlaces().folders, ToPath(options.output), browser.GetInterrupt());
+        PrintLine(Printable(options.output) + ": " + Count(entries.size(), "template"));
     });
 }
 

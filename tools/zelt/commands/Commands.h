@@ -101,6 +101,19 @@ struct SearchOptions {
 };
 ExitCode RunSearch(const SearchOptions& options);
 
+struct BrowseOptions {
+    Places places;
+    std::size_t port = 0; ///< 0: a free one
+    bool noOpen = false;
+};
+ExitCode RunBrowse(const BrowseOptions& options);
+
+struct GalleryOptions {
+    Places places;
+    std::string output;
+};
+ExitCode RunGallery(const GalleryOptions& options);
+
 struct TagsOptions {
     Places places;
     std::vector<std::string> terms; ///< one: what a tag begins with

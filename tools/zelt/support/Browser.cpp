@@ -72,7 +72,8 @@ std::vector<std::shared_ptr<Source>> MakeSources(const Places& places)
 } // namespace
 
 Browser::Browser(const Places& places)
-    : failure_(std::make_shared<Failure>())
+    : places_(places)
+    , failure_(std::make_shared<Failure>())
     , sources_(MakeSources(places))
 {
     const std::filesystem::path index = folder_.Path() / "index";
@@ -167,6 +168,25 @@ Browser::Texts Browser::RequestTexts(const std::function<void()>& request, SetCa
     Await(answered);
     (manager_.get()->*setCallback)(nullptr);
     return texts;
+}
+
+void Browser::RunCalls(std::chrono::milliseconds time)
+{
+    const auto end = std::chrono::steady_clock::now() + time;
+    for (auto now = end - time; now < end; now = std::chrono::steady_clock::now()) {
+        orvcore::WaitForMainThreadCalls(std::chrono::ceil<std::chrono::milliseconds>(end - now));
+        orvcore::RunMainThreadCalls(time);
+    }
+}
+
+std::string Browser::TakeFailure()
+{
+    try {
+        failure_->Throw();
+        return "";
+    } catch (const std::exception& error) {
+        return error.what();
+    }
 }
 
 void Browser::Await(const bool& answered)

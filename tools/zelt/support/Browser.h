@@ -7,6 +7,7 @@
 #include <manager/GraphicSourceManager.h>
 #include <sources/LocalGraphicsSource.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <set>
@@ -44,6 +45,27 @@ public:
     /// All templates, by name; one that lies in several of the places once. Fills the search index.
     /// @param progressive  the library reports how far it is
     Entries List(bool progressive);
+    /// The places, as they were given.
+    const Places& GetPlaces() const noexcept
+    {
+        return places_;
+    }
+    /// Tells whether the user has interrupted.
+    const InterruptWatch& GetInterrupt() const noexcept
+    {
+        return interrupt_;
+    }
+    /// @name For a host that sets callbacks and makes requests by itself
+    /// @{
+    orvcapsule::GraphicSourceManager& GetManager() const noexcept
+    {
+        return *manager_;
+    }
+    /// Runs the main thread's calls, those too that come within this time.
+    void RunCalls(std::chrono::milliseconds time);
+    /// What ended a background task since this was asked last, in words; empty when nothing did.
+    std::string TakeFailure();
+    /// @}
     /// The folders that could not be listed, and why.
     std::vector<orvcapsule::FolderFailure> GetFolderFailures() const;
     /// What of the cloud libraries was not listed, and why.
@@ -63,6 +85,7 @@ private:
 
     InterruptWatch interrupt_; // goes last: an interrupt meanwhile must not leave the folder behind
     TempFolder folder_;
+    const Places places_;
     std::shared_ptr<Failure> failure_;
     std::vector<std::shared_ptr<orvcapsule::LocalGraphicsSource>> sources_;
     std::shared_ptr<orvcapsule::GraphicSourceManager> manager_;

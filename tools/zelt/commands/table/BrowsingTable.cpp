@@ -50,6 +50,21 @@ std::vector<Command> BrowsingCommands()
                    command.Option("--json", options.json, "One JSON object for each text, on one line");
                    command.Example("tags ~/Templates -- cou", "what a search field suggests");
                }),
+        Define("browse", "Show the templates in folders in the web browser", &RunBrowse,
+               [](Command& command, BrowseOptions& options) {
+                   AddPlaces(command, options.places);
+                   command.Option("--port N", options.port, "Port of the page on this machine (default: a free one)");
+                   command.Option("--no-open", options.noOpen, "Tell the page's address and open no browser");
+                   command.Example("browse ~/Templates", "posters, videos, search, details and changes");
+               }),
+        Define("gallery", "Write a page that shows the templates in folders as files", &RunGallery,
+               [](Command& command, GalleryOptions& options) {
+                   AddPlaces(command, options.places);
+                   command.Option("-o, --output DIR", options.output,
+                                  "A new or empty folder, or an earlier gallery, which is replaced")
+                       .isRequired = true;
+                   command.Example("gallery ~/Templates -o /srv/www/templates", "for a web server or a shared disk");
+               }),
     };
 }
 

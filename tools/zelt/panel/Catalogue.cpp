@@ -1,0 +1,206 @@
+#include <tools/zelt/panel/Catalogue.h>
+
+#include <tools/zelt/output/Output.h>
+#include <tools/zelt/panel/EntryRow.h>
+#include <tools/zelt/panel/TemplateJSON.h>
+
+#include <orvcore/files/Paths.h>
+#include <sources/SourceNames.h>
+
+#include <utility>
+
+namespace zelt {
+
+namespace {
+
+constexpr std::size_t kMostRows = 1000;
+
+std::string PathOf(const orvcapsule::CapsuleEntry& entry)
+{
+    return std::string(orvcore::AsNarrow(entry.path));
+}
+
+// True when the page would be told the same of both.
+bool LooksSame(const orvcapsule::CapsuleEntry& a, const orvcapsule::CapsuleEntry& b)
+{
+    return a == b && a.name == b.name && a.modified == b.modified && a.fileSize == b.fileSize &&
+           a.videoPreviewPath == b.videoPreviewPath && a.apiVersion == b.apiVersion && a.tags == b.tags &&
+           a.needsTsUpgrade == b.needsTsUpgrade;
+}
+
+FoundFile AsFound(const orvcapsule::CapsuleEntry& entry)
+{
+    static const boost::posix_time::ptime kStart(boost::gregorian::date(1970, 1, 1));
+    return {entry.fileSize, entry.modified.is_special() ? 0 : (entry.modified - kStart).total_microseconds()};
+}
+
+} // namespace
+
+Catalogue::Catalogue(const std::vector<std::string>& folders)
+    : folders_(folders)
+{
+}
+
+void Catalogue::BeginListing()
+{
+    const std::lock_guard lock(mutex_);
+    ++listing_;
+}
+
+void Catalogue::Put(const Entries& entries)
+{
+    std::vector<std::string> reasons;
+    reasons.reserve(entries.size());
+    for (const Entry& entry : entries) { // reads packages, so without the lock
+        reasons.push_back(IsUnreadable(*entry) ? ReasonOf(*entry) : "");
+    }
+    const std::lock_guard lock(mutex_);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        PutUnlocked(entries[i], std::move(reasons[i]));
+    }
+}
+
+void Catalogue::PutUnlocked(const Entry& entry, std::string reason)
+{
+    const std::uint64_t id = NumberUnlocked(PathOf(*entry));
+    Record& record = records_[id];
+    const bool isNews = !record.entry || !LooksSame(*record.entry, *entry);
+    record.entry = entry;
+    record.listing = listing_;
+    record.folder = folders_.Find(*entry);
+    record.reason = std::move(reason);
+    if (isNews) {
+        Touch(id);
+    }
+}
+
+void Catalogue::EndListing()
+{
+    const std::lock_guard lock(mutex_);
+    for (std::uint64_t id = 0; id < records_.size(); ++id) {
+        if (records_[id].entry && records_[id].listing != listing_) {
+            records_[id].entry.reset();
+            Touch(id);
+        }
+    }
+}
+
+void Catalogue::PutFolder(const std::string& folder, const Entries& entries)
+{
+    Put(entries);
+    std::set<std::uint64_t> present;
+    const std::lock_guard lock(mutex_);
+    for (const Entry& entry : entries) {
+        present.insert(NumberUnlocked(PathOf(*entry)));
+    }
+    for (std::uint64_t id = 0; id < records_.size(); ++id) {
+        const Entry& entry = records_[id].entry;
+        if (entry && entry->GetSourceID() == orvcapsule::kLocalSourceID && !present.contains(id) &&
+            FolderOf(*entry) == folder) {
+            records_[id].entry.reset();
+            Touch(id);
+        }
+    }
+}
+
+std::uint64_t Catalogue::Revision() const
+{
+    const std::lock_guard lock(mutex_);
+    return revision_;
+}
+
+std::string Catalogue::ChangesAfter(std::uint64_t revision) const
+{
+    orvcore::serialization::JSONTextWriter writer;
+    std::vector<std::uint64_t> gone;
+    const std::lock_guard lock(mutex_);
+    auto at = changes_.upper_bound(revision);
+    writer.BeginObject();
+    writer.Key("rows");
+    writer.BeginArray();
+    for (std::size_t told = 0; at != changes_.end() && told < kMostRows; ++at, ++told) {
+        revision = at->first;
+        const Record& record = records_[at->second];
+        if (record.entry) {
+            WriteRow(writer, *record.entry, {at->second, record.folder, {}, record.reason});
+        } else {
+            gone.push_back(at->second);
+        }
+    }
+    writer.EndArray();
+    writer.Key("gone");
+    writer.BeginArray();
+    for (const std::uint64_t id : gone) {
+        writer.UInt(id);
+    }
+    writer.EndArray();
+    WriteFolderList(writer, folders_);
+    writer.Key("revision");
+    writer.UInt(revision);
+    writer.EndObject();
+    return orvcore::ToNarrow(writer.Take());
+}
+
+Catalogue::Entry Catalogue::Find(std::uint64_t id) const
+{
+    const std::lock_guard lock(mutex_);
+    return id < records_.size() ? records_[id].entry : nullptr;
+}
+
+std::uint64_t Catalogue::NumberOf(const std::string& path)
+{
+    const std::lock_guard lock(mutex_);
+    return NumberUnlocked(path);
+}
+
+std::uint64_t Catalogue::NumberUnlocked(const std::string& path)
+{
+    const auto [at, isNew] = numbers_.try_emplace(path, records_.size());
+    if (isNew) {
+        records_.emplace_back();
+    }
+    return at->second;
+}
+
+std::vector<std::uint64_t> Catalogue::NumbersOf(const std::set<orvcore::UTF16String>& paths) const
+{
+    std::vector<std::uint64_t> found;
+    const std::lock_guard lock(mutex_);
+    for (const auto& path : paths) {
+        const auto at = numbers_.find(std::string(orvcore::AsNarrow(orvcore::PathTextToUTF8(path))));
+        if (at != numbers_.end()) {
+            found.push_back(at->second);
+        }
+    }
+    return found;
+}
+
+std::map<std::string, std::vector<std::string>> Catalogue::Compare(const std::map<std::string, FoundFile>& onDisk) const
+{
+    std::map<std::string, std::vector<std::string>> differ;
+    const auto add = [&differ](const std::string& path) { differ[ToText(ToPath(path).parent_path())].push_back(path); };
+    const std::lock_guard lock(mutex_);
+    for (const auto& [path, file] : onDisk) {
+        const auto at = numbers_.find(path);
+        const Entry entry = at == numbers_.end() ? nullptr : records_[at->second].entry;
+        if (!entry || AsFound(*entry) != file) {
+            add(path);
+        }
+    }
+    for (const Record& record : records_) {
+        if (record.entry && record.entry->GetSourceID() == orvcapsule::kLocalSourceID &&
+            !onDisk.contains(PathOf(*record.entry))) {
+            add(PathOf(*record.entry));
+        }
+    }
+    return differ;
+}
+
+void Catalogue::Touch(std::uint64_t id)
+{
+    changes_.erase(records_[id].revision);
+    records_[id].revision = ++revision_;
+    changes_.emplace(revision_, id);
+}
+
+} // namespace zelt

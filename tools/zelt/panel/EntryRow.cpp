@@ -1,0 +1,74 @@
+#include <tools/zelt/panel/EntryRow.h>
+
+#include <orvcore/json/JSONTextWriter.h>
+#include <sources/SourceNames.h>
+
+namespace zelt {
+
+namespace {
+
+using orvcapsule::CapsuleEntry;
+
+// As in catalogue.js.
+constexpr std::uint64_t kUnreadable = 1;
+constexpr std::uint64_t kNeedsNewer = 2;
+constexpr std::uint64_t kPoster = 4;
+constexpr std::uint64_t kVideo = 8;
+constexpr std::uint64_t kStock = 16;
+
+bool IsStock(const CapsuleEntry& entry)
+{
+    return entry.GetSourceID() == orvcapsule::kStockSourceID;
+}
+
+std::uint64_t FlagsOf(const CapsuleEntry& entry)
+{
+    const bool isStock = IsStock(entry);
+    return (IsUnreadable(entry) ? kUnreadable : 0U) | (entry.needsTsUpgrade ? kNeedsNewer : 0U) |
+           (isStock || !entry.thumbnailPath.empty() ? kPoster : 0U) |
+           (isStock || !entry.videoPreviewPath.empty() ? kVideo : 0U) | (isStock ? kStock : 0U);
+}
+
+// Seconds since 1970; 0 when unknown.
+std::int64_t ModifiedAt(const CapsuleEntry& entry)
+{
+    static const boost::posix_time::ptime kStart(boost::gregorian::date(1970, 1, 1));
+    return entry.modified.is_special() ? 0 : (entry.modified - kStart).total_seconds();
+}
+
+} // namespace
+
+bool IsUnreadable(const CapsuleEntry& entry)
+{
+    return entry.apiVersion.empty() && !IsStock(entry);
+}
+
+void WriteRow(orvcore::serialization::JSONTextWriter& writer, const CapsuleEntry& entry, const RowFacts& facts)
+{
+    writer.BeginArray();
+    writer.UInt(facts.id);
+    if (facts.names.empty()) {
+        writer.String(entry.name);
+    } else {
+        writer.Raw(facts.names);
+    }
+    writer.UInt(facts.folder);
+    writer.String(entry.authorApp);
+    writer.UInt(entry.fileSize);
+    writer.UInt(entry.durationMs);
+    writer.UInt(entry.frameWidth);
+    writer.UInt(entry.frameHeight);
+    writer.Int(ModifiedAt(entry));
+    writer.UInt(FlagsOf(entry));
+    writer.BeginArray();
+    for (const auto& tag : entry.tags) {
+        writer.String(tag);
+    }
+    writer.EndArray();
+    if (!facts.reason.empty()) {
+        writer.String(facts.reason);
+    }
+    writer.EndArray();
+}
+
+} // namespace zelt

@@ -1,0 +1,86 @@
+#include <tools/zelt/panel/FolderTable.h>
+
+#include <tools/zelt/output/Output.h>
+#include <tools/zelt/panel/EntryRow.h>
+
+#include <orvcore/files/Paths.h>
+#include <sources/ILumoLibrariesWrapper.h>
+#include <sources/SourceNames.h>
+
+#include <algorithm>
+
+namespace zelt {
+
+namespace {
+
+// The last part of a folder's path; the path where it has none, as of a disk.
+std::string TitleOf(const std::string& folder)
+{
+    const auto path = orvcore::WithoutClosingSeparators(ToPath(folder));
+    return path.has_filename() ? ToText(path.filename()) : folder;
+}
+
+} // namespace
+
+std::string FolderOf(const orvcapsule::CapsuleEntry& entry)
+{
+    return ToText(orvcore::PathFromUTF8(entry.path).parent_path());
+}
+
+bool IsInOrBelow(const std::string& folder, const std::string& top)
+{
+    const auto isSeparator = [](char c) { return c == '/' || c == '\\'; };
+    return folder.starts_with(top) &&
+           (folder.size() == top.size() || isSeparator(top.back()) || isSeparator(folder[top.size()]));
+}
+
+FolderTable::FolderTable(const std::vector<std::string>& folders)
+{
+    for (const std::string& folder : folders) {
+        std::string label = TitleOf(folder);
+        const auto isTaken = [&] {
+            return std::any_of(tops_.begin(), tops_.end(), [&](const auto& top) { return top.second == label; });
+        };
+        for (int number = 2; isTaken(); ++number) {
+            label = TitleOf(folder) + " (" + std::to_string(number) + ')';
+        }
+        tops_.emplace_back(ToText(orvcore::WithoutClosingSeparators(ToPath(folder))), label);
+    }
+}
+
+std::size_t FolderTable::Find(const orvcapsule::CapsuleEntry& entry)
+{
+    const bool isLocal = entry.GetSourceID() == orvcapsule::kLocalSourceID;
+    const std::string place = isLocal ? FolderOf(entry) : entry.GetSourceID() + '\n' + entry.GetLibraryID();
+    const auto [at, isNew] = numbers_.try_emplace(place, labels_.size());
+    if (isNew) {
+        labels_.push_back(LabelOf(entry, place));
+    }
+    return at->second;
+}
+
+std::string FolderTable::LabelOf(const orvcapsule::CapsuleEntry& entry, const std::string& folder) const
+{
+    if (entry.GetSourceID() == orvcapsule::kLumoLibrariesSourceID) {
+        return "Lumo Libraries/" + orvcapsule::ILumoLibrariesWrapper::GetLibraryNameFromLibraryID(entry.GetLibraryID());
+    }
+    const std::pair<std::string, std::string>* nearest = nullptr; // folders may lie in one another
+    for (const auto& top : tops_) {
+        if (IsInOrBelow(folder, top.first) && (nearest == nullptr || nearest->first.size() < top.first.size())) {
+            nearest = &top;
+        }
+    }
+    if (nearest == nullptr) {
+        return TitleOf(folder);
+    }
+    std::string below = folder.substr(nearest->first.size());
+    std::replace(below.begin(), below.end(), '\\', '/');
+    return nearest->second + (below.empty() || below.front() == '/' ? below : '/' + below);
+}
+
+void WriteFolderList(orvcore::serialization::JSONTextWriter& writer, const FolderTable& folders)
+{
+    WriteList(writer, "folders", folders.Labels());
+}
+
+} // namespace zelt

@@ -1,0 +1,195 @@
+#include <tools/zelt/panel/Panel.h>
+
+#include <tools/zelt/output/Output.h>
+#include <tools/zelt/panel/EntryRow.h>
+
+#include <orvcore/host/Application.h>
+#include <orvcore/tasks/MainThread.h>
+#include <sources/SourceNames.h>
+
+namespace zelt {
+
+namespace {
+
+using orvcapsule::GraphicSourceManager;
+
+// Offered besides those that are met.
+const std::set<std::string> kLanguages = {"de_DE", "en_US", "es_ES", "fr_FR", "it_IT",
+                                          "ja_JP", "ko_KR", "pt_BR", "ru_RU", "zh_CN"};
+// Beyond so many changed folders one listing of everything costs less.
+constexpr std::size_t kMostFolders = 20;
+
+} // namespace
+
+Panel::Panel(Browser& browser, std::string session)
+    : browser_(browser)
+    , session_(std::move(session))
+    , catalogue_(browser.GetPlaces().folders)
+{
+    state_.languages = kLanguages;
+    state_.languages.insert(orvcore::Application::GetLanguage());
+    GraphicSourceManager& manager = browser_.GetManager();
+    manager.SetLocalRequestEntriesFoundCallback(std::make_shared<GraphicSourceManager::EntriesFoundCallback>(
+        [this](const Entries& entries) { catalogue_.Put(entries); }));
+    manager.SetLocalRequestCallback(std::make_shared<GraphicSourceManager::RequestCallback>(
+        [this](GraphicSourceManager::ResultMap& /*results*/, int /*first*/, int /*total*/) { OnListed(); }));
+    manager.SetLocalDirectoryRequestCallback(std::make_shared<GraphicSourceManager::DirectoryCallback>(
+        [this](const Entries& entries, const orvcore::UTF8String& folder, bool /*last*/) {
+            catalogue_.PutFolder(std::string(orvcore::AsNarrow(folder)), entries);
+        }));
+    orvappsupport::SetProgressObserver([this](const orvappsupport::ProgressReport& report) { OnProgress(report); });
+    poll_ = std::make_unique<FolderPoll>(browser_.GetPlaces(), catalogue_, [this](const auto& changes) {
+        orvcore::AsyncCallFromMainThread([this, changes] { OnChanges(changes); });
+    });
+}
+
+Panel::~Panel()
+{
+    poll_.reset();
+    orvappsupport::SetProgressObserver(nullptr);
+    GraphicSourceManager& manager = browser_.GetManager();
+    manager.Abort();
+    manager.SetLocalRequestEntriesFoundCallback(nullptr);
+    manager.SetLocalRequestCallback(nullptr);
+    manager.SetLocalDirectoryRequestCallback(nullptr);
+    orvcore::StopMainThreadCalls(); // calls that wait refer to this object
+}
+
+void Panel::Refresh()
+{
+    poll_->SetOn(false);
+    catalogue_.BeginListing();
+    ChangeState([](State& state) {
+        state.isListing = true;
+        state.isCancelled = false;
+        state.fraction = 0;
+        state.item = 0;
+    });
+    browser_.GetManager().RequestDefaultGraphicSet({}, true);
+}
+
+void Panel::Cancel()
+{
+    browser_.GetManager().Abort();
+    ChangeState([](State& state) { state.isCancelled = std::exchange(state.isListing, false) || state.isCancelled; });
+}
+
+void Panel::SetLanguage(const std::string& language)
+{
+    if (language != orvcore::Application::GetLanguage()) {
+        orvcore::Application::SetLanguage(language);
+        ChangeState([&](State& state) { state.languages.insert(language); });
+        Refresh();
+    }
+}
+
+void Panel::RefreshFolder(const std::string& folder, const std::vector<std::string>& files)
+{
+    const Places& places = browser_.GetPlaces();
+    if (!places.isShallow && !IsInOrBelow(folder, places.folders.front())) {
+        Refresh(); // the manager asks the first of its sources of one kind alone
+        return;
+    }
+    std::vector<orvcore::UTF8String> changed;
+    changed.reserve(files.size());
+    for (const std::string& file : files) {
+        changed.emplace_back(orvcore::AsUTF8(file));
+    }
+    browser_.GetManager().LocalDirectoryChanged(orvcapsule::kLocalSourceID,
+                                                orvcore::UTF8String(orvcore::AsUTF8(folder)), changed);
+}
+
+void Panel::OnListed()
+{
+    catalogue_.EndListing();
+    auto problems = FindProblems();
+    ChangeState([&](State& state) {
+        state.isListing = false;
+        state.problems = std::move(problems);
+    });
+    poll_->SetOn(true);
+}
+
+void Panel::OnProgress(const orvappsupport::ProgressReport& report)
+{
+    ChangeState([&](State& state) { // the first item is the request's own; its sources add others
+        state.item = state.item == 0 ? report.itemID : state.item;
+        state.fraction = state.isListing && report.itemID == state.item ? report.GetFraction() : state.fraction;
+    });
+}
+
+void Panel::OnChanges(const std::map<std::string, std::vector<std::string>>& changes)
+{
+    {
+        const std::lock_guard lock(mutex_);
+        if (state_.isListing || state_.isCancelled) {
+            return;
+        }
+    }
+    if (changes.size() > kMostFolders) {
+        Refresh();
+        return;
+    }
+    for (const auto& [folder, files] : changes) {
+        RefreshFolder(folder, files);
+    }
+}
+
+std::vector<std::string> Panel::FindProblems() const
+{
+    std::vector<std::string> problems;
+    for (const orvcapsule::FolderFailure& failure : browser_.GetFolderFailures()) {
+        problems.push_back(std::string(orvcore::AsNarrow(failure.folder)) + ": " + failure.reason.message());
+    }
+    for (const lumolibmanager::LeftOut& left : browser_.GetLeftOut()) {
+        problems.push_back(std::string(orvcore::AsNarrow(left.place)) + ": " + left.reason);
+    }
+    return problems;
+}
+
+template <class Change>
+void Panel::ChangeState(Change&& change)
+{
+    const std::lock_guard lock(mutex_);
+    change(state_);
+}
+
+void Panel::Tell()
+{
+    if (std::string failure = browser_.TakeFailure(); !failure.empty()) {
+        ChangeState([&](State& state) { state.problems.push_back(std::move(failure)); });
+    }
+    std::string state = StateAsJSON();
+    if (state != told_) {
+        events_.Send(state);
+        told_ = std::move(state);
+    } else {
+        events_.KeepAlive();
+    }
+}
+
+std::string Panel::StateAsJSON() const
+{
+    orvcore::serialization::JSONTextWriter writer;
+    const std::lock_guard lock(mutex_);
+    writer.BeginObject();
+    writer.Key("session");
+    writer.String(session_);
+    writer.Key("revision");
+    writer.UInt(catalogue_.Revision());
+    writer.Key("listing");
+    writer.Bool(state_.isListing);
+    writer.Key("cancelled");
+    writer.Bool(state_.isCancelled);
+    writer.Key("fraction");
+    writer.Double(state_.fraction);
+    writer.Key("language");
+    writer.String(std::string_view(orvcore::Application::GetLanguage()));
+    WriteList(writer, "languages", state_.languages);
+    WriteList(writer, "problems", state_.problems);
+    WriteList(writer, "places", browser_.GetPlaces().folders);
+    writer.EndObject();
+    return orvcore::ToNarrow(writer.Take());
+}
+
+} // namespace zelt

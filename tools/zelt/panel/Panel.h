@@ -1,0 +1,88 @@
+#pragma once
+
+#include <tools/zelt/panel/Catalogue.h>
+#include <tools/zelt/panel/Events.h>
+#include <tools/zelt/panel/FolderPoll.h>
+#include <tools/zelt/support/Browser.h>
+
+#include <orvappsupport/Progress.h>
+
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace zelt {
+
+/// What the browse panel shows, as a host of the library that has windows would hold it: it asks the manager on the
+/// main thread, which runs the answers, and threads that serve the page read the outcome.
+class Panel {
+public:
+    /// @param session  tells this run of the program from others
+    Panel(Browser& browser, std::string session);
+    Panel(const Panel&) = delete;
+    Panel& operator=(const Panel&) = delete;
+    ~Panel();
+
+    /// @name Main thread
+    /// @{
+    /// Lists everything anew.
+    void Refresh();
+    void Cancel();
+    /// Names of templates come in this language from now on.
+    void SetLanguage(const std::string& language);
+    /// Lists a folder anew whose packages have changed.
+    void RefreshFolder(const std::string& folder, const std::vector<std::string>& files);
+    /// Tells the pages what has changed since it was called last.
+    void Tell();
+    /// @}
+
+    /// @name Any thread
+    /// @{
+    Catalogue& Templates() noexcept
+    {
+        return catalogue_;
+    }
+    Events& Pages() noexcept
+    {
+        return events_;
+    }
+    const Browser& Host() const noexcept
+    {
+        return browser_;
+    }
+    /// Everything but the templates, as JSON.
+    std::string StateAsJSON() const;
+    /// @}
+
+private:
+    struct State {
+        bool isListing = false;
+        bool isCancelled = false;
+        double fraction = 0;
+        std::uint64_t item = 0; // of the progress that is shown
+        std::set<std::string> languages;
+        std::vector<std::string> problems;
+
+        bool operator==(const State&) const = default;
+    };
+
+    void OnListed();
+    void OnProgress(const orvappsupport::ProgressReport& report);
+    void OnChanges(const std::map<std::string, std::vector<std::string>>& changes);
+    template <class Change>
+    void ChangeState(Change&& change);
+    std::vector<std::string> FindProblems() const;
+
+    Browser& browser_;
+    const std::string session_;
+    Catalogue catalogue_;
+    Events events_;
+    mutable std::mutex mutex_;
+    State state_;
+    std::string told_; // the state that the pages know
+    std::unique_ptr<FolderPoll> poll_;
+};
+
+} // namespace zelt

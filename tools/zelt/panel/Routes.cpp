@@ -1,0 +1,287 @@
+#include <tools/zelt/panel/Routes.h>
+
+#include <tools/zelt/output/Errors.h>
+#include <tools/zelt/output/Output.h>
+#include <tools/zelt/panel/EntryRow.h>
+#include <tools/zelt/panel/PageFiles.h>
+#include <tools/zelt/panel/Saving.h>
+#include <tools/zelt/panel/TemplateJSON.h>
+
+#include <orvcore/files/Paths.h>
+#include <orvcore/json/JSON.h>
+#include <orvcore/tasks/MainThread.h>
+#include <sources/SearchIndex.h>
+#include <sources/SourceNames.h>
+#include <tools/http/Guard.h>
+#include <tools/http/Stream.h>
+
+#include <algorithm>
+#include <charconv>
+
+namespace zelt {
+
+namespace {
+
+namespace http = orvtools::http;
+namespace json = orvcore::serialization;
+using orvcore::AsNarrow;
+
+constexpr std::size_t kMostTerms = 50;
+
+http::Response JSONResponse(std::string text, unsigned status = 200)
+{
+    http::Response response = http::TextResponse(status, "application/json", std::move(text));
+    response.headers.emplace_back("Cache-Control", "no-store");
+    return response;
+}
+
+// The page shows these texts as they are.
+http::Response Refusal(unsigned status, const std::string& why)
+{
+    json::JSONTextWriter writer;
+    writer.BeginObject();
+    writer.Key("error");
+    writer.String(std::string_view(why));
+    writer.EndObject();
+    return JSONResponse(orvcore::ToNarrow(writer.Take()), status);
+}
+
+http::Response PageResponse(const PageFile& file)
+{
+    const std::string_view name = file.name;
+    const std::string_view type = name.ends_with(".js")    ? "text/javascript; charset=utf-8"
+                                  : name.ends_with(".css") ? "text/css; charset=utf-8"
+                                  : name.ends_with(".svg") ? "image/svg+xml"
+                                                           : "text/html; charset=utf-8";
+    http::Response response = http::TextResponse(200, type, std::string(file.content));
+    response.headers.emplace_back("Cache-Control", "no-cache");
+    return response;
+}
+
+bool IsLocale(const std::string& text)
+{
+    return !text.empty() && text.size() <= 32 && std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+    });
+}
+
+} // namespace
+
+Routes::Routes(Panel& panel, std::string secret)
+    : panel_(panel)
+    , secret_(std::move(secret))
+{
+}
+
+http::Response Routes::Answer(const Request& request)
+{
+    Response response;
+    if (!http::IsHostLoopback(request, port_) || !http::IsSameOrigin(request)) {
+        response = http::ErrorResponse(403, "this page answers to itself alone");
+    } else {
+        response = Dispatch(request);
+    }
+    http::Protect(response);
+    return response;
+}
+
+http::Response Routes::Dispatch(const Request& request)
+{
+    const std::string_view path = std::string_view(request.path).substr(1);
+    const std::size_t slash = path.find('/');
+    if (!http::IsSecret(path.substr(0, slash), secret_)) {
+        return http::ErrorResponse(403, "this address is not, or no longer, that of a page; zelt browse prints it");
+    }
+    if (slash == path.npos) { // the page's own links need the slash
+        Response response = http::ErrorResponse(308, "the page lies below");
+        response.headers.emplace_back("Location", '/' + secret_ + '/');
+        return response;
+    }
+    const std::string name(path.substr(slash + 1));
+    try {
+        if (request.method == "GET" || request.method == "HEAD") {
+            return Get(name, request);
+        }
+        return request.method == "POST" ? Post(name, request) : Refusal(405, "only GET and POST are answered");
+    } catch (const UsageError& error) {
+        return Refusal(400, error.what());
+    } catch (const FileError& error) {
+        return Refusal(409, error.GetFile() + ": " + error.what());
+    } catch (const std::exception& error) {
+        return Refusal(500, error.what());
+    }
+}
+
+http::Response Routes::Get(const std::string& name, const Request& request)
+{
+    if (name == "events") {
+        Response response;
+        response.headers = {{"Content-Type", "text/event-stream"}, {"Cache-Control", "no-store"}};
+        response.body = panel_.Pages().Open(panel_.StateAsJSON());
+        return response;
+    }
+    if (name == "entries") {
+        const std::string* after = request.FindQuery("after");
+        std::uint64_t revision = 0;
+        if (after != nullptr) {
+            std::from_chars(after->data(), after->data() + after->size(), revision);
+        }
+        return JSONResponse(panel_.Templates().ChangesAfter(revision));
+    }
+    if (name == "search" || name == "tags") {
+        return name == "search" ? Search(request) : Tags(request);
+    }
+    if (name == "poster" || name == "video") {
+        return Preview(request, name == "video");
+    }
+    if (name == "details") {
+        return Details(request);
+    }
+    if (name == "findings") {
+        return JSONResponse(FindingsAsJSON(*EntryOf(request)));
+    }
+    const std::string_view wanted = name.empty() ? std::string_view("index.html") : name;
+    for (const PageFile& file : PageFiles()) {
+        if (file.name == wanted) {
+            return PageResponse(file);
+        }
+    }
+    return Refusal(404, "there is no such file");
+}
+
+http::Response Routes::Post(const std::string& name, const Request& request)
+{
+    // Forms of other pages cannot send this type without being asked first.
+    const std::string* type = request.FindHeader("Content-Type");
+    if (type == nullptr || !type->starts_with("application/json")) {
+        return Refusal(415, "application/json is needed");
+    }
+    if (name == "save") {
+        return SaveTemplate(request);
+    }
+    const auto onMainThread = [](auto call) {
+        orvcore::AsyncCallFromMainThread(std::move(call));
+        return JSONResponse("{}", 202);
+    };
+    if (name == "cancel") {
+        return onMainThread([&panel = panel_] { panel.Cancel(); });
+    }
+    if (name == "refresh") {
+        return onMainThread([&panel = panel_] { panel.Refresh(); });
+    }
+    if (name == "language") {
+        const json::Variant body = json::JSONParse(orvcore::AsUTF8(request.body));
+        const auto* language = json::AsString(json::GetVariantInObject(body, u8"language"));
+        if (language == nullptr || !IsLocale(std::string(AsNarrow(*language)))) {
+            return Refusal(400, "that is no locale");
+        }
+        return onMainThread(
+            [&panel = panel_, chosen = std::string(AsNarrow(*language))] { panel.SetLanguage(chosen); });
+    }
+    return Refusal(404, "there is no such request");
+}
+
+Catalogue::Entry Routes::EntryOf(const Request& request)
+{
+    const std::string* text = request.FindQuery("id");
+    std::uint64_t id = 0;
+    const bool isNumber =
+        text != nullptr && std::from_chars(text->data(), text->data() + text->size(), id).ec == std::errc();
+    auto entry = isNumber ? panel_.Templates().Find(id) : nullptr;
+    if (!entry) {
+        throw UsageError("this template is no longer there");
+    }
+    return entry;
+}
+
+http::Response Routes::Preview(const Request& request, bool isVideo)
+{
+    const auto entry = EntryOf(request);
+    // Made now where it is missing: the working folder may have been trimmed since the listing.
+    const orvcore::UTF8String path =
+        isVideo ? entry->videoPreviewPath : panel_.Host().GetManager().GetThumbnailPath(entry, nullptr);
+    if (path.empty()) {
+        return Refusal(404, "there is no preview");
+    }
+    Response response;
+    response.body = http::FileBody{orvcore::PathFromUTF8(path)};
+    response.headers.emplace_back("Content-Type", isVideo ? "video/mp4" : "image/png");
+    response.headers.emplace_back("Cache-Control", "private, max-age=86400"); // the address names the package's time
+    return response;
+}
+
+http::Response Routes::Details(const Request& request)
+{
+    const auto entry = EntryOf(request);
+    const auto& folders = panel_.Host().GetPlaces().folders;
+    const std::filesystem::path copies = CopyFolderOf(*entry, folders);
+    DetailsFacts facts{.folder = FolderOf(*entry),
+                       .editable = !copies.empty(),
+                       .replaceable = entry->GetSourceID() == orvcapsule::kLocalSourceID};
+    if (facts.editable) {
+        facts.copyName = FreeCopyName(*entry, copies);
+        facts.copyFolder = ToText(copies);
+    }
+    return JSONResponse(DetailsAsJSON(*entry, facts));
+}
+
+http::Response Routes::Search(const Request& request) const
+{
+    std::vector<orvcore::UTF16String> terms;
+    for (const auto& [key, value] : request.query) {
+        if (key == "q" && terms.size() < kMostTerms) {
+            terms.push_back(orvcore::ToUTF16(value));
+        }
+    }
+    std::set<orvcore::UTF16String> paths;
+    orvcapsule::QueryRapidFindDB(terms, paths);
+    std::string list;
+    for (const std::uint64_t id : panel_.Templates().NumbersOf(paths)) {
+        list += (list.empty() ? "" : ",") + std::to_string(id);
+    }
+    return JSONResponse("{\"ids\":[" + list + "]}");
+}
+
+http::Response Routes::Tags(const Request& request) const
+{
+    constexpr std::size_t kMostTags = 8;
+    const std::string* text = request.FindQuery("q");
+    std::set<orvcore::UTF16String> tags;
+    orvcapsule::GetTags(orvcore::ToUTF16(text != nullptr ? *text : ""), tags);
+    std::vector<std::string> shortest;
+    for (const auto& tag : tags) {
+        shortest.push_back(orvcore::ToNarrow(tag));
+    }
+    std::stable_sort(shortest.begin(), shortest.end(),
+                     [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
+    shortest.resize(std::min(shortest.size(), kMostTags));
+    json::JSONTextWriter writer;
+    writer.BeginObject();
+    WriteList(writer, "tags", shortest);
+    writer.EndObject();
+    return JSONResponse(orvcore::ToNarrow(writer.Take()));
+}
+
+http::Response Routes::SaveTemplate(const Request& request)
+{
+    const SaveRequest wanted = ReadSaveRequest(request.body);
+    const auto entry = panel_.Templates().Find(wanted.id);
+    if (!entry) {
+        return Refusal(404, "this template is no longer there");
+    }
+    const Browser& host = panel_.Host();
+    const std::filesystem::path stored = Save(*entry, wanted, host.GetPlaces().folders, host.GetInterrupt());
+    const std::string path = ToText(stored);
+    orvcore::AsyncCallFromMainThread(
+        [&panel = panel_, path] { panel.RefreshFolder(ToText(ToPath(path).parent_path()), {path}); });
+    json::JSONTextWriter writer;
+    writer.BeginObject();
+    writer.Key("id");
+    writer.UInt(panel_.Templates().NumberOf(path));
+    writer.Key("file");
+    writer.String(std::string_view(ToText(stored.filename())));
+    writer.EndObject();
+    return JSONResponse(orvcore::ToNarrow(writer.Take()));
+}
+
+} // namespace zelt

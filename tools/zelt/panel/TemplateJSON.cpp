@@ -1,0 +1,187 @@
+#include <tools/zelt/panel/TemplateJSON.h>
+
+#include <tools/zelt/output/Output.h>
+#include <tools/zelt/panel/EntryRow.h>
+#include <tools/zelt/support/Template.h>
+
+#include <capsule/Serialization.h>
+#include <orvcore/files/Paths.h>
+#include <orvcore/json/JSONTextWriter.h>
+#include <tools/support/fonts/MachineFonts.h>
+
+#include <optional>
+#include <set>
+
+namespace zelt {
+
+namespace {
+
+using namespace orvcapsule;
+namespace json = orvcore::serialization;
+using orvcore::AsNarrow;
+
+// The machine's fonts, asked for once: that takes a while.
+const std::optional<std::set<std::string>>& MachineFonts()
+{
+    static const auto kFonts = orvtools::InstalledFontNames();
+    return kFonts;
+}
+
+// Writes the members of an object.
+class Writer {
+public:
+    void Text(std::string_view key, std::string_view text)
+    {
+        out.Key(key);
+        out.String(text);
+    }
+    void Text(std::string_view key, const UTF16String& text)
+    {
+        out.Key(key);
+        out.String(text);
+    }
+    void Bool(std::string_view key, bool value)
+    {
+        out.Key(key);
+        out.Bool(value);
+    }
+    void List(std::string_view key, const std::vector<std::string>& texts)
+    {
+        WriteList(out, key, texts);
+    }
+    std::string Take()
+    {
+        return orvcore::ToNarrow(out.Take());
+    }
+
+    json::JSONTextWriter out;
+};
+
+void WriteTexts(json::JSONTextWriter& out, const UIString& texts)
+{
+    out.BeginObject();
+    for (const auto& [locale, text] : texts.GetLocaleStrings()) {
+        out.Key(orvcore::ToNarrow(locale));
+        out.String(text);
+    }
+    out.EndObject();
+}
+
+void WriteFonts(Writer& writer, const Capsule& capsule, bool areToldOfMachine)
+{
+    writer.out.Key("fonts");
+    writer.out.BeginObject();
+    for (const auto& [locale, fonts] : capsule.GetUsedFontsLocalized()) {
+        writer.out.Key(orvcore::ToNarrow(locale));
+        writer.out.BeginArray();
+        for (const std::string& font : fonts) {
+            writer.out.BeginObject();
+            writer.Text("name", font);
+            if (areToldOfMachine && MachineFonts()) {
+                writer.Bool("installed", MachineFonts()->contains(font));
+            }
+            writer.out.EndObject();
+        }
+        writer.out.EndArray();
+    }
+    writer.out.EndObject();
+}
+
+// In the form of the document, which the page draws; one that a document cannot hold is left out.
+void WriteControls(Writer& writer, const Capsule& capsule)
+{
+    writer.out.Key("controls");
+    writer.out.BeginArray();
+    for (const auto& control : capsule.GetControls()) {
+        try {
+            writer.out.Raw(AsNarrow(json::GetJSONUTF8String(serialization::ClientControlToJson(control), false)));
+        } catch (const json::json_write_exception&) {
+            continue;
+        }
+    }
+    writer.out.EndArray();
+}
+
+void WriteCapsule(Writer& writer, const Capsule& capsule, bool areFontsTold)
+{
+    UIString names = capsule.GetCapsuleNameLocalized();
+    if (names.GetString().empty()) { // from before names were localised
+        names.SetString(capsule.GetCapsuleNameObsolete(), u"en_US");
+    }
+    writer.out.Key("names");
+    WriteTexts(writer.out, names);
+    writer.Text("description", capsule.GetCapsuleDesc());
+    writer.Text("capsuleID", capsule.GetCapsuleID());
+    writer.Text("licenseID", capsule.GetLicenseID());
+    writer.List("platforms", capsule.GetPlatformSupport());
+    writer.List("tags", capsule.GetTags());
+    writer.List("effects", capsule.GetUsedEffects());
+    WriteFonts(writer, capsule, areFontsTold);
+    WriteControls(writer, capsule);
+}
+
+void WriteFindings(Writer& writer, const std::string& file)
+{
+    writer.out.Key("findings");
+    writer.out.BeginArray();
+    for (const Problem& problem : CheckTemplate(file).Told()) {
+        writer.out.BeginObject();
+        writer.Text("severity", "error");
+        writer.Text("code", problem.code);
+        writer.Text("text", problem.text);
+        writer.Text("place", AsNarrow(problem.entry));
+        writer.out.EndObject();
+    }
+    writer.out.EndArray();
+}
+
+} // namespace
+
+std::string TextsAsJSON(const UIString& texts)
+{
+    json::JSONTextWriter out;
+    WriteTexts(out, texts);
+    return orvcore::ToNarrow(out.Take());
+}
+
+std::string DetailsAsJSON(const CapsuleEntry& entry, const DetailsFacts& facts)
+{
+    const std::string file(AsNarrow(entry.path));
+    const Template read = ReadTemplate(file);
+    Writer writer;
+    writer.out.BeginObject();
+    writer.Text("file", ToText(orvcore::PathFromUTF8(entry.path).filename()));
+    writer.Text("folder", facts.folder);
+    writer.Text("apiVersion", read.definition.declaredVersion);
+    if (read.IsGood()) {
+        writer.Bool("editable", facts.editable);
+        writer.Bool("replaceable", facts.replaceable);
+        writer.Text("copyName", facts.copyName);
+        writer.Text("copyFolder", facts.copyFolder);
+        WriteCapsule(writer, *read.definition.capsule, facts.areFontsTold);
+    } else {
+        writer.Text("error", read.definition.refusals.front().text);
+    }
+    if (facts.areFindingsTold) {
+        WriteFindings(writer, file);
+    }
+    writer.out.EndObject();
+    return writer.Take();
+}
+
+std::string FindingsAsJSON(const CapsuleEntry& entry)
+{
+    Writer writer;
+    writer.out.BeginObject();
+    WriteFindings(writer, std::string(AsNarrow(entry.path)));
+    writer.out.EndObject();
+    return writer.Take();
+}
+
+std::string ReasonOf(const CapsuleEntry& entry)
+{
+    const Template read = ReadTemplate(std::string(AsNarrow(entry.path)));
+    return read.IsGood() ? "" : read.definition.refusals.front().text;
+}
+
+} // namespace zelt

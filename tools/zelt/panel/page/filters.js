@@ -1,0 +1,84 @@
+// The list of folders, states and authors by which the grid is narrowed.
+import { byId, fill, h } from './dom.js';
+import { authorText } from './text.js';
+
+const kStates = [['ready', 'Ready to use'], ['newer', 'Needs a newer host'], ['bad', 'Cannot be read']];
+const kDeepest = 3;
+
+// The folders as a tree, each with the templates in and below it.
+function treeOf(folders, counts) {
+  const totals = new Map();
+  folders.forEach((label, i) => {
+    const parts = label.split('/');
+    for (let depth = 1; depth <= Math.min(parts.length, kDeepest + 1); ++depth) {
+      const path = parts.slice(0, depth).join('/');
+      totals.set(path, (totals.get(path) ?? 0) + (counts[i] ?? 0));
+    }
+  });
+  return [...totals].sort(([a], [b]) => (a < b ? -1 : 1));
+}
+
+export class Filters extends EventTarget {
+  #element = byId('filters');
+  #toggle = byId('filters-toggle');
+  filter = { folder: '', state: '', author: '' };
+
+  constructor() {
+    super();
+    this.#element.addEventListener('click', (event) => {
+      const button = event.target.closest('button');
+      if (button) {
+        const { key, value } = button.dataset;
+        this.filter = { ...this.filter, [key]: this.filter[key] === value ? '' : value };
+        this.dispatchEvent(new Event('change'));
+        this.#find(key, value)?.focus(); // the list was drawn anew
+      }
+    });
+    this.#element.addEventListener('keydown', (event) => event.key === 'Escape' && this.#setOpen(false, true));
+    this.#toggle.addEventListener('click', () => this.#setOpen(!this.#element.classList.contains('open')));
+    document.querySelector('main').addEventListener('pointerdown', () => this.#setOpen(false));
+  }
+
+  #find(key, value) {
+    return [...this.#element.querySelectorAll('button')].find((b) => b.dataset.key === key && b.dataset.value === value);
+  }
+
+  #setOpen(open, focus = false) {
+    this.#element.classList.toggle('open', open);
+    this.#toggle.setAttribute('aria-expanded', open);
+    if (focus) {
+      this.#toggle.focus();
+    }
+  }
+
+  /// Draws the list anew, but only when it would look different.
+  show(catalogue) {
+    const { byFolder, byState, byAuthor } = catalogue.counts;
+    const all = byFolder.reduce((sum, n) => sum + n, 0);
+    const groups = [
+      ['Folders', 'folder', [['', 'All folders', all, 0], ...treeOf(catalogue.folders, byFolder).map(([path, n]) => [
+        path, path.split('/').at(-1), n, path.split('/').length - 1])]],
+      ['State', 'state', kStates.map(([value, text]) => [value, text, byState[value], 0])],
+      ['Made with', 'author', Object.entries(byAuthor).filter(([id]) => id).sort().map(([id, n]) => [id, authorText(id), n, 0])],
+    ];
+    const drawn = JSON.stringify([groups, this.filter]);
+    if (drawn !== this.#drawn) {
+      this.#drawn = drawn;
+      fill(this.#element, groups.map((group) => this.#group(...group)));
+    }
+  }
+  #drawn = '';
+
+  #group(title, key, items) {
+    if (items.length === 0) {
+      return null;
+    }
+    return [
+      h('h2', { id: `filter-${key}` }, title),
+      h('ul', { 'aria-labelledby': `filter-${key}` }, items.map(([value, text, n, level]) =>
+        h('li', { class: `level-${level}` },
+          h('button', { type: 'button', 'data-key': key, 'data-value': value, 'aria-pressed': String(this.filter[key] === value), title: value },
+            h('span', { dir: 'auto' }, text), h('span', {}, n.toLocaleString('en')))))),
+    ];
+  }
+}

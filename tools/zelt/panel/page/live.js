@@ -1,0 +1,93 @@
+// The templates as a running zelt serves them: its answers, and news by server-sent events.
+import { makeRow } from './catalogue.js';
+
+async function answerOf(response) {
+  const answer = await response.json().catch(() => ({ error: `zelt answered ${response.status}` }));
+  if (!response.ok) {
+    throw new Error(answer.error ?? `zelt answered ${response.status}`);
+  }
+  return answer;
+}
+
+const get = async (name, parameters = [], options = {}) => answerOf(await fetch(`${name}?${new URLSearchParams(parameters)}`, options));
+
+const post = async (name, body = {}) =>
+  answerOf(await fetch(name, { method: 'POST', headers: { 'Content-Type': 'application/json' }, body: JSON.stringify(body) }));
+
+export class LiveTemplates extends EventTarget {
+  canEdit = true;
+  state = { listing: true, language: '', languages: [], fraction: 0, cancelled: false, problems: [], places: [] };
+  #catalogue = null;
+  #revision = 0;
+  #newest = 0;
+  #isReading = false;
+  #search = new AbortController();
+
+  /// Fills the catalogue from now on; "state" tells how far that is, "lost" and "found" of the connection.
+  open(catalogue) {
+    this.#catalogue = catalogue;
+    const events = new EventSource('events');
+    events.addEventListener('state', (event) => this.#onState(JSON.parse(event.data)));
+    events.addEventListener('open', () => this.dispatchEvent(new Event('found')));
+    events.addEventListener('error', () => this.dispatchEvent(new Event('lost')));
+    // A page that goes must not hold a connection, of which a browser has few.
+    addEventListener('pagehide', () => events.close());
+  }
+
+  #onState(state) {
+    if (state.session !== this.state.session) {
+      this.#revision = 0;
+      this.#catalogue.clear();
+    }
+    this.state = state;
+    this.#newest = state.revision;
+    this.dispatchEvent(new Event('state'));
+    this.#read();
+  }
+
+  async #read() {
+    if (this.#isReading) {
+      return;
+    }
+    this.#isReading = true;
+    try {
+      while (this.#revision < this.#newest) {
+        const { revision, folders, rows, gone } = await get('entries', { after: this.#revision });
+        if (revision === this.#revision) {
+          break;
+        }
+        this.#revision = revision;
+        this.#catalogue.folders = folders;
+        this.#catalogue.update(rows.map((row) => makeRow(row, this.#catalogue.language)), gone);
+      }
+    } catch {
+      // the connection is gone; its "lost" says so, and the next state asks again
+    } finally {
+      this.#isReading = false;
+    }
+  }
+
+  /// The ids of what the search index finds; null while it is being filled, when the page's own eyes do.
+  async search(terms) {
+    this.#search.abort();
+    this.#search = new AbortController();
+    if (terms.length === 0 || this.state.listing || this.state.hasStock) {
+      return null;
+    }
+    const { ids } = await get('search', terms.map((term) => ['q', term]), { signal: this.#search.signal });
+    return new Set(ids);
+  }
+
+  async suggest(text) {
+    return this.state.listing ? this.#catalogue.suggest(text) : (await get('tags', { q: text })).tags;
+  }
+
+  preview = (row, kind) => `${kind}?id=${row.id}&v=${row.modified}`;
+  details = (row) => get('details', { id: row.id });
+  findings = async (row) => (await get('findings', { id: row.id })).findings;
+  setLanguage = (language) => post('language', { language });
+  cancel = () => post('cancel');
+  refresh = () => post('refresh');
+  more = (terms) => post('stock', { terms });
+  save = (change) => post('save', change);
+}
