@@ -189,7 +189,7 @@ private:
     {
         const fs::path path = to_ / ToPath(name);
         std::error_code error;
-        orvcore::MakeDirectories(path.parent_path(), error); // where it fails, so does the file
+        orvcore::EnsureDirectory(path.parent_path(), error); // where it fails, so does the file
         return path;
     }
     void Put(const std::string& name, const std::string& content)
