@@ -55,18 +55,6 @@ protected:
     }
 };
 
-TEST_F(RapidFindDBFileTest, RowsOutliveTheObject)
-{
-    MakeFile(150);
-    RapidFindDB index;
-    ASSERT_EQ(Start(index), 0);
-    EXPECT_EQ(Find(index, {u"text 149"}), Texts{u"key149"});
-    EXPECT_EQ(index.InsertRow(u"key149", {u"text 149"}), orvmetadatadb::kRowExists);
-    ASSERT_EQ(index.DeleteTable(), 0);
-    ASSERT_EQ(index.UpdateTable(test::kTables), 0);
-    EXPECT_EQ(Find(index, {u"text"}), Texts{});
-}
-
 TEST_F(RapidFindDBFileTest, TwoObjectsSeeEachOthersGroups)
 {
     RapidFindDB one;
