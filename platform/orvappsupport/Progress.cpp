@@ -142,6 +142,8 @@ ProgressReport ProgressItem::GetState() const
     return report;
 }
 
+// Reports go to the main thread, where hosts draw, in the order in which they are queued. Without an observer none is
+// queued: a host that has no use for them may not pump either, and they would pile up.
 void ProgressItem::Report(ProgressEvent event)
 {
     if (!GetObserver()) {
@@ -152,6 +154,8 @@ void ProgressItem::Report(ProgressEvent event)
     static_cast<void>(orvcore::AsyncCallFromMainThread([report = std::move(report)] { Tell(report); }));
 }
 
+// Workers advance an item thousands of times a second. One report at a time waits in the queue, and when its turn comes
+// it tells the state of then.
 void ProgressItem::ReportChange()
 {
     if (!GetObserver()) {

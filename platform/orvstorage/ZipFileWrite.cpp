@@ -1,4 +1,5 @@
 #include <orvcore/files/AtomicFile.h>
+#include <orvcore/text/Printable.h>
 #include <orvstorage/detail/ZipState.h>
 #include <orvstorage/detail/names/NameRegister.h>
 #include <orvstorage/detail/packing/Packer.h>
@@ -68,8 +69,9 @@ ZipFault CheckCanBeCopied(const std::vector<detail::ArchiveEntry>& entries)
         const ZipError error = entry.record.dataError == ZipError::EncryptionUnsupported ? entry.record.dataError
                                : entry.record.name.find('\0') != std::string_view::npos  ? ZipError::ControlCharacter
                                                                                          : ZipError::None;
-        if (error != ZipError::None) {
-            return ZipFault{error}.At(entry.shown.name);
+        if (error != ZipError::None) { // it is not that entry which is added or packed
+            const std::string name = orvcore::Printable(orvcore::AsNarrow(entry.shown.name));
+            return ZipFault{error, "its entry \"" + name + '"'}.At({});
         }
     }
     return {};

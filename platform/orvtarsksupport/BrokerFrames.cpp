@@ -35,6 +35,7 @@ TarskResult ReadFrame(LocalStream& stream, std::size_t limit, TarskStatus tooLon
     if (length > limit) {
         return {tooLong};
     }
+    // The length is the other side's claim: memory grows with what really comes.
     constexpr std::size_t kStep = std::size_t{1} << 16U;
     while (bytes.size() < length) {
         const std::size_t before = bytes.size();

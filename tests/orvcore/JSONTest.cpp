@@ -1,4 +1,5 @@
 #include <orvcore/json/JSON.h>
+#include <orvcore/json/JSONOutline.h>
 #include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/json/shared/JSONDocument.h>
 #include <orvcore/json/shared/JSONTable.h>
@@ -9,6 +10,7 @@
 #include <bit>
 #include <chrono>
 #include <random>
+#include <sstream>
 
 namespace {
 
@@ -43,46 +45,36 @@ TEST(JSONParse, TextsThatReadAndHowTheyAreWrittenAgain)
     };
     for (const Case& c : cases) {
         EXPECT_EQ(Compact(JSONParse(c.text)), c.written);
+        EXPECT_NO_THROW(ReadOutline(orvcore::AsNarrow(c.text))) << c.written;
         EXPECT_EQ(Compact(JSONDocument::Parse(c.text).Root().ToTree()), c.written);
     }
 }
 
 TEST(JSONParse, TextsThatAreRefused)
 {
-    for (const std::string_view text : {""sv,
-                                        " "sv,
-                                        "{"sv,
-                                        "[1,]"sv,
-                                        "{\"a\":1,}"sv,
-                                        "{a:1}"sv,
-                                        "[1]x"sv,
-                                        "'a'"sv,
-                                        "nul"sv,
-                                        "[01]"sv,
-                                        "[1.]"sv,
-                                        "[+1]"sv,
-                                        "[NaN]"sv,
-                                        "[1e400]"sv,
-                                        "[0100000000000000000000]"sv,
-                                        "[100000000000000000000,]"sv,
-                                        "[--100000000000000000000]"sv,
-                                        "\"\t\""sv,
-                                        "\"\\x\""sv,
-                                        "\"\\u12\""sv,
-                                        "\"\x80\""sv,
-                                        "\"\xED\xA0\x80\""sv,
-                                        "\"\xC0\x80\""sv,
-                                        "\"\xF4\x90\x80\x80\""sv,
-                                        "\"\\ud800\""sv,
-                                        "\"\\udc00\""sv,
-                                        "\"\\ud800\\u0041\""sv,
-                                        "\"\\ud800x\""sv,
-                                        "{\"\\udfff\":1}"sv,
-                                        "\xEF\xBB\xBF"sv,
-                                        "\xEF\xBB\xBF\xEF\xBB\xBF{}"sv,
-                                        "\0"sv,
-                                        "[1]\0"sv}) {
+    using namespace std::string_literals;
+    std::vector<std::string> texts = {"", "\"\t\"", "\xEF\xBB\xBF", "\xEF\xBB\xBF\xEF\xBB\xBF{}", "\0"s, "[1]\0"s};
+    std::istringstream list(
+        " |{|[1,]|{\"a\":1,}|{a:1}|[1]x|'a'|nul|[01]|[1.]|[+1]|[NaN]|[0100000000000000000000]|{\"a\"}|"
+        "[1 2]|.5|1e|-|nulll|[]]|{} {}|[\"a\":1]|[/*c*/]|\"open|[100000000000000000000,]|"
+        "[--100000000000000000000]|\"\\x\"|\"\\u12\"|{\"\\udfff\":1}");
+    for (std::string text; std::getline(list, text, '|');) {
+        texts.push_back(text);
+    }
+    for (const std::string& text : texts) {
         EXPECT_THROW(JSONParse(orvcore::AsUTF8(text)), json_parse_exception) << text;
+        try {
+            ReadOutline(text);
+            ADD_FAILURE() << text;
+        } catch (const json_outline_exception& error) {
+            EXPECT_LE(error.GetOffset(), text.size());
+        }
+    }
+    // What a number or a text comes to is not the outline's concern.
+    for (const char* text : {"[1e400]", "\"\x80\"", "\"\xED\xA0\x80\"", "\"\xC0\x80\"", "\"\xF4\x90\x80\x80\"",
+                             "\"\\ud800\"", "\"\\udc00\"", "\"\\ud800\\u0041\"", "\"\\ud800x\""}) {
+        EXPECT_THROW(JSONParse(orvcore::AsUTF8(text)), json_parse_exception) << text;
+        EXPECT_NO_THROW(ReadOutline(text)) << text;
     }
 }
 
@@ -92,15 +84,17 @@ TEST(JSONParse, NestingIsBoundedAndRefusedAtOnce)
         return std::u8string(depth, u8'[') + u8'0' + std::u8string(depth, u8']');
     };
     EXPECT_EQ(Compact(JSONParse(nested(kMaxJSONDepth))), orvcore::AsNarrow(nested(kMaxJSONDepth)));
-    EXPECT_THROW(JSONParse(nested(kMaxJSONDepth + 1)), json_parse_exception);
+    EXPECT_NO_THROW(ReadOutline(orvcore::AsNarrow(nested(kMaxJSONDepth))));
     std::u8string objects;
     for (int i = 0; i < 1'000'000; ++i) {
         objects += u8"{\"a\":";
     }
-    const std::u8string refused[] = {nested(1'000'000), std::u8string(1'000'000, u8'['), objects};
+    const std::u8string refused[] = {nested(kMaxJSONDepth + 1), nested(1'000'000), std::u8string(1'000'000, u8'['),
+                                     objects};
     const auto before = std::chrono::steady_clock::now();
     for (const std::u8string& text : refused) {
         EXPECT_THROW(JSONParse(text), json_parse_exception);
+        EXPECT_THROW(ReadOutline(orvcore::AsNarrow(text)), json_outline_exception);
     }
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(20)); // a machine may be busy
 

@@ -41,21 +41,6 @@ TEST(MainThread, CallsOfEachThreadKeepTheirOrder)
     }
 }
 
-TEST(MainThread, WhatACallQueuesWaitsForTheNextRun)
-{
-    std::vector<int> order;
-    static_cast<void>(AsyncCallFromMainThread([&] {
-        static_cast<void>(AsyncCallFromMainThread([&] { order.push_back(3); }));
-        order.push_back(1);
-    }));
-    static_cast<void>(AsyncCallFromMainThread([&] { order.push_back(2); }));
-    EXPECT_EQ(RunMainThreadCalls(), 2U);
-    EXPECT_EQ(order, (std::vector{1, 2}));
-    EXPECT_EQ(RunMainThreadCalls(), 1U);
-    EXPECT_EQ(order, (std::vector{1, 2, 3}));
-    EXPECT_EQ(RunMainThreadCalls(), 0U);
-}
-
 TEST(MainThread, PumpingFromACallGoesOnInOrder)
 {
     std::vector<int> order;

@@ -34,12 +34,14 @@ protected:
         ASSERT_EQ(Start(index), 0);
         Fill(index, rows);
     }
-    void Sql(const char* sql) const
+    using Other = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
+    /// Another program's connection to the file, on which `sql` has run.
+    Other Sql(const char* sql) const
     {
         sqlite3* database = nullptr;
-        ASSERT_EQ(sqlite3_open((folder / "index.db").string().c_str(), &database), SQLITE_OK);
-        ASSERT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
-        sqlite3_close(database);
+        EXPECT_EQ(sqlite3_open((folder / "index.db").string().c_str(), &database), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+        return {database, &sqlite3_close};
     }
     std::string FileBytes() const
     {
@@ -54,18 +56,6 @@ protected:
         return std::filesystem::exists(folder / "index.db.damaged");
     }
 };
-
-TEST_F(RapidFindDBFileTest, RowsOutliveTheObject)
-{
-    MakeFile(150);
-    RapidFindDB index;
-    ASSERT_EQ(Start(index), 0);
-    EXPECT_EQ(Find(index, {u"text 149"}), Texts{u"key149"});
-    EXPECT_EQ(index.InsertRow(u"key149", {u"text 149"}), orvmetadatadb::kRowExists);
-    ASSERT_EQ(index.DeleteTable(), 0);
-    ASSERT_EQ(index.UpdateTable(test::kTables), 0);
-    EXPECT_EQ(Find(index, {u"text"}), Texts{});
-}
 
 TEST_F(RapidFindDBFileTest, TwoObjectsSeeEachOthersGroups)
 {
@@ -290,9 +280,7 @@ TEST_F(RapidFindDBFileTest, AFileLockedElsewhereKeepsRowsInMemory)
     RapidFindDB index;
     ASSERT_EQ(Start(index), 0);
     Fill(index, 64);
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open((folder / "index.db").string().c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    Other other = Sql("BEGIN IMMEDIATE");
     for (int i = 0; i < 200; ++i) {
         ASSERT_EQ(index.InsertRow(u"more" + orvcore::ToUTF16(std::to_string(i)), {u"waiting"}), 0);
     }
@@ -300,20 +288,17 @@ TEST_F(RapidFindDBFileTest, AFileLockedElsewhereKeepsRowsInMemory)
     RapidFindDB second;
     EXPECT_EQ(Start(second), 0); // reading goes on beside a writer
     EXPECT_EQ(Find(second, {u"text"}).size(), 64U);
-    ASSERT_EQ(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(other);
+    other.reset();
     Find(index, {u"x"});
     EXPECT_EQ(Find(second, {u"waiting"}).size(), 200U);
-    ASSERT_EQ(sqlite3_open((folder / "index.db").string().c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    other = Sql("BEGIN IMMEDIATE");
     ASSERT_EQ(index.InsertRow(u"lost", {u"text"}), 0);
     ASSERT_EQ(index.DeleteTable(), 0); // waits too
     ASSERT_EQ(index.DeleteTable(), 0);
     ASSERT_EQ(index.UpdateTable(test::kTables), 0);
     ASSERT_EQ(index.InsertRow(u"after", {u"text"}), 0);
     EXPECT_EQ(Find(index, {u""}), Texts{u"after"});
-    ASSERT_EQ(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(other);
+    other.reset();
     Find(index, {u"x"});
     EXPECT_EQ(Find(second, {u""}), Texts{u"after"});
 }
@@ -323,9 +308,7 @@ TEST_F(RapidFindDBFileTest, AGroupThatFailsAtItsEndIsWrittenLater)
 {
     MakeFile(1);
     Sql("PRAGMA journal_mode=DELETE");
-    sqlite3* reader = nullptr;
-    ASSERT_EQ(sqlite3_open((folder / "index.db").string().c_str(), &reader), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(reader, "BEGIN; SELECT * FROM nametable", nullptr, nullptr, nullptr), SQLITE_OK);
+    Other reader = Sql("BEGIN; SELECT * FROM nametable");
     RapidFindDB index;
     ASSERT_EQ(Start(index), 0);
     for (int i = 0; i < 64; ++i) {
@@ -335,8 +318,7 @@ TEST_F(RapidFindDBFileTest, AGroupThatFailsAtItsEndIsWrittenLater)
     RapidFindDB second;
     EXPECT_EQ(Start(second), 0);
     EXPECT_EQ(Find(second, {u"late"}), Texts{});
-    ASSERT_EQ(sqlite3_exec(reader, "COMMIT", nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(reader);
+    reader.reset();
     ASSERT_EQ(second.InsertRow(u"other", {u"late d"}), 0); // takes the numbers that the group gave back
     EXPECT_EQ(Find(second, {u"late"}), Texts{u"other"});
     ASSERT_EQ(index.InsertRow(u"k0", {u"late c"}), 0);

@@ -111,24 +111,6 @@ TEST_F(RapidFindDBTest, KeysComeBackAsTheyWereGiven)
     EXPECT_EQ(Find(second, {u"text"}), Texts(sorted.begin(), sorted.end()));
 }
 
-TEST_F(RapidFindDBTest, RowsAreASet)
-{
-    EXPECT_EQ(index.InsertRow(u"k", {u"Title"}), orvmetadatadb::kSuccess);
-    EXPECT_EQ(index.InsertRow(u"k", {u"Title"}), orvmetadatadb::kRowExists);
-    EXPECT_EQ(index.InsertRow(u"k", {u"title"}), orvmetadatadb::kSuccess);
-    EXPECT_EQ(Find(index, {u"title"}), Texts{u"k"});
-    EXPECT_EQ(index.DeleteRow(u""), orvmetadatadb::kSuccess); // no key's
-    RapidFindDB second;
-    ASSERT_EQ(Start(second), 0);
-    EXPECT_EQ(Find(index, {u"title"}), Find(second, {u"title"}));
-    EXPECT_EQ(index.DeleteRow(u"k"), orvmetadatadb::kSuccess);
-    EXPECT_EQ(index.DeleteRow(u"k"), orvmetadatadb::kSuccess);
-    EXPECT_EQ(Find(index, {u"title"}), Texts{});
-    EXPECT_EQ(Similar(index, u"title"), Texts{});
-    EXPECT_EQ(index.InsertRow(u"k", {u"title"}), orvmetadatadb::kSuccess);
-    EXPECT_EQ(Similar(index, u""), Texts{u"title"});
-}
-
 TEST_F(RapidFindDBTest, AKeyOfManyRowsIsASetToo)
 {
     constexpr int kRows = 1000;
@@ -179,6 +161,7 @@ TEST_F(RapidFindDBTest, CallsThatDoNotFitAreRefused)
     EXPECT_EQ(index.Match({{u"t", test::kTables, {0}}}, 1, keys), orvmetadatadb::kBadCall);
     EXPECT_EQ(index.GetSimilarList(u"", -1, test::kTables, items, 0), orvmetadatadb::kBadCall);
     EXPECT_EQ(index.GetDBErrorCode(), orvmetadatadb::DBErrorCode::Call);
+    EXPECT_EQ(index.DeleteRow(u""), orvmetadatadb::kSuccess); // no key's, and nobody's
     EXPECT_EQ(index.DeleteTable(), orvmetadatadb::kSuccess);
     EXPECT_EQ(index.InsertRow(u"k", {u"t"}), orvmetadatadb::kBadCall); // no table in use
 }

@@ -22,6 +22,7 @@ fs::path FolderOf(const fs::path& file)
     return file.has_parent_path() ? file.parent_path() : ".";
 }
 
+// What is replaced is the file that a link leads to: users keep links to packages that lie on other disks.
 fs::path FollowLinks(const fs::path& path)
 {
     std::error_code error;
@@ -110,6 +111,8 @@ bool AtomicFile::FlushBuffer(std::error_code& error)
     return true;
 }
 
+// An archive's writer puts down many small pieces and comes back to headers that it has just written. Both stay in
+// memory, unless the position has left the buffer or the buffer is full.
 bool AtomicFile::Write(const void* data, std::size_t size, std::error_code& error)
 {
     error.clear();

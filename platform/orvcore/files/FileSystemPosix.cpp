@@ -84,6 +84,7 @@ bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess ac
         }
         return true;
     }
+    // A system may give any of several reasons (it exists, no rights, read-only) for a folder that is there.
     error = {errno, std::generic_category()};
     std::error_code ignored;
     if (InspectTarget(path, ignored).kind == FileKind::Directory) {

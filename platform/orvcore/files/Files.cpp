@@ -77,7 +77,7 @@ ResultCode WriteBufferToFile(const fs::path& path, const void* data, std::size_t
     std::error_code closing;
     file.Close(closing);
     error = error ? error : closing;
-    if (error && IsFile(path)) {
+    if (error && IsFile(path)) { // half of it could be taken for the whole; a device stays
         std::error_code ignored;
         RemoveOne(path, ignored);
     }

@@ -41,7 +41,7 @@ void RemoveLeftBehind(const fs::path& folder, std::chrono::hours age) noexcept
 {
     try {
         const FileTime oldest = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) - age;
-        std::vector<fs::path> leftBehind;
+        std::vector<fs::path> leftBehind; // removed when all is read: a folder that changes may be read wrong
         const auto collect = [&](const fs::path& path, FileKind kind) {
             std::error_code error;
             if ((kind == FileKind::File || kind == FileKind::Directory) && IsPrivateName(path.filename()) &&

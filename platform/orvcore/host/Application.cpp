@@ -8,6 +8,7 @@ namespace orvcore {
 
 namespace {
 
+// Read by all workers for each text that they look up, and changed hardly ever.
 struct Values {
     std::shared_mutex mutex;
     std::string language = "en_US";

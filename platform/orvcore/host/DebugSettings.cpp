@@ -42,6 +42,7 @@ std::optional<UTF8String> Find(const std::string& name)
     if (!name.starts_with("ORV.")) {
         return std::nullopt;
     }
+    // Asked once for a name: it is slow, and not safe on every system while a host changes its environment.
     const auto [entry, isNew] = store.fromEnvironment.try_emplace(name);
     if (isNew) {
         entry->second = ReadEnvironment(VariableName(name));

@@ -32,6 +32,7 @@ std::optional<UTF8String> Find(std::string_view language, std::string_view name)
 {
     const std::shared_lock lock(TheDictionaries().mutex);
     const auto& all = TheDictionaries().byLanguage;
+    // "de_AT", then "de".
     for (const std::string_view candidate : {language, language.substr(0, language.find_first_of("_-"))}) {
         if (const auto dictionary = all.find(candidate); dictionary != all.end()) {
             if (const auto entry = dictionary->second.find(name); entry != dictionary->second.end()) {

@@ -15,6 +15,8 @@ bool IsDigit(char c)
     return c >= '0' && c <= '9';
 }
 
+// A second reader of JSON beside that of JSONDocument, which does not tell where in the text a value stands. It follows
+// the grammar only; what a number comes to, and whether a text is well-formed, is the other one's to judge.
 class Scanner {
 public:
     explicit Scanner(std::string_view text)

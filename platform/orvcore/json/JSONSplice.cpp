@@ -39,6 +39,7 @@ JSONSplice::JSONSplice(std::string text)
 {
 }
 
+// Everything behind the change has moved, so the outline is read anew. Definitions are small and changes few.
 void JSONSplice::Put(std::size_t begin, std::size_t end, const std::string& replacement)
 {
     text_.replace(begin, end - begin, replacement);
@@ -50,6 +51,7 @@ void JSONSplice::Replace(const JSONOutline& value, std::string_view json)
     Put(value.begin, value.end, std::string(json));
 }
 
+// A new member looks like its neighbours: it takes over the white space before their keys and values.
 void JSONSplice::SetMember(const JSONOutline& object, std::string_view key, std::string_view json)
 {
     if (const JSONOutline* member = object.Find(key)) {

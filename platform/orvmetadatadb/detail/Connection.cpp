@@ -42,6 +42,7 @@ void Connection::Open(const orvcore::UTF16String& path)
 
 void Connection::Close() noexcept
 {
+    // In this form it does not mind statements that are still there; the last of them closes the file.
     sqlite3_close_v2(handle_);
     handle_ = nullptr;
 }

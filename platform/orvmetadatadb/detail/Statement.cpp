@@ -53,7 +53,7 @@ bool Statement::Step()
     if (result == SQLITE_ROW) {
         return true;
     }
-    sqlite3_reset(statement_);
+    sqlite3_reset(statement_); // until then it keeps its lock on the file
     Connection::Check(result);
     return false;
 }

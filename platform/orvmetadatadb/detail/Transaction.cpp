@@ -7,6 +7,8 @@ namespace orvmetadatadb::detail {
 Transaction::Transaction(Connection& connection)
     : connection_(connection)
 {
+    // With the write lock from the start. Asked for only at the first write, it is refused when another process has
+    // written since the first read, and the work up to then is lost.
     connection.Execute("BEGIN IMMEDIATE");
 }
 

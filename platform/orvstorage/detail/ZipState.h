@@ -70,7 +70,7 @@ struct ZipFile::State {
     // knows.
     detail::ZipResult<detail::ZipArchive*> OpenToChange()
     {
-        const auto known = seen;
+        const auto known = seen; // opening makes it what is there now
         const auto opened = Open();
         if (!opened && opened.Fault().error != ZipError::FileMissing) {
             return opened;

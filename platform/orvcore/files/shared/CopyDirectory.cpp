@@ -45,7 +45,7 @@ public:
                 return cancelled_ ? kFutureCancelled : Failed(files_[i], error);
             }
         }
-        for (const fs::path& folder : folders_) {
+        for (const fs::path& folder : folders_) { // those without files are missing still
             if (!target.MakeDirectory(folder, error)) {
                 return Failed(folder, error);
             }

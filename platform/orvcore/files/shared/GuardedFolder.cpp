@@ -65,6 +65,8 @@ bool GuardedFolder::MakeOne(const fs::path& directory, bool& isNew, std::error_c
     return !error;
 }
 
+// Goes down folder by folder, for any of them may be a link. What was made or checked once is known and not asked for
+// again: archives name the same folders thousands of times.
 bool GuardedFolder::Enter(Tree::View relative, Tree::Node& node, std::error_code& error)
 {
     error.clear();

@@ -155,6 +155,7 @@ void NativeFile::CopyPermissions(const std::filesystem::path& model) noexcept
 bool NativeFile::Close(std::error_code& error)
 {
     error.clear();
+    // Interrupted or not, the handle is closed, and its number may already be another file's.
     if (handle_ != kNoHandle && ::close(static_cast<int>(std::exchange(handle_, kNoHandle))) != 0 && errno != EINTR) {
         error = LastError();
     }

@@ -126,6 +126,7 @@ bool NativeFile::WriteAt(std::uint64_t offset, const void* data, std::size_t siz
     return true;
 }
 
+// There is no such request here; FlushToDisk does all of it at the end.
 void NativeFile::StartWriteback(std::uint64_t, std::uint64_t) noexcept {}
 
 bool NativeFile::FlushToDisk(std::error_code& error)

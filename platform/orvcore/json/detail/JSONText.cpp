@@ -59,7 +59,7 @@ std::string WithBigIntegersAsDoubles(std::string_view json)
         }
         const std::size_t end = std::min(json.find_first_not_of("+-.0123456789Ee", at), json.size());
         if (IsBigInteger(json.substr(at, end - at))) {
-            result.append(json, copied, end - copied).append("e0");
+            result.append(json, copied, end - copied).append("e0"); // with an exponent it is read as a double
             copied = end;
         }
         at = std::max(end, at + 1);

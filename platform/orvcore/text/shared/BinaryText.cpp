@@ -55,6 +55,7 @@ std::optional<std::vector<std::uint8_t>> DecodeBinaryDataFromUTF8String(std::u8s
             }
             group = (group << 6U) | value;
         }
+        // Bits that are left over must be zero: then no two texts stand for the same bytes.
         if ((group & ((1U << (8U * padding)) - 1U)) != 0) {
             return std::nullopt;
         }

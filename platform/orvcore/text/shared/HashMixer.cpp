@@ -30,6 +30,7 @@ HashMixer& HashMixer::AddBytes(const void* bytes, std::size_t size)
     return *this;
 }
 
+// The length comes first, or "ab" and "c" would mix to the same as "a" and "bc".
 HashMixer& HashMixer::Add(std::string_view narrow)
 {
     return Add(std::uint64_t{narrow.size()}).AddBytes(narrow.data(), narrow.size());

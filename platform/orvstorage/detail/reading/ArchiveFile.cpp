@@ -61,12 +61,15 @@ void ArchiveFile::ReplaceEnd(std::uint64_t offset, std::span<const unsigned char
     size_ = offset + end.size();
 }
 
+// Two questions: somebody may have written into this file, or have put another one in its place.
 bool ArchiveFile::IsStillAt(const std::filesystem::path& path) const
 {
     std::error_code error;
     return file_.Version(error) == version_ && orvcore::detail::VersionAt(path) == version_;
 }
 
+// Of the tail what is in memory counts: it may have been changed for the readers, and then ends otherwise than the
+// file.
 std::size_t ArchiveFile::Read(std::uint64_t offset, void* data, std::size_t size, std::error_code& error) const
 {
     error.clear();

@@ -118,7 +118,7 @@ DirectoryExtent LocateDirectory(const ArchiveFile& file, const ZipLimits& limits
     const std::span<const unsigned char> tail = file.Tail();
     const std::size_t end = FindEnd(tail);
     DirectoryExtent extent;
-    if (end == tail.size()) {
+    if (end == tail.size()) { // what begins like an archive has lost its end, mostly in a download
         std::vector<unsigned char> first(4);
         std::error_code error;
         file.Read(0, first.data(), first.size(), error);

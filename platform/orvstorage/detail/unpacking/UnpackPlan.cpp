@@ -10,6 +10,7 @@ namespace orvstorage::detail {
 
 namespace {
 
+// What goes beyond a limit is made to do harm, and its other entries are not to be trusted either.
 bool IsLimit(ZipError error)
 {
     return error == ZipError::EntryTooLarge || error == ZipError::RatioTooHigh || error == ZipError::TooDeep ||

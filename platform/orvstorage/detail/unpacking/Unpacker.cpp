@@ -20,8 +20,8 @@ namespace {
 
 constexpr std::size_t kPiece = std::size_t{256} << 10;
 constexpr std::uint64_t kMostHeld = std::uint64_t{1} << 20;
-constexpr std::uint64_t kWorthThreads = std::uint64_t{4} << 20;
-constexpr std::size_t kMostThreads = 8; // more would only wait for the disk
+constexpr std::uint64_t kWorthThreads = std::uint64_t{4} << 20; // below it, opening more handles takes longer
+constexpr std::size_t kMostThreads = 8;                         // more would only wait for the disk
 
 // Hands an entry's content to `write` piece by piece, until that fails.
 template <class Write>
