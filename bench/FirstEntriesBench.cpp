@@ -167,6 +167,9 @@ public:
     void MeasureCold()
     {
         templates_.Touch();
+        if (libraries_) { // one that has not read the manifest yet
+            libraries_ = std::make_shared<lumolibmanager::FolderLibManager>(folder_.Path());
+        }
         Measure(cold_);
     }
     /// Lists to the end, so that all is noted.

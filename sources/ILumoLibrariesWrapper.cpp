@@ -1,7 +1,5 @@
 #include <sources/ILumoLibrariesWrapper.h>
 
-#include <lumolibmanager/LumoLibManager.h>
-
 namespace orvcapsule::ILumoLibrariesWrapper {
 
 using lumolibmanager::GetLumoLibManager;
@@ -29,6 +27,12 @@ std::string GetLibraryNameFromLibraryID(const std::string& libraryID)
 void GetCapsuleElementIDs(const std::string& libraryID, std::vector<std::string>& elementIDs)
 {
     GetLumoLibManager()->GetElementIDsForElementType(libraryID, lumolibmanager::kElementType_Capsule, elementIDs);
+}
+
+void ListCapsules(const std::string& libraryID,
+                  const std::function<bool(const lumolibmanager::ListedElement&)>& onElement)
+{
+    GetLumoLibManager()->ListElements(libraryID, lumolibmanager::kElementType_Capsule, onElement);
 }
 
 std::string GetElementName(const std::string& libraryID, const std::string& elementID)

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <lumolibmanager/LumoLibManager.h>
 #include <orvcapsule/Export.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,6 +22,10 @@ ORVCAPSULE_API void GetLibraryList(std::vector<std::string>& libraryIDs);
 ORVCAPSULE_API std::string GetLibraryNameFromLibraryID(const std::string& libraryID);
 /// The template elements of a library. @param elementIDs  what it held is replaced
 ORVCAPSULE_API void GetCapsuleElementIDs(const std::string& libraryID, std::vector<std::string>& elementIDs);
+/// Tells of the template elements of a library, the first ones perhaps before all are known.
+/// @param onElement  called on this thread; false ends the listing
+ORVCAPSULE_API void ListCapsules(const std::string& libraryID,
+                                 const std::function<bool(const lumolibmanager::ListedElement& element)>& onElement);
 /// The display name of an element.
 ORVCAPSULE_API std::string GetElementName(const std::string& libraryID, const std::string& elementID);
 

@@ -18,6 +18,29 @@ using namespace detail;
 
 using FilesPtr = std::shared_ptr<const LibraryFiles>;
 
+// Full path of a file of the element at `at`; empty when that has no such file.
+std::string PathAt(const Library& library, const LibraryFiles& files, std::size_t at, const std::string& role)
+{
+    const auto& all = library.manifest.elements[at].files;
+    const auto file = std::find_if(all.begin(), all.end(), [&](const ManifestFile& each) { return each.role == role; });
+    if (file == all.end() || !files.Has(at, static_cast<std::size_t>(file - all.begin()))) {
+        return {};
+    }
+    fs::path path = library.folder / orvcore::PathFromUTF8(orvcore::AsUTF8(file->path));
+    return orvcore::ToNarrow(orvcore::PathToUTF8(path.make_preferred()));
+}
+
+ListedElement ElementAt(const Library& library, const LibraryFiles& files, std::size_t at)
+{
+    const ManifestElement& element = library.manifest.elements[at];
+    return {element.id,
+            element.name,
+            PathAt(library, files, at, kManifestPrimaryRole),
+            PathAt(library, files, at, kManifestAlternateRole),
+            PathAt(library, files, at, kMimeType_ImagePNG),
+            PathAt(library, files, at, kMimeType_VideoMP4)};
+}
+
 // A library with the files that it had at the latest look.
 struct Looked {
     LibraryPtr library;
@@ -37,17 +60,7 @@ struct Looked {
     std::string PathOf(const std::string& elementID, const std::string& role) const
     {
         const auto at = Find(elementID);
-        if (!at) {
-            return {};
-        }
-        const auto& all = library->manifest.elements[*at].files;
-        const auto file =
-            std::find_if(all.begin(), all.end(), [&](const ManifestFile& each) { return each.role == role; });
-        if (file == all.end() || !files->Has(*at, static_cast<std::size_t>(file - all.begin()))) {
-            return {};
-        }
-        fs::path path = library->folder / orvcore::PathFromUTF8(orvcore::AsUTF8(file->path));
-        return orvcore::ToNarrow(orvcore::PathToUTF8(path.make_preferred()));
+        return at ? PathAt(*library, *files, *at, role) : std::string();
     }
 };
 
@@ -133,10 +146,18 @@ struct FolderLibManager::State {
     // Looks at the library's files now.
     Looked LookAt(const LibraryPtr& library)
     {
-        Looked now{library, std::make_shared<const LibraryFiles>(LookAtFiles(library->folder, library->manifest))};
+        LibraryFiles files;
+        LookAtFiles(library->folder, library->manifest, library->manifest.elements.size(), files);
+        return Keep(library, std::move(files));
+    }
+
+    Looked Keep(const LibraryPtr& library, LibraryFiles files)
+    {
+        Looked now{library, std::make_shared<const LibraryFiles>(std::move(files))};
+        const std::string& id = library->manifest.id;
         const std::lock_guard lock(mutex);
-        if (catalogue && catalogue->byID.count(library->manifest.id) != 0) {
-            looked[library->manifest.id] = now;
+        if (catalogue && catalogue->byID.count(id) != 0) {
+            looked[id] = now;
         }
         return now;
     }
@@ -205,6 +226,29 @@ void FolderLibManager::GetElementIDsForElementType(const std::string& libraryID,
             elementIDs.push_back(library->manifest.elements[i].id);
         }
     }
+}
+
+void FolderLibManager::ListElements(const std::string& libraryID, const std::string& elementType,
+                                    const std::function<bool(const ListedElement&)>& onElement)
+{
+    const LibraryPtr library = state_->FindCurrent(libraryID);
+    if (!library) {
+        return;
+    }
+    constexpr std::size_t kFirst = 128;   // what is told before other files are looked at
+    constexpr std::size_t kAtOnce = 2048; // so that a listing that is ended need not wait for all
+    const auto& elements = library->manifest.elements;
+    LibraryFiles files;
+    for (std::size_t at = 0; at < elements.size();) {
+        const std::size_t end = std::min(elements.size(), at == 0 ? kFirst : at + kAtOnce);
+        LookAtFiles(library->folder, library->manifest, end, files);
+        for (; at < files.present.size(); ++at) {
+            if (elements[at].type == elementType && files.Has(at) && !onElement(ElementAt(*library, files, at))) {
+                return;
+            }
+        }
+    }
+    state_->Keep(library, std::move(files));
 }
 
 std::string FolderLibManager::GetElementName(const std::string& libraryID, const std::string& elementID)

@@ -39,10 +39,10 @@ inline constexpr std::size_t kMaxManifests = 64U << 20U; ///< bytes of all manif
 /// element, another file that is not there yet costs that file; `GetLeftOut` tells. Of two libraries or elements with
 /// one identifier the first counts.
 ///
-/// `GetLibraryList` looks at the disk anew, and `GetElementIDsForElementType` at the files of that library, so a
-/// listing sees every change; a manifest is read again only when it has changed. The other calls answer from the
-/// latest look and take the disk only where there was none. Nothing is kept beyond `Terminate`; `Initialize` need not
-/// be called. Any thread.
+/// `GetLibraryList` looks at the disk anew, and `GetElementIDsForElementType` and `ListElements` at the files of that
+/// library, so a listing sees every change; a manifest is read again only when it has changed. The other calls answer
+/// from the latest look and take the disk only where there was none. Nothing is kept beyond `Terminate`; `Initialize`
+/// need not be called. Any thread.
 class ORVPLATFORM_API FolderLibManager final : public LumoLibManager {
 public:
     /// Takes the root folder, at each look, from the setting "ORV.libraryfolder" (the environment's
@@ -63,6 +63,8 @@ public:
     std::string GetAlternatePath(const std::string& libraryID, const std::string& elementID) override;
     std::string GetRenditionPath(const std::string& libraryID, const std::string& elementID,
                                  const std::string& mimeType) override;
+    void ListElements(const std::string& libraryID, const std::string& elementType,
+                      const std::function<bool(const ListedElement& element)>& onElement) override;
     std::vector<LeftOut> GetLeftOut() override;
 
 private:

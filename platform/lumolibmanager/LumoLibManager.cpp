@@ -23,6 +23,27 @@ Installed& TheInstalled()
 
 LumoLibManager::~LumoLibManager() = default;
 
+void LumoLibManager::ListElements(const std::string& libraryID, const std::string& elementType,
+                                  const std::function<bool(const ListedElement&)>& onElement)
+{
+    std::vector<std::string> elementIDs;
+    GetElementIDsForElementType(libraryID, elementType, elementIDs);
+    for (const std::string& elementID : elementIDs) {
+        ListedElement element;
+        element.id = elementID;
+        element.primaryPath = GetPrimaryPath(libraryID, elementID);
+        if (!element.primaryPath.empty()) {
+            element.name = GetElementName(libraryID, elementID);
+            element.alternatePath = GetAlternatePath(libraryID, elementID);
+            element.imagePath = GetRenditionPath(libraryID, elementID, kMimeType_ImagePNG);
+            element.videoPath = GetRenditionPath(libraryID, elementID, kMimeType_VideoMP4);
+        }
+        if (!onElement(element)) {
+            return;
+        }
+    }
+}
+
 std::vector<LeftOut> LumoLibManager::GetLeftOut()
 {
     return {};

@@ -2,6 +2,7 @@
 
 #include <orvcore/text/Strings.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,6 +24,16 @@ struct LeftOut {
     std::string elementID;     ///< empty: the whole library
     std::string role;          ///< the file of the element that is left out; empty: the whole element
     std::string reason;        ///< what is wrong, one line of English for a person
+};
+
+/// What a listing wants to know of an element; what there is not is empty.
+struct ListedElement {
+    std::string id;
+    std::string name;
+    std::string primaryPath;
+    std::string alternatePath;
+    std::string imagePath; ///< of the rendition `kMimeType_ImagePNG`
+    std::string videoPath; ///< of the rendition `kMimeType_VideoMP4`
 };
 
 /// The user's cloud libraries as the suite's synchronisation keeps them on disk. A library holds elements; an element
@@ -61,6 +72,14 @@ public:
     virtual std::string GetRenditionPath(const std::string& libraryID, const std::string& elementID,
                                          const std::string& mimeType) = 0;
     /// @}
+
+    /// Tells of the elements of one type, in the order of listings; for a manager that can tell of the first ones
+    /// before it has looked at all. By default asks the operations above, one after the other.
+    /// @param onElement  called on this thread; false ends the listing. An element without a primary path is passed
+    /// over
+    ///        by it and may be left out here.
+    virtual void ListElements(const std::string& libraryID, const std::string& elementType,
+                              const std::function<bool(const ListedElement& element)>& onElement);
 
     /// What the latest listing of the libraries, and of each library's elements, left out. Nothing by default.
     virtual std::vector<LeftOut> GetLeftOut();

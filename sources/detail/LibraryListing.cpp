@@ -26,43 +26,41 @@ LibraryListing::LibraryListing(boost::shared_ptr<CheckCancel> cancel)
 {
 }
 
-// The manager is asked for names and paths while the first entries are made already. A library that is replaced
-// meanwhile, or files that vanish, leave an entry with less in it.
+// The first entries are made while the manager still tells of others. A library that is replaced meanwhile, or files
+// that vanish, leave an entry with less in it.
 void LibraryListing::List(const std::string& libraryID, double weight, Entries& results)
 {
-    std::vector<std::string> elementIDs;
-    libraries::GetCapsuleElementIDs(libraryID, elementIDs);
-    const double step = elementIDs.empty() ? 0.0 : weight / static_cast<double>(elementIDs.size());
     EntryMaking making(*this, orvcore::ToUTF8(libraryID));
-    making.SetStep(step);
+    std::size_t told = 0;
     std::vector<std::size_t> order;
-    for (auto elementID = elementIDs.begin(); elementID != elementIDs.end() && !IsCancelled(); ++elementID) {
-        if (Element element = FindElement(libraryID, *elementID); element.entry) {
+    libraries::ListCapsules(libraryID, [&](const lumolibmanager::ListedElement& listed) {
+        ++told;
+        if (!listed.primaryPath.empty()) {
             order.push_back(order.size());
-            making.Add([this, element = std::move(element)](const ListingNotes& known, NotedFile& noted) {
+            making.Add([this, element = NewElement(libraryID, listed)](const ListingNotes& known, NotedFile& noted) {
                 FillFromFiles(element, known, noted);
                 return element.entry;
             });
         }
-    }
+        return !IsCancelled();
+    });
+    const double step = told == 0 ? 0.0 : weight / static_cast<double>(told);
     Advance(weight - step * static_cast<double>(order.size())); // those without a package
+    making.SetStep(step);
     making.Finish(order, results);
 }
 
-LibraryListing::Element LibraryListing::FindElement(const std::string& libraryID, const std::string& elementID) const
+LibraryListing::Element LibraryListing::NewElement(const std::string& libraryID,
+                                                   const lumolibmanager::ListedElement& listed) const
 {
-    const std::string path = libraries::GetCapsulePath(libraryID, elementID);
-    if (path.empty()) {
-        return {};
-    }
     auto entry = boost::make_shared<CapsuleEntry>();
     entry->sourcePath = {GetSourceID(), libraryID};
-    entry->path = orvcore::AsUTF8(path);
-    entry->lumoElementID = orvcore::AsUTF8(elementID);
-    entry->name = orvcore::ToUTF16(libraries::GetElementName(libraryID, elementID));
-    entry->thumbnailPath = orvcore::AsUTF8(libraries::GetCapsuleThumbnailPath(libraryID, elementID));
-    entry->videoPreviewPath = orvcore::AsUTF8(libraries::GetCapsuleVideoThumbnailPath(libraryID, elementID));
-    return {std::move(entry), orvcore::ToUTF8(libraries::GetCapsuleSchemaPath(libraryID, elementID))};
+    entry->path = orvcore::AsUTF8(listed.primaryPath);
+    entry->lumoElementID = orvcore::AsUTF8(listed.id);
+    entry->name = orvcore::ToUTF16(listed.name);
+    entry->thumbnailPath = orvcore::AsUTF8(listed.imagePath);
+    entry->videoPreviewPath = orvcore::AsUTF8(listed.videoPath);
+    return {std::move(entry), orvcore::ToUTF8(listed.alternatePath)};
 }
 
 void LibraryListing::FillFromFiles(const Element& element, const ListingNotes& known, NotedFile& noted)

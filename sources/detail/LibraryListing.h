@@ -1,5 +1,6 @@
 #pragma once
 
+#include <lumolibmanager/LumoLibManager.h>
 #include <sources/detail/Listing.h>
 #include <sources/detail/ListingNotes.h>
 
@@ -18,7 +19,7 @@ public:
 
 private:
     struct Element;
-    Element FindElement(const std::string& libraryID, const std::string& elementID) const;
+    Element NewElement(const std::string& libraryID, const lumolibmanager::ListedElement& listed) const;
     void FillFromFiles(const Element& element, const ListingNotes& known, NotedFile& noted);
 };
 

@@ -45,6 +45,13 @@ protected:
     {
         std::vector<std::string> ids{"what it held"};
         manager.GetElementIDsForElementType(library, lumolibmanager::kElementType_Capsule, ids);
+        std::vector<std::string> listed;
+        manager.ListElements(library, lumolibmanager::kElementType_Capsule, [&](const auto& element) {
+            EXPECT_EQ(element.primaryPath, manager.GetPrimaryPath(library, element.id));
+            listed.push_back(element.id);
+            return true;
+        });
+        EXPECT_EQ(listed, ids);
         return ids;
     }
     // "element role: reason" of all that was left out.
@@ -252,6 +259,8 @@ TEST_F(FolderLibManagerTest, CountsAreBounded)
     EXPECT_THAT(Elements("l"), IsEmpty());
     EXPECT_EQ(LeftOut().size(), 101U);
     EXPECT_THAT(LeftOut().back(), HasSubstr("more was left out"));
+    root.Write("l/late", "x");
+    EXPECT_EQ(Elements("l").size(), 300U);
     elements.clear();
     for (std::size_t i = 0; i <= lumolibmanager::kMaxElements; ++i) {
         elements += i == 0 ? "0" : ",0";

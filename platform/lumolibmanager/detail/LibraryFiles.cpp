@@ -108,24 +108,23 @@ ElementFiles LookAtElement(Look& look, const ManifestElement& element)
 
 } // namespace
 
-LibraryFiles LookAtFiles(const fs::path& folder, const Manifest& manifest)
+void LookAtFiles(const fs::path& folder, const Manifest& manifest, std::size_t end, LibraryFiles& files)
 {
-    std::vector<ElementFiles> elements(manifest.elements.size());
-    orvcore::ParallelFor(elements.size(), kElementsAPiece, [&](std::size_t begin, std::size_t end) {
+    const std::size_t known = files.present.size();
+    std::vector<ElementFiles> elements(end - known);
+    orvcore::ParallelFor(elements.size(), kElementsAPiece, [&](std::size_t first, std::size_t last) {
         Look look(folder);
-        for (std::size_t i = begin; i < end; ++i) {
-            elements[i] = LookAtElement(look, manifest.elements[i]);
+        for (std::size_t i = first; i < last; ++i) {
+            elements[i] = LookAtElement(look, manifest.elements[known + i]);
         }
     });
-    LibraryFiles files;
-    files.present.reserve(elements.size());
+    files.present.reserve(end);
     for (ElementFiles& element : elements) {
         files.present.push_back(element.present);
         for (Refusal& refusal : element.refused) {
             Refuse(files.refused, std::move(refusal));
         }
     }
-    return files;
 }
 
 } // namespace lumolibmanager::detail

@@ -23,7 +23,7 @@ struct LibraryFiles {
     }
 };
 
-/// Looks at all files that a manifest names, on all processors.
-LibraryFiles LookAtFiles(const std::filesystem::path& folder, const Manifest& manifest);
+/// Looks, on all processors, at the files of the manifest's elements before `end` that `files` does not know yet.
+void LookAtFiles(const std::filesystem::path& folder, const Manifest& manifest, std::size_t end, LibraryFiles& files);
 
 } // namespace lumolibmanager::detail
