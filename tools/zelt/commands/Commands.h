@@ -103,6 +103,7 @@ ExitCode RunSearch(const SearchOptions& options);
 
 struct BrowseOptions {
     Places places;
+    std::string stock;    ///< the URL of a stock service; empty: none
     std::size_t port = 0; ///< 0: a free one
     bool noOpen = false;
 };
