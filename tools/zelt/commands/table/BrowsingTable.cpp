@@ -61,8 +61,9 @@ std::vector<Command> BrowsingCommands()
         Define("gallery", "Write a page that shows the templates in folders as files", &RunGallery,
                [](Command& command, GalleryOptions& options) {
                    AddPlaces(command, options.places);
-                   command.Option("-o, --output DIR", options.output,
-                                  "A new or empty folder, or an earlier gallery, which is replaced")
+                   command
+                       .Option("-o, --output DIR", options.output,
+                               "A new or empty folder, or an earlier gallery, which is replaced")
                        .isRequired = true;
                    command.Example("gallery ~/Templates -o /srv/www/templates", "for a web server or a shared disk");
                }),
