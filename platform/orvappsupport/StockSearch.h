@@ -62,13 +62,13 @@ enum class Error : std::int32_t {
     None,          ///< the page arrived
     Cancelled,     ///< `isWanted` said no, or the process's executors end
     BadRequest,    ///< the connection's settings or the search have no form that can be sent; nothing was sent
-    NoConnection,  ///< the service was not reached, is not who it says (TLS), or broke the connection off
+    NoConnection,  ///< the service was not reached, or is not who it says (TLS)
     TimedOut,      ///< a time-out of the connection's settings passed
     NotAuthorised, ///< 401 or 403: the credentials are missing, wrong or not enough
     Busy,          ///< 429 or 503, also when asked again
     Refused,       ///< another status that is no success
     BadRedirect,   ///< too many redirects, one from https to http, or to something else than either
-    BadAnswer,     ///< the answer is not what the contract says, or is too large
+    BadAnswer,     ///< the answer is not what the contract says, too large, or cut short
 };
 
 /// "TimedOut" and so on: for logs and tests. A number outside the enumeration gives "Unknown".

@@ -23,15 +23,15 @@ struct Faults {
     Where where = Where::Everywhere;
     std::uint32_t times = 0; ///< so many requests suffer, all later ones are answered well; 0: all suffer
 
-    std::chrono::milliseconds delay{0};    ///< before an answer
-    std::optional<unsigned> status;        ///< answered instead
-    std::optional<std::string> retryAfter; ///< the header `Retry-After` beside `status`
-    std::optional<std::string> redirectTo; ///< "https://host": redirected there, with the request's own target
-    bool redirectsToItself = false;        ///< a loop
-    Length announced = Length::Right;      ///< `Content-Length` against the body
+    std::chrono::milliseconds delay{0};         ///< before an answer
+    std::optional<unsigned> status = {};        ///< answered instead
+    std::optional<std::string> retryAfter = {}; ///< the header `Retry-After` beside `status`
+    std::optional<std::string> redirectTo = {}; ///< "https://host": redirected there, with the request's own target
+    bool redirectsToItself = false;             ///< a loop
+    Length announced = Length::Right;           ///< `Content-Length` against the body
     SecondHalf secondHalf = SecondHalf::Sent;
     std::size_t maxRows = std::numeric_limits<std::size_t>::max(); ///< of a page, whatever was asked for; "total" stays
-    std::optional<std::string> body;                               ///< sent in place of an answer's own
+    std::optional<std::string> body = {};                          ///< sent in place of an answer's own
 };
 
 } // namespace orvtools::stock

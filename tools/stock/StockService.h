@@ -18,8 +18,8 @@ struct ServiceOptions {
     std::uint32_t copies = 1;          ///< how many assets there are of each package
     std::string address = "127.0.0.1"; ///< of this machine
     std::uint16_t port = 0;            ///< 0: one that is free
-    std::string token;                 ///< bearer token that searches must carry; empty: none
-    Faults faults;
+    std::string token = {};            ///< bearer token that searches must carry; empty: none
+    Faults faults = {};
     std::function<void(const http::Request&)> observe = {}; ///< told of each request, on one of the server's threads
 };
 
