@@ -143,6 +143,21 @@ void MarkIfLarger(std::uint64_t limit, const fs::path& folder, const fs::path& m
     }
 }
 
+// Previews of local templates lie in the folder itself, the files of stock assets in folders below it.
+void RemoveUnfinished(const fs::path& folder)
+{
+    orvcore::RemoveLeftBehind(folder, kLongestMaking);
+    orvcore::TreeVisitor visitor;
+    visitor.visit = [](const fs::path& path, orvcore::FileKind kind) {
+        if (kind == orvcore::FileKind::Directory) {
+            orvcore::RemoveLeftBehind(path, kLongestMaking);
+        }
+        return orvcore::IsTerminating() ? orvcore::WalkNext::End : orvcore::WalkNext::GoOn;
+    };
+    visitor.fail = [](const fs::path&, const std::error_code&) { return orvcore::WalkNext::GoOn; };
+    orvcore::WalkTree(folder, visitor);
+}
+
 // Where files are read one after another, which is not for the caller to wait for.
 void InBackground(std::function<void()> task)
 {
@@ -192,9 +207,7 @@ void InitTempDirectory(bool local)
     detail::MakeFolderLock(folder);
     Cleanup(kSizeLimitBytes, folder);
     detail::MakeAndHoldFolder(folder);
-    InBackground([folder] {
-        detail::WithFolderToOneself(folder, [&folder] { orvcore::RemoveLeftBehind(folder, kLongestMaking); });
-    });
+    InBackground([folder] { detail::WithFolderToOneself(folder, [&folder] { RemoveUnfinished(folder); }); });
 }
 
 orvcore::UTF8String GetTempLocalDirectory()

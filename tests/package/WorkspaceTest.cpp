@@ -224,11 +224,12 @@ TEST(Workspace, EachFolderIsInitialisedOnceAndThenHeld)
     EXPECT_FALSE(folderLock && folderLock->TryExclusive());
 
     const fs::path stock = orvcore::TempDirectory() / "ProStock";
-    orvcore::EnsureDirectory(stock);
+    orvcore::EnsureDirectory(stock / "host/1/asset");
     const fs::path abandoned = orvcore::PrivateSibling(stock / "x");
+    const fs::path ofAnAsset = orvcore::PrivateSibling(stock / "host/1/asset/x");
     const fs::path inTheMaking = orvcore::PrivateSibling(stock / "x");
     const fs::path hidden = stock / ".orv-hidden.part";
-    for (const fs::path& file : {abandoned, inTheMaking, hidden}) {
+    for (const fs::path& file : {abandoned, ofAnAsset, inTheMaking, hidden}) {
         std::ofstream(file).close();
         const auto age = file == inTheMaking ? std::chrono::minutes(10) : std::chrono::minutes(90);
         fs::last_write_time(file, fs::file_time_type::clock::now() - age);
@@ -236,7 +237,7 @@ TEST(Workspace, EachFolderIsInitialisedOnceAndThenHeld)
     orvcapsule::InitTempDirectory(false);
     WaitForScans();
     EXPECT_TRUE(orvcore::IsDirectory(stock)) << "the two folders have a flag each";
-    EXPECT_FALSE(Exists(abandoned));
+    EXPECT_FALSE(Exists(abandoned) || Exists(ofAnAsset));
     EXPECT_TRUE(Exists(inTheMaking));
     EXPECT_TRUE(Exists(hidden)) << "not one of ours";
     orvcore::RemoveTree(stock);

@@ -76,7 +76,9 @@ void TransferThread::Abandon()
     constexpr seconds kLongest{2};
     std::unique_lock lock(mutex_);
     ending_ = Ending::Abandon;
-    if (isWorking_ && !IsCurrent()) {
+    if (IsCurrent()) { // a handler ends the process, and this thread does not come back to work
+        isWorking_ = false;
+    } else if (isWorking_) {
         curl_multi_wakeup(multi_);
         changed_.wait_for(lock, kLongest, [this] { return !isWorking_; });
     }
@@ -195,7 +197,7 @@ void TransferThread::BeginWhatMayRun()
 
 void TransferThread::Begin(Transfers::iterator transfer)
 {
-    Transfer::Handle* handle = nullptr;
+    EasyHandle::Native* handle = nullptr;
     try {
         handle = (*transfer)->Begin();
     } catch (...) {
