@@ -19,8 +19,7 @@ constexpr std::uint64_t kLargestNote = std::uint64_t{64} << 20;
 
 std::uint64_t HashOf(std::string_view bytes)
 {
-    const orvcore::Guid hash = orvcore::HashMixer().AddBytes(bytes.data(), bytes.size()).GetResult();
-    return orvcore::LoadLittleEndian(reinterpret_cast<const char*>(hash.bytes.data()), kNumber);
+    return orvcore::LoadLittleEndian(orvcore::HashMixer::Of(bytes).bytes.data(), kNumber);
 }
 
 } // namespace

@@ -89,6 +89,7 @@ TEST(HashMixer, IsTheSameOnEverySystemAndTellsPiecesApart)
     const std::string longText(1000, 'x');
     EXPECT_EQ(HashMixer().AddBytes(longText.data(), 1000).GetResult(),
               HashMixer().AddBytes(longText.data(), 1).AddBytes(longText.data() + 1, 999).GetResult());
+    EXPECT_EQ(HashMixer().AddBytes(longText.data(), 1000).GetResult(), HashMixer::Of({longText.data(), 1000}));
 
     std::set<std::string> results;
     const auto remember = [&results](const HashMixer& mixer) {

@@ -7,6 +7,7 @@
 #include <orvcore/tasks/MainThread.h>
 #include <package/CapsuleZip.h>
 #include <package/Workspace.h>
+#include <tests/support/CountingToken.h>
 #include <tests/support/Language.h>
 #include <tests/support/Latch.h>
 #include <tests/support/TempFolder.h>
@@ -28,33 +29,12 @@ using orvcore::PathToUTF16;
 using orvcore::PathToUTF8;
 using orvcore::UTF16String;
 using orvcore::UTF8String;
+using test::CountingToken;
 using test::TempFolder;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Entries = std::vector<boost::shared_ptr<CapsuleEntry>>;
 using Directories = std::vector<std::pair<UTF8String, UTF8String>>;
-
-// Aborts itself, or does something else, at the k-th poll.
-class CountingToken : public CheckCancel {
-public:
-    explicit CountingToken(int at, std::function<void()> action = {})
-        : at_(at)
-        , action_(std::move(action))
-    {
-    }
-    bool GetAbort() override
-    {
-        if (++polls == at_) {
-            action_ ? action_() : Abort();
-        }
-        return CheckCancel::GetAbort();
-    }
-    std::atomic<int> polls = 0;
-
-private:
-    const int at_;
-    const std::function<void()> action_;
-};
 
 std::string Package(const std::string& id, const std::string& png = "still", const std::string& mp4 = {})
 {
@@ -107,6 +87,11 @@ protected:
         orvcore::RemoveTree(working_);
     }
 
+    void CopySamples() const
+    {
+        fs::copy(ORV_SAMPLES_DIR, temp_ / "root", fs::copy_options::recursive);
+        fs::remove_all(temp_ / "root" / "libraries"); // of the cloud source
+    }
     LocalGraphicsSource Source(const Directories& custom = {}) const
     {
         return {PathToUTF16(temp_ / "root"), custom};
@@ -193,8 +178,7 @@ TEST_F(LocalGraphicsSourceTest, FillsEntriesWithWhatIsThere)
         {"root/damaged/truncated.zelt", {u"truncated", u"", 0, 0, 0, 0, 0, false, 0, 0}},
     };
     const orvtest::Language german("de_DE");
-    fs::copy(ORV_SAMPLES_DIR, temp_ / "root", fs::copy_options::recursive);
-    fs::remove_all(temp_ / "root" / "libraries"); // of the cloud source
+    CopySamples();
     const Entries entries = Search(Source());
     const auto paths = Paths(entries);
     EXPECT_EQ(entries.size(), rows.size() + 1) << "and one with a Japanese file name";
@@ -466,8 +450,7 @@ TEST_F(LocalGraphicsSourceTest, KeepsAPreviewForOneStateOfOnePackage)
 TEST_F(LocalGraphicsSourceTest, ReadsAgainOnlyWhatChanged)
 {
     orvcore::DebugSettings::SetInt("ORV.entrysettletime", 0);
-    fs::copy(ORV_SAMPLES_DIR, temp_ / "root", fs::copy_options::recursive);
-    fs::remove_all(temp_ / "root" / "libraries"); // of the cloud source
+    CopySamples();
     const LocalGraphicsSource source = Source();
     const auto list = [&](const std::string& language) {
         const orvtest::Language chosen(language);
@@ -496,14 +479,16 @@ TEST_F(LocalGraphicsSourceTest, ReadsAgainOnlyWhatChanged)
     EXPECT_FALSE(Content(Search(source).back()->thumbnailPath).starts_with("(missing)"));
 
     const std::string content = orvcore::ReadWholeFile(store).value();
-    for (const std::size_t size : {std::size_t{0}, std::size_t{9}, std::size_t{16}, content.size() / 2}) {
-        ASSERT_GE(orvcore::WriteBufferToFile(store, content.data(), size), 0);
-        EXPECT_EQ(list("en_US"), english) << "cut to " << size;
+    // The file begins with a count of eight bytes, then each note's hash, offset, size and checksum.
+    for (const std::size_t at : {std::size_t{0}, std::size_t{7}, std::size_t{9}, std::size_t{17}, std::size_t{31},
+                                 std::size_t{33}, content.size() / 2, content.size() - 1}) {
+        std::string flipped = content;
+        flipped[at] ^= 1;
+        for (const std::string& damaged : {content.substr(0, at), flipped}) {
+            ASSERT_GE(orvcore::WriteBufferToFile(store, damaged.data(), damaged.size()), 0);
+            EXPECT_EQ(list("en_US"), english) << damaged.size() << " of " << content.size() << " bytes, at " << at;
+        }
     }
-    std::string flipped = content;
-    flipped[content.size() / 3] ^= 1;
-    ASSERT_GE(orvcore::WriteBufferToFile(store, flipped.data(), flipped.size()), 0);
-    EXPECT_EQ(list("en_US"), english);
 
     const auto german = list("de_DE");
     ASSERT_EQ(stores().size(), 2U);
@@ -527,8 +512,7 @@ TEST_F(LocalGraphicsSourceTest, ReadsAgainOnlyWhatChanged)
 TEST_F(LocalGraphicsSourceTest, AListingInTwoLanguagesIsNotNoted)
 {
     orvcore::DebugSettings::SetInt("ORV.entrysettletime", 0);
-    fs::copy(ORV_SAMPLES_DIR, temp_ / "root", fs::copy_options::recursive);
-    fs::remove_all(temp_ / "root" / "libraries"); // of the cloud source
+    CopySamples();
     const orvtest::Language english("en_US");
     const auto names = [this](const boost::shared_ptr<CheckCancel>& token) {
         std::vector<UTF16String> texts;

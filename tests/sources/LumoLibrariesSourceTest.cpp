@@ -5,6 +5,7 @@
 #include <orvcore/tasks/MainThread.h>
 #include <package/CapsuleZip.h>
 #include <package/Workspace.h>
+#include <tests/support/CountingToken.h>
 #include <tests/support/FakeLibraries.h>
 #include <tests/support/Language.h>
 #include <tests/support/TempFolder.h>
@@ -17,6 +18,7 @@ namespace {
 using namespace orvcapsule;
 using orvcore::UTF16String;
 using orvcore::UTF8String;
+using test::CountingToken;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Entries = std::vector<boost::shared_ptr<CapsuleEntry>>;
@@ -201,24 +203,6 @@ TEST_F(LumoLibrariesSourceTest, ReadsAgainOnlyWhatChanged)
 
 TEST_F(LumoLibrariesSourceTest, AListingThatIsCancelledAnywhereDropsWhatItGathered)
 {
-    class CountingToken : public CheckCancel {
-    public:
-        explicit CountingToken(int at)
-            : at_(at)
-        {
-        }
-        bool GetAbort() override
-        {
-            if (++polls == at_) {
-                Abort();
-            }
-            return CheckCancel::GetAbort();
-        }
-        std::atomic<int> polls = 0;
-
-    private:
-        const int at_;
-    };
     const auto ignore = [](const Entries&, const UTF16String&, bool) { ADD_FAILURE() << "called after the end"; };
     source_.SearchDirectory(ignore, u"unknown", boost::make_shared<CountingToken>(1));
     int k = 1;

@@ -986,6 +986,10 @@ class LibraryTest(ZeltTest):
         found, err = self.libraries("root", code=1)
         self.assertEqual(len(found[0]["elements"]), 1)
         self.assertEqual(["not there yet" in line for line in err.splitlines()], [True, True])
+        out, told = self.run_zelt("list", "--libraries", "root", "--json", code=1)
+        self.assertEqual(told, err)
+        listed = json.loads(out)
+        self.assertEqual((listed["elementID"], listed["sourcePath"][1]), (found[0]["elements"][0]["id"], found[0]["id"]))
 
 
 def load_tests(loader, _tests, _pattern):

@@ -19,15 +19,6 @@ ExitCode ReportFailures(const std::vector<orvcapsule::FolderFailure>& failures)
     return failures.empty() ? ExitCode::kDone : ExitCode::kBadFile;
 }
 
-ExitCode ReportLeftOut(const std::vector<lumolibmanager::LeftOut>& leftOut)
-{
-    for (const lumolibmanager::LeftOut& left : leftOut) {
-        const std::string element = left.elementID.empty() ? "" : "element " + left.elementID + ": ";
-        ReportError(orvcore::AsNarrow(left.place), element + (left.role.empty() ? "" : left.role + ": ") + left.reason);
-    }
-    return leftOut.empty() ? ExitCode::kDone : ExitCode::kBadFile;
-}
-
 // Lists the places, then does `work` with what is in them.
 template <class Work>
 ExitCode Browse(const Places& places, bool progressive, Work&& work)

@@ -61,17 +61,6 @@ std::string AsJSON(const std::string& library, const std::vector<std::string>& e
     return orvcore::ToNarrow(writer.Take());
 }
 
-// Reports what was left out; true when there was something.
-bool ReportLeftOut()
-{
-    const auto all = lumolibmanager::GetLumoLibManager()->GetLeftOut();
-    for (const auto& left : all) {
-        const std::string element = left.elementID.empty() ? "" : "element \"" + left.elementID + "\": ";
-        ReportError(orvcore::AsNarrow(left.place), element + left.reason);
-    }
-    return !all.empty();
-}
-
 } // namespace
 
 ExitCode RunLibraryList(const LibraryListOptions& options)
@@ -84,7 +73,7 @@ ExitCode RunLibraryList(const LibraryListOptions& options)
         libraries::GetCapsuleElementIDs(library, elements);
         PrintLine(options.json ? AsJSON(library, elements) : AsText(library, elements));
     }
-    return ReportLeftOut() ? ExitCode::kBadFile : ExitCode::kDone;
+    return ReportLeftOut(lumolibmanager::GetLumoLibManager()->GetLeftOut());
 }
 
 ExitCode RunLibraryShow(const LibraryShowOptions& options)

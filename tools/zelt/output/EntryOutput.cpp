@@ -185,6 +185,7 @@ std::string EntryAsJSON(const CapsuleEntry& entry)
     members.Path("path", entry.path);
     members.Text("name", entry.name);
     members.List("sourcePath", entry.sourcePath);
+    members.Text("elementID", AsNarrow(entry.lumoElementID));
     members.Bool("readable", IsReadable(entry));
     members.Number("fileSize", entry.fileSize);
     members.Text("modified", Modified(entry));

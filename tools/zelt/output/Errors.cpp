@@ -4,6 +4,8 @@
 
 #include <tools/support/Console.h>
 
+#include <lumolibmanager/LumoLibManager.h>
+
 #include <filesystem>
 #include <new>
 
@@ -19,6 +21,15 @@ void ReportError(std::string_view what)
 void ReportError(std::string_view file, std::string_view what)
 {
     ReportError(std::string(file) + ": " + std::string(what));
+}
+
+ExitCode ReportLeftOut(const std::vector<lumolibmanager::LeftOut>& leftOut)
+{
+    for (const lumolibmanager::LeftOut& left : leftOut) {
+        const std::string element = left.elementID.empty() ? "" : "element \"" + left.elementID + "\": ";
+        ReportError(orvcore::AsNarrow(left.place), element + left.reason); // which names the file
+    }
+    return leftOut.empty() ? ExitCode::kDone : ExitCode::kBadFile;
 }
 
 ExitCode ReportCurrentException(const std::string& file)

@@ -3,6 +3,11 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
+
+namespace lumolibmanager {
+struct LeftOut;
+}
 
 namespace zelt {
 
@@ -50,6 +55,9 @@ public:
 void ReportError(std::string_view file, std::string_view what);
 /// Writes "zelt: WHAT" as one line on standard error.
 void ReportError(std::string_view what);
+
+/// Reports what a library manager left out, one line each; `kBadFile` when there is something.
+ExitCode ReportLeftOut(const std::vector<lumolibmanager::LeftOut>& leftOut);
 
 /// Reports the exception that is being handled, of the work on `file`.
 ExitCode ReportCurrentException(const std::string& file);

@@ -2,6 +2,7 @@
 
 #include <tools/zelt/output/Errors.h>
 #include <tools/zelt/panel/EntryRow.h>
+#include <tools/zelt/support/StockPlace.h>
 
 #include <stock/StockPreviewDownloadManager.h>
 
@@ -22,11 +23,7 @@ constexpr auto kPageWait = 70s;  // longer than the client's own time-outs
 
 std::shared_ptr<StockSource> MakeSource(const std::string& url)
 {
-    orvappsupport::StockConnectionSettings settings;
-    settings.baseURL = orvcore::ToUTF8(url);
-    settings.product = u8"zelt";
-    auto source = std::make_shared<StockSource>(std::make_shared<ClientStockConnection>(std::move(settings)),
-                                                TemplateType::MotionGraphics);
+    auto source = std::make_shared<StockSource>(ConnectStock(url), TemplateType::MotionGraphics);
     source->Initialize();
     return source;
 }

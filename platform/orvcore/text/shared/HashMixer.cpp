@@ -9,6 +9,20 @@
 
 namespace orvcore {
 
+namespace {
+
+Guid ToGuid(const XXH128_hash_t& hash)
+{
+    XXH128_canonical_t canonical;
+    XXH128_canonicalFromHash(&canonical, hash);
+    Guid guid;
+    static_assert(sizeof canonical.digest == sizeof guid.bytes);
+    std::memcpy(guid.bytes.data(), canonical.digest, sizeof canonical.digest);
+    return guid;
+}
+
+} // namespace
+
 struct HashMixer::State {
     XXH3_state_t xxh3;
 };
@@ -60,12 +74,12 @@ HashMixer& HashMixer::Add(std::uint64_t value)
 
 Guid HashMixer::GetResult() const
 {
-    XXH128_canonical_t canonical;
-    XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(&state_->xxh3));
-    Guid guid;
-    static_assert(sizeof canonical.digest == sizeof guid.bytes);
-    std::memcpy(guid.bytes.data(), canonical.digest, sizeof canonical.digest);
-    return guid;
+    return ToGuid(XXH3_128bits_digest(&state_->xxh3));
+}
+
+Guid HashMixer::Of(std::string_view bytes)
+{
+    return ToGuid(XXH3_128bits(bytes.data(), bytes.size()));
 }
 
 } // namespace orvcore

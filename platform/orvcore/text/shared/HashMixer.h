@@ -33,6 +33,9 @@ public:
     /// The hash of all that was fed so far; feeding may go on.
     Guid GetResult() const;
 
+    /// The hash of one piece, as AddBytes alone gives it, in a fraction of the time.
+    static Guid Of(std::string_view bytes);
+
 private:
     struct State;
     std::unique_ptr<State> state_;
