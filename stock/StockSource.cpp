@@ -51,7 +51,7 @@ Parameters MakeParameters(bool hasTerms, const UTF8String& filter, TemplateType 
     if (!categories.empty()) {
         UTF8String joined;
         for (const TemplateCategory category : categories) {
-            joined += (joined.empty() ? u8"" : u8",") + Decimal(category);
+            joined.append(joined.empty() ? u8"" : u8",").append(Decimal(category));
         }
         parameters.emplace_back(search::kSearchParameter_TemplateCategoryID, joined);
     }

@@ -25,7 +25,7 @@ std::string Join(const std::vector<UTF8String>& texts)
 {
     std::string joined;
     for (const UTF8String& text : texts) {
-        joined += (joined.empty() ? "" : ",") + orvcore::ToNarrow(text);
+        joined.append(joined.empty() ? "" : ",").append(orvcore::AsNarrow(text));
     }
     return joined;
 }
@@ -75,7 +75,7 @@ void AddHeader(std::vector<std::string>& headers, const char* name, const UTF8St
     if (!std::all_of(text.begin(), text.end(), isPlain)) {
         throw BadRequest(std::string("the connection's value for ") + name + "has a control character");
     }
-    headers.push_back(name + std::string(text));
+    headers.push_back(std::string(name).append(text));
 }
 
 detail::TransferRequest MakeRequest(const StockConnectionSettings& settings, std::string url,

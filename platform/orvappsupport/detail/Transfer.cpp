@@ -8,7 +8,6 @@
 #include <curl/curl.h>
 
 #include <algorithm>
-#include <limits>
 #include <random>
 
 namespace orvappsupport::detail {
@@ -24,7 +23,6 @@ constexpr int kMaxRedirects = 5;
 constexpr int kMaxRepetitions = 2;
 constexpr milliseconds kFirstPause{250};
 constexpr seconds kLongestPause{10};
-constexpr long kBufferBytes = 128L << 10U;
 
 bool IsRedirect(int status)
 {
@@ -36,11 +34,10 @@ bool IsBusy(int status)
     return status == 429 || status == 503;
 }
 
-// In milliseconds as libcurl takes them; it takes 0 for "none".
-long ToLong(milliseconds time)
+// Points of time do not overflow so.
+milliseconds Sane(milliseconds time)
 {
-    constexpr milliseconds kLongest = hours(24);
-    return static_cast<int>(std::clamp(time, milliseconds(1), kLongest).count());
+    return std::clamp<milliseconds>(time, milliseconds(1), hours(24));
 }
 
 // Many clients that were sent away together do not come back together.
@@ -76,25 +73,7 @@ TransferEnd EndOf(CURLcode code)
     }
 }
 
-template <class T>
-T Info(CURL* handle, CURLINFO what)
-{
-    T value{};
-    curl_easy_getinfo(handle, what, &value);
-    return value;
-}
-
 } // namespace
-
-void Transfer::HandleDeleter::operator()(Handle* handle) const noexcept
-{
-    curl_easy_cleanup(handle);
-}
-
-void Transfer::ListDeleter::operator()(curl_slist* list) const noexcept
-{
-    curl_slist_free_all(list);
-}
 
 Transfer::Transfer(TransferRequest request, TransferHandler handler)
     : request_(std::move(request))
@@ -108,7 +87,7 @@ bool Transfer::MustEnd(Clock::time_point now) noexcept
 {
     if (!IsWanted()) {
         Fail(TransferEnd::Cancelled);
-    } else if (now - lastNews_ > milliseconds(ToLong(request_.options.timeouts.stalled))) {
+    } else if (now - lastNews_ > Sane(request_.options.timeouts.stalled)) {
         Fail(TransferEnd::TimedOut, "no byte has come for too long");
     }
     return ended_;
@@ -119,16 +98,15 @@ bool Transfer::IsWanted() noexcept
     if (!request_.options.progress) {
         return true;
     }
-    const auto announced = handle_ ? Info<curl_off_t>(handle_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T) : 0;
+    const std::int64_t announced = handle_ ? std::max<std::int64_t>(handle_->AnnouncedBytes(), 0) : 0;
     bool isWanted = false;
-    orvcore::OneTimeInvocation ask([&] {
-        isWanted = request_.options.progress(received_, static_cast<std::uint64_t>(std::max<curl_off_t>(announced, 0)));
-    });
+    orvcore::OneTimeInvocation ask(
+        [&] { isWanted = request_.options.progress(received_, static_cast<std::uint64_t>(announced)); });
     orvcore::RunTask(ask); // what it throws is the caller's to hear of; the transfer ends
     return isWanted;
 }
 
-Transfer::Handle* Transfer::Begin()
+EasyHandle::Native* Transfer::Begin()
 {
     if (ended_) {
         return nullptr;
@@ -139,88 +117,49 @@ Transfer::Handle* Transfer::Begin()
             return nullptr;
         }
         url_ = request_.url;
-        deadline_ = Clock::now() + milliseconds(ToLong(request_.options.timeouts.total));
-        handle_.reset(curl_easy_init());
-        if (!handle_) {
-            throw std::bad_alloc();
-        }
-        SetUp();
+        deadline_ = Clock::now() + Sane(request_.options.timeouts.total);
+        // Media are packed as they are.
+        handle_ = std::make_unique<EasyHandle>(
+            static_cast<AnswerTaker&>(*this),
+            EasyHandle::Settings{request_.options.timeouts.connect, request_.options.maxBytes, !IsDownload()});
     }
-    SetUpHop();
-    return handle_.get();
-}
-
-// What all hops have in common. Certificates are verified unless that is switched off, which nothing here does.
-void Transfer::SetUp()
-{
-    CURL* const handle = handle_.get();
-    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L); // Redirect decides
-    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L); // a name that is being looked up does not delay a cancellation
-    curl_easy_setopt(handle, CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_REVOKE_BEST_EFFORT));
-    curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, kBufferBytes);
-    curl_easy_setopt(handle, CURLOPT_USERAGENT, "orvcapsule");
-    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, ToLong(request_.options.timeouts.connect));
-    constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
-    curl_easy_setopt(handle, CURLOPT_MAXFILESIZE_LARGE,
-                     static_cast<curl_off_t>(std::min(request_.options.maxBytes, kMost)));
-    if (!IsDownload()) { // media are packed as they are
-        curl_easy_setopt(handle, CURLOPT_ACCEPT_ENCODING, "gzip");
-    }
-    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &OnHeader);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &OnBody);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
-}
-
-void Transfer::SetUpHop()
-{
-    CURL* const handle = handle_.get();
     response_ = std::make_shared<NetworkResponse>();
     file_.reset();
     headerBytes_ = 0;
     received_ = 0;
     lastNews_ = Clock::now();
-    headers_.reset();
-    const auto add = [this](const std::string& line) {
-        curl_slist* const list = curl_slist_append(headers_.get(), line.c_str());
-        if (list == nullptr) {
-            throw std::bad_alloc();
-        }
-        static_cast<void>(headers_.release()); // it is part of the longer one
-        headers_.reset(list);
-    };
-    std::for_each(request_.headers.begin(), request_.headers.end(), add);
+    std::vector<std::string> headers = request_.headers;
     if (HaveSameOrigin(url_, request_.url)) {
-        std::for_each(request_.credentials.begin(), request_.credentials.end(), add);
+        headers.insert(headers.end(), request_.credentials.begin(), request_.credentials.end());
     }
-    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers_.get());
-    curl_easy_setopt(handle, CURLOPT_URL, url_.c_str());
-    curl_easy_setopt(handle, CURLOPT_PROXY, IsLoopback(url_) ? "" : nullptr); // none, or what the system says
-    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, ToLong(ceil<milliseconds>(deadline_ - Clock::now())));
+    handle_->Prepare({url_, headers, ceil<milliseconds>(deadline_ - Clock::now())});
+    return handle_->Get();
+}
+
+bool Transfer::TakeHeader(std::string_view line) noexcept
+{
+    return Guard([&] { return NoteHeader(line); });
+}
+
+bool Transfer::TakeBody(std::string_view data) noexcept
+{
+    return Guard([&] { return StoreBody(data); });
 }
 
 // No exception passes through libcurl, which is C.
-template <bool (Transfer::*Take)(std::string_view)>
-std::size_t Transfer::TakeGuarded(std::string_view data) noexcept
+template <class Take>
+bool Transfer::Guard(Take&& take) noexcept
 {
     lastNews_ = Clock::now();
     try {
-        return (this->*Take)(data) ? data.size() : 0;
+        return take();
     } catch (...) {
         Fail(TransferEnd::NotWritten, "there is no memory for the answer");
-        return 0;
+        return false;
     }
 }
 
-std::size_t Transfer::OnHeader(char* data, std::size_t /*size*/, std::size_t count, void* self)
-{
-    return static_cast<Transfer*>(self)->TakeGuarded<&Transfer::TakeHeader>({data, count});
-}
-
-bool Transfer::TakeHeader(std::string_view line)
+bool Transfer::NoteHeader(std::string_view line)
 {
     headerBytes_ += line.size();
     if (headerBytes_ > kMaxHeaderBytes) {
@@ -235,19 +174,14 @@ bool Transfer::TakeHeader(std::string_view line)
     return true;
 }
 
-std::size_t Transfer::OnBody(char* data, std::size_t /*size*/, std::size_t count, void* self)
-{
-    return static_cast<Transfer*>(self)->TakeGuarded<&Transfer::TakeBody>({data, count});
-}
-
-bool Transfer::TakeBody(std::string_view data)
+bool Transfer::StoreBody(std::string_view data)
 {
     received_ += data.size();
     if (received_ > request_.options.maxBytes) {
         Fail(TransferEnd::TooLarge, kTooLarge);
         return false;
     }
-    response_->statusCode = static_cast<int>(Info<long>(handle_.get(), CURLINFO_RESPONSE_CODE));
+    response_->statusCode = handle_->Status();
     if (!response_->IsSuccess()) { // it only says why
         response_->body += data.substr(0, kMaxErrorBody - std::min(kMaxErrorBody, response_->body.size()));
     } else if (!IsDownload()) {
@@ -276,7 +210,7 @@ bool Transfer::Finish(int curlCode)
 
 bool Transfer::Answer()
 {
-    response_->statusCode = static_cast<int>(Info<long>(handle_.get(), CURLINFO_RESPONSE_CODE));
+    response_->statusCode = handle_->Status();
     resume_ = Clock::now();
     lastNews_ = Clock::time_point::max();
     if (IsRedirect(response_->statusCode) && !response_->GetHeader("Location").empty()) {
@@ -317,8 +251,7 @@ bool Transfer::PauseBeforeRepeating()
     }
     milliseconds pause = WithJitter(kFirstPause * (1 << repetitions_));
     if (!response_->GetHeader("Retry-After").empty()) {
-        constexpr curl_off_t kMost = 3600; // more would not fit
-        pause = seconds(std::min(kMost, Info<curl_off_t>(handle_.get(), CURLINFO_RETRY_AFTER)));
+        pause = handle_->RetryAfter();
     }
     if (pause > kLongestPause || resume_ + pause >= deadline_) {
         return false;
@@ -331,11 +264,9 @@ bool Transfer::PauseBeforeRepeating()
 // HTTP/2 has an end of its own; libcurl has seen to it, to the announced length and to the last chunk.
 bool Transfer::IsWhole() const
 {
-    CURL* const handle = handle_.get();
     std::string coding = response_->GetHeader("Transfer-Encoding");
     std::transform(coding.begin(), coding.end(), coding.begin(), orvcore::ToASCIILower<char>);
-    return Info<curl_off_t>(handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T) >= 0 || coding.ends_with("chunked") ||
-           Info<long>(handle, CURLINFO_HTTP_VERSION) >= CURL_HTTP_VERSION_2_0;
+    return handle_->AnnouncedBytes() >= 0 || coding.ends_with("chunked") || handle_->HasOwnEnd();
 }
 
 void Transfer::StoreFile()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <orvappsupport/StockTransfers.h>
+#include <orvappsupport/detail/EasyHandle.h>
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Paths.h>
@@ -12,8 +13,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-struct curl_slist;
 
 namespace orvappsupport::detail {
 
@@ -49,10 +48,9 @@ using TransferHandler = std::function<void(TransferResult)>;
 
 /// One request with its redirects and repetitions, as a transfer of libcurl's. Used by the client's thread only, but
 /// for the constructor.
-class Transfer {
+class Transfer final : private AnswerTaker {
 public:
     using Clock = std::chrono::steady_clock;
-    using Handle = void; // CURL
 
     Transfer(TransferRequest request, TransferHandler handler);
     Transfer(const Transfer&) = delete;
@@ -69,7 +67,7 @@ public:
 
     /// Begins, or goes on after a redirect or a pause: what is to be given to the multi handle next. Null when the
     /// transfer has ended instead.
-    Handle* Begin();
+    EasyHandle::Native* Begin();
     /// Takes note of libcurl's end of what Begin gave; true when the transfer has ended. Otherwise it goes on with
     /// Begin at ResumeTime.
     bool Finish(int curlCode);
@@ -85,38 +83,29 @@ public:
     /// Calls the handler, once, and lets go of it.
     void Tell() noexcept;
 
-    Handle* GetHandle() const noexcept
+    /// What Begin gave.
+    EasyHandle::Native* GetHandle() const noexcept
     {
-        return handle_.get();
+        return handle_->Get();
     }
 
 private:
-    static std::size_t OnHeader(char* data, std::size_t size, std::size_t count, void* self);
-    static std::size_t OnBody(char* data, std::size_t size, std::size_t count, void* self);
-    template <bool (Transfer::*Take)(std::string_view)>
-    std::size_t TakeGuarded(std::string_view data) noexcept;
+    bool TakeHeader(std::string_view line) noexcept override;
+    bool TakeBody(std::string_view data) noexcept override;
+    template <class Take>
+    bool Guard(Take&& take) noexcept;
+    bool NoteHeader(std::string_view line);
+    bool StoreBody(std::string_view data);
     bool IsWanted() noexcept;
-    bool TakeHeader(std::string_view line);
-    bool TakeBody(std::string_view data);
-    void SetUp();
-    void SetUpHop();
     bool Answer();
     bool Redirect();
     bool PauseBeforeRepeating();
     bool IsWhole() const;
     void StoreFile();
 
-    struct HandleDeleter {
-        void operator()(Handle* handle) const noexcept;
-    };
-    struct ListDeleter {
-        void operator()(curl_slist* list) const noexcept;
-    };
-
     TransferRequest request_;
     TransferHandler handler_;
-    std::unique_ptr<Handle, HandleDeleter> handle_;
-    std::unique_ptr<curl_slist, ListDeleter> headers_;
+    std::unique_ptr<EasyHandle> handle_;
     std::string url_; // of the hop under way
     Clock::time_point deadline_;
     Clock::time_point resume_;

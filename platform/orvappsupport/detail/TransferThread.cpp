@@ -197,7 +197,7 @@ void TransferThread::BeginWhatMayRun()
 
 void TransferThread::Begin(Transfers::iterator transfer)
 {
-    Transfer::Handle* handle = nullptr;
+    EasyHandle::Native* handle = nullptr;
     try {
         handle = (*transfer)->Begin();
     } catch (...) {

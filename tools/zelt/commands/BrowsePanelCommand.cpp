@@ -33,7 +33,7 @@ std::string NewSecret()
 void Serve(const Places& places, const BrowseOptions& options)
 {
     Browser browser(places);
-    Panel panel(browser, NewSecret());
+    Panel panel(browser, NewSecret(), options.stock);
     const std::string secret = NewSecret();
     Routes routes(panel, secret);
     orvtools::http::ServerOptions where;
@@ -53,6 +53,9 @@ void Serve(const Places& places, const BrowseOptions& options)
     while (!browser.GetInterrupt().IsRaised()) {
         browser.RunCalls(kTellInterval);
         panel.Tell();
+    }
+    if (panel.Stock() != nullptr) {
+        panel.Stock()->Stop(); // threads of the server may wait for it
     }
     server.Stop(); // its threads use the panel
 }

@@ -1,7 +1,7 @@
 #include <tools/zelt/panel/EntryRow.h>
 
 #include <orvcore/json/JSONTextWriter.h>
-#include <sources/SourceNames.h>
+#include <stock/StockCapsuleEntry.h>
 
 namespace zelt {
 
@@ -15,18 +15,21 @@ constexpr std::uint64_t kNeedsNewer = 2;
 constexpr std::uint64_t kPoster = 4;
 constexpr std::uint64_t kVideo = 8;
 constexpr std::uint64_t kStock = 16;
+constexpr std::uint64_t kPremium = 32;
 
-bool IsStock(const CapsuleEntry& entry)
+const orvcapsule::StockCapsuleEntry* AsStock(const CapsuleEntry& entry)
 {
-    return entry.GetSourceID() == orvcapsule::kStockSourceID;
+    return dynamic_cast<const orvcapsule::StockCapsuleEntry*>(&entry);
 }
 
 std::uint64_t FlagsOf(const CapsuleEntry& entry)
 {
-    const bool isStock = IsStock(entry);
+    if (const auto* stock = AsStock(entry)) { // its previews are fetched when they are asked for
+        return kStock | (stock->thumbnailURL.empty() ? 0U : kPoster) | (stock->videoPreviewURL.empty() ? 0U : kVideo) |
+               (stock->isPremium ? kPremium : 0U);
+    }
     return (IsUnreadable(entry) ? kUnreadable : 0U) | (entry.needsTsUpgrade ? kNeedsNewer : 0U) |
-           (isStock || !entry.thumbnailPath.empty() ? kPoster : 0U) |
-           (isStock || !entry.videoPreviewPath.empty() ? kVideo : 0U) | (isStock ? kStock : 0U);
+           (entry.thumbnailPath.empty() ? 0U : kPoster) | (entry.videoPreviewPath.empty() ? 0U : kVideo);
 }
 
 // Seconds since 1970; 0 when unknown.
@@ -40,7 +43,7 @@ std::int64_t ModifiedAt(const CapsuleEntry& entry)
 
 bool IsUnreadable(const CapsuleEntry& entry)
 {
-    return entry.apiVersion.empty() && !IsStock(entry);
+    return entry.apiVersion.empty() && AsStock(entry) == nullptr;
 }
 
 void WriteRow(orvcore::serialization::JSONTextWriter& writer, const CapsuleEntry& entry, const RowFacts& facts)

@@ -21,10 +21,11 @@ constexpr std::size_t kMostFolders = 20;
 
 } // namespace
 
-Panel::Panel(Browser& browser, std::string session)
+Panel::Panel(Browser& browser, std::string session, const std::string& stock)
     : browser_(browser)
     , session_(std::move(session))
     , catalogue_(browser.GetPlaces().folders)
+    , stock_(stock.empty() ? nullptr : std::make_unique<StockShelf>(stock))
 {
     state_.languages = kLanguages;
     state_.languages.insert(orvcore::Application::GetLanguage());
@@ -181,6 +182,8 @@ std::string Panel::StateAsJSON() const
     writer.Bool(state_.isListing);
     writer.Key("cancelled");
     writer.Bool(state_.isCancelled);
+    writer.Key("hasStock");
+    writer.Bool(stock_ != nullptr);
     writer.Key("fraction");
     writer.Double(state_.fraction);
     writer.Key("language");

@@ -3,6 +3,7 @@
 #include <tools/zelt/panel/Catalogue.h>
 #include <tools/zelt/panel/Events.h>
 #include <tools/zelt/panel/FolderPoll.h>
+#include <tools/zelt/panel/StockShelf.h>
 #include <tools/zelt/support/Browser.h>
 
 #include <orvappsupport/Progress.h>
@@ -20,7 +21,8 @@ namespace zelt {
 class Panel {
 public:
     /// @param session  tells this run of the program from others
-    Panel(Browser& browser, std::string session);
+    /// @param stock  the URL of the stock service; empty: none
+    Panel(Browser& browser, std::string session, const std::string& stock);
     Panel(const Panel&) = delete;
     Panel& operator=(const Panel&) = delete;
     ~Panel();
@@ -47,6 +49,11 @@ public:
     Events& Pages() noexcept
     {
         return events_;
+    }
+    /// Null without a stock service.
+    StockShelf* Stock() noexcept
+    {
+        return stock_.get();
     }
     const Browser& Host() const noexcept
     {
@@ -82,6 +89,7 @@ private:
     mutable std::mutex mutex_;
     State state_;
     std::string told_; // the state that the pages know
+    std::unique_ptr<StockShelf> stock_;
     std::unique_ptr<FolderPoll> poll_;
 };
 

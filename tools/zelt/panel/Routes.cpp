@@ -58,6 +58,29 @@ http::Response PageResponse(const PageFile& file)
     return response;
 }
 
+std::vector<orvcore::UTF16String> TermsOf(const http::Request& request)
+{
+    std::vector<orvcore::UTF16String> terms;
+    for (const auto& [key, value] : request.query) {
+        if (key == "q" && terms.size() < kMostTerms) {
+            terms.push_back(orvcore::ToUTF16(value));
+        }
+    }
+    return terms;
+}
+
+// A number in the query; 0 when it is none.
+template <class Number>
+Number NumberOf(const http::Request& request, std::string_view name)
+{
+    const std::string* text = request.FindQuery(name);
+    Number number = 0;
+    if (text != nullptr) {
+        std::from_chars(text->data(), text->data() + text->size(), number);
+    }
+    return number;
+}
+
 bool IsLocale(const std::string& text)
 {
     return !text.empty() && text.size() <= 32 && std::all_of(text.begin(), text.end(), [](char c) {
@@ -121,15 +144,14 @@ http::Response Routes::Get(const std::string& name, const Request& request)
         return response;
     }
     if (name == "entries") {
-        const std::string* after = request.FindQuery("after");
-        std::uint64_t revision = 0;
-        if (after != nullptr) {
-            std::from_chars(after->data(), after->data() + after->size(), revision);
-        }
-        return JSONResponse(panel_.Templates().ChangesAfter(revision));
+        return JSONResponse(panel_.Templates().ChangesAfter(NumberOf<std::uint64_t>(request, "after")));
     }
     if (name == "search" || name == "tags") {
         return name == "search" ? Search(request) : Tags(request);
+    }
+    if (name == "stock" && panel_.Stock() != nullptr) {
+        const int first = std::max(0, NumberOf<int>(request, "first"));
+        return JSONResponse(panel_.Stock()->PageAsJSON(TermsOf(request), first));
     }
     if (name == "poster" || name == "video") {
         return Preview(request, name == "video");
@@ -187,7 +209,10 @@ Catalogue::Entry Routes::EntryOf(const Request& request)
     std::uint64_t id = 0;
     const bool isNumber =
         text != nullptr && std::from_chars(text->data(), text->data() + text->size(), id).ec == std::errc();
-    auto entry = isNumber ? panel_.Templates().Find(id) : nullptr;
+    Catalogue::Entry entry = isNumber ? panel_.Templates().Find(id) : nullptr;
+    if (isNumber && panel_.Stock() != nullptr && id >= StockShelf::kFirstNumber) {
+        entry = panel_.Stock()->Find(id);
+    }
     if (!entry) {
         throw UsageError("this template is no longer there");
     }
@@ -197,9 +222,7 @@ Catalogue::Entry Routes::EntryOf(const Request& request)
 http::Response Routes::Preview(const Request& request, bool isVideo)
 {
     const auto entry = EntryOf(request);
-    // Made now where it is missing: the working folder may have been trimmed since the listing.
-    const orvcore::UTF8String path =
-        isVideo ? entry->videoPreviewPath : panel_.Host().GetManager().GetThumbnailPath(entry, nullptr);
+    const orvcore::UTF8String path = PreviewPath(entry, isVideo);
     if (path.empty()) {
         return Refusal(404, "there is no preview");
     }
@@ -210,9 +233,21 @@ http::Response Routes::Preview(const Request& request, bool isVideo)
     return response;
 }
 
+orvcore::UTF8String Routes::PreviewPath(const Catalogue::Entry& entry, bool isVideo)
+{
+    if (const auto stock = boost::dynamic_pointer_cast<orvcapsule::StockCapsuleEntry>(entry)) {
+        return isVideo ? panel_.Stock()->VideoOf(stock) : panel_.Stock()->PosterOf(stock);
+    }
+    // Made now where it is missing: the working folder may have been trimmed since the listing.
+    return isVideo ? entry->videoPreviewPath : panel_.Host().GetManager().GetThumbnailPath(entry, nullptr);
+}
+
 http::Response Routes::Details(const Request& request)
 {
     const auto entry = EntryOf(request);
+    if (const auto stock = boost::dynamic_pointer_cast<orvcapsule::StockCapsuleEntry>(entry)) {
+        return JSONResponse(StockDetailsAsJSON(*stock, panel_.Stock()->CapsuleOf(stock).get()));
+    }
     const auto& folders = panel_.Host().GetPlaces().folders;
     const std::filesystem::path copies = CopyFolderOf(*entry, folders);
     DetailsFacts facts{.folder = FolderOf(*entry),
@@ -227,14 +262,8 @@ http::Response Routes::Details(const Request& request)
 
 http::Response Routes::Search(const Request& request) const
 {
-    std::vector<orvcore::UTF16String> terms;
-    for (const auto& [key, value] : request.query) {
-        if (key == "q" && terms.size() < kMostTerms) {
-            terms.push_back(orvcore::ToUTF16(value));
-        }
-    }
     std::set<orvcore::UTF16String> paths;
-    orvcapsule::QueryRapidFindDB(terms, paths);
+    orvcapsule::QueryRapidFindDB(TermsOf(request), paths);
     std::string list;
     for (const std::uint64_t id : panel_.Templates().NumbersOf(paths)) {
         list += (list.empty() ? "" : ",") + std::to_string(id);

@@ -31,6 +31,7 @@ private:
     Response Get(const std::string& name, const Request& request);
     Response Post(const std::string& name, const Request& request);
     Response Preview(const Request& request, bool isVideo);
+    orvcore::UTF8String PreviewPath(const Catalogue::Entry& entry, bool isVideo);
     Response Details(const Request& request);
     Response Search(const Request& request) const;
     Response Tags(const Request& request) const;

@@ -7,6 +7,7 @@
 #include <capsule/Serialization.h>
 #include <orvcore/files/Paths.h>
 #include <orvcore/json/JSONTextWriter.h>
+#include <stock/StockCapsuleEntry.h>
 #include <tools/support/fonts/MachineFonts.h>
 
 #include <optional>
@@ -164,6 +165,22 @@ std::string DetailsAsJSON(const CapsuleEntry& entry, const DetailsFacts& facts)
     }
     if (facts.areFindingsTold) {
         WriteFindings(writer, file);
+    }
+    writer.out.EndObject();
+    return writer.Take();
+}
+
+std::string StockDetailsAsJSON(const StockCapsuleEntry& entry, const Capsule* capsule)
+{
+    Writer writer;
+    writer.out.BeginObject();
+    writer.Text("folder", "Stock service");
+    writer.Text("creator", entry.creatorName);
+    if (capsule != nullptr) {
+        writer.Text("apiVersion", capsule->GetAPIVersion());
+        WriteCapsule(writer, *capsule, true);
+    } else {
+        writer.Text("description", entry.description);
     }
     writer.out.EndObject();
     return writer.Take();

@@ -8,6 +8,7 @@
 
 namespace orvcapsule {
 class Capsule;
+class StockCapsuleEntry;
 class UIString;
 } // namespace orvcapsule
 
@@ -29,6 +30,9 @@ std::string TextsAsJSON(const orvcapsule::UIString& texts);
 
 /// Everything about a template for its details: what its package says, or why it cannot be read, as one object.
 std::string DetailsAsJSON(const orvcapsule::CapsuleEntry& entry, const DetailsFacts& facts);
+
+/// The same of a stock template. @param capsule  its description; null: there is none
+std::string StockDetailsAsJSON(const orvcapsule::StockCapsuleEntry& entry, const orvcapsule::Capsule* capsule);
 
 /// An object with the one key "findings": all that is wrong with a package. Reads the whole of it.
 std::string FindingsAsJSON(const orvcapsule::CapsuleEntry& entry);

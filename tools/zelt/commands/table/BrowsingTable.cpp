@@ -53,6 +53,7 @@ std::vector<Command> BrowsingCommands()
         Define("browse", "Show the templates in folders in the web browser", &RunBrowse,
                [](Command& command, BrowseOptions& options) {
                    AddPlaces(command, options.places);
+                   command.Option("--stock URL", options.stock, "Stock service whose templates are shown, too");
                    command.Option("--port N", options.port, "Port of the page on this machine (default: a free one)");
                    command.Option("--no-open", options.noOpen, "Tell the page's address and open no browser");
                    command.Example("browse ~/Templates", "posters, videos, search, details and changes");

@@ -6,6 +6,7 @@ export const kNeedsNewer = 2;
 export const kPoster = 4;
 export const kVideo = 8;
 export const kStock = 16;
+export const kPremium = 32;
 
 const kOrders = {
   name: (a, b) => 0,
@@ -16,8 +17,8 @@ const kOrders = {
 };
 
 /// A row as it travels: the names are a text or an object from locale to text.
-export function makeRow([id, names, folder, author, size, duration, width, height, modified, flags, tags, reason], language) {
-  return named({ id, names, folder, author, size, duration, width, height, modified, flags, tags, reason: reason ?? '' }, language);
+export function makeRow([id, names, folder, author, size, duration, width, height, modified, flags, tags, reason], language, position = 0) {
+  return named({ id, names, folder, author, size, duration, width, height, modified, flags, tags, reason: reason ?? '', position }, language);
 }
 
 // The row with its texts in a language.
@@ -113,7 +114,11 @@ export class Catalogue extends EventTarget {
     return [...found].sort((a, b) => a[1] - b[1] || a[0].length - b[0].length).slice(0, most).map(([line]) => line);
   }
 
+  // What the stock service finds comes last, in its order: later pages never move what is already shown.
   #compare = (a, b) => {
+    if ((a.flags | b.flags) & kStock) {
+      return (a.flags & kStock) - (b.flags & kStock) || a.position - b.position;
+    }
     const order = kOrders[this.order](a, b);
     return order !== 0 ? order : a.key < b.key ? -1 : a.key > b.key ? 1 : a.id - b.id;
   };
@@ -137,12 +142,19 @@ export class Catalogue extends EventTarget {
   }
 
   #isFound(row) {
+    if (row.flags & kStock) {
+      return true; // the service has found it
+    }
     return this.found !== null ? this.found.has(row.id) : this.terms.every((term) => textOf(row).includes(term));
+  }
+
+  labelOf(row) {
+    return row.flags & kStock ? 'Stock' : (this.folders[row.folder] ?? '');
   }
 
   // A folder stands for all below it.
   #isInFolder(row) {
-    const label = this.folders[row.folder] ?? '';
+    const label = this.labelOf(row);
     return this.filter.folder === '' || label === this.filter.folder || label.startsWith(`${this.filter.folder}/`);
   }
 
@@ -153,14 +165,15 @@ export class Catalogue extends EventTarget {
   }
 
   #select() {
-    const byFolder = new Array(this.folders.length).fill(0);
+    const byFolder = new Map();
     const byState = { ready: 0, newer: 0, bad: 0 };
     const byAuthor = {};
     this.shown = this.sorted.filter((row) => {
       if (!this.#isFound(row)) {
         return false;
       }
-      byFolder[row.folder] += 1;
+      const label = row.flags & kStock ? 'Stock' : row.folder; // by number: texts of a hundred thousand take longer
+      byFolder.set(label, (byFolder.get(label) ?? 0) + 1);
       byState[row.flags & kUnreadable ? 'bad' : row.flags & kNeedsNewer ? 'newer' : 'ready'] += 1;
       byAuthor[row.author] = (byAuthor[row.author] ?? 0) + 1;
       return this.#isInFolder(row) && this.#isInState(row) && (this.filter.author === '' || row.author === this.filter.author);

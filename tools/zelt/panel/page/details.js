@@ -1,5 +1,5 @@
 // Everything about one template, and its changes.
-import { kPoster, kVideo } from './catalogue.js';
+import { kPoster, kStock, kVideo } from './catalogue.js';
 import { drawControls } from './controls.js';
 import { byId, fill, h } from './dom.js';
 import { badgesOf } from './grid.js';
@@ -11,7 +11,7 @@ const list = (items) => h('ul', { class: 'chips' }, items.map((item) => h('li', 
 
 function factsOf(row, found) {
   const facts = [
-    ['Made with', authorText(row.author)], ['Frame', row.width > 0 ? `${row.width} × ${row.height}` : ''],
+    ['Made with', authorText(row.author)], ['Made by', found.creator ?? ''], ['Frame', row.width > 0 ? `${row.width} × ${row.height}` : ''],
     ['Duration', durationText(row.duration)], ['Size', row.size > 0 ? sizeText(row.size) : ''], ['Changed', dateText(row.modified)],
     ['File', found.file ?? ''], ['Folder', found.folder ?? ''], ['Identity', found.capsuleID ?? ''], ['Format', found.apiVersion ?? ''],
     ['Licence', found.licenseID ?? ''], ['Works in', (found.platforms ?? []).map(authorText).join(', ')],
@@ -111,6 +111,9 @@ export class Details extends EventTarget {
       const language = this.templates.state.language;
       this.#language = locales.includes(language) ? language : locales.includes('en_US') ? 'en_US' : (locales[0] ?? language);
       this.#draw();
+      if (row.flags & kStock) {
+        return; // its package is not here
+      }
       const findings = found.findings ?? (await this.templates.findings(row));
       if (row === this.#row) {
         this.#panel.querySelector('.check')?.replaceWith(h('div', { class: 'check' }, findingsOf(findings)));
@@ -179,7 +182,7 @@ export class Details extends EventTarget {
       (found.controls ?? []).length > 0 ? this.#controls(row, found) : null,
       (found.tags ?? []).length > 0 ? section('Tags', list(found.tags)) : null,
       Object.keys(fonts).length > 0 ? section('Fonts', fontsOf(fonts)) : null,
-      section('Check', h('div', { class: 'check' }, h('p', { class: 'hint' }, 'Checking …'))),
+      row.flags & kStock ? null : section('Check', h('div', { class: 'check' }, h('p', { class: 'hint' }, 'Checking …'))),
       section('Facts', factsOf(row, found)),
     ];
   }

@@ -8,13 +8,17 @@ const kDeepest = 3;
 // The folders as a tree, each with the templates in and below it.
 function treeOf(folders, counts) {
   const totals = new Map();
-  folders.forEach((label, i) => {
+  const add = (label, n) => {
     const parts = label.split('/');
     for (let depth = 1; depth <= Math.min(parts.length, kDeepest + 1); ++depth) {
       const path = parts.slice(0, depth).join('/');
-      totals.set(path, (totals.get(path) ?? 0) + (counts[i] ?? 0));
+      totals.set(path, (totals.get(path) ?? 0) + n);
     }
-  });
+  };
+  folders.forEach((label, i) => add(label, counts.get(i) ?? 0));
+  if (counts.has('Stock')) {
+    add('Stock', counts.get('Stock'));
+  }
   return [...totals].sort(([a], [b]) => (a < b ? -1 : 1));
 }
 
@@ -54,7 +58,7 @@ export class Filters extends EventTarget {
   /// Draws the list anew, but only when it would look different.
   show(catalogue) {
     const { byFolder, byState, byAuthor } = catalogue.counts;
-    const all = byFolder.reduce((sum, n) => sum + n, 0);
+    const all = [...byFolder.values()].reduce((sum, n) => sum + n, 0);
     const groups = [
       ['Folders', 'folder', [['', 'All folders', all, 0], ...treeOf(catalogue.folders, byFolder).map(([path, n]) => [
         path, path.split('/').at(-1), n, path.split('/').length - 1])]],

@@ -1,6 +1,6 @@
 // The grid of posters. Only the cards near the window are in the document, however many templates there are.
 import { h } from './dom.js';
-import { kNeedsNewer, kPoster, kStock, kUnreadable, kVideo } from './catalogue.js';
+import { kNeedsNewer, kPoster, kPremium, kStock, kUnreadable, kVideo } from './catalogue.js';
 import { authorText, durationText, sentence, sizeText, tagOf } from './text.js';
 
 const kLabelHeight = 54;
@@ -20,7 +20,7 @@ export function badgesOf(row) {
     badges.push(['warn', 'Needs a newer host', row.reason || 'Made for a newer version of the compositing host than this one.']);
   }
   if (row.flags & kStock) {
-    badges.push(['stock', 'Stock', '']);
+    badges.push(['stock', row.flags & kPremium ? 'Stock · Premium' : 'Stock', '']);
   }
   return badges;
 }
@@ -109,6 +109,9 @@ export class Grid extends EventTarget {
       }
       previous = card.element;
     });
+    if (first + rowsInWindow * this.#columns >= this.#rows.length) {
+      this.dispatchEvent(new Event('end'));
+    }
     const active = this.#cards.get(this.#rows[this.#active]?.id);
     this.scroller.setAttribute('aria-activedescendant', active ? active.element.id : '');
   }

@@ -71,7 +71,7 @@ export class LiveTemplates extends EventTarget {
   async search(terms) {
     this.#search.abort();
     this.#search = new AbortController();
-    if (terms.length === 0 || this.state.listing || this.state.hasStock) {
+    if (terms.length === 0 || this.state.listing) {
       return null;
     }
     const { ids } = await get('search', terms.map((term) => ['q', term]), { signal: this.#search.signal });
@@ -88,6 +88,6 @@ export class LiveTemplates extends EventTarget {
   setLanguage = (language) => post('language', { language });
   cancel = () => post('cancel');
   refresh = () => post('refresh');
-  more = (terms) => post('stock', { terms });
+  stock = (terms, first) => get('stock', [...terms.map((term) => ['q', term]), ['first', first]]);
   save = (change) => post('save', change);
 }

@@ -8,6 +8,7 @@ import { GalleryTemplates } from './gallery.js';
 import { Grid } from './grid.js';
 import { LiveTemplates } from './live.js';
 import { SearchField, termsOf } from './search.js';
+import { StockPages } from './stock.js';
 import { count, languageName } from './text.js';
 
 const templates = document.documentElement.dataset.kind === 'gallery' ? new GalleryTemplates() : new LiveTemplates();
@@ -16,6 +17,7 @@ const grid = new Grid(byId('grid'), templates.preview);
 const filters = new Filters();
 const field = new SearchField((text) => templates.suggest(text).catch(() => []));
 const details = new Details(templates);
+const stock = new StockPages(templates, catalogue);
 let asked = readAddress(); // what the address says is to be shown
 
 // What is shown, and what is said of it.
@@ -73,7 +75,7 @@ function showState() {
     ? `Reading templates … ${fraction > 0 ? `${Math.floor(fraction * 100)} %` : ''}`
     : 'Reading was cancelled. Not all templates are shown.';
   showLanguages(languages, language);
-  showProblems(problems);
+  showProblems([...problems, ...stock.problems]);
   showEmpty();
 }
 
@@ -132,6 +134,12 @@ async function show() {
 
 async function search() {
   const terms = termsOf(asked.q);
+  stock.begin(terms);
+  await find();
+}
+
+async function find() {
+  const terms = termsOf(asked.q);
   try {
     const found = await templates.search(terms);
     catalogue.setSearch(terms, found);
@@ -142,7 +150,7 @@ async function search() {
   }
 }
 
-const searchAgain = debounced(() => asked.q && search(), 300);
+const searchAgain = debounced(() => asked.q && find(), 300); // in the index, which is whole now
 
 field.addEventListener('search', (event) => go({ q: field.text }, event.detail?.chosen));
 filters.addEventListener('change', () => go(filters.filter, true));
@@ -157,6 +165,7 @@ grid.addEventListener('open', (event) => {
   grid.select(event.detail.id);
   details.show(event.detail);
 });
+grid.addEventListener('end', () => ['', 'Stock'].includes(asked.folder) && stock.more());
 details.addEventListener('close', () => {
   grid.select(null);
   byId('grid').focus();
@@ -190,6 +199,7 @@ templates.addEventListener('state', () => {
     }
   }
   showState();
+  stock.more();
   if (wasListing && !listing) {
     searchAgain();
   }
