@@ -16,14 +16,15 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may touc
 } // namespace
 
 extern "C" {
-static void OnInterrupt(int /*signal*/)
+static void OnInterrupt(int signal)
 {
     raised = true;
-    std::signal(SIGINT, SIG_DFL);
+    std::signal(signal, SIG_DFL);
 }
 }
 
-InterruptWatch::InterruptWatch()
+InterruptWatch::InterruptWatch(Of signals)
+    : beforeTermination_(signals == Of::Interrupt ? SIG_ERR : std::signal(SIGTERM, &OnInterrupt))
 {
     raised = false;
     before_ = std::signal(SIGINT, &OnInterrupt);
@@ -35,6 +36,9 @@ InterruptWatch::InterruptWatch()
 InterruptWatch::~InterruptWatch()
 {
     std::signal(SIGINT, before_ == SIG_ERR ? SIG_DFL : before_);
+    if (beforeTermination_ != SIG_ERR) {
+        std::signal(SIGTERM, beforeTermination_);
+    }
 }
 
 bool InterruptWatch::IsRaised() const noexcept
