@@ -227,6 +227,14 @@ class ServiceTest(StockTest):
             self.assertEqual((part.status, body), (206, video[2:6]))
             self.assertEqual(service.ask("/v1/assets/lower-third/thumbnail", "HEAD")[1], b"")
 
+    def test_unreadable(self):
+        if EMULATOR or os.geteuid() == 0:
+            self.skipTest("everything can be read")
+        (self.folder / "news").chmod(0)
+        self.addCleanup((self.folder / "news").chmod, 0o700)
+        with Service(self.folder) as service:
+            self.assertEqual(len(service.ids("")), 3)
+
     def test_token(self):
         with Service(self.folder, "--token", "right") as service, unittest.mock.patch.dict(os.environ):
             self.assertIn("token", self.zelt("search", service.url, code=1)[1])
