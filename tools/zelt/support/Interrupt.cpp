@@ -16,15 +16,22 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may touc
 } // namespace
 
 extern "C" {
-static void OnInterrupt(int signal)
+static void OnInterrupt(int /*signal*/)
 {
     raised = true;
-    std::signal(signal, SIG_DFL);
+    std::signal(SIGINT, SIG_DFL);
+}
+
+// Programs that end others, such as timeout, may ask twice in one breath.
+static void OnTermination(int /*signal*/)
+{
+    raised = true;
+    std::signal(SIGTERM, &OnTermination);
 }
 }
 
 InterruptWatch::InterruptWatch(Of signals)
-    : beforeTermination_(signals == Of::Interrupt ? SIG_ERR : std::signal(SIGTERM, &OnInterrupt))
+    : beforeTermination_(signals == Of::Interrupt ? SIG_ERR : std::signal(SIGTERM, &OnTermination))
 {
     raised = false;
     before_ = std::signal(SIGINT, &OnInterrupt);
