@@ -123,6 +123,13 @@ void Catalogue::Read(const fs::path& folder, std::uint32_t copies)
         }
         return orvcore::WalkNext::GoOn;
     };
+    visitor.fail = [&](const fs::path& unread, const std::error_code& error) {
+        if (unread == folder) {
+            throw fs::filesystem_error("read", folder, error);
+        }
+        unreadable_.push_back(unread);
+        return orvcore::WalkNext::GoOn;
+    };
     orvcore::WalkTree(folder, visitor);
 }
 

@@ -82,7 +82,7 @@ ServiceOptions ServiceOf(const StockServeOptions& options)
 ExitCode RunStockServe(const StockServeOptions& options)
 {
     return OnFile(options.folder, [&] {
-        const InterruptWatch interrupt;
+        const InterruptWatch interrupt(InterruptWatch::Of::InterruptAndTermination);
         const orvtools::stock::StockService service(ServiceOf(options));
         PrintLine(service.Origin());
         if (!FlushOutput()) {
