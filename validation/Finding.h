@@ -26,7 +26,7 @@ struct Finding {
     std::string pointer = {};  ///< JSON pointer (RFC 6901) to the value in the definition, or to where it should be
     std::size_t line = 0;      ///< of the definition's text, from 1; 0: the finding has no place in it
     std::size_t column = 0;    ///< in characters, from 1; 0 as above
-    std::string found = {};    ///< what stands there, as in the text; empty when there is nothing
+    std::string found = {};    ///< what stands there, as in the text, on one line; empty when there is nothing
     std::string expected = {}; ///< what could stand there
     std::string nearest = {};  ///< the known name that is most like the one found; empty when none is like it
 };

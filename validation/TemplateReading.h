@@ -1,6 +1,7 @@
 #pragma once
 
 #include <capsule/Capsule.h>
+#include <orvstorage/ZipFailure.h>
 #include <validation/Finding.h>
 
 #include <filesystem>
@@ -39,5 +40,8 @@ ORVCAPSULE_API TemplateReading ReadTemplate(const CapsuleZip& package);
 /// Reads the text of a definition document.
 ORVCAPSULE_API DefinitionReading ReadDefinition(const UTF8String& text);
 /// @}
+
+/// An archive's failure as a finding. Any thread.
+ORVCAPSULE_API Finding DescribeFailure(const orvstorage::ZipFailure& failure);
 
 } // namespace orvcapsule

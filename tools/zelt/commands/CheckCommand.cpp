@@ -1,49 +1,11 @@
 #include <tools/zelt/commands/Commands.h>
+#include <tools/zelt/output/FindingOutput.h>
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/Progress.h>
-#include <tools/zelt/support/Template.h>
 
-#include <orvcore/json/JSONTextWriter.h>
+#include <validation/Validation.h>
 
 namespace zelt {
-
-namespace {
-
-std::string AsJSON(const std::string& file, const Problems& problems)
-{
-    orvcore::serialization::JSONTextWriter writer;
-    writer.BeginObject();
-    writer.Key("file");
-    writer.String(std::string_view(file));
-    writer.Key("ok");
-    writer.Bool(problems.empty());
-    writer.Key("problems");
-    writer.BeginArray();
-    for (const Problem& problem : problems.Told()) {
-        writer.BeginObject();
-        writer.Key("code");
-        writer.String(std::string_view(problem.code));
-        writer.Key("text");
-        writer.String(std::string_view(problem.text));
-        writer.EndObject();
-    }
-    writer.EndArray();
-    writer.EndObject();
-    return orvcore::ToNarrow(writer.Take());
-}
-
-std::string AsLine(const std::string& file, const Problems& problems)
-{
-    std::string line = file + (problems.empty() ? ": OK" : ": BAD");
-    const char* separator = ": ";
-    for (const Problem& problem : problems.Told()) {
-        line += separator + problem.text;
-        separator = "; ";
-    }
-    return Printable(line);
-}
-
-} // namespace
 
 ExitCode RunCheck(const CheckOptions& options)
 {
@@ -52,10 +14,11 @@ ExitCode RunCheck(const CheckOptions& options)
     for (std::size_t i = 0; i < options.files.size(); ++i) {
         const std::string& file = options.files[i];
         const ExitCode one = OnFile(file, [&] {
-            const Problems problems = CheckTemplate(file);
+            const orvcapsule::Findings findings = orvcapsule::ValidateTemplate(ToPath(file));
             progress.Clear();
-            PrintLine(options.json ? AsJSON(file, problems) : AsLine(file, problems));
-            exit = problems.empty() ? exit : ExitCode::kBadFile;
+            PrintLine(options.json ? FindingsJSON(file, findings, options.strict)
+                                   : FindingsText(file, findings, options.strict));
+            exit = IsGood(findings, options.strict) ? exit : ExitCode::kBadFile;
         });
         exit = one == ExitCode::kDone ? exit : one;
         progress.Set(static_cast<double>(i + 1) / static_cast<double>(options.files.size()));

@@ -123,6 +123,7 @@ void AddReading(CLI::App& app, Action& action)
         AddCommand(app, action, "check", "Say of each package whether it is good, and what is wrong", &RunCheck);
     AddFiles(check.first, check.second->files);
     check.first->add_flag("--json", check.second->json, "One JSON object for each package, on one line");
+    check.first->add_flag("--strict", check.second->strict, "Warnings make a package bad, too");
 }
 
 void AddPacking(CLI::App& app, Action& action)

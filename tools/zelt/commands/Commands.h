@@ -27,6 +27,7 @@ ExitCode RunDefinition(const DefinitionOptions& options);
 struct CheckOptions {
     std::vector<std::string> files;
     bool json = false;
+    bool strict = false; ///< warnings count
 };
 ExitCode RunCheck(const CheckOptions& options);
 
