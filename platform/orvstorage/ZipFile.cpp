@@ -12,13 +12,17 @@ using detail::ZipFault;
 
 namespace {
 
-// Reads what the plan would unpack, and what folders have of content; adds those that fail.
+// Reads what the plan would unpack, and what folders have of content; adds those that fail, and tells how the others
+// begin.
 void TestContents(const detail::ZipArchive& archive, const ZipLimits& limits, const detail::UnpackPlan& plan,
-                  std::vector<ZipFault>& faults)
+                  const std::function<void(std::size_t, std::string_view)>& tell, std::vector<ZipFault>& faults)
 {
     const auto test = [&](std::size_t index) {
-        if (ZipFault fault = detail::TestEntry(archive, index)) {
+        std::string head;
+        if (ZipFault fault = detail::TestEntry(archive, index, &head)) {
             faults.push_back(std::move(fault));
+        } else if (tell) {
+            tell(index, head);
         }
     };
     for (const detail::UnpackPlan::File& file : plan.files) {
@@ -155,6 +159,17 @@ bool ZipFile::Contains(std::u8string_view entryName) const
 
 std::vector<ZipFailure> ZipFile::Check(bool readContents) const
 {
+    return Check(readContents, {});
+}
+
+std::vector<ZipFailure> ZipFile::CheckContents(const std::function<void(std::size_t, std::string_view)>& tell) const
+{
+    return Check(true, tell);
+}
+
+std::vector<ZipFailure> ZipFile::Check(bool readContents,
+                                       const std::function<void(std::size_t, std::string_view)>& tell) const
+{
     State& state = *state_;
     std::vector<ZipFault> faults;
     state.Run(ZipAction::Unpack, {}, [&] {
@@ -164,7 +179,7 @@ std::vector<ZipFailure> ZipFile::Check(bool readContents) const
         } else {
             faults = std::move(plan->refused);
             if (readContents) {
-                TestContents(*state.archive, state.limits, *plan, faults);
+                TestContents(*state.archive, state.limits, *plan, tell, faults);
             }
         }
         return faults.empty() ? ZipFault() : faults.front();

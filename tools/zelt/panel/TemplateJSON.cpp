@@ -1,5 +1,6 @@
 #include <tools/zelt/panel/TemplateJSON.h>
 
+#include <tools/zelt/output/FindingOutput.h>
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/panel/EntryRow.h>
 #include <tools/zelt/support/Template.h>
@@ -9,6 +10,7 @@
 #include <orvcore/json/JSONTextWriter.h>
 #include <stock/StockCapsuleEntry.h>
 #include <tools/support/fonts/MachineFonts.h>
+#include <validation/Validation.h>
 
 #include <optional>
 #include <set>
@@ -125,12 +127,12 @@ void WriteFindings(Writer& writer, const std::string& file)
 {
     writer.out.Key("findings");
     writer.out.BeginArray();
-    for (const Problem& problem : CheckTemplate(file).Told()) {
+    for (const orvcapsule::Finding& finding : AllFindings(orvcapsule::ValidateTemplate(ToPath(file)))) {
         writer.out.BeginObject();
-        writer.Text("severity", "error");
-        writer.Text("code", problem.code);
-        writer.Text("text", problem.text);
-        writer.Text("place", AsNarrow(problem.entry));
+        writer.Text("severity", SeverityName(finding.severity));
+        writer.Text("code", finding.code);
+        writer.Text("text", FindingText(finding));
+        writer.Text("place", AsNarrow(finding.entry));
         writer.out.EndObject();
     }
     writer.out.EndArray();

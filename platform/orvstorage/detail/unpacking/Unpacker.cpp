@@ -211,12 +211,17 @@ ZipFault WriteOver(const fs::path& destination, ByteProgress& progress, const Gi
 
 } // namespace
 
-ZipFault TestEntry(const ZipArchive& archive, std::size_t index)
+ZipFault TestEntry(const ZipArchive& archive, std::size_t index, std::string* head)
 {
     const ArchiveEntry& entry = archive.Entries()[index];
     std::vector<char> piece(std::min<std::uint64_t>(kPiece, entry.shown.size + 1)); // its end shows in the same read
-    const auto drop = [](const char*, std::size_t) { return ZipFault(); };
-    return StreamEntry(archive.Handle(), entry, index, piece, drop).At(entry.shown.name);
+    const auto keep = [head](const char* data, std::size_t size) {
+        if (head != nullptr) {
+            head->append(data, std::min(size, kEntryHeadSize - head->size()));
+        }
+        return ZipFault();
+    };
+    return StreamEntry(archive.Handle(), entry, index, piece, keep).At(entry.shown.name);
 }
 
 ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ByteProgress& progress)

@@ -23,8 +23,10 @@ std::vector<Command> ReadingCommands()
                }),
         Define("check", "Say of each package whether it is good, and what is wrong", &RunCheck,
                [](Command& command, CheckOptions& options) {
+                   options.packages.takesParts = true;
                    AddPackages(command, options.packages);
                    command.Option("--json", options.json, kJSONForEachPackage);
+                   command.Option("--strict", options.strict, "Warnings make a package bad, too");
                    command.Example("check ~/Templates", "judge all packages in a folder and below it");
                    command.Example("check --files-from list.txt -j 4", "those that a file names, four at one time");
                }),
