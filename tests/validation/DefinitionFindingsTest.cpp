@@ -160,9 +160,8 @@ const Mistake kMistakes[] = {
     {"clientControls/scores/columnInfo/1/columnMinValue", "100", "MinAboveMax"},
     {"sourceInfoLocalized/de_DE/duration/value", "0", "NotPositive"},
     {"sourceInfoLocalized", "{}", "NoComposition"},
-    {"sourceInfoLocalized/de_DE/veldenassetrequestinfo", R"({"mServerConnectInfo":{"mAuthToken":"x"}})",
-     "SecretInside", "",
-     "/sourceInfoLocalized/de_DE/veldenassetrequestinfo/mServerConnectInfo/mAuthToken"},
+    {"sourceInfoLocalized/de_DE/veldenassetrequestinfo", R"({"mServerConnectInfo":{"mAuthToken":"x"}})", "SecretInside",
+     "", "/sourceInfoLocalized/de_DE/veldenassetrequestinfo/mServerConnectInfo/mAuthToken"},
     // Groups
     {"clientControls/texts/value", R"(["team", "shadw"])", "UnknownMember", "shadow", "/clientControls/1/value/1"},
     {"clientControls/texts/value", R"(["team", "texts"])", "GroupInItself", "", "/clientControls/1/value/1"},
@@ -211,6 +210,22 @@ TEST(DefinitionFindings, GoodTextsHaveNone)
         const auto found = Judge(Changed(path, json)).list;
         EXPECT_THAT(found, IsEmpty()) << path << ": " << found.front().text;
     }
+}
+
+TEST(DefinitionFindings, KnowEveryValueThatTheLibraryNames)
+{
+    for (const char* stamp : {CAPSULE_VERSION_UNSUPPORTED, CAPSULE_VERSION_FALL_2017, CAPSULE_VERSION_SPRING_2018,
+                              CAPSULE_VERSION_FALL_2018, CAPSULE_VERSION_SPRING_2019, CAPSULE_VERSION_FALL_2019,
+                              CAPSULE_VERSION_FALL_2020, CAPSULE_VERSION_FALL_2021, CAPSULE_VERSION_FALL_2022,
+                              CAPSULE_VERSION_FALL_2023, CAPSULE_VERSION_FALL_2024, CAPSULE_VERSION_FALL_2025}) {
+        EXPECT_THAT(Judge(Changed("mobileCompatibilityVersion", '"' + std::string(stamp) + '"')).list, IsEmpty())
+            << stamp;
+    }
+    for (const char* host :
+         {CAPSULE_PLATFORMSUPPORT_TESSEL_STR, CAPSULE_PLATFORMSUPPORT_CORVID_STR, CAPSULE_PLATFORMSUPPORT_BRISK_STR}) {
+        EXPECT_THAT(Judge(Changed("authorApp", '"' + std::string(host) + '"')).list, IsEmpty()) << host;
+    }
+    EXPECT_THAT(Judge(Changed("apiVersion", '"' + Capsule::GetCurrentAPIVersion() + '"')).list, IsEmpty());
 }
 
 TEST(DefinitionFindings, TextsThatAreNoUsableDocument)
