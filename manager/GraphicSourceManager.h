@@ -159,6 +159,8 @@ public:
     /// The folders that the first source called `sourceID` could not read when it listed them last, and why. Any
     /// thread, also in a result callback.
     std::vector<FolderFailure> GetFolderFailures(const std::string& sourceID) const;
+    /// The folders of that source as they are now: there, missing or not readable. Any thread; may block.
+    std::vector<FolderState> GetFolderStates(const std::string& sourceID) const;
     /// The folders that the local sources look into. Walks them on this thread, which may be any. What a source throws
     /// passes.
     std::set<orvcore::UTF8String> GetLocalDirectories() const;

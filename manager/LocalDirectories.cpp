@@ -179,6 +179,13 @@ std::vector<FolderFailure> GraphicSourceManager::GetFolderFailures(const std::st
     return local != nullptr ? local->GetFolderFailures() : std::vector<FolderFailure>();
 }
 
+std::vector<FolderState> GraphicSourceManager::GetFolderStates(const std::string& sourceID) const
+{
+    const SourcePtr source = FindGraphicSource(sourceID);
+    const auto* local = dynamic_cast<const ILocalGraphicSource*>(source.get());
+    return local != nullptr ? local->GetFolderStates() : std::vector<FolderState>();
+}
+
 orvcore::UTF8String GraphicSourceManager::GetThumbnailPath(const EntryPtr& entry, const TokenPtr& token) const
 {
     for (const SourcePtr& source : state_->CopySources()) {

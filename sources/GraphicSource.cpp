@@ -46,4 +46,9 @@ std::vector<FolderFailure> ILocalGraphicSource::GetFolderFailures() const
     return {};
 }
 
+std::vector<FolderState> ILocalGraphicSource::GetFolderStates() const
+{
+    return {};
+}
+
 } // namespace orvcapsule

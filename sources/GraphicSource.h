@@ -21,6 +21,16 @@ struct FolderFailure {
     std::error_code reason;
 };
 
+/// How a folder that a source looks into is, for a host to show.
+struct FolderState {
+    enum class State { Available, Missing, Unreadable };
+
+    orvcore::UTF8String name; ///< display name, as in the source's filter
+    std::string id;           ///< as in the filter, too
+    State state = State::Available;
+    std::error_code reason; ///< of one that cannot be read
+};
+
 /// Thrown at the end of a listing that has handed out all it could list. As a `filesystem_error` it names the first
 /// of the folders that are missing from it.
 class ORVCAPSULE_API unlisted_folders_exception : public std::filesystem::filesystem_error {
@@ -102,6 +112,8 @@ public:
                                  boost::shared_ptr<CheckCancel> cancel) = 0;
     /// The folders that the last listing of each could not read, and why. None here.
     virtual std::vector<FolderFailure> GetFolderFailures() const;
+    /// The folders of the source's filter as they are now; asks the file system, which may block. None here.
+    virtual std::vector<FolderState> GetFolderStates() const;
 };
 
 } // namespace orvcapsule

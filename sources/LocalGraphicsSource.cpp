@@ -1,5 +1,6 @@
 #include <sources/LocalGraphicsSource.h>
 
+#include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
 #include <orvcore/host/Localiser.h>
 #include <orvcore/tasks/Executor.h>
@@ -37,6 +38,28 @@ void TellFailures(FolderListing& listing)
     if (!listing.GetFailures().empty() && !listing.IsCancelled()) {
         throw unlisted_folders_exception(listing.GetFailures());
     }
+}
+
+UTF8String FilterName()
+{
+    return orvcore::Localiser::Resolve("$$$/GraphicSource/local/TemplatesFolder=Local Templates Folder");
+}
+
+FolderState StateOf(const UTF8String& name, const std::string& id, const fs::path& folder)
+{
+    FolderState state{name, id, FolderState::State::Available, {}};
+    std::error_code error;
+    if (orvcore::InspectTarget(folder, error).kind == orvcore::FileKind::Nothing && !error) {
+        state.state = FolderState::State::Missing;
+        return state;
+    }
+    if (!error) {
+        orvcore::ReadDirectory(
+            folder, [](const fs::path&, orvcore::FileKind) { return false; }, error);
+    }
+    state.state = error ? FolderState::State::Unreadable : FolderState::State::Available;
+    state.reason = error;
+    return state;
 }
 
 } // namespace
@@ -86,7 +109,7 @@ std::string LocalGraphicsSource::GetSourceID() const
 void LocalGraphicsSource::GetFilter(GraphicFilterID& filter)
 {
     using SubFilter = GraphicFilterID::SubFilter;
-    filter.name = orvcore::Localiser::Resolve("$$$/GraphicSource/local/TemplatesFolder=Local Templates Folder");
+    filter.name = FilterName();
     filter.sourceID = GetSourceID();
     filter.subFilters.clear();
     filter.subFilters.push_back({filter.name, kDefaultLocalSourceID, true});
@@ -273,6 +296,20 @@ void LocalGraphicsSource::SearchDirectory(OnDirectory onDirectory, const UTF16St
 std::vector<FolderFailure> LocalGraphicsSource::GetFolderFailures() const
 {
     return failures_->Get();
+}
+
+std::vector<FolderState> LocalGraphicsSource::GetFolderStates() const
+{
+    std::vector<FolderState> states;
+    if (!root_.empty()) {
+        states.push_back(StateOf(FilterName(), kDefaultLocalSourceID, root_));
+    }
+    for (const auto& [name, path] : customDirectories_) {
+        if (!path.empty()) {
+            states.push_back(StateOf(name, orvcore::ToNarrow(path), orvcore::PathFromUTF8(path)));
+        }
+    }
+    return states;
 }
 
 } // namespace orvcapsule

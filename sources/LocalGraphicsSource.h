@@ -96,6 +96,7 @@ public:
                          boost::shared_ptr<CheckCancel> cancel) override;
 
     std::vector<FolderFailure> GetFolderFailures() const override;
+    std::vector<FolderState> GetFolderStates() const override;
 
 private:
     struct Target;

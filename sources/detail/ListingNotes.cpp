@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // Grows with every change of what an entry says of the same package.
-constexpr std::uint64_t kFormat = 2;
+constexpr std::uint64_t kFormat = 3;
 
 // The coarsest times that a file system keeps are two seconds apart.
 constexpr std::int64_t kSettleMilliseconds = 2000;

@@ -4,12 +4,24 @@
 #include <sources/PreviewLimit.h>
 #include <sources/detail/EntryFields.h>
 #include <sources/detail/ListedDefinition.h>
+#include <validation/TemplateReading.h>
 
 #include <boost/smart_ptr/make_shared.hpp>
 
 namespace orvcapsule::detail {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// An extracted preview that could not be moved into its place leaves no failure of the archive's.
+Finding WhyNotWritten(const orvstorage::ZipFailure& failure)
+{
+    return failure ? DescribeFailure(failure)
+                   : Finding{Severity::Warning, "WriteFailed", "the working folder cannot be written"};
+}
+
+} // namespace
 
 LocalEntryMaker::LocalEntryMaker(const std::string& sourceID, std::function<bool()> stop)
     : sourceID_(sourceID)
@@ -65,12 +77,12 @@ void LocalEntryMaker::FillFromContent(CapsuleEntry& entry, ListedPackage& packag
     if (!extractsPreviews_) {
         return;
     }
-    entry.thumbnailPath = Preview(PreviewKind::Still, entry, package, state);
-    entry.videoPreviewPath = Preview(PreviewKind::Video, entry, package, state);
+    entry.thumbnailPath = Preview(PreviewKind::Still, entry, package, state, entry.previewFailure);
+    entry.videoPreviewPath = Preview(PreviewKind::Video, entry, package, state, entry.previewFailure);
 }
 
 orvcore::UTF8String LocalEntryMaker::Preview(PreviewKind kind, const CapsuleEntry& entry, ListedPackage& package,
-                                             NotedFile& state) const
+                                             NotedFile& state, std::shared_ptr<const Finding>& failure) const
 {
     using Outcome = PreviewCache::Outcome;
     bool& has = kind == PreviewKind::Still ? state.hasStill : state.hasVideo;
@@ -82,6 +94,9 @@ orvcore::UTF8String LocalEntryMaker::Preview(PreviewKind kind, const CapsuleEntr
     const Outcome outcome =
         orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, state.facts.size, target);
     has = outcome != Outcome::None;
+    if (outcome == Outcome::Failed) {
+        failure = std::make_shared<const Finding>(WhyNotWritten(package.Content().GetLastFailure()));
+    }
     state.isKnown = state.isKnown && outcome != Outcome::Failed;
     return outcome == Outcome::There && !stop_() ? orvcore::PathToUTF8(target) : orvcore::UTF8String();
 }
@@ -97,7 +112,8 @@ orvcore::UTF8String LocalEntryMaker::GetThumbnailPath(const CapsuleEntry& entry)
     state.facts.size = facts.size;
     state.facts.modified = facts.kind == orvcore::FileKind::File ? facts.modified : ToFileTime(entry.modified);
     try {
-        return Preview(PreviewKind::Still, entry, package, state);
+        std::shared_ptr<const Finding> ignoredFailure;
+        return Preview(PreviewKind::Still, entry, package, state, ignoredFailure);
     } catch (const fs::filesystem_error&) {
         return {};
     }

@@ -27,8 +27,9 @@ public:
 private:
     void FillFromContent(CapsuleEntry& entry, ListedPackage& package, const ListingNotes& known,
                          NotedFile& state) const;
-    orvcore::UTF8String Preview(PreviewKind kind, const CapsuleEntry& entry, ListedPackage& package,
-                                NotedFile& state) const;
+    /// @param failure receives why a preview that is there cannot be had
+    orvcore::UTF8String Preview(PreviewKind kind, const CapsuleEntry& entry, ListedPackage& package, NotedFile& state,
+                                std::shared_ptr<const Finding>& failure) const;
 
     std::string sourceID_;
     PreviewCache previews_;

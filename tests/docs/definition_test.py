@@ -252,6 +252,40 @@ class DefinitionTest(unittest.TestCase):
                 self.assertValid(document, path)
                 self.assertValid(json.loads(text), path)
 
+    def test_defaults_are_what_readers_take_for_absent(self):
+        """Every default of the schema, put in the place of the example's value, reads as the absence of the key does."""
+        cases = []
+
+        def look(schema, value, path):
+            schema = SCHEMA["$defs"][schema["$ref"].split("/")[-1]] | schema if "$ref" in schema else schema
+            for key, inner in schema.get("properties", {}).items():
+                if isinstance(value, dict) and key in value:
+                    cases.extend([(path + [key], inner["default"])] if "default" in inner else [])
+                    look(inner, value[key], path + [key])
+            if isinstance(value, list) and "items" in schema and path != ["clientControls"]:
+                for number, child in enumerate(value[:1]):
+                    look(schema["items"], child, path + [number])
+            for child in list(value)[:1] if isinstance(schema.get("additionalProperties"), dict) else []:
+                look(schema["additionalProperties"], value[child], path + [child])
+
+        example = json.loads(EXAMPLE.read_text(encoding="utf-8"))
+        look(SCHEMA, example, [])
+        kinds = {case["if"]["properties"]["type"]["const"]: case["then"] for case in SCHEMA["$defs"]["control"]["allOf"]}
+        for control in example["clientControls"]:
+            look(kinds[control["type"]], control, ["clientControls", control["id"]])
+        self.assertGreater(len(cases), 50)
+        absent = read_back([changed(path, ABSENT) for path, _ in cases])
+        for (path, _), one, other in zip(cases, absent, read_back([changed(*case) for case in cases])):
+            self.assertEqual(one, other, path)
+
+    def test_every_code_of_a_finding_is_on_its_page(self):
+        page = (ROOT / "docs/findings.md").read_text(encoding="utf-8")
+        sources = "".join(p.read_text(encoding="utf-8") for p in (ROOT / "validation").rglob("*.cpp"))
+        codes = set(re.findall(r'Severity::(?:Error|Warning),\s*"([A-Za-z]+)"', sources))
+        codes |= set(re.findall(r'(?:OfText\(|\? )"([A-Z][a-z]+[A-Z][A-Za-z]+)"[,:\s]', sources))
+        self.assertGreater(len(codes), 30)
+        self.assertEqual(codes - set(re.findall(r"`([A-Za-z]+)`", page)), set())
+
     def test_page_and_schema_name_every_key(self):
         page = (ROOT / "docs/definition-format.md").read_text(encoding="utf-8")
         named = set(re.findall(r'`"?([A-Za-z]+)"?`', page))

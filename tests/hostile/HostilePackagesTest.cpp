@@ -168,6 +168,20 @@ std::string DeepDefinition()
     return Definition(text + '}');
 }
 
+// Each control lies in the one before it, in a language of its own, and has a mistake in every value.
+std::string ManyMistakes()
+{
+    std::string text = R"({"apiVersion":"2.2","clientControls":[)";
+    for (int i = 0; i < 18000; ++i) {
+        const std::string id = std::to_string(i);
+        text += (i == 0 ? "" : ",") + std::string(R"({"type":10,"id":")") + id +
+                R"(","canAnimat":1,"canAnimate":true,)" +
+                R"("groupexpanded":true,"uiName":{"strDB":[{"localeString":")" + id + R"(","str":""}]},"value":[")" +
+                std::to_string(i + 1) + "\",\"x\"]}";
+    }
+    return Definition(text + "]}");
+}
+
 struct Hostile {
     const char* name;
     std::string (*make)();
@@ -218,7 +232,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Hostile{"RefusedNames", RefusedNames, "its name leads out of the folder"},
                     Hostile{"HugeDefinition", HugeDefinition, "it is larger than allowed"},
                     Hostile{"ManyValues", ManyValues, "values"},
-                    Hostile{"DeepDefinition", DeepDefinition, "there is no poster"}),
+                    Hostile{"DeepDefinition", DeepDefinition, "there is no poster"},
+                    Hostile{"ManyMistakes", ManyMistakes, "more warnings"}),
     [](const auto& tested) { return std::string(tested.param.name); });
 
 } // namespace

@@ -258,6 +258,12 @@ TEST_F(LocalGraphicsSourceTest, OffersTheRootThenTheCustomDirectoriesByName)
     EXPECT_THAT(records,
                 ElementsAre("Local Templates Folder|graphicsource.local.default|there", "Gone|" + folder + "a|missing",
                             "Gone|" + folder + "z|missing", "Zoo|" + folder + "b|there"));
+    using State = FolderState::State;
+    std::vector<State> states;
+    for (const FolderState& state : source.GetFolderStates()) {
+        states.push_back(state.state);
+    }
+    EXPECT_THAT(states, ElementsAre(State::Missing, State::Available, State::Missing, State::Missing));
     EXPECT_EQ(filter.sourceID, kLocalSourceID);
     EXPECT_THAT(source.GetDirectories(), ElementsAre(PathToUTF8(temp_ / "b"), PathToUTF8(temp_ / "root")));
     EXPECT_THAT(Paths(Search(source)), ElementsAre("b/x.zelt")) << "a missing root hides nothing";
@@ -571,12 +577,15 @@ TEST_F(LocalGraphicsSourceTest, GoesOnWithoutPreviewsThatCannotBeHad)
     auto entry = Search(Source()).at(0);
     EXPECT_EQ(Content(entry->thumbnailPath), "still");
     EXPECT_EQ(entry->videoPreviewPath, u8"");
+    EXPECT_EQ(entry->previewFailure, nullptr);
 
     orvcore::RemoveTree(working_);
     orvcore::WriteBufferToFile(working_, "no folder", 9); // nothing can be written there
     entry = Search(Source()).at(0);
     EXPECT_EQ(entry->capsuleID, u"large");
     EXPECT_EQ(entry->thumbnailPath, u8"");
+    ASSERT_NE(entry->previewFailure, nullptr);
+    EXPECT_EQ(entry->previewFailure->code, "WriteFailed");
 }
 
 TEST_F(LocalGraphicsSourceTest, DefinitionsAreReadUpToTheLargestSize)

@@ -212,6 +212,22 @@ TEST(DefinitionFindings, GoodTextsHaveNone)
     }
 }
 
+TEST(DefinitionFindings, KnowEveryValueThatTheLibraryNames)
+{
+    for (const char* stamp : {CAPSULE_VERSION_UNSUPPORTED, CAPSULE_VERSION_FALL_2017, CAPSULE_VERSION_SPRING_2018,
+                              CAPSULE_VERSION_FALL_2018, CAPSULE_VERSION_SPRING_2019, CAPSULE_VERSION_FALL_2019,
+                              CAPSULE_VERSION_FALL_2020, CAPSULE_VERSION_FALL_2021, CAPSULE_VERSION_FALL_2022,
+                              CAPSULE_VERSION_FALL_2023, CAPSULE_VERSION_FALL_2024, CAPSULE_VERSION_FALL_2025}) {
+        EXPECT_THAT(Judge(Changed("mobileCompatibilityVersion", '"' + std::string(stamp) + '"')).list, IsEmpty())
+            << stamp;
+    }
+    for (const char* host :
+         {CAPSULE_PLATFORMSUPPORT_TESSEL_STR, CAPSULE_PLATFORMSUPPORT_CORVID_STR, CAPSULE_PLATFORMSUPPORT_BRISK_STR}) {
+        EXPECT_THAT(Judge(Changed("authorApp", '"' + std::string(host) + '"')).list, IsEmpty()) << host;
+    }
+    EXPECT_THAT(Judge(Changed("apiVersion", '"' + Capsule::GetCurrentAPIVersion() + '"')).list, IsEmpty());
+}
+
 TEST(DefinitionFindings, TextsThatAreNoUsableDocument)
 {
     struct {
