@@ -2,6 +2,7 @@
 
 #include <tools/zelt/output/Errors.h>
 #include <tools/zelt/output/Output.h>
+#include <tools/zelt/support/OpenPackage.h>
 
 #include <package/PackageNames.h>
 
@@ -44,11 +45,11 @@ bool HasPart(const std::vector<ZipEntry>& entries, std::u8string_view stem,
 Template Open(const std::string& file)
 {
     try {
-        return {file, orvcapsule::CapsuleZip(ToPath(file)), false, {}, {}, {}};
+        return {file, OpenPackage(ToPath(file)), false, {}, {}, {}};
     } catch (const std::filesystem::filesystem_error& error) {
         Definition none;
         none.refusals.Add({"CannotOpen", error.code().message()});
-        return {file, orvcapsule::CapsuleZip(u8""), false, {}, {}, std::move(none)};
+        return {file, OpenPackage({}), false, {}, {}, std::move(none)};
     }
 }
 
