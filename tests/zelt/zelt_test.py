@@ -4,6 +4,7 @@
 usage: zelt_test.py ZELT SAMPLES [EMULATOR...]
 """
 import contextlib
+import csv
 import io
 import json
 import os
@@ -455,6 +456,111 @@ class ZeltTest(unittest.TestCase):
             self.run_zelt("set", "odd.zelt", *asked)
             self.assertEqual(definition_of("odd.zelt"), text.replace(old, new))
 
+    def test_parts_are_put_and_removed(self):
+        before, png = packed_bytes_of("lower-third.zelt"), contents_of("lower-third.zelt")["thumb.png"]
+        pathlib.Path("neu.png").write_bytes(png)
+        pathlib.Path("neu.cvgraphic").write_bytes(b"project")
+        for command, entry, is_there in [
+                (["put", "poster", "neu.png", "--locale", "fr_FR"], "thumb_fr_FR.png", True), (["remove", "video"], "thumb.mp4", False),
+                (["put", "project", "neu.cvgraphic"], "project.cvgraphic", True), (["put", "media/a b.txt", "neu.png"], "media/a b.txt", True),
+                (["remove", "poster", "--locale", "de_DE"], "thumb_de_DE.png", False), (["put", "thumb.png", "neu.png"], "thumb.png", True),
+                (["remove", "project.cvgraphic"], "project.cvgraphic", False), (["remove", "project"], "project.tsgraphic", False)]:
+            said = json.loads(self.run_zelt(command[0], "lower-third.zelt", *command[1:], "--json")[0])
+            self.assertEqual(said, {"file": "lower-third.zelt", command[0].replace("remove", "removed"): entry})
+            after = packed_bytes_of("lower-third.zelt")
+            self.assertEqual(entry in after, is_there)
+            self.assertTrue(all(after[n] == before[n] for n in after if n in before and n != entry), "others keep their bytes")
+            self.assertEqual(set(before) ^ set(after), {entry} if (entry in before) != is_there else set())
+            before = after
+        whole = pathlib.Path("lower-third.zelt").read_bytes()
+        for code, command in [(1, ["put", "poster", "neu.cvgraphic"]), (1, ["put", "video", "neu.png"]), (1, ["put", "poster", "gone.png"]),
+                              (2, ["put", "project", "neu.png"]), (2, ["put", "definition.json", "neu.png"]), (1, ["put", "../x", "neu.png"]),
+                              (2, ["put", "x", "neu.png", "--locale", "de"]), (2, ["remove", "definition.json"]), (1, ["remove", "project"]),
+                              (1, ["remove", "nothing"]), (1, ["put", "poster", "neu.png", "--no-clobber"]),
+                              (2, ["put", "poster", "neu.png", "--locale", "a/b"])]:
+            self.run_zelt(command[0], "lower-third.zelt", *command[1:], code=code, warns=True)
+            self.assertTrue(pathlib.Path("lower-third.zelt").read_bytes() == whole, "it changed")
+        self.run_zelt("put", "gone.zelt", "poster", "neu.png", code=1)
+        self.assertFalse(os.path.exists("gone.zelt"))
+        done = subprocess.run([*EMULATOR, ZELT, "extract", "lower-third.zelt", "poster", "-"], capture_output=True, check=True)
+        self.assertTrue(done.stdout == png)
+
+    def test_texts_go_out_and_come_back(self):
+        stored = definition_of("lower-third.zelt")
+        table = list(csv.reader(io.StringIO(self.run_zelt("texts", "lower-third.zelt", "--csv")[0])))
+        rows = {row[0]: dict(zip(table[0][1:], row[1:])) for row in table[1:]}
+        document = json.loads(stored)
+        self.assertEqual({k: v for k, v in rows["name"].items() if v}, localized(document["capsuleNameLocalized"]))
+        for control in document["clientControls"]:
+            texts = {"label": control["uiName"]} | {f"entry/{i}": e for i, e in enumerate(control.get("menucontent", []))}
+            texts |= {"value": control["value"]} if control["type"] in (6, 8) else {}
+            for part, text in texts.items():
+                self.assertEqual({k: v for k, v in rows[f"{control['id']}/{part}"].items() if v},
+                                 {k: v for k, v in localized(text).items() if v}, part)
+        self.assertIn("data/heading/0", self.run_zelt("texts", "bar-chart.zelt")[0])
+        objects = [json.loads(line) for line in self.run_zelt("texts", "lower-third.zelt", "--json")[0].splitlines()]
+        self.assertEqual([o["key"] for o in objects], list(rows))
+        whole = pathlib.Path("lower-third.zelt").read_bytes()
+        for form in ("--csv", "--json"):  # what comes back as it went changes nothing
+            self.run_zelt("texts", "lower-third.zelt", "--import", "-", stdin=self.run_zelt("texts", "lower-third.zelt", form)[0].encode())
+            self.assertTrue(pathlib.Path("lower-third.zelt").read_bytes() == whole, "it changed")
+        note = lambda text: {"localeString": "de_DE", "str": text}
+        english = '{"strDB":[{"localeString":"en_US","str":"Note"}'
+        for given, text in [('\ufeffkey;de_DE;en_US\r\nc-intro/label;"Ein ""a"";\nb";\r\n\r\n', 'Ein "a";\nb'), ("key,de_DE\nc-intro/label,\"\"\n", ""),
+                            ('{"key":"c-intro/label","texts":{"de_DE":"x","en_US":null}}\n', "x")]:
+            shutil.copyfile(pathlib.Path(SAMPLES) / "lower-third.zelt", "lower-third.zelt")
+            self.run_zelt("texts", "lower-third.zelt", "--import", "-", stdin=given.encode())
+            entry = json.dumps(note(text), ensure_ascii=False, separators=(",", ":"))
+            self.assertEqual(definition_of("lower-third.zelt"), stored.replace(english, english.replace("[", "[" + entry + ","), 1))
+        whole = pathlib.Path("lower-third.zelt").read_bytes()
+        for given, words in [("key,de_DE\nnobody,x\nnmae,y\n", 'did you mean "name"'), ("nokey,de_DE\n", "line 1"), ('key,de\n"x', "line 2"),
+                             ("key,de_DE\nname,x,y\n", "line 2"), ("key,\nname,x\n", "line 2"), ('{"key":"name"}', "line 1"), ("", "line 1"),
+                             ('{"key":"name","texts":{"de_DE":5}}', "line 1"), ('key,de\n"name"x,y\n', "line 2"), ("{\n", "line 1")]:
+            self.assertIn(words, self.run_zelt("texts", "lower-third.zelt", "--import", "-", stdin=given.encode(), code=2)[1])
+            self.assertTrue(pathlib.Path("lower-third.zelt").read_bytes() == whole, "it changed")
+
+    def test_definition_as_a_whole(self):
+        self.run_zelt("set", "lower-third.zelt", "--new-id", "--clear-tags", "--text", "de_DE:t-name/label=A=B", "--text", "de_DE:t-name=C")
+        new, old = json.loads(definition_of("lower-third.zelt")), json.loads(definition_of(pathlib.Path(SAMPLES) / "lower-third.zelt"))
+        self.assertEqual((new["capsuleTags"], new["capsuleID"] != old["capsuleID"]), ([], True))
+        control = next(c for c in new["clientControls"] if c["id"] == "t-name")
+        self.assertEqual((localized(control["uiName"])["de_DE"], localized(control["value"])["de_DE"]), ("A=B", "C"))
+        pretty = self.run_zelt("definition", "--pretty", "lower-third.zelt")[0]
+        self.assertEqual(json.loads(pretty), new)
+        self.assertLess(max(map(len, pretty.splitlines())), 200)
+        for name in ("lower-third", "damaged/broken-json", "damaged/no-definition"):
+            out, _ = self.run_zelt("set", f"{name}.zelt", "--definition", "-", "--tag", "t", "--json", stdin=pretty.encode())
+            self.assertEqual(json.loads(out), {"file": f"{name}.zelt", "set": ["definition", "tags"]})
+            self.assertEqual(json.loads(definition_of(f"{name}.zelt")), new | {"capsuleTags": ["t"]})
+        whole = pathlib.Path("lower-third.zelt").read_bytes()
+        for code, arguments in [(1, ["--definition", "gone"]), (1, ["--definition", "untitled.zelt"]), (2, ["--text", "de_DE:nobody=x"]),
+                                (2, ["--text", "nothing"]), (1, ["-o", "untitled.zelt", "--no-clobber", "--name", "N"])]:
+            self.run_zelt("set", "lower-third.zelt", *arguments, code=code, warns=True)
+            self.assertTrue(pathlib.Path("lower-third.zelt").read_bytes() == whole, "it changed")
+
+    def test_written_files_are_told_to_programs_and_kept_on_request(self):
+        for arguments, key, output in [(["unpack", "untitled.zelt", "out"], "files", "out"), (["pack", "out", "a.zelt"], "entries", "a.zelt"),
+                                       (["extract", "untitled.zelt", "poster", "p.png"], "bytes", "p.png"),
+                                       (["new", "out", "-o", "n", "--name", "N"], "entries", "n.zelt"),
+                                       (["set", "untitled.zelt", "-o", "b.zelt", "--name", "N"], "set", "b.zelt")]:
+            said = json.loads(self.run_zelt(*arguments, "--json")[0])
+            self.assertEqual(list(said), ["file", key])
+            self.assertEqual(said["file"], output)
+            if arguments[0] != "unpack":
+                before = pathlib.Path(output).read_bytes()
+                self.run_zelt(*arguments, "--no-clobber", code=1)
+                self.assertTrue(pathlib.Path(output).read_bytes() == before, "it changed")
+
+    def test_encrypted_packages(self):
+        self.run_zelt("unpack", "untitled.zelt", "out")
+        self.run_zelt("pack", "out", "secret.zelt", "--password", "geheim")
+        for arguments in (["check", "secret.zelt"], ["info", "secret.zelt"], ["set", "secret.zelt", "--name", "N"],
+                          ["put", "secret.zelt", "project.tsgraphic", "untitled.zelt"], ["extract", "secret.zelt", "poster", "p"], ["unpack", "secret.zelt", "again"]):
+            self.run_zelt(*arguments, code=1)
+            with unittest.mock.patch.dict(os.environ, {"ZELT_PASSWORD": "geheim"}):
+                self.run_zelt(*arguments)
+        self.assertEqual(sorted(tree_of("again")), sorted(tree_of("out")))
+
     def test_set_refuses_as_a_whole(self):
         before = pathlib.Path("lower-third.zelt").read_bytes()
         wrong = ["nobody=1", "s-size=big", "s-size=1000", "s-size=nan", "col-bar=1,2", "col-bar=#12345", "col-bar=300,2,-1",
@@ -465,7 +571,7 @@ class ZeltTest(unittest.TestCase):
         self.assertEqual(len(err.splitlines()), len(wrong))
         self.run_zelt("set", "from-the-future.zelt", "--name", "N", code=1)
         self.run_zelt("set", "lower-third.zelt", "-o", "no/such/folder/x.zelt", "--name", "N", code=1)
-        self.assertEqual(pathlib.Path("lower-third.zelt").read_bytes(), before)
+        self.assertTrue(pathlib.Path("lower-third.zelt").read_bytes() == before, "it changed")
         self.assertFalse([p for p in os.listdir() if "zelt" not in p and p != "damaged"])
 
     def test_new(self):
@@ -490,9 +596,23 @@ class ZeltTest(unittest.TestCase):
         self.assertEqual(sorted(made), ["definition.json", "media/a.txt", "project.tsgraphic", "thumb.mp4", "thumb.png",
                                         "thumb_de_DE.png"])
         self.assertTrue(all(made[n] == lower[n] for n in lower if n in made and n != "definition.json"))
-        self.run_zelt("new", "empty", "-o", "plain.zelt", "--name", "N", *parts)
+        self.run_zelt("new", "empty", "-o", "plain", "--name", "N", *parts)
         plain = json.loads(self.run_zelt("info", "--json", "plain.zelt")[0])
         self.assertEqual((plain["name"], plain["authorApp"], plain["platformSupport"]), ("N", "tsfx", ["tsfx"]))
+        controls = [("text:t:Title=Hé=llo", 6, "Title", "Hé=llo"), ("slider:s:Größe=50,0,100", 2, "Größe", 50.0), ("angle:a=30", 3, "a", 30.0),
+                    ("checkbox:c=on", 1, "c", True), ("color:k=0,0.5,1", 4, "k", [0.0, 0.5, 1.0, 1.0]), ("point:p=1,2", 5, "p", [1.0, 2.0]),
+                    ("menu:m=One|Two", 13, "m", 0), ("scale:z=50,60", 9, "z", [50.0, 60.0]), ("comment:n=Hi", 8, "n", "Hi"),
+                    ("media:l=cache", 14, "l", "cache"), ("group:g:Both=t,s", 10, "Both", ["t", "s"])]
+        for rate, duration, ms in [("25", "5s", 5000), ("29.97", "30f", 1001), ("30000/1001", "500ms", 500), ("12.5", "1.5s", 1500)]:
+            self.run_zelt("new", "empty", "-o", "full", "--name", "N", *parts, "--frame", "1280x720", "--rate", rate, "--duration", duration,
+                          *(word for control in controls for word in ("--control", control[0])))
+            full = json.loads(self.run_zelt("info", "--json", "full.zelt")[0])
+            self.assertEqual((full["frameWidth"], full["frameHeight"], full["durationMs"]), (1280, 720, ms))
+            self.assertEqual([(c["type"], c["name"], c["value"]) for c in full["controls"]], [control[1:] for control in controls])
+        self.assertIn("already", self.run_zelt("new", "empty", "-o", "full", "--no-clobber", "--name", "N", *parts, code=1)[1])
+        _, err = self.run_zelt("new", "empty", "-o", "none", "--name", "N", "--poster", "gone", "--video", "in-thumb.png", code=1)
+        self.assertEqual(["gone" in line or "MP4" in line for line in err.splitlines()], [True, True])
+        self.assertEqual(len(self.run_zelt("new", "empty", "-o", "none", "--name", "N", code=1)[1].splitlines()), 2)
         # A definition that lies in the folder is kept but for what is asked.
         self.run_zelt("unpack", "lower-third.zelt", "template")
         self.run_zelt("new", "template", "-o", "kept.zelt", "--name", "Other")
@@ -500,6 +620,13 @@ class ZeltTest(unittest.TestCase):
             '{"localeString":"en_US","str":"Lower Third – Clean"}', '{"localeString":"en_US","str":"Other"}', 1))
         for code, arguments in [
             (1, ["empty", "--name", "N"]),  # neither poster nor project
+            (1, ["empty", "--name", "N", *parts[2:], "--poster", "in-thumb.mp4"]),
+            (2, ["empty", "--name", "N", *parts, "--frame", "1920", "--rate", "x", "--duration", "5"]),
+            (2, ["empty", "--name", "N", *parts, "--frame", "1920x1080"]),
+            (2, ["empty", "--name", "N", *parts, "--control", "slider:s=1,2,3"]),
+            (2, ["empty", "--name", "N", *parts, "--control", "text"]),
+            (2, ["empty", "--name", "N", *parts, "--control", "checkbox:c=maybe"]),
+            (2, ["template", "--name", "N", "--control", "text:c"]),
             (1, ["empty", "--name", "N", *parts, "--video", "gone.mp4"]),
             (1, ["gone", "--name", "N", *parts]),
             (2, ["empty", "--name", "N", *parts[:2], "--project", "in-thumb.png"]),
@@ -536,8 +663,9 @@ class ZeltTest(unittest.TestCase):
 
     def test_results_follow_links_and_keep_rights(self):
         self.need_posix()
-        new = ["new", "damaged", "--name", "N", "--poster", "lower-third.zelt", "--project", "p.tsgraphic", "-o"]
+        new = ["new", "damaged", "--name", "N", "--poster", "p.png", "--project", "p.tsgraphic", "-o"]
         shutil.copy("lower-third.zelt", "p.tsgraphic")
+        pathlib.Path("p.png").write_bytes(contents_of("untitled.zelt")["thumb.png"])
         os.chmod("untitled.zelt", 0o444)
         os.mkfifo("pipe")
         for arguments in (["set", "untitled.zelt", "--name", "N", "-o"], ["extract", "untitled.zelt", "poster"], new,
@@ -559,11 +687,12 @@ class ZeltTest(unittest.TestCase):
         temp = self.folder / "temporary"
         temp.mkdir()
         for arguments in (["extract", "big.zelt", "big.bin", "out"], ["unpack", "big.zelt", "out"], ["set", "big.zelt", "-o", "out", "--name", "N"],
-                          ["new", "big", "-o", "out", "--name", "N", "--poster", "big/0", "--project", "p.tsgraphic"]):
+                          ["new", "big", "-o", "out.zelt", "--name", "N", "--poster", "p.png", "--project", "big/p.tsgraphic"]):
             for megabytes in (16, 64, 256):  # until the program is slower than the signal
                 pathlib.Path("big").mkdir(exist_ok=True)
-                pathlib.Path("big/0").write_bytes(os.urandom(1 << 20) * megabytes)
-                self.write_package("big.zelt", definition_of("untitled.zelt"), **{"big.bin": pathlib.Path("big/0").read_bytes()})
+                pathlib.Path("big/p.tsgraphic").write_bytes(os.urandom(1 << 20) * megabytes)
+                pathlib.Path("p.png").write_bytes(contents_of("untitled.zelt")["thumb.png"])
+                self.write_package("big.zelt", definition_of("untitled.zelt"), **{"big.bin": pathlib.Path("big/p.tsgraphic").read_bytes()})
                 with subprocess.Popen([ZELT, *arguments], env={**os.environ, "TMPDIR": str(temp)}, stdout=subprocess.PIPE,
                                       stderr=subprocess.PIPE, preexec_fn=take_interrupts) as process:
                     while process.poll() is None and not has_work_in(temp):
@@ -573,10 +702,10 @@ class ZeltTest(unittest.TestCase):
                 if process.returncode not in (0, -signal.SIGINT):  # that late it is not the program's own end
                     break
                 if process.returncode == 0:
-                    shutil.rmtree("out") if os.path.isdir("out") else os.remove("out")
+                    shutil.rmtree("out") if os.path.isdir("out") else [path.unlink() for path in pathlib.Path(".").glob("out*")]
                 shutil.rmtree(temp / "zelt", ignore_errors=True)
             self.assertEqual((process.returncode, out, err), (130, b"", b"zelt: cancelled\n"), arguments)
-            self.assertEqual(([*temp.glob("zelt/*")], os.path.exists("out")), ([], False), arguments)
+            self.assertEqual([*temp.glob("zelt/*"), *pathlib.Path(".").glob("out*")], [], arguments)
 
     def test_names_that_mean_something_to_the_parser(self):
         for name in ("[a]", "[a,b]", "{}", "++", "check", "info", "-x"):
@@ -641,7 +770,7 @@ class ZeltTest(unittest.TestCase):
         self.need_posix()
         script = self.run_zelt("generate", "bash")[0] + 'COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _zelt; echo ${COMPREPLY[@]}'
         for words, found in [(["che"], "check"), (["index", "b"], "build"), (["info", "--js"], "--json"),
-                             (["--language", "de", "index", "build", "--j"], "--json"), (["info", "untitled"], "untitled.zelt"),
+                             (["--language", "de", "index", "build", "--js"], "--json"), (["info", "untitled"], "untitled.zelt"),
                              (["list", "dam"], "damaged"), (["list", "untitled"], ""), (["extract", "x", "pos"], "poster"),
                              (["set", "x", "-o", "bar"], "bar-chart.zelt"), (["new", "--platform", "c"], "crvd")]:
             done = subprocess.run(["bash", "-c", script, "bash", "zelt", *words], capture_output=True, text=True, check=True)
@@ -739,10 +868,10 @@ class BrowseTest(ZeltTest):
 
     def test_folders_that_cannot_be_listed(self):
         pathlib.Path("file").write_bytes(b"")
-        cases = [(["gone", "mine"], 1), (["mine", "gone", "file"], 2), (["gone", "file"], 0)]
+        cases = [(["gone", "mine"], 1), (["mine", "gone", "file"], 1), (["gone", "file"], 0)]
         if os.name == "posix" and not EMULATOR:
             os.symlink("itself", "itself")
-            cases += [(["itself", "mine"], 1), (["mine", "itself"], 2)]
+            cases += [(["itself", "mine"], 1), (["mine", "itself"], 1)]
         for folders, left in cases:
             out, err = self.run_zelt("list", *folders, "--shallow", "--json", code=1)
             self.assertEqual(len(out.splitlines()), left, folders)
@@ -797,7 +926,7 @@ class BrowseTest(ZeltTest):
             ("en_US", ["untitled", "--", "x"], []),
         ]:
             self.assertEqual(self.found(language, *terms), names, (language, terms))
-        self.assertEqual(len(self.found("en_US", "")), len(GOOD) + len(REFUSED) + 1)
+        self.assertEqual(len(self.found("en_US", "")), len(GOOD) + len(REFUSED) + 2)
         self.assertEqual(self.run_zelt("search", "root", "--", "no such")[0], "")
 
     def test_tags(self):

@@ -10,7 +10,7 @@ namespace zelt {
 /// What all commands take.
 struct CommonOptions {
     std::string language;
-    std::string password;
+    std::string password; ///< of the packages
     bool help = false;
     bool version = false;
 };

@@ -4,9 +4,12 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/commands/table/CommandTable.h>
 #include <tools/zelt/output/Output.h>
+#include <tools/zelt/support/OpenPackage.h>
 
 #include <capsule/Capsule.h>
 #include <orvcore/host/Application.h>
+
+#include <cstdlib>
 
 namespace zelt {
 
@@ -33,6 +36,8 @@ ExitCode RunCommandLine(const std::vector<std::string>& arguments)
         return PrintHelp(program, name);
     }
     orvcore::Application::SetLanguage(ChosenLanguage(common.language));
+    const char* password = std::getenv("ZELT_PASSWORD"); // other users cannot see it, unlike an option
+    SetPassword(common.password.empty() && password != nullptr ? password : common.password);
     return command->Run();
 }
 

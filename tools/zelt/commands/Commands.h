@@ -1,8 +1,10 @@
 #pragma once
 
 #include <tools/zelt/commandline/Program.h>
+#include <tools/zelt/editing/EditOptions.h>
 #include <tools/zelt/output/EntryOutput.h>
 #include <tools/zelt/output/Errors.h>
+#include <tools/zelt/output/Written.h>
 #include <tools/zelt/support/Browser.h>
 #include <tools/zelt/support/Interrupt.h>
 #include <tools/zelt/support/PackageList.h>
@@ -26,6 +28,7 @@ ExitCode RunInfo(const InfoOptions& options);
 struct DefinitionOptions {
     std::string file;
     bool canonical = false;
+    bool pretty = false;
 };
 ExitCode RunDefinition(const DefinitionOptions& options);
 
@@ -40,12 +43,14 @@ struct UnpackOptions {
     std::string file;
     std::string directory;
     bool overwrite = false;
+    WriteForm form;
 };
 ExitCode RunUnpack(const UnpackOptions& options);
 
 struct PackOptions {
     std::string directory;
     std::string file;
+    WriteForm form;
 };
 ExitCode RunPack(const PackOptions& options);
 /// Makes a package of a folder's files, with a progress bar. @throws FileError, Cancelled
@@ -54,31 +59,54 @@ void PackFolder(const std::filesystem::path& directory, const std::string& file,
 struct ExtractOptions {
     std::string file;
     std::string what;
-    std::string output;
+    std::string output; ///< "-": standard output
+    WriteForm form;
 };
 ExitCode RunExtract(const ExtractOptions& options);
 
-/// The values of a definition that `set` and `new` change. What is not given stays.
-struct EditOptions {
-    std::optional<std::string> name;
-    std::string locale; ///< of the name and of texts; empty: the language
-    std::optional<std::string> description;
-    std::vector<std::string> tags;     ///< empty: not asked
-    std::vector<std::string> controls; ///< "ID=VALUE"
-    bool force = false;                ///< values outside a control's range are taken
-};
-
 struct SetOptions {
     std::string file;
-    std::string output; ///< empty: the file itself
+    std::string output;     ///< empty: the file itself
+    std::string definition; ///< a file that takes the place of the stored document first; empty: none
     EditOptions edit;
+    WriteForm form;
 };
 ExitCode RunSet(const SetOptions& options);
+
+struct TextsOptions {
+    std::string file;
+    std::string import; ///< puts the texts of this file back; "-": of standard input; empty: they are printed
+    bool csv = false;
+    bool json = false;
+};
+ExitCode RunTexts(const TextsOptions& options);
+
+struct PutOptions {
+    std::string file;
+    std::string part;
+    std::string source;
+    std::string locale;
+    WriteForm form;
+};
+ExitCode RunPut(const PutOptions& options);
+
+struct RemoveOptions {
+    std::string file;
+    std::string part;
+    std::string locale;
+    WriteForm form;
+};
+ExitCode RunRemove(const RemoveOptions& options);
 
 struct NewOptions {
     std::string directory;
     std::string output;
     EditOptions edit;
+    WriteForm form;
+    std::string frame;                 ///< "1920x1080"; empty: there is no composition
+    std::string rate;                  ///< frames a second: "25", "29.97", "30000/1001"
+    std::string duration;              ///< "5s", "500ms", "125f"
+    std::vector<std::string> controls; ///< see ParseNewControl
     std::optional<std::string> authorApp;
     std::optional<std::string> authorID;
     std::vector<std::string> platforms;

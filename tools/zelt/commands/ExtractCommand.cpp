@@ -1,7 +1,9 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/Progress.h>
+#include <tools/zelt/support/OpenPackage.h>
 #include <tools/zelt/support/OutputFile.h>
+#include <tools/zelt/support/Parts.h>
 #include <tools/zelt/support/TempFolder.h>
 #include <tools/zelt/support/Template.h>
 
@@ -68,20 +70,24 @@ std::optional<Extracted> ExtractEntry(const CapsuleZip& package, const std::stri
 std::optional<Extracted> Extract(const CapsuleZip& package, const std::string& what, const fs::path& folder,
                                  const orvstorage::ZipProgress& report)
 {
-    if (what == "poster") {
+    switch (PartOf(what)) {
+    case Part::Poster:
         return ExtractPoster(package, folder, report);
-    }
-    if (what == "video") {
+    case Part::Video:
         return ExtractVideo(package, folder, report);
+    case Part::Project:
+        return ExtractProject(package, folder, report);
+    case Part::Entry:
+        break;
     }
-    return what == "project" ? ExtractProject(package, folder, report) : ExtractEntry(package, what, folder, report);
+    return ExtractEntry(package, what, folder, report);
 }
 
 // Why there is nothing: the archive's own reason where it is not just that there is no such entry.
 std::string Missing(const CapsuleZip& package, const std::string& what)
 {
     const orvstorage::ZipFailure failure = package.GetLastFailure();
-    const bool isRole = what == "poster" || what == "video" || what == "project";
+    const bool isRole = PartOf(what) != Part::Entry;
     const bool isAbsent = !failure || failure.error == orvstorage::ZipError::EntryMissing;
     return isAbsent ? (isRole ? "there is no " + what + " in it" : "there is no entry \"" + what + "\" in it")
                     : failure.Reason();
@@ -90,13 +96,40 @@ std::string Missing(const CapsuleZip& package, const std::string& what)
 Extracted NeedExtracted(const ExtractOptions& options, const fs::path& folder, const InterruptWatch& interrupt)
 {
     Progress progress("extracting");
-    const CapsuleZip package(ToPath(options.file));
+    const CapsuleZip package = OpenPackage(ToPath(options.file));
     auto extracted = Extract(package, options.what, folder, ShowAndWatch{progress, &interrupt});
     if (!extracted) {
         interrupt.Check();
         throw FileError(options.file, Missing(package, options.what));
     }
     return std::move(*extracted);
+}
+
+void Deliver(const fs::path& made, const fs::path& to, const WriteForm& form, const InterruptWatch* interrupt)
+{
+    std::error_code unknown;
+    const auto size = orvcore::InspectTarget(made, unknown).size;
+    NeedFree(to, form);
+    PutInPlace(made, to, interrupt);
+    PrintWritten(form, ToText(to), std::to_string(size) + " bytes", {"bytes", std::uint64_t{size}});
+}
+
+void Deliver(const Extracted& extracted, const ExtractOptions& options, const InterruptWatch& interrupt)
+{
+    if (options.output == "-") {
+        if (!PrintFile(extracted.file)) {
+            throw FileError("-", "it cannot be written");
+        }
+        return;
+    }
+    fs::path output = ToPath(options.output);
+    if (orvcore::IsDirectory(output) || !output.has_filename()) {
+        output /= extracted.file.filename();
+    }
+    Deliver(extracted.file, output, options.form, &interrupt);
+    if (extracted.sideFile) { // a small one: what belongs to it is there already
+        Deliver(*extracted.sideFile, output.parent_path() / kSideFile, options.form, nullptr);
+    }
 }
 
 } // namespace
@@ -106,15 +139,7 @@ ExitCode RunExtract(const ExtractOptions& options)
     return OnFile(options.file, [&] {
         const InterruptWatch interrupt;
         const TempFolder folder;
-        const Extracted extracted = NeedExtracted(options, folder.Path(), interrupt);
-        fs::path output = ToPath(options.output);
-        if (orvcore::IsDirectory(output) || !output.has_filename()) {
-            output /= extracted.file.filename();
-        }
-        Deliver(extracted.file, output, &interrupt);
-        if (extracted.sideFile) { // a small one: what belongs to it is there already
-            Deliver(*extracted.sideFile, output.parent_path() / kSideFile, nullptr);
-        }
+        Deliver(NeedExtracted(options, folder.Path(), interrupt), options, interrupt);
     });
 }
 

@@ -1,62 +1,69 @@
 #include <tools/zelt/commands/Commands.h>
-#include <tools/zelt/editing/DefinitionEditor.h>
-#include <tools/zelt/editing/DefinitionStore.h>
+#include <tools/zelt/editing/DefinitionChange.h>
 #include <tools/zelt/output/Output.h>
-#include <tools/zelt/support/Template.h>
+#include <tools/zelt/output/TextLayout.h>
+#include <tools/zelt/support/Definition.h>
+#include <tools/zelt/support/OutputFile.h>
 
 namespace zelt {
 
 namespace {
 
-std::string Describe(const EditOptions& edit)
+// What is changed, in words that both people and programs read.
+std::vector<std::string> Changes(const SetOptions& options)
 {
-    std::string done = edit.name ? ", name" : "";
-    done += edit.description ? ", description" : "";
-    done += edit.tags.empty() ? "" : ", tags";
-    done += edit.controls.empty() ? "" : ", " + Count(edit.controls.size(), "control");
-    return done.substr(2) + " set";
+    const EditOptions& edit = options.edit;
+    std::vector<std::string> changes;
+    const auto add = [&changes](bool isAsked, const std::string& what) {
+        if (isAsked) {
+            changes.push_back(what);
+        }
+    };
+    add(!options.definition.empty(), "definition");
+    add(edit.newID, "identity");
+    add(edit.name.has_value(), "name");
+    add(edit.description.has_value(), "description");
+    add(!edit.tags.empty() || edit.clearTags, "tags");
+    add(!edit.texts.empty(), Count(edit.texts.size(), "text"));
+    add(!edit.controls.empty(), Count(edit.controls.size(), "control"));
+    return changes;
 }
 
-// False when the command line is at fault.
-bool SetOnce(const SetOptions& options, const std::string& output, const InterruptWatch& interrupt, bool& isStored)
+std::optional<std::string> GivenDefinition(const std::string& file)
 {
-    Template read = NeedCapsule(options.file);
-    DefinitionEditor editor(orvcore::AsNarrow(read.text));
-    if (!editor.Apply(options.edit, options.file)) {
-        return false;
+    if (file.empty()) {
+        return std::nullopt;
     }
-    NeedReadable(options.file, editor.Text());
-    isStored = StoreDefinition(read, output, editor.Text(), interrupt);
-    return true;
+    std::string text = ReadInput(file);
+    if (const Definition read = ReadDefinition(orvcore::ToUTF8(text)); read.capsule == nullptr) {
+        throw FileError(file, read.refusals.front().text);
+    }
+    return text;
 }
 
 } // namespace
 
 ExitCode RunSet(const SetOptions& options)
 {
-    const EditOptions& edit = options.edit;
-    if (!edit.name && !edit.description && edit.tags.empty() && edit.controls.empty()) {
-        ReportError("set: nothing to change; give --name, --description, --tag or --control");
+    const std::vector<std::string> changes = Changes(options);
+    if (changes.empty()) {
+        ReportError(
+            "set: nothing to change; give --name, --description, --tag, --text, --control or one of the others");
         return ExitCode::kBadUsage;
     }
-    bool understood = true;
-    const ExitCode exit = OnFile(options.file, [&] {
-        // Where several programs change one package at a time, each round stores the work of one of them.
-        constexpr int kMostAttempts = 100;
-        const InterruptWatch interrupt;
+    ExitCode exit = ExitCode::kDone;
+    const ExitCode done = OnFile(options.file, [&] {
         const std::string& output = options.output.empty() ? options.file : options.output;
-        bool isStored = false;
-        for (int attempt = 0; understood && !isStored; ++attempt) {
-            if (attempt == kMostAttempts) {
-                throw FileError(output, "other programs keep changing it");
-            }
-            understood = SetOnce(options, output, interrupt, isStored);
+        if (!options.output.empty()) {
+            NeedFree(ToPath(output), options.form);
         }
-        if (understood) {
-            PrintLine(Printable(output) + ": " + Describe(edit));
+        exit = ChangeDefinition({options.file, output, GivenDefinition(options.definition),
+                                 [&](DefinitionEditor& editor) { return editor.Apply(options.edit, options.file); }});
+        if (exit == ExitCode::kDone) {
+            PrintWritten(options.form, output, Joined(changes) + " set", {"set", changes});
         }
     });
-    return understood ? exit : ExitCode::kBadUsage;
+    return done == ExitCode::kDone ? exit : done;
 }
 
 } // namespace zelt

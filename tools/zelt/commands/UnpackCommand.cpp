@@ -1,6 +1,7 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/Progress.h>
+#include <tools/zelt/support/OpenPackage.h>
 
 #include <orvcore/files/Files.h>
 #include <package/CapsuleZip.h>
@@ -51,13 +52,13 @@ ExitCode RunUnpack(const UnpackOptions& options)
         if (!options.overwrite && !IsEmptyFolder(directory)) {
             throw FileError(options.directory, "the folder is not empty; --overwrite unpacks into it all the same");
         }
-        const orvcapsule::CapsuleZip package(ToPath(options.file));
+        const orvcapsule::CapsuleZip package = OpenPackage(ToPath(options.file));
         UnpackInto(directory, package, options.file);
         std::size_t files = 0;
         for (const auto& entry : package.GetArchive().GetEntries()) {
             files += entry.isDirectory ? 0 : 1;
         }
-        PrintLine(Printable(options.directory) + ": " + Count(files, "file"));
+        PrintWritten(options.form, options.directory, Count(files, "file"), {"files", std::uint64_t{files}});
     });
 }
 

@@ -45,7 +45,8 @@ std::optional<double> ParseNumber(std::string_view text)
     return number && std::isfinite(*number) ? number : std::nullopt; // JSON has no other numbers
 }
 
-// The numbers of a list with commas; empty when one of them is none.
+} // namespace
+
 std::vector<double> ParseNumbers(std::string_view text)
 {
     std::vector<double> numbers;
@@ -62,6 +63,8 @@ std::vector<double> ParseNumbers(std::string_view text)
         text.remove_prefix(comma + 1);
     }
 }
+
+namespace {
 
 std::string List(const std::vector<double>& numbers)
 {

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zelt {
 
@@ -14,5 +15,8 @@ namespace zelt {
 /// @param force  numbers outside the control's range are taken
 /// @throws UsageError  that says what the control wants
 std::string ValueAsJSON(const orvcapsule::ClientControl& control, std::string_view input, bool force);
+
+/// The numbers of a list with commas; empty when one of them is none.
+std::vector<double> ParseNumbers(std::string_view text);
 
 } // namespace zelt

@@ -1,10 +1,13 @@
 #include <tools/zelt/editing/DefinitionEditor.h>
 
 #include <tools/zelt/editing/ControlInput.h>
+#include <tools/zelt/output/Errors.h>
 
 #include <capsule/DefinitionKeys.h>
+#include <capsule/Guid.h>
 #include <capsule/Serialization.h>
 #include <orvcore/host/Application.h>
+#include <orvcore/text/NearestName.h>
 #include <orvcore/text/Printable.h>
 
 #include <algorithm>
@@ -21,6 +24,7 @@ using json::JSONSplice;
 using json::ToJSON;
 using Kind = JSONOutline::Kind;
 
+constexpr char kNameKey[] = "name";        // of the template's own text
 constexpr char kDefaultLocale[] = "en_US"; // of a text that names none, and the first to stand in for another's
 
 std::string LocalizedEntry(const std::string& locale, std::string_view text)
@@ -40,16 +44,6 @@ std::string LocalizedList(const std::string& locale, std::string_view text, cons
         list += (list.empty() ? "[" : ",") + LocalizedEntry(name, value);
     }
     return list + ']';
-}
-
-// An entry as readers take it: of one that is not, the whole list is of no use to them.
-bool IsEntry(const JSONOutline& entry)
-{
-    const auto isText = [&](std::string_view key) {
-        const JSONOutline* member = entry.Find(key);
-        return member == nullptr || member->Is(Kind::kString);
-    };
-    return entry.Is(Kind::kObject) && isText(CAPSULE_STR_STR) && isText(CAPSULE_LOCALE_STR);
 }
 
 // The first ids of a list, for a message.
@@ -83,23 +77,32 @@ DefinitionEditor::DefinitionEditor(std::string_view text)
 bool DefinitionEditor::Apply(const EditOptions& edit, const std::string& file)
 {
     const std::string locale = edit.locale.empty() ? orvcore::Application::GetLanguage() : edit.locale;
+    if (edit.newID) {
+        SetText(CAPSULE_CAPID_STR, orvcore::ToNarrow(utils::GenerateStringGuid()));
+    }
     if (edit.name) {
         SetName(*edit.name, locale);
     }
     if (edit.description) {
         SetText(CAPSULE_CAPDESC_STR, *edit.description);
     }
-    if (!edit.tags.empty()) {
+    if (!edit.tags.empty() || edit.clearTags) {
         SetList(CAPSULE_TAGS_STR, edit.tags);
     }
     bool all = true;
-    for (const std::string& assignment : edit.controls) {
+    const auto attempt = [&](const auto& change) {
         try {
-            SetControl(assignment, locale, edit.force);
+            change();
         } catch (const UsageError& error) {
             ReportError(file, error.what());
             all = false;
         }
+    };
+    for (const std::string& assignment : edit.texts) {
+        attempt([&] { SetTextFrom(assignment); });
+    }
+    for (const std::string& assignment : edit.controls) {
+        attempt([&] { SetControl(assignment, locale, edit.force); });
     }
     return all;
 }
@@ -120,8 +123,7 @@ void DefinitionEditor::SetList(std::string_view key, const std::vector<std::stri
 
 void DefinitionEditor::SetName(std::string_view text, const std::string& locale)
 {
-    const std::string older = Decoded(splice_.Root().Find(CAPSULE_CAPNAME_STR));
-    SetLocalized(splice_.Root(), CAPSULE_LOCCAPNAME_STR, text, locale, older);
+    SetLocalizedText(kNameKey, locale, text);
 }
 
 void DefinitionEditor::SetControl(std::string_view assignment, const std::string& locale, bool force)
@@ -135,28 +137,14 @@ void DefinitionEditor::SetControl(std::string_view assignment, const std::string
     }
 }
 
-std::string DefinitionEditor::Decoded(const JSONOutline* text) const
+void DefinitionEditor::SetLocalized(const TextPlace& place, std::string_view text, const std::string& locale,
+                                    const std::string& older)
 {
-    if (text == nullptr || !text->Is(Kind::kString)) {
-        return {};
-    }
-    return orvcore::ToNarrow(*json::AsString(json::JSONParse(orvcore::AsUTF8(splice_.TextOf(*text)))));
-}
-
-std::string DefinitionEditor::LocaleOf(const JSONOutline& entry) const
-{
-    const JSONOutline* locale = entry.Find(CAPSULE_LOCALE_STR);
-    return locale != nullptr ? Decoded(locale) : kDefaultLocale;
-}
-
-void DefinitionEditor::SetLocalized(const JSONOutline& owner, std::string_view key, std::string_view text,
-                                    const std::string& locale, const std::string& older)
-{
-    const JSONOutline* value = owner.Find(key);
-    const JSONOutline* list = value != nullptr ? value->Find(CAPSULE_STRDB_STR) : nullptr;
-    if (list == nullptr || !list->Is(Kind::kArray) ||
-        !std::all_of(list->children.begin(), list->children.end(), IsEntry)) {
-        splice_.SetMember(owner, key, "{\"strDB\":" + LocalizedList(locale, text, older) + '}');
+    const JSONOutline* list = TextEntries(place.value);
+    if (list == nullptr) {
+        const std::string whole = "{\"strDB\":" + LocalizedList(locale, text, older) + '}';
+        place.owner != nullptr ? splice_.SetMember(*place.owner, place.key, whole)
+                               : splice_.Replace(*place.value, whole);
         return;
     }
     if (list->children.empty()) {
@@ -165,16 +153,56 @@ void DefinitionEditor::SetLocalized(const JSONOutline& owner, std::string_view k
     }
     const auto& entries = list->children;
     for (std::size_t i = entries.size(); i-- > 0;) { // the last entry of a locale counts
-        if (LocaleOf(entries[i]) == locale) {
+        if (LocaleOfEntry(splice_, entries[i]) == locale) {
             splice_.SetMember(entries[i], CAPSULE_STR_STR, ToJSON(text));
             return;
         }
     }
     std::size_t index = 0;
-    while (index < entries.size() && LocaleOf(entries[index]) < locale) {
+    while (index < entries.size() && LocaleOfEntry(splice_, entries[index]) < locale) {
         ++index;
     }
     splice_.InsertElement(*list, index, LocalizedEntry(locale, text));
+}
+
+void DefinitionEditor::SetLocalizedText(const std::string& key, const std::string& locale, std::string_view text)
+{
+    std::vector<TextPlace> places;
+    std::vector<std::string> known;
+    VisitTexts(splice_, [&](const std::string& name, const TextPlace& place) {
+        known.push_back(name);
+        if (name == key || (name == key + "/value" && key != kNameKey)) {
+            places.push_back(place);
+        }
+    });
+    if (places.empty()) {
+        const std::string nearest = orvcore::NearestName(key, known);
+        throw UsageError("there is no text \"" + key + '"' +
+                         (nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?"));
+    }
+    if (places.size() > 1) {
+        throw UsageError("several texts are called \"" + key + '"');
+    }
+    const std::map<std::string, std::string> texts = TextsAt(splice_, places.front());
+    if (const auto found = texts.find(locale); found == texts.end() || found->second != text) {
+        SetLocalized(places.front(), text, locale, key == kNameKey ? OlderName() : "");
+    }
+}
+
+void DefinitionEditor::SetTextFrom(std::string_view assignment)
+{
+    const std::size_t colon = assignment.find(':');
+    const std::size_t equals = assignment.find('=', colon == assignment.npos ? 0 : colon);
+    if (colon == assignment.npos || equals == assignment.npos || colon == 0) {
+        throw UsageError('"' + std::string(assignment) + "\" is not LOCALE:ID=TEXT");
+    }
+    SetLocalizedText(std::string(assignment.substr(colon + 1, equals - colon - 1)),
+                     std::string(assignment.substr(0, colon)), assignment.substr(equals + 1));
+}
+
+std::string DefinitionEditor::OlderName() const
+{
+    return DecodedText(splice_, splice_.Root().Find(CAPSULE_CAPNAME_STR));
 }
 
 // An id may hold an equals sign: the shortest beginning that is an id counts.
@@ -189,7 +217,7 @@ const JSONOutline& DefinitionEditor::FindControl(std::string_view assignment, st
     std::vector<std::string> known;
     std::map<std::string, std::vector<const JSONOutline*>> byId;
     for (const JSONOutline& control : (list != nullptr ? *list : kNoControls).children) {
-        known.push_back(Decoded(control.Find(CAPSULE_CONTROL_ID_STR)));
+        known.push_back(DecodedText(splice_, control.Find(CAPSULE_CONTROL_ID_STR)));
         byId[known.back()].push_back(&control);
     }
     for (idLength = first; idLength != assignment.npos; idLength = assignment.find('=', idLength + 1)) {
@@ -214,7 +242,7 @@ void DefinitionEditor::SetValue(const JSONOutline& control, std::string_view inp
     }
     const ClientControlType type = record->GetType();
     if (type == ClientControlType::kText || type == ClientControlType::kComment) {
-        SetLocalized(control, CAPSULE_CONTROL_VALUE_STR, input, locale, {});
+        SetLocalized({&control, CAPSULE_CONTROL_VALUE_STR, control.Find(CAPSULE_CONTROL_VALUE_STR)}, input, locale, {});
         return;
     }
     const bool isMedia = type == ClientControlType::kMedia;

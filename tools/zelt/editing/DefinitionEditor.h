@@ -1,6 +1,7 @@
 #pragma once
 
-#include <tools/zelt/commands/Commands.h>
+#include <tools/zelt/editing/EditOptions.h>
+#include <tools/zelt/editing/LocalizedTexts.h>
 
 #include <orvcore/json/JSONSplice.h>
 
@@ -26,19 +27,27 @@ public:
     void SetList(std::string_view key, const std::vector<std::string>& texts);
     /// Sets the template's name for one locale; the name that other locales show stays.
     void SetName(std::string_view text, const std::string& locale);
+    /// Sets one of the texts that VisitTexts names; the id of a text or comment alone stands for its value. A text that
+    /// is so already keeps its bytes. @throws UsageError
+    void SetLocalizedText(const std::string& key, const std::string& locale, std::string_view text);
+    /// @param assignment  "LOCALE:KEY=TEXT" @throws UsageError
+    void SetTextFrom(std::string_view assignment);
     /// Sets a control's value. @param assignment  "ID=VALUE" @throws UsageError
     void SetControl(std::string_view assignment, const std::string& locale, bool force);
 
+    const orvcore::serialization::JSONSplice& Document() const noexcept
+    {
+        return splice_;
+    }
     const std::string& Text() const noexcept
     {
         return splice_.Text();
     }
 
 private:
-    std::string Decoded(const orvcore::serialization::JSONOutline* text) const;
-    std::string LocaleOf(const orvcore::serialization::JSONOutline& entry) const;
-    void SetLocalized(const orvcore::serialization::JSONOutline& owner, std::string_view key, std::string_view text,
-                      const std::string& locale, const std::string& older);
+    std::string OlderName() const;
+    void SetLocalized(const TextPlace& place, std::string_view text, const std::string& locale,
+                      const std::string& older);
     const orvcore::serialization::JSONOutline& FindControl(std::string_view assignment, std::size_t& idLength) const;
     void SetValue(const orvcore::serialization::JSONOutline& control, std::string_view input, const std::string& locale,
                   bool force);

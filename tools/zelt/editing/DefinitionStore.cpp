@@ -4,6 +4,7 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/Progress.h>
 #include <tools/zelt/support/Definition.h>
+#include <tools/zelt/support/OpenPackage.h>
 #include <tools/zelt/support/OutputFile.h>
 #include <tools/zelt/support/TempFolder.h>
 
@@ -41,7 +42,7 @@ void MakeDraft(const fs::path& source, const fs::path& draft, std::string_view d
 {
     try {
         CopyWatched(source, draft, orvcore::Durability::Cached, "copying", &interrupt);
-        orvcapsule::CapsuleZip package(draft);
+        orvcapsule::CapsuleZip package = OpenPackage(draft);
         static_cast<void>(StoreIn(package, to, definition, interrupt)); // nobody else knows the draft
     } catch (const fs::filesystem_error& error) {
         throw FileError(to, error.code().message());

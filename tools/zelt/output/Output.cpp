@@ -7,6 +7,7 @@
 #include <tools/support/Console.h>
 
 #include <algorithm>
+#include <fstream>
 
 namespace zelt {
 
@@ -49,6 +50,18 @@ void PrintLine(std::string_view text)
 {
     Print(text);
     Print("\n");
+}
+
+bool PrintFile(const std::filesystem::path& file)
+{
+    std::ifstream stream(orvcore::ToSystemPath(file), std::ios::binary);
+    std::string piece(std::size_t{64} << 10, '\0');
+    bool isWritten = stream.is_open() && FlushOutput();
+    while (isWritten && stream.read(piece.data(), static_cast<std::streamsize>(piece.size())).gcount() > 0) {
+        const std::string_view bytes(piece.data(), static_cast<std::size_t>(stream.gcount()));
+        isWritten = orvtools::WriteLines(orvtools::StandardStream::Output, bytes);
+    }
+    return isWritten && !stream.bad();
 }
 
 bool FlushOutput()

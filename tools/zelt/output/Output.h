@@ -17,6 +17,8 @@ void InitOutput();
 void Print(std::string_view text);
 /// Writes text and a line feed.
 void PrintLine(std::string_view text);
+/// Writes a file's bytes as they are, in little memory. @return false when it cannot be read or written
+bool PrintFile(const std::filesystem::path& file);
 /// Writes what still waits, the beginning of a line too; false when something could not be written since the program
 /// began.
 bool FlushOutput();

@@ -2,6 +2,7 @@
 
 #include <tools/zelt/editing/DefinitionEditor.h>
 #include <tools/zelt/editing/DefinitionStore.h>
+#include <tools/zelt/output/Errors.h>
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/support/Template.h>
 

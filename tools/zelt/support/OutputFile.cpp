@@ -17,6 +17,13 @@ void NeedReplaceable(const std::filesystem::path& to)
     }
 }
 
+void NeedFree(const std::filesystem::path& to, const WriteForm& form)
+{
+    if (form.noClobber && orvcore::Exists(to)) {
+        throw FileError(ToText(to), "it is there already");
+    }
+}
+
 void CopyWatched(const std::filesystem::path& from, const std::filesystem::path& to, orvcore::Durability durability,
                  const std::string& what, const InterruptWatch* interrupt)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tools/zelt/output/Written.h>
 #include <tools/zelt/support/Interrupt.h>
 
 #include <orvcore/files/Files.h>
@@ -11,6 +12,9 @@ namespace zelt {
 
 /// Makes sure that a file may take the place of `to`: a folder, a device or a pipe is not replaced. @throws FileError
 void NeedReplaceable(const std::filesystem::path& to);
+
+/// Makes sure that nothing stands at `to` where the form asks for that. @throws FileError
+void NeedFree(const std::filesystem::path& to, const WriteForm& form);
 
 /// Copies a file and shows how far it is. On failure `to` is as it was.
 /// @param what  what is being done, "writing"

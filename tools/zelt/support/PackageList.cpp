@@ -26,22 +26,9 @@ std::string StandardInput()
     return text;
 }
 
-std::string ReadList(const std::string& file)
-{
-    if (file == "-") {
-        return StandardInput();
-    }
-    std::error_code error;
-    std::string text = orvcore::ReadWholeFile(ToPath(file), kLongestList, error);
-    if (error) {
-        throw FileError(file, "this list of files cannot be read (" + error.message() + ')');
-    }
-    return text;
-}
-
 void AddListed(const PackageList& list, std::vector<std::string>& names)
 {
-    const std::string text = ReadList(list.listFile);
+    const std::string text = ReadInput(list.listFile);
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = std::min(text.find(list.isNullSeparated ? '\0' : '\n', begin), text.size());
         std::string name = text.substr(begin, end - begin);
@@ -79,6 +66,19 @@ void AddBelow(const fs::path& folder, std::vector<std::string>& files, ExitCode&
 }
 
 } // namespace
+
+std::string ReadInput(const std::string& file)
+{
+    if (file == "-") {
+        return StandardInput();
+    }
+    std::error_code error;
+    std::string text = orvcore::ReadWholeFile(ToPath(file), kLongestList, error);
+    if (error) {
+        throw FileError(file, "it cannot be read (" + error.message() + ')');
+    }
+    return text;
+}
 
 void NeedSome(const PackageList& list)
 {

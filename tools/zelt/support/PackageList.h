@@ -20,6 +20,9 @@ struct PackageList {
     bool takesParts = false;        ///< a folder that holds a definition.json stands for itself
 };
 
+/// A file that the command line names as a whole; "-": standard input. @throws FileError
+std::string ReadInput(const std::string& file);
+
 /// @throws UsageError  when the command line names none
 void NeedSome(const PackageList& list);
 

@@ -2,6 +2,7 @@
 
 #include <tools/zelt/output/Errors.h>
 #include <tools/zelt/output/Output.h>
+#include <tools/zelt/support/OpenPackage.h>
 
 #include <filesystem>
 #include <utility>
@@ -14,11 +15,11 @@ namespace {
 Template Open(const std::string& file)
 {
     try {
-        return {file, orvcapsule::CapsuleZip(ToPath(file)), {}, {}, {}};
+        return {file, OpenPackage(ToPath(file)), {}, {}, {}};
     } catch (const std::filesystem::filesystem_error& error) {
         Definition none;
         none.refusals.push_back({orvcapsule::Severity::Error, "CannotOpen", error.code().message()});
-        return {file, orvcapsule::CapsuleZip(u8""), {}, {}, std::move(none)};
+        return {file, OpenPackage({}), {}, {}, std::move(none)};
     }
 }
 

@@ -19,6 +19,7 @@ std::vector<Command> ReadingCommands()
                    command.Argument("FILE", options.file, "Package");
                    command.Option("--canonical", options.canonical,
                                   "As this library writes it, rather than as it is stored");
+                   command.Option("--pretty", options.pretty, "With line breaks and indents, for reading");
                    command.Example("definition lower-third.zelt > lower-third.json", "the document, byte for byte");
                }),
         Define("check", "Say of each package whether it is good, and what is wrong", &RunCheck,

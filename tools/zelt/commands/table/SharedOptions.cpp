@@ -2,6 +2,16 @@
 
 namespace zelt {
 
+void AddJSON(Command& command, WriteForm& form, const std::string& fact)
+{
+    command.Option("--json", form.json, "Tell of each written file in a JSON object: its path and " + fact);
+}
+
+void AddNoClobber(Command& command, WriteForm& form)
+{
+    command.Option("--no-clobber", form.noClobber, "Fail where a file is there already");
+}
+
 void AddPackages(Command& command, PackageList& packages)
 {
     command.Argument("[FILE...]", packages.names, "Packages; a folder stands for all packages in and below it");
