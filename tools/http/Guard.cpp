@@ -59,12 +59,12 @@ bool IsSecret(std::string_view given, std::string_view secret) noexcept
 
 void Protect(Response& response)
 {
-    for (const auto& [name, value] : kProtection) {
-        const bool isThere = std::any_of(response.headers.begin(), response.headers.end(), [name](const auto& header) {
-            return detail::EqualsNoCase(header.first, name);
+    for (const Header& header : kProtection) {
+        const bool isThere = std::any_of(response.headers.begin(), response.headers.end(), [&](const auto& given) {
+            return detail::EqualsNoCase(given.first, header.name);
         });
         if (!isThere) {
-            response.headers.emplace_back(name, value);
+            response.headers.emplace_back(header.name, header.value);
         }
     }
 }

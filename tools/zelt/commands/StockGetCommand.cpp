@@ -43,9 +43,10 @@ AssetURLs FindAsset(const StockGetOptions& options, const InterruptWatch& interr
             promise.set_value({error, results});
         },
         [&] { return !interrupt.IsRaised(); });
-    const auto [error, results] = promise.get_future().get();
+    const auto answer = promise.get_future().get();
+    const search::Results& results = answer.second;
     interrupt.Check();
-    if (error != search::Error::None) {
+    if (answer.first != search::Error::None) {
         throw FileError(options.url, orvcore::ToNarrow(results.message));
     }
     if (results.rows.empty() || results.rows.front().id != id) { // a service that does not know the parameter
