@@ -47,6 +47,16 @@ milliseconds WithJitter(milliseconds pause)
     return pause + milliseconds(std::uniform_int_distribution<milliseconds::rep>(0, pause.count() / 4)(random));
 }
 
+// Removes what killed downloads left beside the file; of many into one folder the first one does.
+void TidyFolder(const std::filesystem::path& file)
+{
+    thread_local std::filesystem::path tidied;
+    if (std::filesystem::path folder = file.parent_path(); folder != tidied) {
+        orvcore::RemoveLeftBehind(folder, hours(24));
+        tidied = std::move(folder);
+    }
+}
+
 std::string_view Trim(std::string_view text)
 {
     constexpr std::string_view kSpace = " \t\r\n";
@@ -189,7 +199,7 @@ bool Transfer::StoreBody(std::string_view data)
     } else {
         if (!file_) {
             file_.emplace(*request_.file);
-            file_->RemoveLeftBehind();
+            TidyFolder(*request_.file);
         }
         if (std::error_code error; !file_->Write(data.data(), data.size(), error)) {
             Fail(TransferEnd::NotWritten, error.message());
