@@ -1,5 +1,6 @@
 #include <stock/detail/StockEntries.h>
 
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <sources/SourceNames.h>
 #include <stock/StockCapsuleEntry.h>
 
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <span>
 #include <string_view>
 
 namespace orvcapsule::detail {
@@ -34,18 +36,19 @@ std::uint32_t PixelsOf(const Value& value)
         std::min<std::uint64_t>(NumberOf(value), std::numeric_limits<std::uint32_t>::max()));
 }
 
-std::vector<orvcore::UTF8String> ListOf(const Value& value)
+std::span<const orvcore::UTF8String> ListOf(const Value& value)
 {
     const auto* const list = std::get_if<std::vector<orvcore::UTF8String>>(&value);
-    return list != nullptr ? *list : std::vector<orvcore::UTF8String>();
+    return list != nullptr ? std::span(*list) : std::span<const orvcore::UTF8String>();
 }
 
 std::vector<orvcore::UTF16String> WideListOf(const Value& value)
 {
+    const auto list = ListOf(value);
     std::vector<orvcore::UTF16String> wide;
-    for (const orvcore::UTF8String& text : ListOf(value)) {
-        wide.push_back(orvcore::ToUTF16(text));
-    }
+    wide.reserve(list.size());
+    std::transform(list.begin(), list.end(), std::back_inserter(wide),
+                   [](const orvcore::UTF8String& text) { return orvcore::ToUTF16(text); });
     return wide;
 }
 
@@ -68,7 +71,11 @@ constexpr Column kColumns[] = {
     {kResultColumn_VideoPreviewURL, [](auto& entry, auto& value) { entry.videoPreviewURL = TextOf(value); }},
     {kResultColumn_SizeBytes, [](auto& entry, auto& value) { entry.fileSize = NumberOf(value); }},
     {kResultColumn_ZeltMetadataURL, [](auto& entry, auto& value) { entry.metadataURL = TextOf(value); }},
-    {kResultColumn_TemplateCategories, [](auto& entry, auto& value) { entry.categories = ListOf(value); }},
+    {kResultColumn_TemplateCategories,
+     [](auto& entry, auto& value) {
+         const auto list = ListOf(value);
+         entry.categories.assign(list.begin(), list.end());
+     }},
 };
 
 boost::shared_ptr<CapsuleEntry> MakeEntry(const Row& row)
@@ -89,14 +96,14 @@ boost::shared_ptr<CapsuleEntry> MakeEntry(const Row& row)
 
 const std::vector<orvcore::UTF8String>& ResultColumns()
 {
-    static const std::vector<orvcore::UTF8String> columns = [] {
+    static orvcore::NoDestructor<std::vector<orvcore::UTF8String>> columns([] {
         std::vector<orvcore::UTF8String> names;
         for (const Column& column : kColumns) {
             names.emplace_back(column.name);
         }
         return names;
-    }();
-    return columns;
+    }());
+    return *columns;
 }
 
 std::vector<boost::shared_ptr<CapsuleEntry>> MakeEntries(const std::vector<Row>& rows)
