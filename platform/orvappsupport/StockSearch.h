@@ -31,6 +31,9 @@ inline constexpr const char8_t* kSearchParameter_ZeltSource = u8"source";
 inline constexpr const char8_t* kSearchParameter_ZeltAPIVersion = u8"api_version";
 /// Numbers of categories in decimal, with commas between them; an asset of any of them will do.
 inline constexpr const char8_t* kSearchParameter_TemplateCategoryID = u8"category";
+/// An asset's identifier: only that asset. A service that does not know the parameter passes it over, so the answer's
+/// row is to be compared.
+inline constexpr const char8_t* kSearchParameter_ID = u8"id";
 
 inline constexpr const char8_t* kZeltSource = u8"zelt";
 /// @}

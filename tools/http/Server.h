@@ -27,7 +27,8 @@ struct ServerOptions {
     std::string address = "127.0.0.1"; ///< of this machine, not a name
     std::uint16_t port = 0;            ///< 0: one that is free
     Limits limits;
-    /// Makes the answer to a request that no handler sees, because it is no HTTP or beyond a limit. It must not block.
+    /// Makes the answer to a request that no handler sees, because it is no HTTP or beyond a limit. It must not block
+    /// or throw.
     std::function<Response(unsigned status, std::string_view why)> refuse = &ErrorResponse;
 };
 

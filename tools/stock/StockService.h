@@ -38,7 +38,7 @@ public:
     /// The base URL: "http://127.0.0.1:8080".
     std::string Origin() const;
     std::size_t AssetCount() const;
-    /// Packages whose definition cannot be read; they are no assets.
+    /// Packages whose definition cannot be read, which are no assets, and sub-folders that cannot be read.
     const std::vector<std::filesystem::path>& Unreadable() const;
     /// From the next request on. Any thread.
     void SetFaults(Faults faults);

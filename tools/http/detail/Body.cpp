@@ -28,6 +28,9 @@ FilePart::FilePart(const std::filesystem::path& path, std::uint64_t first, std::
     : file_(orvcore::ToSystemPath(path), std::ios::binary)
     , left_(size)
 {
+    if (!file_) {
+        throw std::filesystem::filesystem_error("open", path, std::make_error_code(std::errc::permission_denied));
+    }
     file_.seekg(static_cast<std::streamoff>(first));
 }
 

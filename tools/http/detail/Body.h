@@ -50,6 +50,7 @@ private:
 class FilePart final : public Body {
 public:
     /// `size` bytes from `first`; a file that is shorter by now is broken.
+    /// @throws std::filesystem::filesystem_error  when it cannot be opened
     FilePart(const std::filesystem::path& path, std::uint64_t first, std::uint64_t size);
     Next Read(std::string& out) override;
 

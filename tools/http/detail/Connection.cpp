@@ -39,12 +39,12 @@ bool ToRequest(Message message, Request& request)
     return true;
 }
 
-Response Handled(const Server::Handler& handler, const Request& request)
+Reply ReplyOf(const Server::Handler& handler, const Request& request, const Exchange& exchange)
 {
     try {
-        return handler(request);
+        return MakeReply(request, handler(request), exchange);
     } catch (...) { // what went wrong may name files; it is the handler's to tell
-        return ErrorResponse(500, "the request could not be answered");
+        return MakeReply(request, ErrorResponse(500, "the request could not be answered"), exchange);
     }
 }
 
@@ -138,7 +138,7 @@ void Connection::OnRequest(const Error& error)
 void Connection::Answer(Request request)
 {
     shared_.workers.Post([self = shared_from_this(), request = std::move(request)]() mutable {
-        Reply reply = MakeReply(request, Handled(self->shared_.handler, request), self->exchange_);
+        Reply reply = ReplyOf(self->shared_.handler, request, self->exchange_);
         const auto executor = self->stream_.get_executor();
         // The connection goes on and ends on its own thread: this one keeps no pointer to it.
         asio::post(executor,

@@ -49,7 +49,8 @@ std::shared_ptr<Template> ReadTemplate(const fs::path& package)
     const kinlet::SourceInfo composition = capsule->GetSourceInfo();
     auto content = std::make_shared<Template>();
     content->package = package;
-    content->title = ToNarrow(capsule->GetDisplayName());
+    const auto name = capsule->GetDisplayName();
+    content->title = ToNarrow(name.empty() ? ToUTF16(orvcore::AsNarrow(orvcore::PathToUTF8(package.stem()))) : name);
     content->description = ToNarrow(capsule->GetCapsuleDesc());
     content->creator = ToNarrow(capsule->GetAuthorApp());
     content->keywords = capsule->GetTags();
@@ -80,10 +81,11 @@ bool IsBelowPremium(const fs::path& package, const fs::path& folder)
     return std::find(relative.begin(), relative.end(), kPremiumFolder) != relative.end();
 }
 
-bool Suits(const Template& content, const Query& query)
+bool Suits(const Asset& asset, const Query& query)
 {
+    const Template& content = *asset.content;
     const auto& wanted = query.categories;
-    return (!query.premium || content.premium == *query.premium) &&
+    return (!query.id || asset.id == *query.id) && (!query.premium || content.premium == *query.premium) &&
            (query.type == kAnyType || query.type == kTemplatePackages) &&
            (!query.newest || content.format <= *query.newest) &&
            (wanted.empty() || std::find(wanted.begin(), wanted.end(), content.category) != wanted.end());
@@ -119,6 +121,13 @@ void Catalogue::Read(const fs::path& folder, std::uint32_t copies)
                 unreadable_.push_back(path);
             }
         }
+        return orvcore::WalkNext::GoOn;
+    };
+    visitor.fail = [&](const fs::path& unread, const std::error_code& error) {
+        if (unread == folder) {
+            throw fs::filesystem_error("read", folder, error);
+        }
+        unreadable_.push_back(unread);
         return orvcore::WalkNext::GoOn;
     };
     orvcore::WalkTree(folder, visitor);
@@ -172,7 +181,7 @@ std::vector<const Asset*> Catalogue::Find(const Query& query)
     const std::vector<bool> matching = Matching(query.terms);
     std::vector<const Asset*> found;
     for (const Asset& asset : assets_) {
-        if (matching[asset.content->number] && Suits(*asset.content, query)) {
+        if (matching[asset.content->number] && Suits(asset, query)) {
             found.push_back(&asset);
         }
     }

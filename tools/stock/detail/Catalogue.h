@@ -49,7 +49,7 @@ public:
     {
         return assets_;
     }
-    /// Packages that could not be read.
+    /// Packages and sub-folders that could not be read.
     const std::vector<std::filesystem::path>& Unreadable() const noexcept
     {
         return unreadable_;

@@ -100,6 +100,9 @@ Query ParseQuery(const http::Request& request)
     for (const std::string& category : ListOf(request, "category")) {
         query.categories.push_back(NeedNumber("category", category));
     }
+    if (const std::string* const id = request.FindQuery("id")) {
+        query.id = *id;
+    }
     query.columns = ListOf(request, "columns");
     query.first = NumberOr(request, "first", 0);
     query.count = NumberOr(request, "count", kMaxCount);

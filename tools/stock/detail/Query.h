@@ -34,6 +34,7 @@ struct Query {
     std::uint32_t type = 0;
     std::optional<FormatVersion> newest; ///< that the client reads
     std::vector<std::uint32_t> categories;
+    std::optional<std::string> id;
     std::vector<std::string> columns;
     std::uint32_t first = 0;
     std::uint32_t count = 0;

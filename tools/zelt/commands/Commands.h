@@ -5,6 +5,7 @@
 #include <tools/zelt/support/Interrupt.h>
 
 #include <filesystem>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -181,5 +182,41 @@ struct GenerateOptions {
     std::string what;
 };
 ExitCode RunGenerate(const GenerateOptions& options);
+
+/// The templates of a stock service at a base URL.
+struct StockSearchOptions {
+    std::string url;
+    std::vector<std::string> terms;
+    std::string filter = "all"; ///< or "premium", "free"
+    bool json = false;
+};
+ExitCode RunStockSearch(const StockSearchOptions& options);
+
+struct StockGetOptions {
+    std::string url;
+    std::string id;
+    std::string output;
+};
+ExitCode RunStockGet(const StockGetOptions& options);
+
+/// A development service over the packages in a folder, and what it does wrong.
+struct StockServeOptions {
+    std::string folder;
+    std::size_t port = 8080;
+    std::string address = "127.0.0.1";
+    std::size_t copies = 1;
+    std::string token;
+    std::size_t delay = 0;  ///< milliseconds
+    std::size_t status = 0; ///< 0: none
+    std::optional<std::string> retryAfter;
+    std::optional<std::string> redirect; ///< a URL, or "loop"
+    std::string lie;                     ///< "longer", "shorter" or nothing
+    bool cut = false;
+    bool stall = false;
+    std::size_t rows = std::numeric_limits<std::size_t>::max();
+    std::string only; ///< "searches", "files" or nothing
+    std::size_t times = 0;
+};
+ExitCode RunStockServe(const StockServeOptions& options);
 
 } // namespace zelt

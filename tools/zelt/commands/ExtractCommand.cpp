@@ -5,7 +5,6 @@
 #include <tools/zelt/support/TempFolder.h>
 #include <tools/zelt/support/Template.h>
 
-#include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
 #include <orvcore/host/Application.h>
 #include <package/PackageNames.h>
@@ -93,14 +92,6 @@ Extracted NeedExtracted(const ExtractOptions& options, const fs::path& folder, c
         throw FileError(options.file, Missing(package, options.what));
     }
     return std::move(*extracted);
-}
-
-void Deliver(const fs::path& made, const fs::path& to, const InterruptWatch* interrupt)
-{
-    std::error_code unknown;
-    const auto size = orvcore::InspectTarget(made, unknown).size;
-    PutInPlace(made, to, interrupt);
-    PrintLine(Printable(ToText(to)) + ": " + std::to_string(size) + " bytes");
 }
 
 } // namespace

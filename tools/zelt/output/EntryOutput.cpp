@@ -110,6 +110,16 @@ public:
         }
         writer_.EndArray();
     }
+    // A URL that may be missing.
+    void URL(std::string_view key, const orvcore::UTF8String& url)
+    {
+        writer_.Key(key);
+        if (url.empty()) {
+            writer_.Null();
+        } else {
+            writer_.String(AsNarrow(url));
+        }
+    }
     // A path that may be missing.
     void Path(std::string_view key, const orvcore::UTF8String& path)
     {
@@ -185,6 +195,39 @@ std::string EntryAsJSON(const CapsuleEntry& entry)
     members.List("tags", entry.tags);
     members.Path("thumbnail", entry.thumbnailPath);
     members.Path("video", entry.videoPreviewPath);
+    members.Writer().EndObject();
+    return ToNarrow(members.Writer().Take());
+}
+
+std::string StockEntriesAsTable(const StockEntries& entries)
+{
+    if (entries.empty()) {
+        return "";
+    }
+    std::vector<std::vector<std::string>> rows = {{"ID", "NAME", "SIZE", "FRAME", "CREATOR", "TAGS", "NOTE"}};
+    for (const auto& entry : entries) {
+        rows.push_back({Printable(AsNarrow(entry->stockID)), Printable(ToNarrow(entry->name)), Size(entry->fileSize),
+                        Frame(*entry), Printable(OrDash(ToNarrow(entry->creatorName))),
+                        Printable(OrDash(Joined(Narrowed(entry->tags)))), entry->isPremium ? "premium" : ""});
+    }
+    return Table(rows, "");
+}
+
+std::string StockEntryAsJSON(const orvcapsule::StockCapsuleEntry& entry, std::size_t index, std::size_t total)
+{
+    Members members;
+    members.Writer().BeginObject();
+    members.Number("index", index);
+    members.Number("total", total);
+    members.Text("id", AsNarrow(entry.stockID));
+    members.Text("name", entry.name);
+    members.Text("creator", entry.creatorName);
+    members.List("tags", entry.tags);
+    members.Number("width", entry.frameWidth);
+    members.Number("height", entry.frameHeight);
+    members.URL("thumbnailURL", entry.thumbnailURL);
+    members.URL("previewURL", entry.videoPreviewURL);
+    members.URL("metadataURL", entry.metadataURL);
     members.Writer().EndObject();
     return ToNarrow(members.Writer().Take());
 }

@@ -14,8 +14,12 @@
 #include <sources/SourceNames.h>
 #include <tools/support/Console.h>
 
+#include <boost/pointer_cast.hpp>
+
+#include <algorithm>
 #include <exception>
 #include <mutex>
+#include <stdexcept>
 #include <utility>
 
 namespace zelt {
@@ -49,6 +53,8 @@ struct Browser::Failure {
 
 namespace {
 
+constexpr std::size_t kMostStockResults = 1000; // nothing behind them is asked for
+
 using CustomFolders = std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>;
 
 std::shared_ptr<orvcapsule::LocalGraphicsSource> MakeSource(const std::vector<std::string>& folders)
@@ -60,6 +66,16 @@ std::shared_ptr<orvcapsule::LocalGraphicsSource> MakeSource(const std::vector<st
     return std::make_shared<orvcapsule::LocalGraphicsSource>(orvcore::PathToUTF16(ToPath(folders.front())), custom);
 }
 
+std::vector<orvcore::UTF16String> ToWide(const std::vector<std::string>& terms)
+{
+    std::vector<orvcore::UTF16String> wide;
+    wide.reserve(terms.size());
+    for (const std::string& term : terms) {
+        wide.push_back(orvcore::ToUTF16(term));
+    }
+    return wide;
+}
+
 } // namespace
 
 Browser::Browser(const std::vector<std::string>& folders, const std::string& libraries)
@@ -67,7 +83,7 @@ Browser::Browser(const std::vector<std::string>& folders, const std::string& lib
 {
     const std::filesystem::path index = folder_.Path() / "index";
     CheckIndexFile(ToText(index), false);
-    orvcore::SetTaskExceptionHandler([failure = failure_](const std::exception_ptr& what) { failure->Set(what); });
+    CatchFailures();
     manager_ = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(index));
     if (!folders.empty()) {
         manager_->AddGraphicSource(MakeSource(folders));
@@ -76,6 +92,21 @@ Browser::Browser(const std::vector<std::string>& folders, const std::string& lib
         lumolibmanager::SetLumoLibManager(std::make_shared<lumolibmanager::FolderLibManager>(ToPath(libraries)));
         manager_->AddGraphicSource(std::make_shared<orvcapsule::LumoLibrariesSource>(false));
     }
+}
+
+Browser::Browser(std::shared_ptr<orvcapsule::ClientStockConnection> connection, const orvcore::UTF8String& filter)
+    : failure_(std::make_shared<Failure>())
+    , manager_(std::make_shared<GraphicSourceManager>(u""))
+{
+    CatchFailures();
+    manager_->AddGraphicSource(
+        std::make_shared<orvcapsule::StockSource>(std::move(connection), orvcapsule::TemplateType::MotionGraphics));
+    manager_->SetSearchFilterType(filter);
+}
+
+void Browser::CatchFailures()
+{
+    orvcore::SetTaskExceptionHandler([failure = failure_](const std::exception_ptr& what) { failure->Set(what); });
 }
 
 Browser::~Browser()
@@ -121,18 +152,46 @@ std::vector<lumolibmanager::LeftOut> Browser::GetLeftOut() const
 
 Browser::Texts Browser::Search(const std::vector<std::string>& terms)
 {
-    std::vector<orvcore::UTF16String> wide;
-    wide.reserve(terms.size());
-    for (const std::string& term : terms) {
-        wide.push_back(orvcore::ToUTF16(term));
-    }
-    return RequestTexts([&] { manager_->RequestGraphics(wide); }, &GraphicSourceManager::SetDatabaseRequestCallback);
+    return RequestTexts([&] { manager_->RequestGraphics(ToWide(terms)); },
+                        &GraphicSourceManager::SetDatabaseRequestCallback);
 }
 
 Browser::Texts Browser::FindTags(const std::string& prefix)
 {
     return RequestTexts([&] { manager_->RequestSimilarTags(orvcore::ToUTF16(prefix)); },
                         &GraphicSourceManager::SetDatabaseTagRequestCallback);
+}
+
+Browser::StockFound Browser::SearchStock(const std::vector<std::string>& terms)
+{
+    Progress progress("searching");
+    bool answered = false;
+    StockFound found;
+    std::string failure;
+    manager_->SetStockRequestCallback(std::make_shared<GraphicSourceManager::RequestCallback>(
+        [&](GraphicSourceManager::ResultMap& page, int /*first*/, int total) {
+            for (const auto& [position, entry] : page) {
+                found.entries.push_back(boost::dynamic_pointer_cast<orvcapsule::StockCapsuleEntry>(entry));
+            }
+            found.total = static_cast<std::size_t>(total);
+            const std::size_t wanted = std::min(found.total, kMostStockResults);
+            answered = page.empty() || found.entries.size() >= wanted;
+            progress.Set(static_cast<double>(found.entries.size()) /
+                         static_cast<double>(std::max(wanted, std::size_t{1})));
+        }));
+    manager_->SetStockFailureCallback(
+        std::make_shared<GraphicSourceManager::StockFailureCallback>([&](const orvcapsule::StockSearchFailure& what) {
+            failure = orvcore::ToNarrow(what.message);
+            answered = true;
+        }));
+    manager_->RequestGraphics(ToWide(terms));
+    Await(answered);
+    manager_->SetStockRequestCallback(nullptr);
+    manager_->SetStockFailureCallback(nullptr);
+    if (!failure.empty()) {
+        throw std::runtime_error(failure);
+    }
+    return found;
 }
 
 Browser::Texts Browser::RequestTexts(const std::function<void()>& request, SetCallback setCallback)

@@ -6,6 +6,8 @@
 #include <lumolibmanager/LumoLibManager.h>
 #include <manager/GraphicSourceManager.h>
 #include <sources/GraphicSource.h>
+#include <stock/StockCapsuleEntry.h>
+#include <stock/StockSource.h>
 
 #include <functional>
 #include <memory>
@@ -15,9 +17,9 @@
 
 namespace zelt {
 
-/// A small host: the library's manager with a local source and one of cloud libraries, on this thread as the main
-/// thread. Every operation waits for its answer, runs the main thread's calls meanwhile, and is cancelled when the user
-/// interrupts.
+/// A small host: the library's manager with a local source and one of cloud libraries, or with the stock source alone,
+/// on this thread as the main thread. Every operation waits for its answer, runs the main thread's calls meanwhile, and
+/// is cancelled when the user interrupts.
 ///
 /// The search index is a private file that is deleted with this object. Operations throw Cancelled, or what ended a
 /// background task.
@@ -31,6 +33,8 @@ public:
     /// @param folders    the first is listed with all below it (empty: none), the others without sub-folders
     /// @param libraries  the folder that holds the cloud libraries; empty: none
     Browser(const std::vector<std::string>& folders, const std::string& libraries);
+    /// The stock service. @param filter  one of the stock source's filter values
+    Browser(std::shared_ptr<orvcapsule::ClientStockConnection> connection, const orvcore::UTF8String& filter);
     Browser(const Browser&) = delete;
     Browser& operator=(const Browser&) = delete;
     ~Browser();
@@ -47,11 +51,19 @@ public:
     /// Suggestions for what a user has typed.
     Texts FindTags(const std::string& prefix);
 
+    struct StockFound {
+        std::vector<boost::shared_ptr<orvcapsule::StockCapsuleEntry>> entries; ///< the first thousand at most
+        std::size_t total = 0;
+    };
+    /// The stock templates that every term finds. @throws std::runtime_error  that says why a page did not arrive
+    StockFound SearchStock(const std::vector<std::string>& terms);
+
 private:
     struct Failure;
     using SetCallback = void (orvcapsule::GraphicSourceManager::*)(
         const std::shared_ptr<orvcapsule::GraphicSourceManager::TextSetCallback>&);
 
+    void CatchFailures();
     Texts RequestTexts(const std::function<void()>& request, SetCallback setCallback);
     void Await(const bool& answered);
 

@@ -21,9 +21,17 @@ static void OnInterrupt(int /*signal*/)
     raised = true;
     std::signal(SIGINT, SIG_DFL);
 }
+
+// Programs that end others, such as timeout, may ask twice in one breath.
+static void OnTermination(int /*signal*/)
+{
+    raised = true;
+    std::signal(SIGTERM, &OnTermination);
+}
 }
 
-InterruptWatch::InterruptWatch()
+InterruptWatch::InterruptWatch(Of signals)
+    : beforeTermination_(signals == Of::Interrupt ? SIG_ERR : std::signal(SIGTERM, &OnTermination))
 {
     raised = false;
     before_ = std::signal(SIGINT, &OnInterrupt);
@@ -35,6 +43,9 @@ InterruptWatch::InterruptWatch()
 InterruptWatch::~InterruptWatch()
 {
     std::signal(SIGINT, before_ == SIG_ERR ? SIG_DFL : before_);
+    if (beforeTermination_ != SIG_ERR) {
+        std::signal(SIGTERM, beforeTermination_);
+    }
 }
 
 bool InterruptWatch::IsRaised() const noexcept

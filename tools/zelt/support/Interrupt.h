@@ -6,7 +6,12 @@ namespace zelt {
 /// ends the program at once, as does any that comes while none of these lives. One at a time.
 class InterruptWatch {
 public:
-    InterruptWatch();
+    enum class Of {
+        Interrupt,
+        InterruptAndTermination, ///< also the polite end (SIGTERM), which is how scripts end a service
+    };
+
+    explicit InterruptWatch(Of signals = Of::Interrupt);
     InterruptWatch(const InterruptWatch&) = delete;
     InterruptWatch& operator=(const InterruptWatch&) = delete;
     ~InterruptWatch();
@@ -18,6 +23,7 @@ public:
 
 private:
     void (*before_)(int);
+    void (*beforeTermination_)(int);
 };
 
 } // namespace zelt

@@ -5,6 +5,7 @@
 #include <tools/zelt/output/Progress.h>
 
 #include <orvcore/files/AtomicFile.h>
+#include <orvcore/files/FileSystem.h>
 
 namespace zelt {
 
@@ -37,6 +38,14 @@ void PutInPlace(const std::filesystem::path& made, const std::filesystem::path& 
     } catch (const std::filesystem::filesystem_error& error) {
         throw FileError(ToText(to), error.code().message());
     }
+}
+
+void Deliver(const std::filesystem::path& made, const std::filesystem::path& to, const InterruptWatch* interrupt)
+{
+    std::error_code unknown;
+    const auto size = orvcore::InspectTarget(made, unknown).size;
+    PutInPlace(made, to, interrupt);
+    PrintLine(Printable(ToText(to)) + ": " + std::to_string(size) + " bytes");
 }
 
 } // namespace zelt

@@ -12,6 +12,7 @@ std::vector<Command> PackingCommands();  ///< packages as archives
 std::vector<Command> EditingCommands();  ///< making and changing templates
 std::vector<Command> BrowsingCommands(); ///< templates in folders
 std::vector<Command> LibraryCommands();  ///< search indexes and cloud libraries on disk
+std::vector<Command> StockCommands();    ///< the stock service, and one for development
 std::vector<Command> SuiteCommands();    ///< other programs of the suite
 std::vector<Command> ProgramCommands();  ///< help on this program
 

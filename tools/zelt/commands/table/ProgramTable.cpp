@@ -24,7 +24,7 @@ Program MakeProgram(CommonOptions& common)
 {
     Program program{{}, {"", "Reads, edits, makes and finds motion-graphics template packages (.zelt)."}};
     for (const auto& list : {&ReadingCommands, &PackingCommands, &EditingCommands, &BrowsingCommands, &LibraryCommands,
-                             &SuiteCommands, &ProgramCommands}) {
+                             &StockCommands, &SuiteCommands, &ProgramCommands}) {
         for (Command& command : list()) {
             program.commands.push_back(std::move(command));
         }
