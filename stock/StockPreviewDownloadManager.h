@@ -26,8 +26,8 @@ public:
     /// The object; empty before Initialize and after Terminate.
     static boost::shared_ptr<StockPreviewDownloadManager> GetInstance();
     /// Ends the object and all downloads of the process (`orvappsupport::FlushMediaDownloads`): when this returns, no
-    /// `OnReady` runs and none will be called. From within an `OnReady` it does not wait for the others. It may be
-    /// initialised again.
+    /// `OnReady` runs and none will be called. From within an `OnReady` it does not wait for the others. Must not be
+    /// called under the system's loader lock. It may be initialised again.
     static void Terminate();
 
     /// Gets an entry's preview: afterwards look at the entry's `GetVideoPreviewPath`. Where that has a path, the

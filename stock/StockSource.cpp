@@ -193,7 +193,7 @@ void StockSource::Search(const std::vector<UTF16String>& terms, const std::vecto
                 (*onFailure)({error, first, results.message});
             }
         } else if (onResults && *onResults) {
-            (*onResults)(detail::MakeEntries(results), first, results.total, token);
+            (*onResults)(detail::MakeEntries(results.rows), first, results.total, token);
         }
     };
     orvcore::KeepModuleLoaded(&kCode);

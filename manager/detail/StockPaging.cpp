@@ -38,14 +38,16 @@ void DeliverPage(const StockRequest& request, const StockSource::Entries& entrie
             });
 }
 
+// The service works on the next page while this one is made ready. Pages arrive one at a time, so the deliveries keep
+// their order.
 void TakePage(const RequestPtr& request, const StockSource::Entries& entries, int first, int total)
 {
-    DeliverPage(*request, entries, first, total);
     const int next = first + static_cast<int>(entries.size());
     const int count = std::min(kPageSize, std::min(total, kMostResults) - next);
     if (!entries.empty() && count > 0) { // an empty page would be followed by itself
         PostPage(request, next, count);
     }
+    DeliverPage(*request, entries, first, total);
 }
 
 void RequestPage(const RequestPtr& request, int first, int count)

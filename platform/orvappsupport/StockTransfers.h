@@ -73,6 +73,7 @@ ORVPLATFORM_API void DownloadMediaFromURL(const orvcore::UTF8String& url, const 
 
 /// Ends all downloads that were begun before, as failed, and returns when their handlers have returned; a handler must
 /// therefore not wait for the caller. From a handler on the client's thread it returns at once; the handlers follow.
+/// Must not be called under the system's loader lock.
 ORVPLATFORM_API void FlushMediaDownloads();
 
 } // namespace orvappsupport

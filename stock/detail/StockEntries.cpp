@@ -1,12 +1,16 @@
 #include <stock/detail/StockEntries.h>
 
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <sources/SourceNames.h>
 #include <stock/StockCapsuleEntry.h>
 
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
+#include <span>
+#include <string_view>
 
 namespace orvcapsule::detail {
 
@@ -14,12 +18,67 @@ using namespace orvappsupport::search;
 
 namespace {
 
-std::uint32_t ToPixels(std::uint64_t number)
+std::u8string_view TextOf(const Value& value)
 {
-    return static_cast<std::uint32_t>(std::min<std::uint64_t>(number, std::numeric_limits<std::uint32_t>::max()));
+    const auto* const text = std::get_if<orvcore::UTF8String>(&value);
+    return text != nullptr ? std::u8string_view(*text) : std::u8string_view();
 }
 
-boost::shared_ptr<CapsuleEntry> MakeEntry(const Results& results, const Row& row)
+std::uint64_t NumberOf(const Value& value)
+{
+    const auto* const number = std::get_if<std::uint64_t>(&value);
+    return number != nullptr ? *number : 0;
+}
+
+std::uint32_t PixelsOf(const Value& value)
+{
+    return static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(NumberOf(value), std::numeric_limits<std::uint32_t>::max()));
+}
+
+std::span<const orvcore::UTF8String> ListOf(const Value& value)
+{
+    const auto* const list = std::get_if<std::vector<orvcore::UTF8String>>(&value);
+    return list != nullptr ? std::span(*list) : std::span<const orvcore::UTF8String>();
+}
+
+std::vector<orvcore::UTF16String> WideListOf(const Value& value)
+{
+    const auto list = ListOf(value);
+    std::vector<orvcore::UTF16String> wide;
+    wide.reserve(list.size());
+    std::transform(list.begin(), list.end(), std::back_inserter(wide),
+                   [](const orvcore::UTF8String& text) { return orvcore::ToUTF16(text); });
+    return wide;
+}
+
+// What is asked for, and what becomes of it.
+struct Column {
+    const char8_t* name;
+    void (*fill)(StockCapsuleEntry&, const Value&);
+};
+constexpr Column kColumns[] = {
+    {kResultColumn_Description, [](auto& entry, auto& value) { entry.description = orvcore::ToUTF16(TextOf(value)); }},
+    {kResultColumn_CreatorName, [](auto& entry, auto& value) { entry.creatorName = orvcore::ToUTF16(TextOf(value)); }},
+    {kResultColumn_Keywords, [](auto& entry, auto& value) { entry.tags = WideListOf(value); }},
+    {kResultColumn_Width, [](auto& entry, auto& value) { entry.frameWidth = PixelsOf(value); }},
+    {kResultColumn_Height, [](auto& entry, auto& value) { entry.frameHeight = PixelsOf(value); }},
+    {kResultColumn_ThumbnailURL, [](auto& entry, auto& value) { entry.thumbnailURL = TextOf(value); }},
+    {kResultColumn_ThumbnailURL_240, [](auto& entry, auto& value) { entry.smallThumbnailURL = TextOf(value); }},
+    {kResultColumn_ThumbnailHTMLTag, [](auto& entry, auto& value) { entry.thumbnailHTMLTag = TextOf(value); }},
+    {kResultColumn_ThumbnailWidth, [](auto& entry, auto& value) { entry.thumbnailWidth = PixelsOf(value); }},
+    {kResultColumn_ThumbnailHeight, [](auto& entry, auto& value) { entry.thumbnailHeight = PixelsOf(value); }},
+    {kResultColumn_VideoPreviewURL, [](auto& entry, auto& value) { entry.videoPreviewURL = TextOf(value); }},
+    {kResultColumn_SizeBytes, [](auto& entry, auto& value) { entry.fileSize = NumberOf(value); }},
+    {kResultColumn_ZeltMetadataURL, [](auto& entry, auto& value) { entry.metadataURL = TextOf(value); }},
+    {kResultColumn_TemplateCategories,
+     [](auto& entry, auto& value) {
+         const auto list = ListOf(value);
+         entry.categories.assign(list.begin(), list.end());
+     }},
+};
+
+boost::shared_ptr<CapsuleEntry> MakeEntry(const Row& row)
 {
     auto entry = boost::make_shared<StockCapsuleEntry>();
     entry->sourcePath = {kStockSourceID};
@@ -27,22 +86,9 @@ boost::shared_ptr<CapsuleEntry> MakeEntry(const Results& results, const Row& row
     entry->isPremium = row.premium;
     entry->isLicensed = row.licensed;
     entry->name = orvcore::ToUTF16(row.title);
-    entry->description = orvcore::ToUTF16(results.GetText(row, kResultColumn_Description));
-    entry->creatorName = orvcore::ToUTF16(results.GetText(row, kResultColumn_CreatorName));
-    for (const orvcore::UTF8String& keyword : results.GetList(row, kResultColumn_Keywords)) {
-        entry->tags.push_back(orvcore::ToUTF16(keyword));
+    for (std::size_t i = 0; i < std::size(kColumns); ++i) {
+        kColumns[i].fill(*entry, row.values[i]);
     }
-    entry->frameWidth = ToPixels(results.GetNumber(row, kResultColumn_Width));
-    entry->frameHeight = ToPixels(results.GetNumber(row, kResultColumn_Height));
-    entry->thumbnailURL = results.GetText(row, kResultColumn_ThumbnailURL);
-    entry->smallThumbnailURL = results.GetText(row, kResultColumn_ThumbnailURL_240);
-    entry->thumbnailHTMLTag = results.GetText(row, kResultColumn_ThumbnailHTMLTag);
-    entry->thumbnailWidth = ToPixels(results.GetNumber(row, kResultColumn_ThumbnailWidth));
-    entry->thumbnailHeight = ToPixels(results.GetNumber(row, kResultColumn_ThumbnailHeight));
-    entry->videoPreviewURL = results.GetText(row, kResultColumn_VideoPreviewURL);
-    entry->fileSize = results.GetNumber(row, kResultColumn_SizeBytes);
-    entry->metadataURL = results.GetText(row, kResultColumn_ZeltMetadataURL);
-    entry->categories = results.GetList(row, kResultColumn_TemplateCategories);
     return entry;
 }
 
@@ -50,24 +96,21 @@ boost::shared_ptr<CapsuleEntry> MakeEntry(const Results& results, const Row& row
 
 const std::vector<orvcore::UTF8String>& ResultColumns()
 {
-    static const std::vector<orvcore::UTF8String> columns = {
-        kResultColumn_Description,      kResultColumn_CreatorName,
-        kResultColumn_Keywords,         kResultColumn_Width,
-        kResultColumn_Height,           kResultColumn_ThumbnailURL,
-        kResultColumn_ThumbnailURL_240, kResultColumn_ThumbnailHTMLTag,
-        kResultColumn_ThumbnailWidth,   kResultColumn_ThumbnailHeight,
-        kResultColumn_VideoPreviewURL,  kResultColumn_SizeBytes,
-        kResultColumn_ZeltMetadataURL,  kResultColumn_TemplateCategories};
-    return columns;
+    static orvcore::NoDestructor<std::vector<orvcore::UTF8String>> columns([] {
+        std::vector<orvcore::UTF8String> names;
+        for (const Column& column : kColumns) {
+            names.emplace_back(column.name);
+        }
+        return names;
+    }());
+    return *columns;
 }
 
-std::vector<boost::shared_ptr<CapsuleEntry>> MakeEntries(const Results& results)
+std::vector<boost::shared_ptr<CapsuleEntry>> MakeEntries(const std::vector<Row>& rows)
 {
     std::vector<boost::shared_ptr<CapsuleEntry>> entries;
-    entries.reserve(results.rows.size());
-    for (const Row& row : results.rows) {
-        entries.push_back(MakeEntry(results, row));
-    }
+    entries.reserve(rows.size());
+    std::transform(rows.begin(), rows.end(), std::back_inserter(entries), &MakeEntry);
     return entries;
 }
 

@@ -1,5 +1,6 @@
 #include <tests/support/Latch.h>
 #include <tests/support/TempFolder.h>
+#include <tests/support/ZipBytes.h>
 #include <tools/http/Server.h>
 #include <tools/stock/StockService.h>
 
@@ -198,12 +199,33 @@ TEST(StockClientTest, AnAnswerIsHostileUntilItIsChecked)
         EXPECT_THAT(orvcore::ToNarrow(answer.results.message), HasSubstr(c.reason)) << c.body.substr(0, 100);
         EXPECT_TRUE(answer.results.rows.empty() && answer.results.total == 0);
     }
-    const Server badlyPacked([&](const Request&) {
-        Response response = TextResponse(200, "application/json", page + "]}");
-        response.headers.emplace_back("Content-Encoding", "gzip");
-        return response;
-    });
-    EXPECT_EQ(Search(To(badlyPacked.Origin())), Error::BadAnswer);
+}
+
+TEST(StockClientTest, APackedAnswerIsUnpackedAsFarAsAnyMayBeLong)
+{
+    const std::string packed("\x1f\x8b\x08\0\0\0\0\0\2\3\xabV*\xc9/I\xccQ\xb2"
+                             "2\xd7Q*\xca//V\xb2\x8a\x8e\xad\5\0\xf1\xae\xd0@\x15\0\0\0",
+                             41);                                               // {"total":7,"rows":[]}
+    const std::string bomb = packed.substr(0, 10) + test::Zeros(9000).deflated; // 9 MB from 9 KB
+    struct Case {
+        std::string body;
+        Error error;
+        const char* reason;
+    };
+    for (const Case& c : std::vector<Case>{{packed, Error::None, ""},
+                                           {packed.substr(0, 20), Error::BadAnswer, ""},
+                                           {R"({"total":7,"rows":[]})", Error::BadAnswer, ""},
+                                           {bomb, Error::BadAnswer, "too large"}}) {
+        const Server server([&](const Request&) {
+            Response response = TextResponse(200, "application/json", c.body);
+            response.headers.emplace_back("Content-Encoding", "gzip");
+            return response;
+        });
+        const Page page = Search(To(server.Origin()));
+        EXPECT_EQ(page, c.error) << c.body.size();
+        EXPECT_EQ(page.results.total, c.error == Error::None ? 7 : 0);
+        EXPECT_THAT(orvcore::ToNarrow(page.results.message), HasSubstr(c.reason));
+    }
 }
 
 TEST(StockClientTest, AColumnThatIsNotUsableIsLeftOut)

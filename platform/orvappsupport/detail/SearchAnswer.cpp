@@ -25,6 +25,7 @@ struct BadPage : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// A text, or a number as its decimal text.
 std::optional<orvcore::UTF8String> TextOf(const JSONNode& node)
 {
     std::string_view text;
@@ -66,27 +67,42 @@ Value ValueOf(const JSONNode& node)
     return text ? Value(std::move(*text)) : Value();
 }
 
+orvcore::UTF8String PlainTextOf(const JSONNode& node)
+{
+    return node.IsString() ? TextOf(node).value_or(orvcore::UTF8String()) : orvcore::UTF8String();
+}
+
+// The column of this name. Services tell them in one order, so the one after the last is looked at first.
+std::size_t FindColumn(std::string_view name, const std::vector<orvcore::UTF8String>& columns, std::size_t likely)
+{
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const std::size_t column = (likely + i) % columns.size();
+        if (orvcore::AsNarrow(columns[column]) == name) {
+            return column;
+        }
+    }
+    return columns.size();
+}
+
+// Of a key that repeats the last value counts, as everywhere.
 Row ReadRow(const JSONNode& node, const std::vector<orvcore::UTF8String>& columns)
 {
     Row row;
-    const JSONNode* const id = node.Find("id");
-    std::string_view text;
-    if (id == nullptr || !id->Get(text) || text.empty() || text.size() > kMaxColumnBytes) {
-        throw BadPage("has no usable \"id\"");
-    }
-    row.id = orvcore::ToUTF8(text);
-    if (const JSONNode* const title = node.Find("title"); title != nullptr && title->IsString()) {
-        row.title = TextOf(*title).value_or(orvcore::UTF8String());
-    }
-    for (const auto& [key, flag] : {std::pair("premium", &row.premium), std::pair("licensed", &row.licensed)}) {
-        if (const JSONNode* const value = node.Find(key)) {
-            static_cast<void>(value->Get(*flag)); // it stays as it is where the value is none
+    row.values.resize(columns.size());
+    std::size_t likely = 0;
+    for (const JSONNode& member : node.Children()) {
+        const std::string_view key = member.Key();
+        if (key == "id" || key == "title") {
+            (key == "id" ? row.id : row.title) = PlainTextOf(member);
+        } else if (key == "premium" || key == "licensed") {
+            static_cast<void>(member.Get(key == "premium" ? row.premium : row.licensed)); // no bool changes nothing
+        } else if (const std::size_t column = FindColumn(key, columns, likely); column < columns.size()) {
+            row.values[column] = ValueOf(member);
+            likely = column + 1;
         }
     }
-    row.values.reserve(columns.size());
-    for (const orvcore::UTF8String& column : columns) {
-        const JSONNode* const value = node.Find(orvcore::AsNarrow(column));
-        row.values.push_back(value != nullptr ? ValueOf(*value) : Value());
+    if (row.id.empty()) {
+        throw BadPage("has no usable \"id\"");
     }
     return row;
 }

@@ -19,6 +19,7 @@ namespace {
 constexpr std::size_t kMaxHeaderBytes = std::size_t{256} << 10U;
 constexpr std::size_t kMaxErrorBody = std::size_t{64} << 10U;
 constexpr const char* kTooLarge = "the answer is too large";
+constexpr std::int64_t kMostReserved = std::int64_t{1} << 20U;
 constexpr int kMaxRedirects = 5;
 constexpr int kMaxRepetitions = 2;
 constexpr milliseconds kFirstPause{250};
@@ -45,6 +46,16 @@ milliseconds WithJitter(milliseconds pause)
 {
     thread_local std::minstd_rand random{std::random_device()()};
     return pause + milliseconds(std::uniform_int_distribution<milliseconds::rep>(0, pause.count() / 4)(random));
+}
+
+// Removes what killed downloads left beside the file; of many into one folder the first one does.
+void TidyFolder(const std::filesystem::path& file)
+{
+    thread_local std::filesystem::path tidied;
+    if (std::filesystem::path folder = file.parent_path(); folder != tidied) {
+        orvcore::RemoveLeftBehind(folder, hours(24));
+        tidied = std::move(folder);
+    }
 }
 
 std::string_view Trim(std::string_view text)
@@ -129,7 +140,7 @@ EasyHandle::Native* Transfer::Begin()
     received_ = 0;
     lastNews_ = Clock::now();
     std::vector<std::string> headers = request_.headers;
-    if (HaveSameOrigin(url_, request_.url)) {
+    if (url_ == request_.url || HaveSameOrigin(url_, request_.url)) {
         headers.insert(headers.end(), request_.credentials.begin(), request_.credentials.end());
     }
     handle_->Prepare({url_, headers, ceil<milliseconds>(deadline_ - Clock::now())});
@@ -185,11 +196,15 @@ bool Transfer::StoreBody(std::string_view data)
     if (!response_->IsSuccess()) { // it only says why
         response_->body += data.substr(0, kMaxErrorBody - std::min(kMaxErrorBody, response_->body.size()));
     } else if (!IsDownload()) {
+        if (response_->body.empty()) {
+            const std::int64_t announced = handle_->AnnouncedBytes(); // which may be a lie
+            response_->body.reserve(static_cast<std::size_t>(std::clamp<std::int64_t>(announced, 0, kMostReserved)));
+        }
         response_->body += data;
     } else {
         if (!file_) {
             file_.emplace(*request_.file);
-            file_->RemoveLeftBehind();
+            TidyFolder(*request_.file);
         }
         if (std::error_code error; !file_->Write(data.data(), data.size(), error)) {
             Fail(TransferEnd::NotWritten, error.message());

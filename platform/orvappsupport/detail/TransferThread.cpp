@@ -113,18 +113,16 @@ bool TransferThread::Start()
 
 void TransferThread::Submit(std::unique_ptr<Transfer> transfer)
 {
-    {
-        const std::lock_guard lock(mutex_);
-        if (Start()) {
-            submitted_.push_back(std::move(transfer));
-        }
-    }
-    if (transfer) {
+    std::unique_lock lock(mutex_);
+    if (!Start()) {
+        lock.unlock();
         transfer->Fail(TransferEnd::Cancelled);
         transfer->Tell();
-    } else {
-        curl_multi_wakeup(multi_);
+        return;
     }
+    submitted_.push_back(std::move(transfer));
+    lock.unlock();
+    curl_multi_wakeup(multi_);
 }
 
 void TransferThread::FlushDownloads()

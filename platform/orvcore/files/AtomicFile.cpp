@@ -5,7 +5,6 @@
 #include <orvcore/files/shared/NativeFile.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace orvcore {
 
@@ -129,9 +128,11 @@ bool AtomicFile::Write(const void* data, std::size_t size, std::error_code& erro
             buffer_.reserve(kBufferSize);
             bufferStart_ = position_;
         }
+        const auto* const bytes = static_cast<const char*>(data);
         const std::size_t at = position_ - bufferStart_;
-        buffer_.resize(std::max(buffer_.size(), at + size));
-        std::memcpy(buffer_.data() + at, data, size);
+        const std::size_t replaced = std::min(size, buffer_.size() - at);
+        std::copy_n(bytes, replaced, buffer_.begin() + static_cast<std::ptrdiff_t>(at));
+        buffer_.insert(buffer_.end(), bytes + replaced, bytes + size);
     }
     position_ += size;
     size_ = std::max(size_, position_);
