@@ -25,7 +25,7 @@ void RunUntil(const bool& done)
     }
 }
 
-// Lists everything. A browse panel would show each source's entries as they come (the partial-completion callback).
+// Lists everything. A browse panel would show the entries as they are found (the entries-found callback).
 void List(GraphicSourceManager& manager)
 {
     bool done = false;

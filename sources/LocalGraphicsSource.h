@@ -30,7 +30,7 @@ class FolderListing;
 /// What an object lists never changes, so any operations may run at the same time. Listings use all workers of the
 /// CPU-bound executor; they poll the token before every package, on several threads, and count as aborted when the
 /// process's executors end (`orvcore::IsTerminating`). Each advances the token's progress item by GetProgressWeight()
-/// in all.
+/// in all, and announces entries (`CheckCancel::onEntryFound`) while it still walks through the folders.
 class ORVCAPSULE_API LocalGraphicsSource : public ILocalGraphicSource {
 public:
     /// @param rootFolder need not exist; empty: none

@@ -15,7 +15,8 @@ namespace orvcapsule {
 /// An object has no state that changes, so any operations may run at the same time. A listing asks the manager on the
 /// calling thread and reads definitions on all workers of the CPU-bound executor. It polls the token before every
 /// element, on several threads, counts as aborted when the process's executors end (`orvcore::IsTerminating`), and
-/// advances the token's progress item by GetProgressWeight() in all. An exception of the manager's passes to the
+/// advances the token's progress item by GetProgressWeight() in all. Entries are announced as they are made
+/// (`CheckCancel::onEntryFound`). An exception of the manager's passes to the
 /// caller.
 class ORVCAPSULE_API LumoLibrariesSource : public ILocalGraphicSource {
 public:

@@ -42,7 +42,7 @@ struct ListedElement {
 ///
 /// The library calls it from any thread, from several at a time. It never throws: what is not there is an empty text or
 /// an empty list. What it answers may change from call to call, as synchronisation goes on; a listing asks for the
-/// libraries first, then for the elements of each, then for their names and paths.
+/// libraries first, then for the elements of each with their names and paths (`ListElements`).
 class ORVPLATFORM_API LumoLibManager {
 public:
     LumoLibManager() = default;
