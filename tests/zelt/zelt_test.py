@@ -754,7 +754,7 @@ class ZeltTest(unittest.TestCase):
     def test_command_line(self):
         for arguments, words in [([""], 'no command ""'), (["chekc"], 'did you mean "check"?'), (["info"], "give a FILE"),
                                  (["info", "--jsn", "x"], 'did you mean "--json"?'), (["index"], "index --help"), ([], "needed"),
-                                 (["index", "biuld"], 'did you mean "index build"?'), (["pack", "x"], "FILE is missing"),
+                                 (["help", "index", "biuld"], 'did you mean "index build"?'), (["pack", "x"], "FILE is missing"),
                                  (["set", "untitled.zelt"], "nothing to change"), (["info", "--json=x", "x"], "no value"),
                                  (["set", "x", "--name"], "--name needs TEXT"), (["pack", "a", "b", "c"], '"c" was not')]:
             self.assertIn(words, self.run_zelt(*arguments, code=2)[1])

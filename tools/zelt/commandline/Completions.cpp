@@ -1,4 +1,5 @@
 #include <tools/zelt/commandline/Program.h>
+#include <tools/zelt/output/TextLayout.h>
 
 #include <algorithm>
 #include <functional>
@@ -18,13 +19,9 @@ std::string Quoted(std::string_view text)
     return quoted + '\'';
 }
 
-std::string Joined(const std::vector<std::string>& words)
+std::string Spaced(const std::vector<std::string>& words)
 {
-    std::string line;
-    for (const std::string& word : words) {
-        line += (line.empty() ? "" : " ") + word;
-    }
-    return line;
+    return Joined(words, " ");
 }
 
 std::vector<const Command*> Shown(const Program& program)
@@ -102,7 +99,7 @@ std::vector<std::string> ChoicesOfArguments(const Command& command)
 
 std::string BashWords(Takes takes, const std::vector<std::string>& choices)
 {
-    const std::string words = choices.empty() ? "" : " -W " + Quoted(Joined(choices));
+    const std::string words = choices.empty() ? "" : " -W " + Quoted(Spaced(choices));
     return "compgen" + words +
            (takes == Takes::File     ? " -f"
             : takes == Takes::Folder ? " -d"
@@ -123,7 +120,7 @@ std::string BashCommand(const Program& program, const Command& command)
         }
     }
     const std::string name = Quoted(command.Name() + ' ');
-    return values + "    " + name + "*) if [[ $cur == -* ]]; then found=$(compgen -W " + Quoted(Joined(words)) +
+    return values + "    " + name + "*) if [[ $cur == -* ]]; then found=$(compgen -W " + Quoted(Spaced(words)) +
            " -- \"$cur\"); else found=$(" + BashWords(TakesOfArguments(command), ChoicesOfArguments(command)) +
            "); fi ;;\n";
 }
@@ -144,7 +141,7 @@ std::string ZshValue(const std::string& what, Takes takes, const std::vector<std
            (takes == Takes::File     ? "_files"
             : takes == Takes::Folder ? "_files -/"
             : choices.empty()        ? " "
-                                     : '(' + Joined(choices) + ')');
+                                     : '(' + Spaced(choices) + ')');
 }
 
 std::string ZshCommand(const Program& program, const Command& command)
@@ -178,7 +175,7 @@ std::string FishCommand(const Program& program, const Command& command)
         lines += " -d " + Quoted(option.help) + '\n';
     }
     const auto choices = ChoicesOfArguments(command);
-    lines += choices.empty() ? "" : begin + " -a " + Quoted(Joined(choices)) + '\n';
+    lines += choices.empty() ? "" : begin + " -a " + Quoted(Spaced(choices)) + '\n';
     const Takes takes = TakesOfArguments(command);
     return lines + (takes == Takes::File || takes == Takes::Folder ? begin + " -F\n" : "");
 }
@@ -187,7 +184,7 @@ std::string FishCommand(const Program& program, const Command& command)
 
 std::string BashCompletion(const Program& program)
 {
-    const std::string groups = Quoted(' ' + Joined(Groups(program)) + ' ');
+    const std::string groups = Quoted(' ' + Spaced(Groups(program)) + ' ');
     std::string script =
         "# bash completion of zelt\n_zelt() {\n"
         "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]} command= found= word i\n"
@@ -205,10 +202,10 @@ std::string BashCompletion(const Program& program)
         script += BashCommand(program, *command);
     }
     for (const std::string& group : Groups(program)) {
-        script += "    " + Quoted(group + ' ') + "*) found=$(compgen -W " + Quoted(Joined(NextWords(program, group))) +
+        script += "    " + Quoted(group + ' ') + "*) found=$(compgen -W " + Quoted(Spaced(NextWords(program, group))) +
                   " -- \"$cur\") ;;\n";
     }
-    return script + "    *) found=$(compgen -W " + Quoted(Joined(NextWords(program, ""))) +
+    return script + "    *) found=$(compgen -W " + Quoted(Spaced(NextWords(program, ""))) +
            " -- \"$cur\") ;;\n  esac\n" +
            "  local IFS=$'\\n'\n  COMPREPLY=($found)\n}\ncomplete -o filenames -F _zelt zelt\n";
 }
@@ -217,14 +214,14 @@ std::string ZshCompletion(const Program& program)
 {
     std::string script = "#compdef zelt\n_zelt() {\n  local command=${words[2]}\n  shift words; (( CURRENT-- ))\n"
                          "  if (( CURRENT == 1 )); then compadd -- " +
-                         Joined(NextWords(program, "")) +
+                         Spaced(NextWords(program, "")) +
                          "; return; fi\n"
                          "  case $command in\n";
     for (const std::string& group : Groups(program)) {
         script += "  " + group +
                   ")\n    command+=\" ${words[2]}\"; shift words; (( CURRENT-- ))\n"
                   "    if (( CURRENT == 1 )); then compadd -- " +
-                  Joined(NextWords(program, group)) + "; return; fi ;;\n";
+                  Spaced(NextWords(program, group)) + "; return; fi ;;\n";
     }
     script += "  esac\n  case $command in\n";
     for (const Command* command : Shown(program)) {
@@ -241,7 +238,7 @@ std::string FishCompletion(const Program& program)
                          "    string match -q -- '-*' $word; and continue\n"
                          "    set -a command $word\n"
                          "    contains -- \"$command\" " +
-                         Joined(Groups(program)) +
+                         Spaced(Groups(program)) +
                          "; or break\n"
                          "  end\n  echo \"$command\"\nend\n"
                          "function __zelt_is\n  set -l command (__zelt_command)\n  test \"$command\" = \"$argv\"\nend\n"
@@ -250,7 +247,7 @@ std::string FishCompletion(const Program& program)
     places.emplace_back();
     for (const std::string& place : places) {
         script += "complete -c zelt -n " + Quoted("__zelt_is " + place) + " -a " +
-                  Quoted(Joined(NextWords(program, place))) + '\n';
+                  Quoted(Spaced(NextWords(program, place))) + '\n';
     }
     for (const Command* command : Shown(program)) {
         script += FishCommand(program, *command);

@@ -33,7 +33,8 @@ ExitCode RunCommandLine(const std::vector<std::string>& arguments)
         return ExitCode::kDone;
     }
     if (common.help) {
-        return PrintHelp(program, name);
+        PrintHelp(program, name);
+        return ExitCode::kDone;
     }
     orvcore::Application::SetLanguage(ChosenLanguage(common.language));
     const char* password = std::getenv("ZELT_PASSWORD"); // other users cannot see it, unlike an option

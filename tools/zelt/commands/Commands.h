@@ -214,7 +214,7 @@ struct HelpOptions {
 };
 ExitCode RunHelp(const HelpOptions& options);
 /// Prints help on a command, a group of them (the first word of their names), or all when the name is empty.
-ExitCode PrintHelp(const Program& program, const std::string& name);
+void PrintHelp(const Program& program, const std::string& name);
 
 struct GenerateOptions {
     std::string what;

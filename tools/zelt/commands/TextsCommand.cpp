@@ -17,14 +17,22 @@ void PrintTexts(const TextsOptions& options)
     Print(options.csv ? TextsAsCSV(table) : options.json ? TextsAsJSON(table) : TextsAsTable(table));
 }
 
-// False when one of the texts is for none of the document's.
+// Texts that are so already keep their bytes. False when one of the others is for none of the document's.
 bool PutTexts(const TextTable& table, const std::string& file, DefinitionEditor& editor)
 {
+    std::map<std::string, std::map<std::string, std::string>> present;
+    for (TextTable::Row& row : ReadTexts(editor.Document()).rows) {
+        present[row.key] = std::move(row.texts);
+    }
     bool all = true;
     for (const TextTable::Row& row : table.rows) {
+        const auto& known = present[row.key];
         try {
             for (const auto& [locale, text] : row.texts) {
-                editor.SetLocalizedText(row.key, locale, text);
+                const auto stored = known.find(locale);
+                if (stored == known.end() || stored->second != text) {
+                    editor.SetLocalizedText(row.key, locale, text);
+                }
             }
         } catch (const UsageError& error) {
             ReportError(file, error.what());

@@ -183,10 +183,7 @@ void DefinitionEditor::SetLocalizedText(const std::string& key, const std::strin
     if (places.size() > 1) {
         throw UsageError("several texts are called \"" + key + '"');
     }
-    const std::map<std::string, std::string> texts = TextsAt(splice_, places.front());
-    if (const auto found = texts.find(locale); found == texts.end() || found->second != text) {
-        SetLocalized(places.front(), text, locale, key == kNameKey ? OlderName() : "");
-    }
+    SetLocalized(places.front(), text, locale, key == kNameKey ? OlderName() : "");
 }
 
 void DefinitionEditor::SetTextFrom(std::string_view assignment)

@@ -27,8 +27,8 @@ public:
     void SetList(std::string_view key, const std::vector<std::string>& texts);
     /// Sets the template's name for one locale; the name that other locales show stays.
     void SetName(std::string_view text, const std::string& locale);
-    /// Sets one of the texts that VisitTexts names; the id of a text or comment alone stands for its value. A text that
-    /// is so already keeps its bytes. @throws UsageError
+    /// Sets one of the texts that VisitTexts names; the id of a text or comment alone stands for its value.
+    /// @throws UsageError
     void SetLocalizedText(const std::string& key, const std::string& locale, std::string_view text);
     /// @param assignment  "LOCALE:KEY=TEXT" @throws UsageError
     void SetTextFrom(std::string_view assignment);

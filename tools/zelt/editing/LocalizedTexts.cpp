@@ -98,7 +98,10 @@ std::string DecodedText(const JSONSplice& document, const JSONOutline* text)
     if (text == nullptr || !text->Is(Kind::kString)) {
         return {};
     }
-    return orvcore::ToNarrow(*json::AsString(json::JSONParse(orvcore::AsUTF8(document.TextOf(*text)))));
+    const std::string_view quoted = document.TextOf(*text);
+    return quoted.find('\\') == quoted.npos
+               ? std::string(quoted.substr(1, quoted.size() - 2)) // most have no escapes, and there may be thousands
+               : orvcore::ToNarrow(*json::AsString(json::JSONParse(orvcore::AsUTF8(quoted))));
 }
 
 const JSONOutline* TextEntries(const JSONOutline* value)

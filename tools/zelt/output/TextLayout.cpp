@@ -9,11 +9,12 @@
 
 namespace zelt {
 
-std::string Joined(const std::vector<std::string>& list)
+std::string Joined(const std::vector<std::string>& list, std::string_view separator)
 {
     std::string joined;
     for (const std::string& element : list) {
-        joined += (joined.empty() ? "" : ", ") + element;
+        joined += joined.empty() ? "" : separator;
+        joined += element;
     }
     return joined;
 }

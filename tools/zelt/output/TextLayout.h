@@ -8,8 +8,8 @@
 /// What the commands' texts for people are made of.
 namespace zelt {
 
-/// The elements with ", " between them.
-std::string Joined(const std::vector<std::string>& list);
+/// The elements with the separator between them.
+std::string Joined(const std::vector<std::string>& list, std::string_view separator = ", ");
 
 /// "  Label         value" and a line feed, made safe to show; nothing when there is no value.
 std::string LabelledLine(const std::string& label, std::string_view value);
