@@ -96,11 +96,11 @@ class PanelTest(unittest.TestCase):
         self.root.cleanup()
 
     @contextlib.contextmanager
-    def browsing(self, folder):
+    def browsing(self, *arguments):
         """`zelt browse` while it serves; the address of its page. It must end well when it is interrupted."""
         with tempfile.TemporaryDirectory() as temp:
             program = subprocess.Popen(
-                [ZELT, "browse", "--no-open", folder], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                [ZELT, "browse", "--no-open", *map(str, arguments)], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                 env=os.environ | {"TMPDIR": temp}, preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
             try:
                 yield program.stdout.readline().strip()
@@ -231,6 +231,11 @@ class PanelTest(unittest.TestCase):
             page.write("[data-control='s-size'] input[type=number]", "64")
             page.click("[data-control='b-shadow'] input")
             page.write("#details [aria-label^='Name in']", "Anna")
+            page.choose("#details [data-keep=language]", "de_DE") # draws all anew, with the changes and the findings
+            self.assertEqual(page.run("return [...document.querySelectorAll('[data-control=s-size] input, [data-control=t-name] textarea')]"
+                                      ".map((e) => e.value)"), ["Ihr Name", "64", "64"])
+            self.assertIn("Nothing is wrong", page.text("#details .check"))
+            page.choose("#details [data-keep=language]", "en_US")
             page.wait("four changes", "return document.querySelector('.changes').textContent === '4 changes'")
             page.click("#details footer .main")
             page.wait("the dialog", "return document.querySelector('#save').open")
@@ -379,6 +384,43 @@ class PanelTest(unittest.TestCase):
             self.picture("many")
             page.write("#search", "19999")
             self.wait_for_names("Title 19999")
+
+    def test_stock_pages_come_while_one_scrolls(self):
+        page = self.page
+        service = subprocess.Popen([ZELT, "stock", "serve", self.folder, "--port", "0", "--copies", "40"], stdout=subprocess.PIPE, text=True)
+        try:
+            with self.browsing(self.folder, "--stock", service.stdout.readline().strip()) as address:
+                page.open(address)
+                page.wait("a page of the service", "return document.querySelector('#count').textContent === '108 templates'")
+                page.run("document.querySelector('#grid').scrollTop = 1e9")
+                page.wait("the next one", "return document.querySelector('#count').textContent === '208 templates'")
+                page.write("#search", "countdown")
+                page.wait("what both find", "return document.querySelector('#count').textContent === '41 templates of 48'")
+                page.wait("posters", "const all = [...document.querySelectorAll('.card img')];"
+                          "return all.length > 1 && all.every((i) => i.classList.contains('here'))")
+                card = page.run("return [...document.querySelectorAll('.card')].find((c) => c.querySelector('.badge.stock')).id")
+                page.hover("#" + card)
+                page.wait("a video", "const v = document.querySelector('.card video'); return v && v.currentTime > 0")
+                page.click("#" + card)
+                page.wait("a description", "return document.querySelector('#details [data-control=len]')")
+                self.picture("stock")
+                self.assertFalse(page.run("return document.querySelector('#details footer, #details .check')"))
+                service.kill()
+                page.write("#search", "timer")
+                page.wait("why there are none", "return document.querySelector('#notice').textContent.includes('stock') || "
+                          "document.querySelector('#notice').textContent.includes('127.0.0.1')")
+                page.complaints()
+        finally:
+            service.kill()
+            service.wait()
+            service.stdout.close()
+
+    def test_wrong_command_lines(self):
+        for arguments, code in ((["browse"], 2), (["browse", self.folder, "--port", "70000"], 2), (["gallery", self.folder], 2),
+                                (["gallery", self.folder, "-o", self.folder], 1)):
+            with self.subTest(arguments=arguments):
+                run = subprocess.run([ZELT, *map(str, arguments)], capture_output=True, text=True, timeout=60)
+                self.assertEqual((run.returncode, run.stderr.startswith("zelt: ")), (code, True), run.stderr)
 
     def test_gallery_from_a_disk(self):
         page = self.page

@@ -3,11 +3,16 @@
 #include <orvcore/json/JSONTextWriter.h>
 #include <stock/StockCapsuleEntry.h>
 
+#include <algorithm>
+
 namespace zelt {
 
 namespace {
 
 using orvcapsule::CapsuleEntry;
+
+// A hostile template has any number. The search index has them all.
+constexpr std::size_t kMostTags = 100;
 
 // As in catalogue.js.
 constexpr std::uint64_t kUnreadable = 1;
@@ -64,8 +69,8 @@ void WriteRow(orvcore::serialization::JSONTextWriter& writer, const CapsuleEntry
     writer.Int(ModifiedAt(entry));
     writer.UInt(FlagsOf(entry));
     writer.BeginArray();
-    for (const auto& tag : entry.tags) {
-        writer.String(tag);
+    for (std::size_t i = 0; i < std::min(entry.tags.size(), kMostTags); ++i) {
+        writer.String(entry.tags[i]);
     }
     writer.EndArray();
     if (!facts.reason.empty()) {

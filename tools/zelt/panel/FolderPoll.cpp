@@ -17,6 +17,26 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kLeastPause(1);
 
+// Adds the files of a folder with this extension, or with any when it is empty.
+void AddFiles(const std::string& folder, bool isDeep, const fs::path& extension,
+              std::map<std::string, FoundFile>& files)
+{
+    const auto visit = [&](const fs::path& path, orvcore::FileKind kind) {
+        const bool isWanted =
+            kind != orvcore::FileKind::Directory && (extension.empty() || path.extension() == extension);
+        std::error_code error;
+        const orvcore::FileInfo info = isWanted ? orvcore::InspectTarget(path, error) : orvcore::FileInfo();
+        if (info.kind == orvcore::FileKind::File) {
+            files[ToText(path)] = {info.size, info.modified.time_since_epoch().count()};
+        }
+        return isDeep ? orvcore::WalkNext::GoOn : orvcore::WalkNext::PassOver;
+    };
+    // What cannot be read now looks as if it were empty; the listing of such a folder tells the reason.
+    orvcore::WalkTree(ToPath(folder), {.visit = visit, .fail = [](const auto& /*folder*/, const auto& /*error*/) {
+                                           return orvcore::WalkNext::GoOn;
+                                       }});
+}
+
 } // namespace
 
 FolderPoll::FolderPoll(Places places, const Catalogue& catalogue, OnChange onChange)
@@ -58,33 +78,34 @@ void FolderPoll::Run()
         }
         lock.unlock();
         const auto begin = Clock::now();
-        const Files files = Walk();
+        const Files files = WalkFolders();
+        Files libraries = WalkLibraries();
         pause = std::max<Clock::duration>(kLeastPause, 9 * (Clock::now() - begin));
         lock.lock();
         if (isOn_ && !ends_) { // a listing that has begun meanwhile finds it all itself
             Tell(files);
+            if (libraries_ && *libraries_ != libraries) {
+                onChange_({});
+            }
         }
+        libraries_ = std::move(libraries);
     }
 }
 
-FolderPoll::Files FolderPoll::Walk() const
+FolderPoll::Files FolderPoll::WalkFolders() const
 {
     Files files;
     for (const std::string& folder : places_.folders) {
-        const auto visit = [&](const fs::path& path, orvcore::FileKind kind) {
-            const bool isPackage = kind != orvcore::FileKind::Directory &&
-                                   path.extension() == orvcore::PathFromUTF8(orvcapsule::kCapsuleExtn);
-            std::error_code error;
-            const orvcore::FileInfo info = isPackage ? orvcore::InspectTarget(path, error) : orvcore::FileInfo();
-            if (info.kind == orvcore::FileKind::File) {
-                files[ToText(path)] = {info.size, info.modified.time_since_epoch().count()};
-            }
-            return places_.isShallow ? orvcore::WalkNext::PassOver : orvcore::WalkNext::GoOn;
-        };
-        // What cannot be read now looks as if it were empty; the listing of such a folder tells the reason.
-        orvcore::WalkTree(ToPath(folder), {.visit = visit, .fail = [](const auto& /*folder*/, const auto& /*error*/) {
-                                               return orvcore::WalkNext::GoOn;
-                                           }});
+        AddFiles(folder, !places_.isShallow, orvcore::PathFromUTF8(orvcapsule::kCapsuleExtn), files);
+    }
+    return files;
+}
+
+FolderPoll::Files FolderPoll::WalkLibraries() const
+{
+    Files files;
+    if (!places_.libraries.empty()) {
+        AddFiles(places_.libraries, true, {}, files);
     }
     return files;
 }

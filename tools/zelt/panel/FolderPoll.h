@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -18,7 +19,8 @@ namespace zelt {
 /// systems send no news.
 class FolderPoll {
 public:
-    /// The changed packages by folder. Called on the poll's thread.
+    /// The changed packages by folder; none when something in the cloud libraries has changed. Called on the poll's
+    /// thread.
     using OnChange = std::function<void(const std::map<std::string, std::vector<std::string>>&)>;
 
     FolderPoll(Places places, const Catalogue& catalogue, OnChange onChange);
@@ -33,13 +35,15 @@ private:
     using Files = std::map<std::string, FoundFile>;
 
     void Run();
-    Files Walk() const;
+    Files WalkFolders() const;
+    Files WalkLibraries() const;
     void Tell(const Files& files);
 
     const Places places_;
     const Catalogue& catalogue_;
     const OnChange onChange_;
     std::map<std::string, std::pair<bool, FoundFile>> told_; // each state of a file is told once
+    std::optional<Files> libraries_;                         // as they were found last
     mutable std::mutex mutex_;
     std::condition_variable wake_;
     bool isOn_ = false;

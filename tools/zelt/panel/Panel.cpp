@@ -87,7 +87,7 @@ void Panel::SetLanguage(const std::string& language)
 void Panel::RefreshFolder(const std::string& folder, const std::vector<std::string>& files)
 {
     const Places& places = browser_.GetPlaces();
-    if (!places.isShallow && !IsInOrBelow(folder, places.folders.front())) {
+    if (places.folders.empty() || (!places.isShallow && !IsInOrBelow(folder, places.folders.front()))) {
         Refresh(); // the manager asks the first of its sources of one kind alone
         return;
     }
@@ -127,7 +127,7 @@ void Panel::OnChanges(const std::map<std::string, std::vector<std::string>>& cha
             return;
         }
     }
-    if (changes.size() > kMostFolders) {
+    if (changes.empty() || changes.size() > kMostFolders) {
         Refresh();
         return;
     }

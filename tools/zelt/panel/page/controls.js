@@ -1,7 +1,8 @@
 // A template's controls, drawn as what they are. Each kind is one function: from the control as the document holds it to
-// an element. `form` tells whether values can be changed and takes the changes, in the form that `zelt set` takes.
+// an element. `form` tells whether values can be changed and takes the changes: in the form that `zelt set` takes, and
+// as the document would hold them, for drawing the control anew.
 import { h } from './dom.js';
-import { languageName, pick, tagOf } from './text.js';
+import { count, kMostDrawn, languageName, pick, tagOf } from './text.js';
 
 /// A localised text of a document as an object from locale to text.
 export const textsOf = (localised) =>
@@ -33,12 +34,12 @@ function draggable(element, form, onmove) {
 
 function checkbox(control, name, form) {
   return h('input', { type: 'checkbox', role: 'switch', class: 'switch', 'aria-label': name, checked: control.value, disabled: !form.editable,
-    onchange: (event) => form.change(control.id, event.target.checked ? 'on' : 'off') });
+    onchange: (event) => form.change(control.id, event.target.checked ? 'on' : 'off', event.target.checked) });
 }
 
 function slider(control, name, form) {
   const { min, max, value } = control;
-  const set = (number) => form.change(control.id, decimal(number));
+  const set = (number) => form.change(control.id, decimal(number), number);
   const exact = numberInput(value, name, form, (number) => {
     range.value = number;
     set(number);
@@ -56,7 +57,7 @@ function angle(control, name, form) {
   const turn = (degrees) => dial.firstChild.style.setProperty('transform', `rotate(${degrees}deg)`);
   const set = (degrees) => {
     turn(degrees);
-    form.change(control.id, decimal(degrees));
+    form.change(control.id, decimal(degrees), degrees);
   };
   const exact = numberInput(control.value, `${name}, degrees`, form, set);
   draggable(dial, form, (x, y) => {
@@ -72,7 +73,10 @@ const hex = (part) => Math.round(Math.min(1, Math.max(0, part)) * 255).toString(
 function colour(control, name, form) {
   const [red, green, blue, alpha] = control.value;
   const chosen = { rgb: [red, green, blue], alpha };
-  const set = () => form.change(control.id, [...chosen.rgb, chosen.alpha].map((part) => decimal(round(part))).join());
+  const set = () => {
+    const parts = [...chosen.rgb, chosen.alpha].map(round);
+    form.change(control.id, parts.map(decimal).join(), parts);
+  };
   const told = h('code', {}, `#${hex(red)}${hex(green)}${hex(blue)}`.toUpperCase());
   return h('div', { class: 'row' },
     h('input', { type: 'color', value: `#${hex(red)}${hex(green)}${hex(blue)}`, 'aria-label': name, disabled: !form.editable,
@@ -102,7 +106,7 @@ function point(control, name, form) {
   const set = (x, y) => {
     Object.assign(place, { x: round(x), y: round(y) });
     draw();
-    form.change(control.id, `${decimal(place.x)},${decimal(place.y)}`);
+    form.change(control.id, `${decimal(place.x)},${decimal(place.y)}`, { ...place });
   };
   const xs = numberInput(place.x, `${name}, x`, form, (x) => set(x, place.y));
   const ys = numberInput(place.y, `${name}, y`, form, (y) => set(place.x, y));
@@ -120,7 +124,7 @@ function text(control, name, form) {
   const has = form.language in texts;
   return h('div', {},
     h('textarea', { rows: String(Math.min(6, shown.split(/\n|\r/).length)), 'aria-label': name, lang: tagOf(form.language), dir: 'auto', disabled: !form.editable,
-      oninput: (event) => form.change(control.id, event.target.value, form.language) }, shown),
+      oninput: (event) => form.change(control.id, event.target.value, null, form.language) }, shown),
     has ? null : h('p', { class: 'hint' }, `No text of its own in ${languageName(form.language)}.`));
 }
 
@@ -138,7 +142,7 @@ function scale(control, name, form) {
         }
       }
     });
-    form.change(control.id, values.map(decimal).join());
+    form.change(control.id, values.map(decimal).join(), [...values]);
   }));
   return h('div', { class: 'row' }, inputs.map((input) => [input, h('span', { class: 'unit' }, '%')]).flat(),
     control.linked ? h('span', { class: 'unit' }, 'linked') : null);
@@ -147,7 +151,7 @@ function scale(control, name, form) {
 function menu(control, name, form) {
   const entries = control.menucontent.map((entry) => pick(textsOf(entry), form.language));
   const outside = control.value < 0 || control.value >= entries.length;
-  return h('select', { 'aria-label': name, disabled: !form.editable, onchange: (event) => form.change(control.id, event.target.value) },
+  return h('select', { 'aria-label': name, disabled: !form.editable, onchange: (event) => form.change(control.id, event.target.value, Number(event.target.value)) },
     outside ? h('option', { value: String(control.value), selected: true }, `${control.value} (no such entry)`) : null,
     entries.slice(0, 10 * kWidest).map((entry, i) => h('option', { value: String(i), selected: i === control.value }, entry)));
 }
@@ -155,7 +159,7 @@ function menu(control, name, form) {
 function media(control, name, form) {
   return h('div', { class: 'row slot' }, h('span', { 'aria-hidden': 'true' }, '▦'),
     h('input', { type: 'text', value: control.cacheID, 'aria-label': `${name}, media`, placeholder: 'No media', disabled: !form.editable,
-      oninput: (event) => form.change(control.id, event.target.value) }));
+      oninput: (event) => form.change(control.id, event.target.value, event.target.value) }));
 }
 
 const cellText = (cell) => (cell === null || cell === undefined ? '' : typeof cell === 'object' ? cell.date : String(cell));
@@ -188,7 +192,7 @@ function sheet(control, name, form) {
   const table = structuredClone(control.value);
   const names = columns.map((column, i) => pick(textsOf(column.columnName), form.language) || `Column ${i + 1}`);
   const body = h('tbody');
-  const store = () => form.change(control.id, JSON.stringify(table));
+  const store = () => form.change(control.id, JSON.stringify(table), structuredClone(table));
   const draw = () => {
     const rows = Math.min(Math.max(table.activeRows, 0), kWidest);
     body.replaceChildren(...Array.from({ length: rows }, (_, row) => h('tr', {}, h('th', { scope: 'row' }, String(row + 1)),
@@ -232,7 +236,7 @@ function drawOne(control, byId, drawn, form) {
   drawn.add(control);
   const name = pick(textsOf(control.uiName), form.language) || control.id;
   if (control.type === 10) {
-    const members = control.value.map((id) => (byId.has(id) ? drawOne(byId.get(id), byId, drawn, form) : h('p', { class: 'hint' }, `There is no control “${id}”.`)));
+    const members = control.value.slice(0, kMostDrawn).map((id) => (byId.has(id) ? drawOne(byId.get(id), byId, drawn, form) : h('p', { class: 'hint' }, `There is no control “${id}”.`)));
     return h('details', { class: 'group', open: control.groupexpanded }, h('summary', { dir: 'auto' }, name), members.filter(Boolean));
   }
   const [kind, draw] = kKinds[control.type] ?? ['Unknown kind', () => h('p', { class: 'hint' }, 'This version cannot show it.')];
@@ -242,12 +246,16 @@ function drawOne(control, byId, drawn, form) {
 }
 
 /// All controls in their order; a group's members stand in the group.
-/// @param form  { editable, language, frame: [width, height], change(id, value, locale) }
-export function drawControls(controls, form) {
+/// @param form  { editable, language, frame: [width, height], change(id, value, asInDocument, locale) }
+export function drawControls(all, form) {
+  const controls = all.slice(0, kMostDrawn);
   const byId = new Map(controls.map((control) => [control.id, control]));
   const members = new Set(controls.filter(({ type }) => type === 10).flatMap(({ value }) => value));
   const drawn = new Set();
   // Members come with their group, but where groups hold each other all would wait for all.
   const first = controls.filter(({ id }) => !members.has(id));
-  return [...first, ...controls].map((control) => drawOne(control, byId, drawn, form)).filter(Boolean);
+  return [
+    ...[...first, ...controls].map((control) => drawOne(control, byId, drawn, form)),
+    all.length > kMostDrawn ? h('p', { class: 'hint' }, `${count(all.length - kMostDrawn, 'more control')} not shown.`) : null,
+  ].filter(Boolean);
 }

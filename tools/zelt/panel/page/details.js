@@ -4,10 +4,10 @@ import { drawControls } from './controls.js';
 import { byId, fill, h } from './dom.js';
 import { badgesOf } from './grid.js';
 import { askWhere } from './saving.js';
-import { authorText, count, dateText, durationText, languageName, pick, sentence, sizeText, tagOf } from './text.js';
+import { authorText, count, dateText, durationText, kMostDrawn, languageName, pick, sentence, sizeText, tagOf } from './text.js';
 
 const section = (title, ...children) => h('section', {}, h('h3', {}, title), ...children);
-const list = (items) => h('ul', { class: 'chips' }, items.map((item) => h('li', { dir: 'auto' }, item)));
+const list = (items) => h('ul', { class: 'chips' }, items.slice(0, kMostDrawn).map((item) => h('li', { dir: 'auto' }, item)));
 
 function factsOf(row, found) {
   const facts = [
@@ -21,12 +21,15 @@ function factsOf(row, found) {
 }
 
 function fontsOf(fonts) {
-  return Object.entries(fonts).map(([locale, names]) => h('div', {}, h('h4', {}, languageName(locale)),
-    h('ul', { class: 'lines' }, names.map(({ name, installed }) => h('li', {}, h('span', {}, name),
+  return Object.entries(fonts).slice(0, kMostDrawn).map(([locale, names]) => h('div', {}, h('h4', {}, languageName(locale)),
+    h('ul', { class: 'lines' }, names.slice(0, kMostDrawn).map(({ name, installed }) => h('li', {}, h('span', {}, name),
       installed === false ? h('span', { class: 'badge warn' }, 'Missing on this machine') : null)))));
 }
 
 function findingsOf(findings) {
+  if (findings === null) {
+    return h('p', { class: 'hint' }, 'Checking …');
+  }
   if (findings.length === 0) {
     return h('p', { class: 'hint' }, 'Nothing is wrong with this template.');
   }
@@ -39,6 +42,7 @@ export class Details extends EventTarget {
   #panel = byId('details');
   #row = null;
   #found = null;
+  #findings = null; // null: not known yet
   #language = '';
   #changes = new Map(); // by "kind id locale"
   #expected = null;
@@ -55,6 +59,7 @@ export class Details extends EventTarget {
     }
     this.#row = row;
     this.#found = null;
+    this.#findings = null;
     this.#changes.clear();
     this.#panel.hidden = false;
     this.#draw();
@@ -116,7 +121,8 @@ export class Details extends EventTarget {
       }
       const findings = found.findings ?? (await this.templates.findings(row));
       if (row === this.#row) {
-        this.#panel.querySelector('.check')?.replaceWith(h('div', { class: 'check' }, findingsOf(findings)));
+        this.#findings = findings;
+        fill(this.#panel.querySelector('.check'), findingsOf(findings));
       }
     } catch (error) {
       if (row === this.#row) {
@@ -129,7 +135,7 @@ export class Details extends EventTarget {
     const found = new Set(Object.keys(this.#found.names ?? {}));
     const add = (value) => (value?.strDB ?? []).forEach(({ localeString }) => found.add(localeString ?? 'en_US'));
     (this.#found.controls ?? []).forEach((control) => [control.uiName, control.value].forEach(add));
-    return [...found].filter(Boolean).sort();
+    return [...found].filter(Boolean).sort().slice(0, kMostDrawn);
   }
 
   #tell(text) {
@@ -182,7 +188,7 @@ export class Details extends EventTarget {
       (found.controls ?? []).length > 0 ? this.#controls(row, found) : null,
       (found.tags ?? []).length > 0 ? section('Tags', list(found.tags)) : null,
       Object.keys(fonts).length > 0 ? section('Fonts', fontsOf(fonts)) : null,
-      row.flags & kStock ? null : section('Check', h('div', { class: 'check' }, h('p', { class: 'hint' }, 'Checking …'))),
+      row.flags & kStock ? null : section('Check', h('div', { class: 'check' }, findingsOf(this.#findings))),
       section('Facts', factsOf(row, found)),
     ];
   }
@@ -203,7 +209,7 @@ export class Details extends EventTarget {
         lang: tagOf(this.#language), dir: 'auto', disabled: !this.#isEditable(),
         oninput: (event) => this.#change('name', '', event.target.value, this.#language) }),
       all.length > 1 ? h('details', {}, h('summary', {}, `Name in ${count(all.length, 'language')}`),
-        h('dl', {}, all.map(([locale, name]) => [h('dt', {}, languageName(locale)), h('dd', { lang: tagOf(locale), dir: 'auto' }, name)]).flat())) : null);
+        h('dl', {}, all.slice(0, kMostDrawn).map(([locale, name]) => [h('dt', {}, languageName(locale)), h('dd', { lang: tagOf(locale), dir: 'auto' }, name)]).flat())) : null);
   }
 
   #controls(row, found) {
@@ -212,26 +218,29 @@ export class Details extends EventTarget {
       editable: this.#isEditable(),
       language: this.#language,
       frame: [row.width, row.height],
-      change: (id, value, locale = '') => this.#change('control', id, value, locale),
+      change: (id, value, asInDocument, locale = '') => this.#change('control', id, value, locale, asInDocument),
     })));
   }
 
-  // Only texts are drawn anew while they are being edited: when another language is chosen.
+  // A control as it would stand in the document with the changes made so far.
   #withChange(control) {
-    const changed = [...this.#changes.values()].filter(({ kind, id }) => kind === 'control' && id === control.id);
-    if (changed.length === 0 || !(control.value?.strDB)) {
+    const changes = [...this.#changes.values()].filter(({ kind, id }) => kind === 'control' && id === control.id);
+    if (changes.length === 0) {
       return control;
     }
-    const kept = control.value.strDB.filter(({ localeString }) => !changed.some(({ locale }) => locale === localeString));
-    return { ...control, value: { strDB: [...kept, ...changed.map(({ locale, value }) => ({ localeString: locale, str: value }))] } };
+    if (control.value?.strDB) {
+      const kept = control.value.strDB.filter(({ localeString }) => !changes.some(({ locale }) => locale === localeString));
+      return { ...control, value: { strDB: [...kept, ...changes.map(({ locale, value }) => ({ localeString: locale, str: value }))] } };
+    }
+    return { ...control, [control.type === 14 ? 'cacheID' : 'value']: changes[0].asInDocument };
   }
 
   #changed(kind, id, locale) {
     return this.#changes.get(JSON.stringify([kind, id, locale]))?.value;
   }
 
-  #change(kind, id, value, locale) {
-    this.#changes.set(JSON.stringify([kind, id, locale]), { kind, id, value, locale });
+  #change(kind, id, value, locale, asInDocument = null) {
+    this.#changes.set(JSON.stringify([kind, id, locale]), { kind, id, value, locale, asInDocument });
     this.#showChanges();
   }
 

@@ -55,6 +55,9 @@ export function durationText(ms) {
   return `${Math.floor(seconds / 60)}:${String(Math.floor(seconds % 60)).padStart(2, '0')} min`;
 }
 
+/// How many elements of a template's lists are drawn: a hostile one has any number.
+export const kMostDrawn = 300;
+
 /// A text of a program as a person writes it: with a capital letter.
 export const sentence = (text) => text.charAt(0).toUpperCase() + text.slice(1);
 
