@@ -183,7 +183,7 @@ void StockSource::Search(const std::vector<UTF16String>& terms, const std::vecto
     std::vector<UTF8String> terms8;
     std::transform(terms.begin(), terms.end(), std::back_inserter(terms8),
                    [](const UTF16String& term) { return orvcore::ToUTF8(term); });
-    const auto handler = [first, token, isWanted, onResults = std::move(onResults),
+    const auto handler = [first, token = std::move(token), isWanted, onResults = std::move(onResults),
                           onFailure = std::move(onFailure)](search::Error error, const search::Results& results) {
         if (!isWanted() || error == search::Error::Cancelled) {
             return;

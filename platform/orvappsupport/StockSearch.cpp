@@ -37,6 +37,7 @@ std::string MakeSearchURL(const UTF8String& base, const std::vector<UTF8String>&
         throw BadRequest("a page begins at 0 or later and has 1 to 100 rows");
     }
     std::vector<std::pair<std::string, std::string>> query;
+    query.reserve(terms.size() + parameters.size() + 3);
     for (const UTF8String& term : terms) {
         query.emplace_back("term", orvcore::ToNarrow(term));
     }
