@@ -1,6 +1,7 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/output/FindingOutput.h>
 #include <tools/zelt/output/Output.h>
+#include <tools/zelt/support/OpenPackage.h>
 
 #include <validation/Validation.h>
 
@@ -9,7 +10,9 @@ namespace zelt {
 ExitCode RunCheck(const CheckOptions& options)
 {
     bool areGood = true;
-    const auto judge = [](const std::string& file) { return orvcapsule::ValidateTemplate(ToPath(file)); };
+    const auto judge = [](const std::string& file) {
+        return orvcapsule::ValidateTemplate(ToPath(file), GetPassword());
+    };
     const auto print = [&](const std::string& file, const orvcapsule::Findings& findings) {
         PrintLine(options.json ? FindingsJSON(file, findings, options.strict)
                                : FindingsText(file, findings, options.strict));

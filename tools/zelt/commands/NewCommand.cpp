@@ -212,7 +212,7 @@ void MakeGood(const fs::path& stage, const fs::path& draft, const std::string& o
     }
     const Progress progress("checking");
     std::vector<std::string> errors;
-    for (const orvcapsule::Finding& finding : orvcapsule::ValidateTemplate(draft).list) {
+    for (const orvcapsule::Finding& finding : orvcapsule::ValidateTemplate(draft, GetPassword()).list) {
         if (finding.severity == orvcapsule::Severity::Error) {
             errors.push_back(FindingText(finding));
         }

@@ -15,6 +15,11 @@ void SetPassword(std::string password)
     thePassword = std::move(password);
 }
 
+const std::string& GetPassword()
+{
+    return thePassword;
+}
+
 orvcapsule::CapsuleZip OpenPackage(const std::filesystem::path& path)
 {
     return orvcapsule::CapsuleZip(path, thePassword);
