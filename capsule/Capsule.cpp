@@ -2,6 +2,8 @@
 
 #include <capsule/detail/Locale.h>
 
+#include <algorithm>
+
 namespace orvcapsule {
 
 namespace {
@@ -66,6 +68,13 @@ UTF16String Capsule::GetDisplayName() const
 {
     UTF16String name = capsuleNameLocalized_.GetString();
     return name.empty() ? capsuleNameObsolete_ : name;
+}
+
+std::shared_ptr<ClientControl> Capsule::FindControl(const UTF16String& id) const
+{
+    const auto found = std::find_if(controls_.begin(), controls_.end(),
+                                    [&](const auto& control) { return control != nullptr && control->GetID() == id; });
+    return found != controls_.end() ? *found : nullptr;
 }
 
 kinlet::SourceInfo Capsule::GetSourceInfo() const

@@ -122,6 +122,8 @@ public:
     {
         return controls_;
     }
+    /// The control with this id, the first of several; null when there is none.
+    std::shared_ptr<ClientControl> FindControl(const UTF16String& id) const;
     const StringList& GetPlatformSupport() const noexcept
     {
         return platformSupport_;

@@ -121,6 +121,9 @@ public:
     {
         value_ = value;
     }
+    /// Takes the alternative of the control's kind only (`ControlKinds.h`), so that a mistake shows where it is made.
+    /// @throws foreign_value_exception  for any other, the value as it was
+    void SetValOfKind(const ControlValue& value);
 
 private:
     friend struct serialization::detail::ControlTables;

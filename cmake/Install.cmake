@@ -9,7 +9,7 @@ install(TARGETS orvplatform orvcapsule EXPORT orvcapsuleTargets
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
   INCLUDES DESTINATION "${ORV_INCLUDE_DIR}")
 
-foreach(folder IN ITEMS capsule package sources rewrite manager stock fontusage)
+foreach(folder IN ITEMS capsule package validation sources rewrite manager stock fontusage)
   if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}")
     install(DIRECTORY "${folder}" DESTINATION "${ORV_INCLUDE_DIR}" COMPONENT development
       FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE PATTERN shared EXCLUDE)
@@ -35,3 +35,14 @@ string(REGEX REPLACE "/$" "" ORV_PC_TO_PREFIX "${ORV_PC_TO_PREFIX}")
 configure_file(cmake/orvcapsule.pc.in "${PROJECT_BINARY_DIR}/orvcapsule.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/orvcapsule.pc" DESTINATION "${ORV_PC_DIR}" COMPONENT development)
 install(FILES NOTICES DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+
+# For those who write hosts and templates: the pages, the schema for editors, examples, and the library's own texts as a
+# dictionary to translate.
+orv_write_dictionary("${PROJECT_BINARY_DIR}/localisation/en_US.txt"
+  platform capsule package validation sources rewrite stock manager fontusage)
+install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
+install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development
+  FILES_MATCHING PATTERN "*.cpp")
+install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
+install(FILES docs/definition.schema.json docs/cloud-library.schema.json "${PROJECT_BINARY_DIR}/localisation/en_US.txt"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/orvcapsule" COMPONENT development)

@@ -2,12 +2,10 @@
 // docs/hosting.md goes through it.
 
 #include <capsule/Serialization.h>
-#include <orvcore/files/Files.h>
-#include <orvcore/files/TemporaryFolder.h>
 #include <package/CapsuleZip.h>
-#include <package/PackageNames.h>
 #include <tools/support/Arguments.h>
 #include <tools/support/Console.h>
+#include <validation/TemplateReading.h>
 
 #include <charconv>
 #include <iostream>
@@ -20,18 +18,11 @@ using orvcapsule::CapsuleZip;
 
 std::shared_ptr<Capsule> Read(const CapsuleZip& package)
 {
-    const orvcore::UTF8String text = package.GetZELTDescriptionJSON();
-    if (text.empty()) {
-        throw std::runtime_error("no definition: " + package.GetLastFailure().Message()); // which may be an empty file
+    const orvcapsule::TemplateReading reading = orvcapsule::ReadTemplate(package);
+    if (!reading) {
+        throw std::runtime_error(reading.refusals.front().text);
     }
-    auto capsule = orvcapsule::serialization::CapsuleFromJson(text); // throws when a required key is missing
-    if (!capsule) {
-        throw std::runtime_error("the definition names no version, or one that this library does not know");
-    }
-    if (capsule->GetAPIVersion().empty()) { // an empty record: storing it would overwrite what can still be repaired
-        throw std::runtime_error("the definition is damaged");
-    }
-    return capsule;
+    return reading.capsule;
 }
 
 void SetNumber(const Capsule& capsule, const orvcore::UTF16String& id, const std::string& text)
@@ -41,25 +32,16 @@ void SetNumber(const Capsule& capsule, const orvcore::UTF16String& id, const std
     if (error != std::errc() || end != text.data() + text.size()) {
         throw std::runtime_error(text + " is no number");
     }
-    for (const auto& control : capsule.GetControls()) {
-        // The kind tells the value's type: a document with another cannot be written.
-        if (control->GetID() == id && std::holds_alternative<double>(control->GetVal())) {
-            control->SetVal(number);
-            return;
-        }
+    const auto control = capsule.FindControl(id);
+    if (!control) {
+        throw std::runtime_error("there is no control " + orvcore::ToNarrow(id));
     }
-    throw std::runtime_error("there is no slider or angle " + orvcore::ToNarrow(id));
+    control->SetValOfKind(number); // throws for a control that is no slider or angle
 }
 
 void Store(CapsuleZip& package, const std::shared_ptr<Capsule>& capsule)
 {
-    const orvcore::UTF8String text = orvcapsule::serialization::CapsuleToJson(capsule);
-    const orvcore::TemporaryFolder folder(u8"orvcapsule-edit");
-    const auto file = folder.Path() / orvcapsule::kJSONFileName;
-    if (orvcore::WriteBufferToFile(file, text.data(), text.size()) != orvcore::kResultOK) {
-        throw std::runtime_error("the definition cannot be written into the temporary folder");
-    }
-    if (!package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()))) { // takes the folder, not the file
+    if (!package.SetZELTDescriptionJSON(orvcapsule::serialization::CapsuleToJson(capsule))) {
         throw std::runtime_error(package.GetLastFailure().Message());
     }
 }

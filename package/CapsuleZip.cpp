@@ -2,6 +2,7 @@
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/TemporaryFolder.h>
 #include <orvcore/files/WalkTree.h>
 #include <orvcore/files/shared/CopyDirectory.h>
 #include <orvcore/files/shared/NewFolders.h>
@@ -182,6 +183,17 @@ bool CapsuleZip::PutEntry(std::u8string_view name, const fs::path& file)
 bool CapsuleZip::RemoveEntry(std::u8string_view name)
 {
     return file_->Change([&](const ZipFile& package) { return package.RemoveItem(name); });
+}
+
+bool CapsuleZip::SetZELTDescriptionJSON(const UTF8String& text)
+{
+    const orvcore::TemporaryFolder folder(u8"definition");
+    orvcore::AtomicFile file(folder.Path() / kJSONFileName);
+    std::error_code error;
+    if (!file.Write(text.data(), text.size(), error) || !file.Commit(orvcore::Durability::Cached, error)) {
+        throw fs::filesystem_error("SetZELTDescriptionJSON", folder.Path(), error);
+    }
+    return SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()));
 }
 
 void CapsuleZip::Reopen()

@@ -55,6 +55,9 @@ public:
     /// read or wrote, nothing is stored and the failure is `ZipError::ArchiveChanged`. Then call Reopen, read the
     /// definition again and repeat the change. A package that this object has not read yet is changed as it is.
     [[nodiscard]] bool SetZELTDescriptionJSON(const orvcore::UTF16String& directory);
+    /// The same with the definition's text. It is stored as it is: nothing is judged. Throws
+    /// `std::filesystem::filesystem_error` when the private folder on the way cannot be made or written.
+    [[nodiscard]] bool SetZELTDescriptionJSON(const orvcore::UTF8String& text);
     /// Forgets what has been read: from now on this object and its copies read the package as it is now, and changes
     /// build on that. Throws as the constructor does; the package can be used after that.
     void Reopen();

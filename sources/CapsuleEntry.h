@@ -2,10 +2,12 @@
 
 #include <orvcapsule/Export.h>
 #include <orvcore/text/Strings.h>
+#include <validation/Finding.h>
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,7 +22,7 @@ static_assert(sizeof(boost::posix_time::ptime) == sizeof(std::int64_t),
 /// never touches it, and the host must use it on one thread.
 ///
 /// A package without a definition that this library can read (none, damaged, or newer than the library) is an entry,
-/// too: its name is the file's and its `apiVersion` is empty.
+/// too: its name is the file's, its `apiVersion` is empty and its `refusal` says why.
 class ORVCAPSULE_API CapsuleEntry {
 public:
     /// Which application made the template.
@@ -95,6 +97,8 @@ public:
     orvcore::UTF16String authorApp;
     /// Last change of the package file (UTC); `not_a_date_time` when unknown.
     boost::posix_time::ptime modified;
+    /// Why the template cannot be used; null when its definition was read. It costs no second reading of the package.
+    std::shared_ptr<const Finding> refusal;
     /// Free for the host.
     bool flag = false;
 };

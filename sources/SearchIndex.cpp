@@ -6,6 +6,7 @@
 #include <orvcore/text/shared/TextFold.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
+#include <orvstorage/SQLiteCodes.h>
 #include <sources/shared/IndexSession.h>
 
 #include <algorithm>
@@ -31,8 +32,9 @@ constexpr std::chrono::seconds kCloseTimeout{2};
 struct Singleton {
     std::mutex mutex;
     Handle handle;
-    std::uint64_t session = 1; // how often the index was closed, and one
-    std::size_t open = 0;      // databases, those included that a running call still keeps from closing
+    int openFailure = orvstorage::sqlite::kOk; // of the handle's database
+    std::uint64_t session = 1;                 // how often the index was closed, and one
+    std::size_t open = 0;                      // databases, those included that a running call still keeps from closing
     std::condition_variable closed;
 };
 
@@ -40,6 +42,12 @@ Singleton& TheSingleton()
 {
     static orvcore::NoDestructor<Singleton> singleton;
     return *singleton;
+}
+
+void NoteOpenFailure(int failure)
+{
+    const std::lock_guard lock(TheSingleton().mutex);
+    TheSingleton().openFailure = failure;
 }
 
 std::uint64_t ThisSession()
@@ -121,14 +129,33 @@ void Release(const Handle& handle) noexcept
     }
 }
 
-void Prepare(RapidFindDB& database, const orvcore::UTF16String& path)
+// @return why the database is of no use, kOk when it is
+int Prepare(RapidFindDB& database, const orvcore::UTF16String& path)
 {
     if (database.Open(path) < 0) {
-        return;
+        return database.GetSQLiteErrorCode();
     }
     database.SetSynchronousMode(false);
     database.RegisterSQLiteProgressHandler(ProgressInterval(), nullptr, nullptr);
-    database.UpdateTable(Tables());
+    return database.UpdateTable(Tables()) < 0 ? database.GetSQLiteErrorCode() : orvstorage::sqlite::kOk;
+}
+
+SearchIndexState StateOf(int failure)
+{
+    switch (failure) {
+    case orvstorage::sqlite::kOk:
+        return SearchIndexState::Open;
+    case orvstorage::sqlite::kBusy:
+        return SearchIndexState::Locked;
+    case orvstorage::sqlite::kReadOnly:
+        return SearchIndexState::ReadOnly;
+    case orvstorage::sqlite::kCorrupt:
+        return SearchIndexState::Damaged;
+    case orvstorage::sqlite::kNotADatabase:
+        return SearchIndexState::NotAnIndex;
+    default:
+        return SearchIndexState::Unavailable;
+    }
 }
 
 void Insert(std::optional<std::uint64_t> session, const orvcore::UTF8String& path,
@@ -148,7 +175,9 @@ void ClearPaths(std::optional<std::uint64_t> session, const std::vector<orvcore:
     OnDatabase(session, [&](RapidFindDB& database) {
         if (paths.empty()) {
             database.DeleteTable();
-            database.UpdateTable(Tables());
+            if (database.UpdateTable(Tables()) >= 0) {
+                NoteOpenFailure(orvstorage::sqlite::kOk);
+            }
         }
         for (const orvcore::UTF8String& path : paths) {
             database.DeleteRow(orvmetadatadb::FixEscapeSequences(orvcore::PathTextToUTF16(path)));
@@ -185,9 +214,25 @@ void InitializeRapidFindDB(const orvcore::UTF16String& path)
         const Handle database = MakeDatabase();
         Release(ExchangeDatabase(database));
         AwaitEarlierDatabases();
-        Prepare(*database, path);
+        NoteOpenFailure(Prepare(*database, path));
     } catch (...) {
     }
+}
+
+SearchIndexStatus GetSearchIndexStatus()
+{
+    Handle database;
+    int failure = orvstorage::sqlite::kOk;
+    {
+        const std::lock_guard lock(TheSingleton().mutex);
+        database = TheSingleton().handle;
+        failure = TheSingleton().openFailure;
+    }
+    if (!database) {
+        return {};
+    }
+    return {StateOf(failure != orvstorage::sqlite::kOk ? failure : database->GetWriteFailure()),
+            database->WasSetAside()};
 }
 
 void InsertRow(const orvcore::UTF8String& path, const orvcore::UTF8String& text)

@@ -24,6 +24,23 @@ namespace orvcapsule {
 /// index) is left as it is, and the host goes on without search. Meant to run once, before the first search.
 ORVCAPSULE_API void InitializeRapidFindDB(const orvcore::UTF16String& path);
 
+/// How the index is.
+enum class SearchIndexState {
+    None,        ///< none was initialised, or it was terminated
+    Open,        ///< searches find what was listed
+    ReadOnly,    ///< searches find what the file has and what this process lists; nothing is written
+    Locked,      ///< another process kept the file locked when it was opened: searches find nothing
+    Damaged,     ///< the file is damaged; what this process lists is found, until the index is opened again
+    NotAnIndex,  ///< the file is another program's and is left as it is: searches find nothing
+    Unavailable, ///< the file cannot be opened or written for another reason: no such folder, a full disk
+};
+struct SearchIndexStatus {
+    SearchIndexState state = SearchIndexState::None;
+    bool wasSetAside = false; ///< a damaged or older file was renamed (".damaged"): what it had needs a new listing
+};
+/// For a host to show. Takes no longer than a running call of the index.
+ORVCAPSULE_API SearchIndexStatus GetSearchIndexStatus();
+
 /// Adds a row: `text` finds the template at `path`. A row that exists is not added again. Does nothing when either is
 /// empty.
 ORVCAPSULE_API void InsertRow(const orvcore::UTF8String& path, const orvcore::UTF8String& text);

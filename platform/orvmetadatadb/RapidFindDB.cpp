@@ -74,6 +74,16 @@ public:
         const std::lock_guard lock(mutex_);
         return sqliteError_;
     }
+    int WriteFailure() const
+    {
+        const std::lock_guard lock(mutex_);
+        return store_.WriteFailure();
+    }
+    bool WasSetAside() const
+    {
+        const std::lock_guard lock(mutex_);
+        return store_.WasSetAside();
+    }
 
 private:
     ResultCode Refuse() noexcept
@@ -198,6 +208,16 @@ DBErrorCode RapidFindDB::GetDBErrorCode() const
 int RapidFindDB::GetSQLiteErrorCode() const
 {
     return impl_->SQLiteErrorCode();
+}
+
+int RapidFindDB::GetWriteFailure() const
+{
+    return impl_->WriteFailure();
+}
+
+bool RapidFindDB::WasSetAside() const
+{
+    return impl_->WasSetAside();
 }
 
 } // namespace orvmetadatadb

@@ -111,6 +111,11 @@ public:
     /// SQLite's.
     int GetSQLiteErrorCode() const;
 
+    /// Why rows are not written any more: one of the same codes; kOk while they are.
+    int GetWriteFailure() const;
+    /// Whether the file that was found was renamed (".damaged") and replaced by an empty one, since `Open`.
+    bool WasSetAside() const;
+
 private:
     class Impl;
     std::unique_ptr<Impl> impl_;

@@ -2,9 +2,13 @@
 
 #include <orvcore/text/Strings.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace orvstorage {
+
+/// How many of an entry's first bytes are told by a check that reads it: enough to know most types of file.
+inline constexpr std::size_t kEntryHeadSize = 16;
 
 /// One entry of an archive as its directory describes it.
 struct ZipEntry {

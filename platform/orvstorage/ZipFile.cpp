@@ -135,6 +135,17 @@ bool ZipFile::Contains(std::u8string_view entryName) const
 
 std::vector<ZipFailure> ZipFile::Check(bool readContents) const
 {
+    return Check(readContents, {});
+}
+
+std::vector<ZipFailure> ZipFile::CheckContents(const std::function<void(std::size_t, std::string_view)>& tell) const
+{
+    return Check(true, tell);
+}
+
+std::vector<ZipFailure> ZipFile::Check(bool readContents,
+                                       const std::function<void(std::size_t, std::string_view)>& tell) const
+{
     State& state = *state_;
     detail::UnpackPlan plan;
     state.Run(ZipAction::Unpack, {}, [&](ZipFailure& failure) {
@@ -145,8 +156,11 @@ std::vector<ZipFailure> ZipFile::Check(bool readContents) const
         const ZipFailure blank = failure;
         const auto test = [&](std::size_t index) {
             ZipFailure found = blank;
-            if (!detail::TestEntry(*state.archive, index, found)) {
+            std::string head;
+            if (!detail::TestEntry(*state.archive, index, found, &head)) {
                 plan.refused.push_back(std::move(found));
+            } else if (tell) {
+                tell(index, head);
             }
         };
         for (std::size_t i = 0; readContents && i < plan.files.size(); ++i) {

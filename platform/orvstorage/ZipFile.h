@@ -85,6 +85,10 @@ public:
     /// `readContents` each entry's data is read and checked as well, and what a folder has of it. Empty when all is
     /// well. Writes nothing.
     std::vector<ZipFailure> Check(bool readContents) const;
+    /// The same with the contents; `tell`, which may be empty, receives the first bytes of each entry that is whole, at
+    /// most kEntryHeadSize, with its place in GetEntries.
+    std::vector<ZipFailure>
+    CheckContents(const std::function<void(std::size_t entry, std::string_view head)>& tell) const;
     /// @}
 
     /// @name Writing
@@ -130,6 +134,8 @@ private:
     struct State;
     template <class Container>
     bool ReadItem(std::u8string_view entryName, std::uint64_t maxSize, Container& content) const;
+    std::vector<ZipFailure> Check(bool readContents,
+                                  const std::function<void(std::size_t entry, std::string_view head)>& tell) const;
     std::shared_ptr<State> state_;
 };
 

@@ -5,6 +5,7 @@
 #include <package/DefinitionFile.h>
 #include <package/PackageNames.h>
 #include <sources/detail/EntryFields.h>
+#include <validation/TemplateReading.h>
 
 #include <algorithm>
 #include <condition_variable>
@@ -65,7 +66,12 @@ private:
     std::uint64_t bytes_;
 };
 
-bool Fill(CapsuleEntry& entry, const orvcore::UTF8String& text)
+void Refuse(CapsuleEntry& entry, Finding reason)
+{
+    entry.refusal = std::make_shared<const Finding>(std::move(reason));
+}
+
+bool TryFill(CapsuleEntry& entry, const orvcore::UTF8String& text)
 {
     try {
         const std::shared_ptr<Capsule> capsule = serialization::CapsuleFromJson(text);
@@ -76,6 +82,17 @@ bool Fill(CapsuleEntry& entry, const orvcore::UTF8String& text)
     } catch (const std::exception&) { // what its reader gives up
         return false;
     }
+}
+
+bool Fill(CapsuleEntry& entry, const orvcore::UTF8String& text)
+{
+    const bool isFilled = TryFill(entry, text);
+    if (!isFilled || entry.apiVersion.empty()) { // reading it once more to know why costs broken templates only
+        if (const DefinitionReading reading = ReadDefinition(text); !reading) {
+            Refuse(entry, reading.refusals.front());
+        }
+    }
+    return isFilled;
 }
 
 } // namespace
@@ -93,7 +110,9 @@ bool FillFromDefinition(CapsuleEntry& entry, const CapsuleZip& package, const st
         if (text && !text->empty()) {
             return Fill(entry, *text);
         }
-        if (package.GetLastFailure().error != orvstorage::ZipError::EntryTooLarge) {
+        const orvstorage::ZipFailure failure = package.GetLastFailure();
+        if (failure.error != orvstorage::ZipError::EntryTooLarge || size == orvcore::serialization::kMaxJSONSize) {
+            failure ? Refuse(entry, DescribeFailure(failure)) : static_cast<void>(Fill(entry, {}));
             return false;
         }
     }
@@ -104,6 +123,7 @@ bool FillFromDefinitionFile(CapsuleEntry& entry, const orvcore::UTF8String& path
                             const std::function<bool()>& stop)
 {
     if (size > orvcore::serialization::kMaxJSONSize) {
+        Refuse(entry, {Severity::Error, "EntryTooLarge", "definition.json is larger than readers take", kJSONFileName});
         return false;
     }
     const BudgetShare share(size);
@@ -111,7 +131,7 @@ bool FillFromDefinitionFile(CapsuleEntry& entry, const orvcore::UTF8String& path
         return false;
     }
     const orvcore::UTF8String text = GetJsonContent(path);
-    return !text.empty() && Fill(entry, text);
+    return Fill(entry, text) && entry.refusal == nullptr;
 }
 
 } // namespace orvcapsule::detail

@@ -11,7 +11,8 @@ namespace orvcapsule::detail {
 /// @name The definition of a template that is listed
 /// Several workers read definitions at the same time. Together they use no more memory than one large definition needs:
 /// a large one waits until the others are done, and they wait for it. Afterwards `stop` is asked; true gives up.
-/// @return false, with the entry as it was, when there is no definition that can be read
+/// @return false when there is no definition that can be read; the entry is then as it was, with the reason in its
+/// `refusal` unless `stop` gave up
 /// @{
 
 /// Fills an entry from its package's definition.

@@ -41,8 +41,10 @@ boost::shared_ptr<CapsuleEntry> LocalEntryMaker::Make(const fs::path& package, c
     try {
         ListedPackage one(package);
         FillFromContent(*entry, one, known, state);
-    } catch (const fs::filesystem_error&) { // no room for the private copy of a package with a long path
+    } catch (const fs::filesystem_error& error) { // no room for the private copy of a package with a long path
         state.isKnown = false;
+        entry->refusal =
+            std::make_shared<const Finding>(Finding{Severity::Error, "CannotOpen", error.code().message()});
     }
     return entry;
 }
@@ -58,7 +60,7 @@ void LocalEntryMaker::FillFromContent(CapsuleEntry& entry, ListedPackage& packag
         hasDefinition = FillFromDefinition(entry, package.Content(), stop_);
         state.hasStill = hasDefinition;
         state.hasVideo = true; // until it is looked for
-        state.isKnown = hasDefinition;
+        state.isKnown = hasDefinition && entry.refusal == nullptr;
     }
     if (!extractsPreviews_) {
         return;

@@ -1,4 +1,5 @@
 #include <capsule/Capsule.h>
+#include <capsule/ControlFactory.h>
 #include <capsule/Guid.h>
 
 #include <tests/support/Language.h>
@@ -123,6 +124,17 @@ TEST(Capsule, OlderSettersYieldAndEmptyMapsChangeNothing)
     EXPECT_TRUE(capsule.GetUsedFonts().empty());
     capsule.SetUsedFonts({u8"明朝", u8"Ä"});
     EXPECT_EQ(capsule.GetUsedFonts(), (Capsule::StringList{orvcore::ToNarrow(u8"明朝"), orvcore::ToNarrow(u8"Ä")}));
+}
+
+TEST(Capsule, FindsTheFirstControlOfAnId)
+{
+    Capsule capsule;
+    const auto make = [](const char16_t* id) {
+        return orvcapsule::factory::CreateCheckboxControl(id, orvcapsule::UIString(), {}, true);
+    };
+    capsule.SetControls({make(u"a"), nullptr, make(u"b"), make(u"b")});
+    EXPECT_EQ(capsule.FindControl(u"b"), capsule.GetControls()[2]);
+    EXPECT_EQ(capsule.FindControl(u"c"), nullptr);
 }
 
 TEST(Capsule, EmptyLocalisedNameGivesTheOlderName)

@@ -1,4 +1,5 @@
 #include <capsule/ControlFactory.h>
+#include <capsule/ForeignValue.h>
 #include <capsule/Serialization.h>
 
 #include <tests/support/Language.h>
@@ -183,6 +184,10 @@ TEST(Control, WhatReadersTakeThoughWritersPutItOtherwise)
 TEST(Control, AForeignValueCannotBeWritten)
 {
     for (const auto& control : OneOfEachKind()) {
+        const ControlValue own = control->GetVal();
+        EXPECT_THROW(control->SetValOfKind(1.0F), foreign_value_exception);
+        EXPECT_EQ(control->GetVal(), own);
+        EXPECT_NO_THROW(control->SetValOfKind(own));
         control->SetVal(1.0F);
         try {
             serialization::ClientControlToJson(control);

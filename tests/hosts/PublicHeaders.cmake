@@ -2,7 +2,8 @@
 # that the project's own sources use.
 file(GLOB public_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}"
   "${PROJECT_SOURCE_DIR}/platform/*/*.h" "${PROJECT_SOURCE_DIR}/platform/orvcore/*/*.h"
-  "${PROJECT_SOURCE_DIR}/capsule/*.h" "${PROJECT_SOURCE_DIR}/package/*.h" "${PROJECT_SOURCE_DIR}/sources/*.h"
+  "${PROJECT_SOURCE_DIR}/capsule/*.h" "${PROJECT_SOURCE_DIR}/package/*.h" "${PROJECT_SOURCE_DIR}/validation/*.h"
+  "${PROJECT_SOURCE_DIR}/sources/*.h"
   "${PROJECT_SOURCE_DIR}/rewrite/*.h" "${PROJECT_SOURCE_DIR}/manager/*.h" "${PROJECT_SOURCE_DIR}/stock/*.h"
   "${PROJECT_SOURCE_DIR}/fontusage/*.h")
 foreach(path IN LISTS public_headers)

@@ -23,6 +23,21 @@ if(private_headers)
   message(FATAL_ERROR "private headers were installed: ${private_headers}")
 endif()
 
+# What people read, and programs load, comes along.
+file(GLOB_RECURSE documents RELATIVE "${prefix}" "${prefix}/share/*")
+foreach(wanted IN ITEMS hosting.md definition.schema.json examples/edit.cpp orvcapsule/en_US.txt)
+  string(FIND ";${documents};" "/${wanted};" at)
+  if(at EQUAL -1)
+    message(FATAL_ERROR "${wanted} was not installed: ${documents}")
+  endif()
+endforeach()
+file(STRINGS "${prefix}/share/orvcapsule/en_US.txt" texts REGEX "^\\$\\$\\$/[A-Za-z/]+=[A-Z].*[a-z0-9]$")
+file(STRINGS "${prefix}/share/orvcapsule/en_US.txt" lines)
+list(LENGTH texts count)
+if(count LESS 8 OR NOT "${texts}" STREQUAL "${lines}")
+  message(FATAL_ERROR "the dictionary is not whole: ${lines}")
+endif()
+
 # The host includes every header: what they include must be installed too.
 set(include_dir "${prefix}/${INCLUDEDIR}/orvcapsule")
 file(GLOB_RECURSE headers RELATIVE "${include_dir}" "${include_dir}/*.h")

@@ -114,9 +114,10 @@ TEST_F(CapsuleZipTest, AChangeNeverUndoesAnothers)
         EXPECT_FALSE(zip.SetZELTDescriptionJSON(PathToUTF16(folder_ / "mine")));
         EXPECT_EQ(zip.GetLastFailure().Reason(), "another program has changed it since it was read");
         EXPECT_EQ(CapsuleZip(path).GetZELTDescriptionJSON(), u8"other's");
+        EXPECT_FALSE(zip.SetZELTDescriptionJSON(u8"mine"));
         zip.Reopen();
         EXPECT_EQ(copy.GetZELTDescriptionJSON(), u8"other's");
-        EXPECT_TRUE(zip.SetZELTDescriptionJSON(PathToUTF16(folder_ / "mine")));
+        EXPECT_TRUE(zip.SetZELTDescriptionJSON(u8"mine"));
         EXPECT_EQ(copy.GetZELTDescriptionJSON(), u8"mine");
         EXPECT_EQ(CapsuleZip(path).GetZELTDescriptionJSON(), u8"mine");
     }

@@ -162,6 +162,7 @@ TEST_F(LocalGraphicsSourceTest, FillsEntriesWithWhatIsThere)
         std::int32_t kind;
         bool upgrade;
         std::size_t still, video;
+        const char* refusal = "";
     };
     const std::map<std::string, Row> rows = {
         {"root/lower-third.zelt", {u"Bauchbinde \u2013 schlicht", u"tsfx", 2, 5, 1920, 8000, 2, false, 5540, 8518}},
@@ -169,13 +170,13 @@ TEST_F(LocalGraphicsSourceTest, FillsEntriesWithWhatIsThere)
         {"root/classic-title.zelt", {u"Classic Title", u"tsfx", 1, 2, 720, 5000, 2, false, 4929, 0}},
         {"root/countdown.zelt", {u"Countdown 10 s", u"crvd", 1, 3, 3840, 10000, 2, false, 8045, 7755}},
         {"root/untitled.zelt", {u"untitled", u"tsfx", 0, 0, 1280, 3000, 2, false, 8244, 0}},
-        {"root/from-the-future.zelt", {u"from-the-future", u"", 0, 0, 0, 0, 0, false, 0, 0}},
-        {"root/damaged/broken-json.zelt", {u"broken-json", u"", 0, 0, 0, 0, 2, false, 5417, 0}},
-        {"root/damaged/empty.zelt", {u"empty", u"", 0, 0, 0, 0, 0, false, 0, 0}},
-        {"root/damaged/missing-framerate.zelt", {u"missing-framerate", u"", 0, 0, 0, 0, 0, false, 0, 0}},
-        {"root/damaged/no-definition.zelt", {u"no-definition", u"", 0, 0, 0, 0, 0, false, 0, 0}},
-        {"root/damaged/not-a-zip.zelt", {u"not-a-zip", u"", 0, 0, 0, 0, 0, false, 0, 0}},
-        {"root/damaged/truncated.zelt", {u"truncated", u"", 0, 0, 0, 0, 0, false, 0, 0}},
+        {"root/from-the-future.zelt", {u"from-the-future", u"", 0, 0, 0, 0, 0, false, 0, 0, "NewerVersion"}},
+        {"root/damaged/broken-json.zelt", {u"broken-json", u"", 0, 0, 0, 0, 2, false, 5417, 0, "MalformedJSON"}},
+        {"root/damaged/empty.zelt", {u"empty", u"", 0, 0, 0, 0, 0, false, 0, 0, "NotAZip"}},
+        {"root/damaged/missing-framerate.zelt", {u"missing-framerate", u"", 0, 0, 0, 0, 0, false, 0, 0, "MissingKey"}},
+        {"root/damaged/no-definition.zelt", {u"no-definition", u"", 0, 0, 0, 0, 0, false, 0, 0, "MissingDefinition"}},
+        {"root/damaged/not-a-zip.zelt", {u"not-a-zip", u"", 0, 0, 0, 0, 0, false, 0, 0, "NotAZip"}},
+        {"root/damaged/truncated.zelt", {u"truncated", u"", 0, 0, 0, 0, 0, false, 0, 0, "Truncated"}},
     };
     const orvtest::Language german("de_DE");
     CopySamples();
@@ -198,6 +199,7 @@ TEST_F(LocalGraphicsSourceTest, FillsEntriesWithWhatIsThere)
         EXPECT_EQ(entry.frameWidth, row.width) << paths[i];
         EXPECT_EQ(entry.durationMs, row.ms) << paths[i];
         EXPECT_EQ(entry.entryKind, row.kind) << paths[i];
+        EXPECT_EQ(entry.refusal ? entry.refusal->code : "", row.refusal) << paths[i];
         EXPECT_EQ(entry.needsTsUpgrade, row.upgrade) << paths[i];
         EXPECT_EQ(entry.thumbnailPath.empty() ? 0 : Content(entry.thumbnailPath).size(), row.still) << paths[i];
         EXPECT_EQ(entry.videoPreviewPath.empty() ? 0 : Content(entry.videoPreviewPath).size(), row.video) << paths[i];

@@ -53,11 +53,27 @@ TEST_F(SearchIndexTest, WithoutAnIndexNothingHappens)
     };
     all();
     folder.Write("text.db", "not an index, and long enough to be taken for one at first sight" + std::string(500, '.'));
-    for (const char* unusable : {"text.db", "missing/index.db", "."}) {
+    using orvcapsule::SearchIndexState;
+    EXPECT_EQ(orvcapsule::GetSearchIndexStatus().state, SearchIndexState::None);
+    for (const auto& [unusable, state] : {std::pair("text.db", SearchIndexState::NotAnIndex),
+                                          std::pair("missing/index.db", SearchIndexState::Unavailable),
+                                          std::pair(".", SearchIndexState::Unavailable)}) {
         Initialize(unusable);
         all();
+        EXPECT_EQ(orvcapsule::GetSearchIndexStatus().state, state) << unusable;
     }
     EXPECT_EQ(folder.Names(), std::vector<std::string>{"text.db"});
+}
+
+TEST_F(SearchIndexTest, TellsThatADamagedFileWasSetAside)
+{
+    folder.Write("index.db", "SQLite format 3");
+    for (const bool wasSetAside : {true, false}) {
+        Initialize();
+        EXPECT_EQ(orvcapsule::GetSearchIndexStatus().state, orvcapsule::SearchIndexState::Open);
+        EXPECT_EQ(orvcapsule::GetSearchIndexStatus().wasSetAside, wasSetAside);
+        orvcapsule::TerminateRapidFindDB();
+    }
 }
 
 TEST_F(SearchIndexTest, FindsTemplatesByTheirTexts)

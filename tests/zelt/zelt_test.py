@@ -30,6 +30,7 @@ REFUSED = {
     "damaged/not-a-zip": ["not a zip archive"],
     "damaged/truncated": ["cut short"],
 }
+PNG = b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR"
 INFO_KEYS = """file ok error apiVersion authorApp authorID capsuleID name description platformSupport fonts fontsLocalized
     effects renderers fileTypes tags versions licenseID canUseTSLib knownVersion sourceLocales frameWidth frameHeight
     durationMs pixelAspect dropFrame controls entries""".split()
@@ -162,7 +163,7 @@ class ZeltTest(unittest.TestCase):
             self.skipTest("signals, links and access rights are POSIX's")
 
     def write_package(self, name, definition, **parts):
-        entries = {"thumb.png": b"picture", "project.tsgraphic": b"project", **parts}
+        entries = {"thumb.png": PNG, "project.tsgraphic": b"project", **parts}
         with zipfile.ZipFile(name, "w") as archive:
             for entry, content in {"definition.json": definition, **entries}.items():
                 if content is not None:
@@ -200,62 +201,46 @@ class ZeltTest(unittest.TestCase):
     def test_check_of_the_samples(self):
         files = [f"{name}.zelt" for name in [*GOOD, *REFUSED]]
         lines = self.run_zelt("check", *files, code=1)[0].splitlines()
+        lines = [line for line in lines if ": warning: " not in line]
         self.assertEqual(lines[:len(GOOD)], [f"{file}: OK" for file in files[:len(GOOD)]])
         for line, (name, words) in zip(lines[len(GOOD):], REFUSED.items()):
             self.assertTrue(line.startswith(f"{name}.zelt: BAD: "), line)
             self.assertTrue(all(word in line for word in words), line)
         self.run_zelt("check", *files[:len(GOOD)])
 
-    def test_check_finds_every_problem(self):
+    def test_check_tells_errors_and_warnings(self):
         good = json.loads(definition_of("lower-third.zelt"))
 
-        def changed(*edits):
-            document = json.loads(json.dumps(good))
-            for *path, last, value in edits:
-                place = document
-                for step in path:
-                    place = place[step]
-                if value is None:
-                    del place[last]
-                else:
-                    place[last] = value
-            return json.dumps(document)
+        def changed(**values):
+            return json.dumps({**good, **values})
 
-        c = {control["id"]: number for number, control in enumerate(good["clientControls"])}
-        controls = "clientControls"
         cases = [
             (changed(), {}, []),
-            (changed((controls, c["g-text"], "value", ["dz"])), {}, []),  # kinds that are skipped have ids too
-            (changed((controls, c["t-role"], "id", "t-name")), {}, ["RepeatedId", "UnknownMember"]),
-            (changed((controls, c["g-text"], "value", ["a", "b"])), {}, ["UnknownMember", "UnknownMember"]),
-            (changed((controls, c["s-size"], "value", 200.75)), {}, ["OutOfRange"]),
-            (changed((controls, c["s-size"], "value", 200.5), (controls, c["m-style"], "value", 3)), {}, ["OutOfRange"]),
-            (changed((controls, c["m-style"], "value", -1), (controls, c["s-size"], "max", None)), {},
-             ["MissingKey", "OutOfRange"]),
-            (changed(("sourceInfoLocalized", "de_DE", "duration", None), (controls, c["b-shadow"], "type", None)), {},
-             ["MissingKey", "MissingKey"]),
-            (changed(("apiVersion", None)), {}, ["NoVersion"]),
-            (changed(("apiVersion", 2.2)), {}, ["NoVersion"]),
-            (changed(("apiVersion", "")), {}, ["NoVersion"]),
-            (changed(("apiVersion", ["2.2"])), {}, ["NoVersion"]),
-            (changed().replace('"2.2"', "null", 1), {}, ["NoVersion"]),
-            (changed((controls, c["g-text"], "value", ["x%d" % i for i in range(300)])), {},
+            (changed().replace('"min": 10', '"min": 100'), {}, ["OutOfRange"]),
+            (changed(tags=[]), {}, ["warning: UnknownKey"]),
+            (changed(tags=[], apiVersion="2.3"), {"thumb.png": b"", "project.tsgraphic": None},
+             ["NewerVersion", "warning: EmptyPart", "MissingPoster", "MissingProject"]),
+            (changed(clientControls=[{"type": 10, "id": "g", "canAnimate": True, "groupexpanded": True,
+                                      "uiName": good["capsuleNameLocalized"], "value": ["x"] * 300}]), {},
              ["UnknownMember"] * 100 + ["MoreProblems"]),
-            (changed(("apiVersion", "2.3")), {"thumb.png": b"", "project.tsgraphic": None},
-             ["NewerVersion", "MissingPoster", "MissingProject"]),
-            (changed(), {"thumb.png": None, "thumb_de_DE.png": b"x"}, []),
-            (changed(), {"project.tsgraphic": None, "project_de_DE.cvgraphic": b"x"}, []),
-            (changed(), {"thumb.png": None, "thumbs.png": b"x", "x/project.cvgraphic": b"x"}, ["MissingPoster"]),
+            (changed(), {"thumb.png": b"GIF89a"}, ["warning: NotAPicture"]),
             (changed(), {"../evil.txt": b"x", "C:/evil.txt": b"x"}, ["ParentComponent", "DriveLetter"]),
-            ('["apiVersion"]', {}, ["MalformedJSON"]),
             (None, {}, ["MissingDefinition"]),
         ]
         for number, (definition, parts, codes) in enumerate(cases):
             file = self.write_package(f"{number}.zelt", definition, **parts)
-            out, _ = self.run_zelt("check", "--json", file, code=1 if codes else 0)
-            said = json.loads(out)
-            self.assertEqual((said["file"], said["ok"]), (file, not codes))
-            self.assertEqual([p["code"] for p in said["problems"]], codes, (number, said))
+            isBad = any(not code.startswith("warning") for code in codes)
+            said = json.loads(self.run_zelt("check", "--json", file, code=int(isBad))[0])
+            self.assertEqual((said["file"], said["ok"]), (file, not isBad))
+            told = [("warning: " if p["severity"] == "warning" else "") + p["code"] for p in said["problems"]]
+            self.assertEqual(told, codes, (number, said))
+            self.run_zelt("check", "--strict", file, code=int(bool(codes)))
+        out, _ = self.run_zelt("check", self.write_package("tags.zelt", json.dumps({**good, "capsuleTag": []}, indent=1)))
+        self.assertRegex(out, r'^tags\.zelt: OK\ntags\.zelt: warning: "capsuleTag" is no key .* at line \d+, column 2; '
+                              r'did you mean "capsuleTags"\?\n$')
+        pathlib.Path("definition.json").write_text("{")
+        self.assertEqual([line.split(":")[1] for line in self.run_zelt("check", ".", "definition.json", code=1)[0].splitlines()
+                          if "warning" not in line], [" BAD", " BAD"])
         damaged = pathlib.Path("lower-third.zelt").read_bytes()
         for entry in ("thumb.png", "definition.json"):  # the definition is read twice, and told of once
             at = damaged.index(packed_bytes_of("lower-third.zelt")[entry]) + 500

@@ -255,14 +255,16 @@ JSONOutline ReadOutline(std::string_view text)
     return Scanner(text).Document();
 }
 
-std::string PlaceInText(std::string_view text, std::size_t offset)
+void TextPlace::Pass(std::string_view text)
 {
-    const std::string_view before = text.substr(0, offset);
-    const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-    const std::string_view inLine = before.substr(before.rfind('\n') + 1); // npos + 1 is the beginning
-    const auto column = 1 + std::count_if(inLine.begin(), inLine.end(),
-                                          [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
-    return "line " + std::to_string(line) + ", column " + std::to_string(column);
+    const std::size_t lineEnd = text.rfind('\n');
+    if (lineEnd != text.npos) {
+        line += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+        column = 1;
+        text.remove_prefix(lineEnd + 1);
+    }
+    column += static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }
 
 } // namespace orvcore::serialization

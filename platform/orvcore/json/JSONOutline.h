@@ -49,7 +49,13 @@ private:
 /// Takes time and memory linear in the text. Thread-safe. @throws json_outline_exception
 ORVPLATFORM_API JSONOutline ReadOutline(std::string_view text);
 
-/// "line 3, column 17", both counted from 1, the column in characters.
-ORVPLATFORM_API std::string PlaceInText(std::string_view text, std::size_t offset);
+/// A place in a text as editors tell it, worked out by passing over what stands before it.
+struct ORVPLATFORM_API TextPlace {
+    std::size_t line = 1;
+    std::size_t column = 1; ///< in characters
+
+    /// Goes on behind `text`, which follows what was passed before.
+    void Pass(std::string_view text);
+};
 
 } // namespace orvcore::serialization

@@ -27,4 +27,17 @@ std::string Printable(std::string_view text)
     return safe;
 }
 
+std::string Shortened(std::string_view text)
+{
+    constexpr std::size_t kMost = 80;
+    if (text.size() <= kMost) {
+        return std::string(text);
+    }
+    std::size_t end = kMost;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) { // inside a character
+        --end;
+    }
+    return std::string(text.substr(0, end)) + "...";
+}
+
 } // namespace orvcore

@@ -12,4 +12,8 @@ namespace orvcore {
 /// what is not UTF-8.
 ORVPLATFORM_API std::string Printable(std::string_view text);
 
+/// UTF-8 text that is short enough to stand in a sentence: of a longer one the first 80 bytes, whole characters, and
+/// "...".
+ORVPLATFORM_API std::string Shortened(std::string_view text);
+
 } // namespace orvcore

@@ -48,6 +48,7 @@ void IndexStore::Open(const orvcore::UTF16String& path)
     Forget();
     isTableInUse_ = false;
     path_ = path;
+    wasSetAside_ = false;
     OpenOrReplace();
 }
 
@@ -78,6 +79,7 @@ void IndexStore::Replace()
     if (!SetAside(path_) || file_.Open(path_, kBusyTimeoutMs) != IndexFile::Format::Current) {
         throw SQLiteError(codes::kCannotOpen);
     }
+    wasSetAside_ = true;
     ApplySynchronous();
 }
 

@@ -60,6 +60,17 @@ public:
     std::vector<orvcore::UTF16String> Match(const std::vector<orvcore::UTF8String>& terms);
     std::vector<orvcore::UTF16String> Similar(const orvcore::UTF8String& start, std::size_t count);
 
+    /// Why nothing more is written: SQLite's code; 0 while that goes well.
+    int WriteFailure() const noexcept
+    {
+        return failure_;
+    }
+    /// Whether the file that was found was renamed, since it was opened.
+    bool WasSetAside() const noexcept
+    {
+        return wasSetAside_;
+    }
+
 private:
     /// How many changes one transaction writes. A smaller group costs more time per row; with a larger one other
     /// processes see changes later.
@@ -109,6 +120,7 @@ private:
     std::vector<Change> pending_;  ///< not written yet
     std::size_t saveAt_ = kGroupSize;
     int failure_ = 0; ///< why nothing more is written; 0: nothing failed
+    bool wasSetAside_ = false;
 };
 
 } // namespace orvmetadatadb::detail

@@ -1,10 +1,12 @@
 #include <capsule/ControlFactory.h>
 #include <capsule/Guid.h>
 #include <capsule/Serialization.h>
+#include <orvcapsule/Version.h>
 
 #include <orvcore/host/Application.h>
 
 #include <iostream>
+#include <string_view>
 
 // Makes a template, writes it, reads it back and prints its name: exceptions, records and text cross the libraries.
 int main()
@@ -20,5 +22,5 @@ int main()
     } catch (const orvcore::serialization::missing_key_exception& error) {
         std::cout << orvcore::ToNarrow(read->GetDisplayName()) << ' ' << error.GetKey() << '\n';
     }
-    return read->GetControls().size() == 1 ? 0 : 1;
+    return read->FindControl(u"s") != nullptr && GetLibraryVersion() == std::string_view(ORVCAPSULE_VERSION) ? 0 : 1;
 }

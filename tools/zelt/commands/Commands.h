@@ -32,6 +32,7 @@ ExitCode RunDefinition(const DefinitionOptions& options);
 struct CheckOptions {
     PackageList packages;
     bool json = false;
+    bool strict = false; ///< warnings count
 };
 ExitCode RunCheck(const CheckOptions& options);
 

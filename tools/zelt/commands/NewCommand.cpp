@@ -14,6 +14,7 @@
 #include <capsule/Versions.h>
 #include <orvcore/files/Files.h>
 #include <package/PackageNames.h>
+#include <validation/Validation.h>
 
 namespace zelt {
 
@@ -161,9 +162,10 @@ void MakeGood(const fs::path& stage, const fs::path& draft, const std::string& o
         throw FileError(output, error.what());
     }
     const Progress progress("checking");
-    const Problems problems = CheckTemplate(ToText(draft));
-    if (!problems.empty()) {
-        throw FileError(output, problems.front().text);
+    for (const orvcapsule::Finding& finding : orvcapsule::ValidateTemplate(draft).list) {
+        if (finding.severity == orvcapsule::Severity::Error) {
+            throw FileError(output, finding.text);
+        }
     }
 }
 

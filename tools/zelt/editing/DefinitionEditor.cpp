@@ -1,11 +1,11 @@
 #include <tools/zelt/editing/DefinitionEditor.h>
 
 #include <tools/zelt/editing/ControlInput.h>
-#include <tools/zelt/output/Problems.h>
 
 #include <capsule/DefinitionKeys.h>
 #include <capsule/Serialization.h>
 #include <orvcore/host/Application.h>
+#include <orvcore/text/Printable.h>
 
 #include <algorithm>
 #include <map>
@@ -58,7 +58,7 @@ std::string Named(const std::vector<std::string>& ids)
     constexpr std::size_t kMost = 30;
     std::string named;
     for (std::size_t i = 0; i < std::min(ids.size(), kMost); ++i) {
-        named += (i == 0 ? "" : ", ") + Shortened(ids[i]);
+        named += (i == 0 ? "" : ", ") + orvcore::Shortened(ids[i]);
     }
     return ids.size() <= kMost ? named : named + " and " + std::to_string(ids.size() - kMost) + " more";
 }

@@ -13,7 +13,6 @@ namespace zelt {
 struct Template {
     std::string file; ///< as the command line names it
     orvcapsule::CapsuleZip package;
-    bool isArchive = false; ///< whether the archive as such can be read
     std::vector<orvstorage::ZipEntry> entries;
     orvcapsule::UTF8String text; ///< "definition.json" as stored; empty when it cannot be had
     Definition definition;       ///< its refusals tell why there is no capsule, the archive's included
@@ -31,11 +30,5 @@ Template ReadTemplate(const std::string& file);
 Template NeedText(const std::string& file);
 /// The same for work that needs a capsule. @throws FileError  with the first refusal when there is none
 Template NeedCapsule(const std::string& file);
-
-/// Everything that is wrong with a package: its archive and every entry's data, its definition, missing parts.
-Problems CheckTemplate(const std::string& file);
-
-/// Adds what a package of these entries lacks besides a definition: a poster, a project.
-void CheckParts(const std::vector<orvstorage::ZipEntry>& entries, Problems& problems);
 
 } // namespace zelt

@@ -217,12 +217,18 @@ bool WriteOver(const fs::path& destination, ZipFailure& failure, const Give& giv
 
 } // namespace
 
-bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure)
+bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure, std::string* head)
 {
     const ArchiveEntry& entry = archive.Entries()[index];
     failure.entry = entry.shown.name;
     std::vector<char> piece(std::min<std::uint64_t>(kPiece, entry.shown.size + 1)); // its end shows in the same read
-    return StreamEntry(archive.Handle(), entry, index, piece, failure, [](const char*, std::size_t) { return true; });
+    const auto keep = [head](const char* data, std::size_t size) {
+        if (head != nullptr) {
+            head->append(data, std::min(size, kEntryHeadSize - head->size()));
+        }
+        return true;
+    };
+    return StreamEntry(archive.Handle(), entry, index, piece, failure, keep);
 }
 
 bool UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ByteProgress& progress,

@@ -16,8 +16,9 @@ bool UnpackToFile(const ZipArchive& archive, std::size_t index, const std::files
 bool UnpackOver(const ZipArchive& archive, std::size_t index, const std::filesystem::path& destination,
                 ZipFailure& failure);
 
-/// Reads and checks one entry's content, keeping nothing of it.
-bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure);
+/// Reads and checks one entry's content. Nothing of it is kept but, where `head` is not null, its first kEntryHeadSize
+/// bytes.
+bool TestEntry(const ZipArchive& archive, std::size_t index, ZipFailure& failure, std::string* head = nullptr);
 
 /// Carries a plan out: all files are first unpacked into a private folder inside `target`, then moved to their places.
 /// After a failure everything this call created is gone again, and what it replaced is back.

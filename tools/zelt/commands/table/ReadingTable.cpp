@@ -25,6 +25,7 @@ std::vector<Command> ReadingCommands()
                [](Command& command, CheckOptions& options) {
                    AddPackages(command, options.packages);
                    command.Option("--json", options.json, kJSONForEachPackage);
+                   command.Option("--strict", options.strict, "Warnings make a package bad, too");
                    command.Example("check ~/Templates", "judge all packages in a folder and below it");
                    command.Example("check --files-from list.txt -j 4", "those that a file names, four at one time");
                }),

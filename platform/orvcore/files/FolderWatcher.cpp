@@ -1,0 +1,196 @@
+#include <orvcore/files/FolderWatcher.h>
+
+#include <orvcore/files/AtomicFile.h>
+#include <orvcore/files/WalkTree.h>
+#include <orvcore/files/detail/FolderNotices.h>
+#include <orvcore/tasks/Executor.h>
+
+#include <algorithm>
+#include <atomic>
+#include <map>
+#include <set>
+#include <thread>
+
+namespace orvcore {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+namespace {
+
+using Files = std::map<fs::path, FileInfo>;
+using Folders = std::map<fs::path, Files>;
+
+// The files that differ between two states of a folder.
+std::vector<fs::path> Differences(const Files& before, const Files& now)
+{
+    std::vector<fs::path> files;
+    for (const auto& [file, info] : now) {
+        const auto old = before.find(file);
+        if (old == before.end() || old->second != info) {
+            files.push_back(file);
+        }
+    }
+    for (const auto& [file, info] : before) {
+        if (!now.contains(file)) {
+            files.push_back(file);
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+} // namespace
+
+class FolderWatcher::Impl {
+public:
+    Impl(Settings settings, Callback callback)
+        : settings_(std::move(settings))
+        , callback_(std::move(callback))
+    {
+        known_ = Look(); // here, so that what happens once the watcher is made is told
+        thread_ = std::thread([this] { Run(); });
+    }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+    ~Impl()
+    {
+        isEnding_ = true;
+        notices_.Wake();
+        thread_.join();
+    }
+
+private:
+    void Run()
+    {
+        auto nextLook = Clock::now() + settings_.interval;
+        while (!isEnding_) {
+            const auto left = std::chrono::duration_cast<milliseconds>(nextLook - Clock::now());
+            const bool isQuiet = !Hear(std::clamp(left, milliseconds(0), settings_.interval));
+            if (isEnding_ || (isQuiet && Clock::now() < nextLook)) {
+                continue;
+            }
+            if (!isQuiet) {
+                AwaitQuiet();
+            }
+            if (!isQuiet || !isAllWatched_) {
+                Compare();
+            }
+            nextLook = Clock::now() + settings_.interval;
+        }
+    }
+
+    // @return whether something happened
+    bool Hear(milliseconds longest)
+    {
+        const detail::FolderNotices::Heard heard = notices_.Wait(longest);
+        return heard.isIncomplete || !heard.folders.empty();
+    }
+
+    // No longer than the interval: a file that is written all day is told now and then.
+    void AwaitQuiet()
+    {
+        const auto end = Clock::now() + std::max(settings_.interval, settings_.quietTime);
+        while (!isEnding_ && Clock::now() < end && Hear(settings_.quietTime)) {
+        }
+    }
+
+    void Compare()
+    {
+        Folders now = Look();
+        std::vector<Change> changes;
+        for (const auto& [folder, files] : now) {
+            AddChange(folder, Differences(known_[folder], files), changes);
+        }
+        for (const auto& [folder, files] : known_) {
+            if (!now.contains(folder)) {
+                AddChange(folder, Differences(files, {}), changes);
+            }
+        }
+        known_ = std::move(now);
+        if (!changes.empty() && !isEnding_) {
+            OneTimeInvocation task([this, &changes] { callback_(changes); });
+            RunTask(task);
+        }
+    }
+
+    static void AddChange(const fs::path& folder, std::vector<fs::path> files, std::vector<Change>& changes)
+    {
+        if (!files.empty()) {
+            changes.push_back({folder, std::move(files)});
+        }
+    }
+
+    // Asks for notices before it reads a folder: what happens in between is heard.
+    Folders Look()
+    {
+        Folders folders;
+        const std::set<fs::path> before = std::exchange(watched_, {});
+        isAllWatched_ = settings_.asksSystem;
+        Enter(settings_.folder, folders);
+        TreeVisitor visitor;
+        visitor.visit = [&](const fs::path& path, FileKind kind) {
+            if (isEnding_) {
+                return WalkNext::End;
+            }
+            if (kind != FileKind::Directory) {
+                Take(path, folders);
+                return WalkNext::GoOn;
+            }
+            if (!settings_.withSubFolders) {
+                return WalkNext::PassOver;
+            }
+            Enter(path, folders);
+            return WalkNext::GoOn;
+        };
+        visitor.fail = [](const fs::path&, const std::error_code&) { return WalkNext::GoOn; };
+        WalkTree(settings_.folder, visitor);
+        for (const fs::path& folder : before) {
+            if (!watched_.contains(folder)) {
+                notices_.Forget(folder);
+            }
+        }
+        return folders;
+    }
+
+    void Enter(const fs::path& folder, Folders& folders)
+    {
+        folders[folder];
+        if (settings_.asksSystem && notices_.Watch(folder)) {
+            watched_.insert(folder);
+        } else {
+            isAllWatched_ = false;
+        }
+    }
+
+    void Take(const fs::path& path, Folders& folders) const
+    {
+        std::error_code error;
+        if ((settings_.extension.empty() || path.extension() == settings_.extension) &&
+            !IsPrivateName(path.filename())) {
+            const FileInfo info = InspectTarget(path, error);
+            if (info.kind == FileKind::File) {
+                folders[path.parent_path()].emplace(path, info);
+            }
+        }
+    }
+
+    const Settings settings_;
+    const Callback callback_;
+    detail::FolderNotices notices_;
+    std::set<fs::path> watched_;
+    bool isAllWatched_ = false; ///< otherwise folders are compared at the interval, too
+    Folders known_;
+    std::atomic<bool> isEnding_ = false;
+    std::thread thread_;
+};
+
+FolderWatcher::FolderWatcher(Settings settings, Callback callback)
+    : impl_(std::make_unique<Impl>(std::move(settings), std::move(callback)))
+{
+}
+
+FolderWatcher::~FolderWatcher() = default;
+
+} // namespace orvcore

@@ -1,0 +1,56 @@
+#include <validation/TemplateReading.h>
+
+#include <validation/detail/DefinitionJudging.h>
+#include <validation/detail/PackageJudging.h>
+
+#include <capsule/Serialization.h>
+#include <package/CapsuleZip.h>
+
+#include <algorithm>
+
+namespace orvcapsule {
+
+TemplateReading ReadTemplate(const std::filesystem::path& package, const std::string& password)
+{
+    try {
+        return ReadTemplate(CapsuleZip(package, password));
+    } catch (const std::filesystem::filesystem_error& error) { // no room for the copy of a package with a long path
+        TemplateReading none;
+        none.refusals.push_back(detail::CannotOpen(error.code()));
+        return none;
+    }
+}
+
+TemplateReading ReadTemplate(const CapsuleZip& package)
+{
+    TemplateReading reading;
+    reading.text = package.GetZELTDescriptionJSON();
+    if (const orvstorage::ZipFailure failure = package.GetLastFailure()) {
+        reading.refusals.push_back(DescribeFailure(failure));
+    } else {
+        static_cast<DefinitionReading&>(reading) = ReadDefinition(reading.text);
+    }
+    return reading;
+}
+
+DefinitionReading ReadDefinition(const UTF8String& text)
+{
+    DefinitionReading reading;
+    try {
+        reading.capsule = serialization::CapsuleFromJson(text);
+        if (reading.capsule != nullptr && !reading.capsule->GetAPIVersion().empty()) {
+            reading.declaredVersion = reading.capsule->GetAPIVersion();
+            return reading;
+        }
+    } catch (const orvcore::serialization::missing_key_exception&) { // which, and where, is told below
+    }
+    reading.capsule = nullptr;
+    reading.declaredVersion = detail::DeclaredVersion(orvcore::AsNarrow(text));
+    detail::FindingList findings;
+    detail::JudgeDefinition(orvcore::AsNarrow(text), findings);
+    reading.refusals = findings.Take().list;
+    std::erase_if(reading.refusals, [](const Finding& finding) { return !detail::IsRefusal(finding.code); });
+    return reading;
+}
+
+} // namespace orvcapsule
