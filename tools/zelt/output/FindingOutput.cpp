@@ -12,9 +12,28 @@ using orvcapsule::Finding;
 using orvcapsule::Findings;
 using orvcapsule::Severity;
 
+// The findings, and after them one for each severity of which there are more.
+std::vector<Finding> All(const Findings& findings)
+{
+    std::vector<Finding> all = findings.list;
+    const auto addMore = [&all](Severity severity, std::size_t more, const char* noun) {
+        if (more != 0) {
+            all.push_back({severity, "MoreProblems", "and " + Count(more, std::string("more ") + noun)});
+        }
+    };
+    addMore(Severity::Error, findings.moreErrors, "error");
+    addMore(Severity::Warning, findings.moreWarnings, "warning");
+    return all;
+}
+
 bool Counts(const Finding& finding, bool isStrict)
 {
     return isStrict || finding.severity == Severity::Error;
+}
+
+const char* NameOf(Severity severity)
+{
+    return severity == Severity::Error ? "error" : "warning";
 }
 
 void WriteText(orvcore::serialization::JSONTextWriter& writer, std::string_view key, std::string_view text)
@@ -32,7 +51,7 @@ void WriteNumber(orvcore::serialization::JSONTextWriter& writer, std::string_vie
 void Write(orvcore::serialization::JSONTextWriter& writer, const Finding& finding)
 {
     writer.BeginObject();
-    WriteText(writer, "severity", SeverityName(finding.severity));
+    WriteText(writer, "severity", NameOf(finding.severity));
     WriteText(writer, "code", finding.code);
     WriteText(writer, "text", finding.text);
     WriteText(writer, "entry", orvcore::AsNarrow(finding.entry));
@@ -48,24 +67,6 @@ void Write(orvcore::serialization::JSONTextWriter& writer, const Finding& findin
 }
 
 } // namespace
-
-const char* SeverityName(Severity severity)
-{
-    return severity == Severity::Error ? "error" : "warning";
-}
-
-std::vector<Finding> AllFindings(const Findings& findings)
-{
-    std::vector<Finding> all = findings.list;
-    const auto addMore = [&all](Severity severity, std::size_t more, const char* noun) {
-        if (more != 0) {
-            all.push_back({severity, "MoreProblems", "and " + Count(more, std::string("more ") + noun)});
-        }
-    };
-    addMore(Severity::Error, findings.moreErrors, "error");
-    addMore(Severity::Warning, findings.moreWarnings, "warning");
-    return all;
-}
 
 bool IsGood(const Findings& findings, bool isStrict)
 {
@@ -89,7 +90,7 @@ std::string FindingsText(const std::string& file, const Findings& findings, bool
     std::string line = file + (IsGood(findings, isStrict) ? ": OK" : ": BAD");
     std::string others;
     const char* separator = ": ";
-    for (const Finding& finding : AllFindings(findings)) {
+    for (const Finding& finding : All(findings)) {
         if (Counts(finding, isStrict)) {
             line += separator + FindingText(finding);
             separator = "; ";
@@ -109,7 +110,7 @@ std::string FindingsJSON(const std::string& file, const Findings& findings, bool
     writer.Bool(IsGood(findings, isStrict));
     writer.Key("problems");
     writer.BeginArray();
-    for (const Finding& finding : AllFindings(findings)) {
+    for (const Finding& finding : All(findings)) {
         Write(writer, finding);
     }
     writer.EndArray();

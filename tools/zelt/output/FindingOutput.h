@@ -3,15 +3,8 @@
 #include <validation/Finding.h>
 
 #include <string>
-#include <vector>
 
 namespace zelt {
-
-/// "error" or "warning".
-const char* SeverityName(orvcapsule::Severity severity);
-
-/// The findings that are kept, and after them one for each severity of which there are more.
-std::vector<orvcapsule::Finding> AllFindings(const orvcapsule::Findings& findings);
 
 /// Whether a template with these findings is good: without errors or, when `isStrict`, without any finding.
 bool IsGood(const orvcapsule::Findings& findings, bool isStrict);

@@ -2,7 +2,6 @@
 
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/panel/EntryRow.h>
-#include <tools/zelt/panel/TemplateJSON.h>
 
 #include <orvcore/files/Paths.h>
 #include <sources/SourceNames.h>
@@ -28,12 +27,6 @@ bool LooksSame(const orvcapsule::CapsuleEntry& a, const orvcapsule::CapsuleEntry
            a.needsTsUpgrade == b.needsTsUpgrade;
 }
 
-FoundFile AsFound(const orvcapsule::CapsuleEntry& entry)
-{
-    static const boost::posix_time::ptime kStart(boost::gregorian::date(1970, 1, 1));
-    return {entry.fileSize, entry.modified.is_special() ? 0 : (entry.modified - kStart).total_microseconds()};
-}
-
 } // namespace
 
 Catalogue::Catalogue(const std::vector<std::string>& folders)
@@ -49,18 +42,13 @@ void Catalogue::BeginListing()
 
 void Catalogue::Put(const Entries& entries)
 {
-    std::vector<std::string> reasons;
-    reasons.reserve(entries.size());
-    for (const Entry& entry : entries) { // reads packages, so without the lock
-        reasons.push_back(IsUnreadable(*entry) ? ReasonOf(*entry) : "");
-    }
     const std::lock_guard lock(mutex_);
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        PutUnlocked(entries[i], std::move(reasons[i]));
+    for (const Entry& entry : entries) {
+        PutUnlocked(entry);
     }
 }
 
-void Catalogue::PutUnlocked(const Entry& entry, std::string reason)
+void Catalogue::PutUnlocked(const Entry& entry)
 {
     const std::uint64_t id = NumberUnlocked(PathOf(*entry));
     Record& record = records_[id];
@@ -68,7 +56,6 @@ void Catalogue::PutUnlocked(const Entry& entry, std::string reason)
     record.entry = entry;
     record.listing = listing_;
     record.folder = folders_.Find(*entry);
-    record.reason = std::move(reason);
     if (isNews) {
         Touch(id);
     }
@@ -122,7 +109,7 @@ std::string Catalogue::ChangesAfter(std::uint64_t revision) const
         revision = at->first;
         const Record& record = records_[at->second];
         if (record.entry) {
-            WriteRow(writer, *record.entry, {at->second, record.folder, {}, record.reason});
+            WriteRow(writer, *record.entry, {at->second, record.folder, {}});
         } else {
             gone.push_back(at->second);
         }
@@ -173,27 +160,6 @@ std::vector<std::uint64_t> Catalogue::NumbersOf(const std::set<orvcore::UTF16Str
         }
     }
     return found;
-}
-
-std::map<std::string, std::vector<std::string>> Catalogue::Compare(const std::map<std::string, FoundFile>& onDisk) const
-{
-    std::map<std::string, std::vector<std::string>> differ;
-    const auto add = [&differ](const std::string& path) { differ[ToText(ToPath(path).parent_path())].push_back(path); };
-    const std::lock_guard lock(mutex_);
-    for (const auto& [path, file] : onDisk) {
-        const auto at = numbers_.find(path);
-        const Entry entry = at == numbers_.end() ? nullptr : records_[at->second].entry;
-        if (!entry || AsFound(*entry) != file) {
-            add(path);
-        }
-    }
-    for (const Record& record : records_) {
-        if (record.entry && record.entry->GetSourceID() == orvcapsule::kLocalSourceID &&
-            !onDisk.contains(PathOf(*record.entry))) {
-            add(PathOf(*record.entry));
-        }
-    }
-    return differ;
 }
 
 void Catalogue::Touch(std::uint64_t id)

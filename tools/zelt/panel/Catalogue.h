@@ -13,14 +13,6 @@
 
 namespace zelt {
 
-/// A package file as a walk of the folders finds it.
-struct FoundFile {
-    std::uint64_t size = 0;
-    std::int64_t modified = 0; ///< microseconds since 1970
-
-    bool operator==(const FoundFile&) const = default;
-};
-
 /// The templates that the page may know, each with a number that stays while the program runs, whatever happens to the
 /// package. Each change has a revision, so that a page asks for what is new to it alone. Any thread.
 class Catalogue {
@@ -52,20 +44,16 @@ public:
     /// The numbers of those of the paths that are known.
     std::vector<std::uint64_t> NumbersOf(const std::set<orvcore::UTF16String>& paths) const;
 
-    /// The local packages that differ from what lies on the disk, by folder.
-    std::map<std::string, std::vector<std::string>> Compare(const std::map<std::string, FoundFile>& onDisk) const;
-
 private:
     struct Record {
         Entry entry;                // null: gone
         std::uint64_t revision = 0; // 0: never told
         std::uint64_t listing = 0;  // in which it was found last
         std::size_t folder = 0;
-        std::string reason = {}; // why it cannot be used
     };
 
     std::uint64_t NumberUnlocked(const std::string& path);
-    void PutUnlocked(const Entry& entry, std::string reason);
+    void PutUnlocked(const Entry& entry);
     void Touch(std::uint64_t id);
 
     mutable std::mutex mutex_;

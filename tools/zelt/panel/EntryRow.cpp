@@ -2,6 +2,7 @@
 
 #include <orvcore/json/JSONTextWriter.h>
 #include <stock/StockCapsuleEntry.h>
+#include <validation/Finding.h>
 
 #include <algorithm>
 
@@ -73,8 +74,8 @@ void WriteRow(orvcore::serialization::JSONTextWriter& writer, const CapsuleEntry
         writer.String(entry.tags[i]);
     }
     writer.EndArray();
-    if (!facts.reason.empty()) {
-        writer.String(facts.reason);
+    if (entry.refusal) {
+        writer.String(std::string_view(entry.refusal->text));
     }
     writer.EndArray();
 }

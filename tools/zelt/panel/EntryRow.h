@@ -16,7 +16,6 @@ struct RowFacts {
     std::uint64_t id = 0;
     std::size_t folder = 0; ///< its number in the table of folders
     std::string names;      ///< JSON: an object from locale to name; empty: the entry's own name
-    std::string reason;     ///< why it cannot be used; empty where it can
 };
 
 /// True of a package without a definition that this library can read.

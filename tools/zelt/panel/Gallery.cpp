@@ -8,7 +8,6 @@
 #include <tools/zelt/panel/PageFiles.h>
 #include <tools/zelt/panel/TemplateJSON.h>
 #include <tools/zelt/support/TempFolder.h>
-#include <tools/zelt/support/Template.h>
 
 #include <capsule/Capsule.h>
 #include <orvcore/files/AtomicFile.h>
@@ -17,6 +16,7 @@
 #include <orvcore/json/JSONSplice.h>
 #include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/tasks/ParallelFor.h>
+#include <validation/TemplateReading.h>
 
 #include <atomic>
 #include <mutex>
@@ -105,13 +105,8 @@ private:
     {
         const orvcapsule::CapsuleEntry& entry = *entries_[i];
         const std::string place = std::to_string(i / kPart) + '/' + std::to_string(i);
-        RowFacts facts{i, folder, {}, {}};
-        if (IsUnreadable(entry)) {
-            facts.reason = ReasonOf(entry);
-        } else {
-            facts.names = NamesOf(entry);
-        }
-        const DetailsFacts told{.folder = folders_.Labels()[folder], .areFontsTold = false, .areFindingsTold = true};
+        const RowFacts facts{i, folder, IsUnreadable(entry) ? "" : NamesOf(entry)};
+        const DetailsFacts told{.folder = folders_.Labels()[folder], .areFontsTold = false, .isChecked = true};
         Put("details/" + place + ".js", AsScript("details/" + place, DetailsAsJSON(entry, told)));
         Copy(entry.thumbnailPath, "poster/" + place + ".png");
         Copy(entry.videoPreviewPath, "video/" + place + ".mp4");
@@ -122,11 +117,11 @@ private:
 
     std::string NamesOf(const orvcapsule::CapsuleEntry& entry)
     {
-        const Template read = ReadTemplate(std::string(orvcore::AsNarrow(entry.path)));
-        if (!read.IsGood()) { // it has changed since it was listed
+        const auto read = orvcapsule::ReadTemplate(orvcore::PathFromUTF8(entry.path));
+        if (!read) { // it has changed since it was listed
             return {};
         }
-        const orvcapsule::UIString names = read.definition.capsule->GetCapsuleNameLocalized();
+        const orvcapsule::UIString names = read.capsule->GetCapsuleNameLocalized();
         if (names.GetString().empty()) {
             return {};
         }

@@ -3,9 +3,14 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/panel/EntryRow.h>
 
+#include <orvcore/files/Paths.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/tasks/MainThread.h>
+#include <package/PackageNames.h>
 #include <sources/SourceNames.h>
+
+#include <algorithm>
+#include <iterator>
 
 namespace zelt {
 
@@ -39,14 +44,12 @@ Panel::Panel(Browser& browser, std::string session, const std::string& stock)
             catalogue_.PutFolder(std::string(orvcore::AsNarrow(folder)), entries);
         }));
     orvappsupport::SetProgressObserver([this](const orvappsupport::ProgressReport& report) { OnProgress(report); });
-    poll_ = std::make_unique<FolderPoll>(browser_.GetPlaces(), catalogue_, [this](const auto& changes) {
-        orvcore::AsyncCallFromMainThread([this, changes] { OnChanges(changes); });
-    });
+    Watch();
 }
 
 Panel::~Panel()
 {
-    poll_.reset();
+    watchers_.clear();
     orvappsupport::SetProgressObserver(nullptr);
     GraphicSourceManager& manager = browser_.GetManager();
     manager.Abort();
@@ -56,9 +59,41 @@ Panel::~Panel()
     orvcore::StopMainThreadCalls(); // calls that wait refer to this object
 }
 
+void Panel::Watch()
+{
+    using orvcore::FolderWatcher;
+    const Places& places = browser_.GetPlaces();
+    for (const std::string& folder : places.folders) {
+        FolderWatcher::Settings settings;
+        settings.folder = ToPath(folder);
+        settings.withSubFolders = !places.isShallow;
+        settings.extension = orvcore::PathFromUTF8(orvcapsule::kCapsuleExtn);
+        watchers_.push_back(std::make_unique<FolderWatcher>(settings, [this](const auto& changes) {
+            orvcore::AsyncCallFromMainThread([this, changes] {
+                for (const FolderWatcher::Change& change : changes) {
+                    auto& files = changed_[ToText(change.folder)];
+                    std::transform(change.files.begin(), change.files.end(), std::back_inserter(files), &ToText);
+                }
+                RefreshChanged();
+            });
+        }));
+    }
+    if (!places.libraries.empty()) {
+        FolderWatcher::Settings settings;
+        settings.folder = ToPath(places.libraries);
+        watchers_.push_back(std::make_unique<FolderWatcher>(settings, [this](const auto& /*changes*/) {
+            orvcore::AsyncCallFromMainThread([this] {
+                areLibrariesChanged_ = true;
+                RefreshChanged();
+            });
+        }));
+    }
+}
+
 void Panel::Refresh()
 {
-    poll_->SetOn(false);
+    changed_.clear(); // it reads what they are now
+    areLibrariesChanged_ = false;
     catalogue_.BeginListing();
     ChangeState([](State& state) {
         state.isListing = true;
@@ -108,7 +143,7 @@ void Panel::OnListed()
         state.isListing = false;
         state.problems = std::move(problems);
     });
-    poll_->SetOn(true);
+    RefreshChanged();
 }
 
 void Panel::OnProgress(const orvappsupport::ProgressReport& report)
@@ -119,19 +154,19 @@ void Panel::OnProgress(const orvappsupport::ProgressReport& report)
     });
 }
 
-void Panel::OnChanges(const std::map<std::string, std::vector<std::string>>& changes)
+void Panel::RefreshChanged()
 {
     {
         const std::lock_guard lock(mutex_);
-        if (state_.isListing || state_.isCancelled) {
+        if (state_.isListing || state_.isCancelled) { // the listing's end asks again
             return;
         }
     }
-    if (changes.empty() || changes.size() > kMostFolders) {
+    if (areLibrariesChanged_ || changed_.size() > kMostFolders) {
         Refresh();
         return;
     }
-    for (const auto& [folder, files] : changes) {
+    for (const auto& [folder, files] : std::exchange(changed_, {})) {
         RefreshFolder(folder, files);
     }
 }

@@ -2,12 +2,13 @@
 
 #include <tools/zelt/panel/Catalogue.h>
 #include <tools/zelt/panel/Events.h>
-#include <tools/zelt/panel/FolderPoll.h>
 #include <tools/zelt/panel/StockShelf.h>
 #include <tools/zelt/support/Browser.h>
 
 #include <orvappsupport/Progress.h>
+#include <orvcore/files/FolderWatcher.h>
 
+#include <map>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -77,7 +78,8 @@ private:
 
     void OnListed();
     void OnProgress(const orvappsupport::ProgressReport& report);
-    void OnChanges(const std::map<std::string, std::vector<std::string>>& changes);
+    void Watch();
+    void RefreshChanged();
     template <class Change>
     void ChangeState(Change&& change);
     std::vector<std::string> FindProblems() const;
@@ -90,7 +92,9 @@ private:
     State state_;
     std::string told_; // the state that the pages know
     std::unique_ptr<StockShelf> stock_;
-    std::unique_ptr<FolderPoll> poll_;
+    std::map<std::string, std::vector<std::string>> changed_; // folders and their files, to be listed anew
+    bool areLibrariesChanged_ = false;
+    std::vector<std::unique_ptr<orvcore::FolderWatcher>> watchers_; // last: their threads use the others
 };
 
 } // namespace zelt

@@ -159,8 +159,8 @@ http::Response Routes::Get(const std::string& name, const Request& request)
     if (name == "details") {
         return Details(request);
     }
-    if (name == "findings") {
-        return JSONResponse(FindingsAsJSON(*EntryOf(request)));
+    if (name == "check") {
+        return JSONResponse(CheckAsJSON(*EntryOf(request)));
     }
     const std::string_view wanted = name.empty() ? std::string_view("index.html") : name;
     for (const PageFile& file : PageFiles()) {

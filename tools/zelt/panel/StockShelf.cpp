@@ -86,7 +86,7 @@ std::string StockShelf::PageAsJSON(const std::vector<orvcore::UTF16String>& term
     writer.Key("rows");
     writer.BeginArray();
     for (const auto& entry : page.entries) {
-        WriteRow(writer, *entry, {NumberOf(boost::dynamic_pointer_cast<StockCapsuleEntry>(entry)), 0, {}, {}});
+        WriteRow(writer, *entry, {NumberOf(boost::dynamic_pointer_cast<StockCapsuleEntry>(entry)), 0, {}});
     }
     writer.EndArray();
     writer.EndObject();

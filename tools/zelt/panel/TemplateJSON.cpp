@@ -3,13 +3,13 @@
 #include <tools/zelt/output/FindingOutput.h>
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/panel/EntryRow.h>
-#include <tools/zelt/support/Template.h>
 
 #include <capsule/Serialization.h>
 #include <orvcore/files/Paths.h>
 #include <orvcore/json/JSONTextWriter.h>
 #include <stock/StockCapsuleEntry.h>
 #include <tools/support/fonts/MachineFonts.h>
+#include <validation/TemplateReading.h>
 #include <validation/Validation.h>
 
 #include <optional>
@@ -123,19 +123,9 @@ void WriteCapsule(Writer& writer, const Capsule& capsule, bool areFontsTold)
     WriteControls(writer, capsule);
 }
 
-void WriteFindings(Writer& writer, const std::string& file)
+std::string FileNameOf(const CapsuleEntry& entry)
 {
-    writer.out.Key("findings");
-    writer.out.BeginArray();
-    for (const orvcapsule::Finding& finding : AllFindings(orvcapsule::ValidateTemplate(ToPath(file)))) {
-        writer.out.BeginObject();
-        writer.Text("severity", SeverityName(finding.severity));
-        writer.Text("code", finding.code);
-        writer.Text("text", FindingText(finding));
-        writer.Text("place", AsNarrow(finding.entry));
-        writer.out.EndObject();
-    }
-    writer.out.EndArray();
+    return ToText(orvcore::PathFromUTF8(entry.path).filename());
 }
 
 } // namespace
@@ -149,24 +139,24 @@ std::string TextsAsJSON(const UIString& texts)
 
 std::string DetailsAsJSON(const CapsuleEntry& entry, const DetailsFacts& facts)
 {
-    const std::string file(AsNarrow(entry.path));
-    const Template read = ReadTemplate(file);
+    const TemplateReading read = orvcapsule::ReadTemplate(orvcore::PathFromUTF8(entry.path));
     Writer writer;
     writer.out.BeginObject();
-    writer.Text("file", ToText(orvcore::PathFromUTF8(entry.path).filename()));
+    writer.Text("file", FileNameOf(entry));
     writer.Text("folder", facts.folder);
-    writer.Text("apiVersion", read.definition.declaredVersion);
-    if (read.IsGood()) {
+    writer.Text("apiVersion", read.declaredVersion);
+    if (read) {
         writer.Bool("editable", facts.editable);
         writer.Bool("replaceable", facts.replaceable);
         writer.Text("copyName", facts.copyName);
         writer.Text("copyFolder", facts.copyFolder);
-        WriteCapsule(writer, *read.definition.capsule, facts.areFontsTold);
+        WriteCapsule(writer, *read.capsule, facts.areFontsTold);
     } else {
-        writer.Text("error", read.definition.refusals.front().text);
+        writer.Text("error", read.refusals.front().text);
     }
-    if (facts.areFindingsTold) {
-        WriteFindings(writer, file);
+    if (facts.isChecked) {
+        writer.out.Key("check");
+        writer.out.Raw(CheckAsJSON(entry));
     }
     writer.out.EndObject();
     return writer.Take();
@@ -188,19 +178,9 @@ std::string StockDetailsAsJSON(const StockCapsuleEntry& entry, const Capsule* ca
     return writer.Take();
 }
 
-std::string FindingsAsJSON(const CapsuleEntry& entry)
+std::string CheckAsJSON(const CapsuleEntry& entry)
 {
-    Writer writer;
-    writer.out.BeginObject();
-    WriteFindings(writer, std::string(AsNarrow(entry.path)));
-    writer.out.EndObject();
-    return writer.Take();
-}
-
-std::string ReasonOf(const CapsuleEntry& entry)
-{
-    const Template read = ReadTemplate(std::string(AsNarrow(entry.path)));
-    return read.IsGood() ? "" : read.definition.refusals.front().text;
+    return FindingsJSON(FileNameOf(entry), ValidateTemplate(orvcore::PathFromUTF8(entry.path)), false);
 }
 
 } // namespace zelt

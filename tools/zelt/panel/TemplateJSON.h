@@ -16,13 +16,13 @@ namespace zelt {
 
 /// What the page is told besides what a package holds.
 struct DetailsFacts {
-    std::string folder;           ///< of the package, for people
-    bool editable = false;        ///< whether a changed template can be stored
-    bool replaceable = false;     ///< whether it can take the original's place
-    std::string copyName = {};    ///< a free file name for a copy
-    std::string copyFolder = {};  ///< where the copy is put
-    bool areFontsTold = true;     ///< whether this machine lacks a font
-    bool areFindingsTold = false; ///< with all that is wrong with it; reads the whole package
+    std::string folder;          ///< of the package, for people
+    bool editable = false;       ///< whether a changed template can be stored
+    bool replaceable = false;    ///< whether it can take the original's place
+    std::string copyName = {};   ///< a free file name for a copy
+    std::string copyFolder = {}; ///< where the copy is put
+    bool areFontsTold = true;    ///< whether this machine lacks a font
+    bool isChecked = false;      ///< with all that is wrong with it; reads the whole package
 };
 
 /// A localised text as an object from locale to text.
@@ -34,10 +34,7 @@ std::string DetailsAsJSON(const orvcapsule::CapsuleEntry& entry, const DetailsFa
 /// The same of a stock template. @param capsule  its description; null: there is none
 std::string StockDetailsAsJSON(const orvcapsule::StockCapsuleEntry& entry, const orvcapsule::Capsule* capsule);
 
-/// An object with the one key "findings": all that is wrong with a package. Reads the whole of it.
-std::string FindingsAsJSON(const orvcapsule::CapsuleEntry& entry);
-
-/// Why a package cannot be read, for people; empty where it can.
-std::string ReasonOf(const orvcapsule::CapsuleEntry& entry);
+/// All that is wrong with a package, as `zelt check --json` tells it. Reads the whole of it.
+std::string CheckAsJSON(const orvcapsule::CapsuleEntry& entry);
 
 } // namespace zelt

@@ -33,16 +33,17 @@ function findingsOf(findings) {
   if (findings.length === 0) {
     return h('p', { class: 'hint' }, 'Nothing is wrong with this template.');
   }
-  return h('ul', { class: 'findings' }, findings.map(({ severity, text, place }) => h('li', { class: severity },
+  return h('ul', { class: 'findings' }, findings.map(({ severity, text, entry, line, column, nearest }) => h('li', { class: severity },
     h('span', { class: `badge ${severity === 'error' ? 'bad' : 'warn'}` }, severity === 'error' ? 'Error' : 'Warning'),
-    h('span', {}, sentence(text)), place ? h('span', { class: 'hint' }, place) : null)));
+    h('span', {}, sentence(text)),
+    h('span', { class: 'hint' }, [entry, line ? `line ${line}, column ${column}` : '', nearest ? `Did you mean “${nearest}”?` : ''].filter(Boolean).join(' · ')))));
 }
 
 export class Details extends EventTarget {
   #panel = byId('details');
   #row = null;
   #found = null;
-  #findings = null; // null: not known yet
+  #problems = null; // null: not known yet
   #language = '';
   #changes = new Map(); // by "kind id locale"
   #expected = null;
@@ -59,7 +60,7 @@ export class Details extends EventTarget {
     }
     this.#row = row;
     this.#found = null;
-    this.#findings = null;
+    this.#problems = null;
     this.#changes.clear();
     this.#panel.hidden = false;
     this.#draw();
@@ -106,6 +107,7 @@ export class Details extends EventTarget {
 
   async #load() {
     const row = this.#row;
+    this.#problems = null;
     try {
       const found = await this.templates.details(row);
       if (row !== this.#row) {
@@ -119,10 +121,10 @@ export class Details extends EventTarget {
       if (row.flags & kStock) {
         return; // its package is not here
       }
-      const findings = found.findings ?? (await this.templates.findings(row));
+      const { problems } = found.check ?? (await this.templates.check(row));
       if (row === this.#row) {
-        this.#findings = findings;
-        fill(this.#panel.querySelector('.check'), findingsOf(findings));
+        this.#problems = problems;
+        fill(this.#panel.querySelector('.check'), findingsOf(problems));
       }
     } catch (error) {
       if (row === this.#row) {
@@ -188,7 +190,7 @@ export class Details extends EventTarget {
       (found.controls ?? []).length > 0 ? this.#controls(row, found) : null,
       (found.tags ?? []).length > 0 ? section('Tags', list(found.tags)) : null,
       Object.keys(fonts).length > 0 ? section('Fonts', fontsOf(fonts)) : null,
-      row.flags & kStock ? null : section('Check', h('div', { class: 'check' }, findingsOf(this.#findings))),
+      row.flags & kStock ? null : section('Check', h('div', { class: 'check' }, findingsOf(this.#problems))),
       section('Facts', factsOf(row, found)),
     ];
   }

@@ -32,6 +32,7 @@ export class LiveTemplates extends EventTarget {
     events.addEventListener('error', () => this.dispatchEvent(new Event('lost')));
     // A page that goes must not hold a connection, of which a browser has few.
     addEventListener('pagehide', () => events.close());
+    addEventListener('pageshow', (event) => event.persisted && location.reload());
   }
 
   #onState(state) {
@@ -102,7 +103,7 @@ export class LiveTemplates extends EventTarget {
 
   preview = (row, kind) => `${kind}?id=${row.id}&v=${row.modified}`;
   details = (row) => get('details', { id: row.id });
-  findings = async (row) => (await get('findings', { id: row.id })).findings;
+  check = (row) => get('check', { id: row.id });
   setLanguage = (language) => post('language', { language });
   cancel = () => post('cancel');
   refresh = () => post('refresh');

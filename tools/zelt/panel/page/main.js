@@ -188,10 +188,10 @@ addEventListener('keydown', (event) => {
 
 // News of the templates.
 
-let wasListing = true;
+let searchedAt = null; // the state of the index that the search has asked
 let isLanguageAsked = false;
 templates.addEventListener('state', () => {
-  const { listing, language } = templates.state;
+  const { listing, language, revision } = templates.state;
   if (!isLanguageAsked) {
     isLanguageAsked = true;
     if (asked.lang !== '' && asked.lang !== language) {
@@ -200,10 +200,10 @@ templates.addEventListener('state', () => {
   }
   showState();
   stock.more();
-  if (wasListing && !listing) {
+  if (!listing && searchedAt !== revision) {
+    searchedAt = revision;
     searchAgain();
   }
-  wasListing = listing;
 });
 templates.addEventListener('lost', () => showProblems([], true));
 templates.addEventListener('found', () => showProblems(templates.state.problems));
