@@ -41,8 +41,13 @@ install(FILES NOTICES DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
 orv_write_dictionary("${PROJECT_BINARY_DIR}/localisation/en_US.txt"
   platform capsule package validation sources rewrite stock manager fontusage)
 install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
-install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development
-  FILES_MATCHING PATTERN "*.cpp")
+set(ORV_EXAMPLES_DIR "${CMAKE_INSTALL_DOCDIR}/examples")
+install(DIRECTORY examples/ DESTINATION "${ORV_EXAMPLES_DIR}" COMPONENT development FILES_MATCHING PATTERN "*.cpp")
+install(FILES examples/standalone.cmake DESTINATION "${ORV_EXAMPLES_DIR}" RENAME CMakeLists.txt COMPONENT development)
+foreach(part IN ITEMS Arguments Console)
+  install(FILES tools/support/${part}.h tools/support/${part}Posix.cpp tools/support/${part}Windows.cpp
+    DESTINATION "${ORV_EXAMPLES_DIR}/tools/support" COMPONENT development)
+endforeach()
 install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
 install(FILES docs/definition.schema.json docs/cloud-library.schema.json "${PROJECT_BINARY_DIR}/localisation/en_US.txt"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/orvcapsule" COMPONENT development)

@@ -79,8 +79,7 @@ int main(int argc, char** argv)
     // A real host keeps its index from one start to the next, in its own data folder.
     const orvcore::TemporaryFolder data(u8"orvcapsule-browse");
     const auto manager = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(data.Path() / "index.db"));
-    manager->AddGraphicSource(std::make_shared<orvcapsule::LocalGraphicsSource>(
-        folder, std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>{}));
+    manager->AddGraphicSource(std::make_shared<orvcapsule::LocalGraphicsSource>(folder));
     List(*manager);
     if (!terms.empty()) {
         Search(*manager, terms);

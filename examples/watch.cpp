@@ -88,8 +88,7 @@ int main(int argc, char** argv)
         std::filesystem::absolute(orvcore::PathFromUTF8(orvcore::AsUTF8(arguments[1])));
     const orvcore::TemporaryFolder data(u8"orvcapsule-watch");
     const auto manager = std::make_shared<GraphicSourceManager>(orvcore::PathToUTF16(data.Path() / "index.db"));
-    manager->AddGraphicSource(std::make_shared<orvcapsule::LocalGraphicsSource>(
-        orvcore::PathToUTF16(folder), std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>{}));
+    manager->AddGraphicSource(std::make_shared<orvcapsule::LocalGraphicsSource>(orvcore::PathToUTF16(folder)));
 
     Panel panel(folder);
     std::size_t done = 0;

@@ -115,10 +115,11 @@ public:
     /// A newer request of the same kind cancels the older one.
     /// @throws std::bad_weak_ptr  when the manager is not owned by a shared pointer.
     /// @{
-    /// Searches. Index mode: the database callback receives the paths of the templates that every term finds. Stock
-    /// mode: the stock callback receives one page after the other, up to a hundred results each and a thousand in all,
-    /// as the stock source gets them; an error, which the stock-failure callback is told of, ends that. A manager
-    /// whose only source is not a `StockSource` finds nothing.
+    /// Searches. Index mode: the database callback receives the paths of the templates that every term finds; a term
+    /// may lie inside a word, white space in it counts, and no terms find nothing (docs/search-index.md). Stock mode:
+    /// the stock callback receives one page after the other, up to a hundred results each and a thousand in all, as the
+    /// stock source gets them, and an empty one when there is no result; an error, which the stock-failure callback is
+    /// told of, ends that. A manager whose only source is not a `StockSource` finds nothing.
     void RequestGraphics(const std::vector<orvcore::UTF16String>& terms);
     /// Lists everything. Stock mode: as a search without terms; the arguments do not matter. Index mode: the search
     /// index is emptied and filled anew. The entries-found callback receives entries while sources are being listed,

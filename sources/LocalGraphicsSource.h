@@ -35,8 +35,9 @@ class ORVCAPSULE_API LocalGraphicsSource : public ILocalGraphicSource {
 public:
     /// @param rootFolder need not exist; empty: none
     /// @param customDirectories pairs of display name and path; one with an empty path is passed over everywhere
-    LocalGraphicsSource(const orvcore::UTF16String& rootFolder,
-                        const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& customDirectories);
+    explicit LocalGraphicsSource(
+        const orvcore::UTF16String& rootFolder,
+        const std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>& customDirectories = {});
     ~LocalGraphicsSource() override;
 
     /// Makes the source that replaces this one when the user's folders have changed: a source of the same kind with the

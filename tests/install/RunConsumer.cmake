@@ -25,7 +25,7 @@ endif()
 
 # What people read, and programs load, comes along.
 file(GLOB_RECURSE documents RELATIVE "${prefix}" "${prefix}/share/*")
-foreach(wanted IN ITEMS hosting.md definition.schema.json examples/edit.cpp orvcapsule/en_US.txt)
+foreach(wanted IN ITEMS hosting.md definition.schema.json orvcapsule/en_US.txt)
   string(FIND ";${documents};" "/${wanted};" at)
   if(at EQUAL -1)
     message(FATAL_ERROR "${wanted} was not installed: ${documents}")
@@ -53,6 +53,14 @@ run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}/cmake" -G Ninja "-DCMA
 run("${CMAKE_COMMAND}" --build "${WORK_DIR}/cmake")
 run("${WORK_DIR}/cmake/consumer")
 expect_greeting()
+
+# The installed examples are whole: they build against nothing but the installed tree, and run.
+file(GLOB examples "${prefix}/share/doc/*/examples/CMakeLists.txt")
+cmake_path(GET examples PARENT_PATH examples)
+run("${CMAKE_COMMAND}" -S "${examples}" -B "${WORK_DIR}/examples" -G Ninja "-DCMAKE_CXX_COMPILER=${CXX}"
+    "-DCMAKE_BUILD_TYPE=${CONFIG}" "-DCMAKE_PREFIX_PATH=${prefix}")
+run("${CMAKE_COMMAND}" --build "${WORK_DIR}/examples")
+run("${WORK_DIR}/examples/browse" "${WORK_DIR}/missing")
 
 if(PKG_CONFIG)
   set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
