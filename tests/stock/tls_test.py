@@ -23,7 +23,7 @@ def serve(listener, context, heard):
 
 def main():
     host = sys.argv[2:] + sys.argv[1:2]
-    if not shutil.which("openssl"):
+    if sys.argv[2:] or not shutil.which("openssl"):  # the emulator's system library verifies nothing by itself
         return SKIPPED
     with tempfile.TemporaryDirectory() as folder:
         key, certificate = pathlib.Path(folder, "key.pem"), pathlib.Path(folder, "certificate.pem")

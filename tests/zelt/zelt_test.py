@@ -782,6 +782,8 @@ class ZeltTest(unittest.TestCase):
                 ({}, ["--language", "de_DE"]), ({"ZELT_LANGUAGE": "fr_FR"}, ["--language", "de_DE"]), ({"LANG": "de_DE.UTF-8"}, []),
                 ({"ZELT_LANGUAGE": "de_DE", "LC_ALL": "fr_FR"}, []), ({"LC_MESSAGES": "de_DE@euro", "LANG": "fr_FR"}, []),
                 ({"LC_ALL": "C", "LANG": "de_DE"}, []), ({"LC_ALL": "fr_FR", "LANG": "de_DE"}, []), ({}, [])]):
+            if EMULATOR and any(key != "ZELT_LANGUAGE" for key in variables):
+                continue  # the emulator keeps these variables for itself
             with unittest.mock.patch.dict(os.environ, {"LC_ALL": "", "LC_MESSAGES": "", "LANG": "", **variables}):
                 name = json.loads(self.run_zelt("info", "--json", "lower-third.zelt", *arguments)[0])["name"]
             self.assertEqual(name == german, number < 5, (variables, arguments, name))

@@ -19,18 +19,22 @@ bool NewFolders::Make(const fs::path& folder, std::error_code& error)
 {
     error.clear();
     std::vector<fs::path> missing;
-    for (fs::path at = WithoutClosingSeparators(folder); // a closing slash would make the folder its own parent
-         !at.empty() && InspectTarget(at, error).kind == FileKind::Nothing && !error && at != at.parent_path();
-         at = at.parent_path()) {
+    fs::path at = WithoutClosingSeparators(folder); // a closing slash would make the folder its own parent
+    FileKind kind = FileKind::Directory;
+    for (; !at.empty() && at != at.parent_path(); at = at.parent_path()) {
+        kind = InspectTarget(at, error).kind;
+        if (kind != FileKind::Nothing || error) {
+            break;
+        }
         missing.push_back(at);
+    }
+    if (!error && kind != FileKind::Directory && kind != FileKind::Nothing) { // not each system says so of its own
+        error = std::make_error_code(std::errc::not_a_directory);
     }
     for (; !missing.empty() && !error; missing.pop_back()) {
         if (MakeDirectory(missing.back(), error)) {
             made_.push_back(missing.back());
         }
-    }
-    if (!error && InspectTarget(folder, error).kind != FileKind::Directory && !error) {
-        error = std::make_error_code(std::errc::not_a_directory);
     }
     return !error;
 }
