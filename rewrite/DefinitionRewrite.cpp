@@ -97,10 +97,11 @@ UTF8String UpdateCapsuleValuesInPlace(const boost::shared_ptr<CapsuleEntry>& ent
     }
     NeedObject(text);
     json::JSONSplice splice(orvcore::ToNarrow(text));
+    const json::JSONOutline& root = splice.Root();
     for (const char* key : keys) {
         const auto value = capsule && key != nullptr ? ValueOf(*capsule, key) : std::nullopt;
         if (value) {
-            splice.SetMember(splice.Root(), key, *value);
+            splice.SetMember(root, key, *value);
         }
     }
     return orvcore::ToUTF8(splice.Text());

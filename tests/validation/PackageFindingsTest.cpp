@@ -48,6 +48,7 @@ TEST(PackageFindings, ToldOfEachMistakeInAFolderAndInThePackageOfIt)
         {"thumb.png", "-", {"MissingPoster"}},
         {"thumb.png", "", {"EmptyPart", "MissingPoster"}},
         {"thumb.png", "GIF89a", {"NotAPicture"}},
+        {"thumb.png", kPNG.substr(0, 8), {"NotAPicture"}},
         {"Thumbnails/logo.png", "JFIF", {"NotAPicture"}},
         {"thumb.mp4", "", {"EmptyPart"}},
         {"thumb.mp4", std::string("\0\0\0 ftypqt  \0\0\2\0", 16), {"NotAVideo"}},

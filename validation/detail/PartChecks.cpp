@@ -1,5 +1,6 @@
 #include <validation/detail/PartChecks.h>
 
+#include <validation/MediaContent.h>
 #include <validation/detail/Locales.h>
 
 #include <orvcore/text/NearestName.h>
@@ -50,16 +51,6 @@ LocalizedName Split(std::string_view name)
         }
     }
     return {};
-}
-
-bool IsPNG(std::string_view head)
-{
-    return head.starts_with(std::string_view("\x89PNG\r\n\x1a\n", 8)) && head.substr(12) == "IHDR";
-}
-
-bool IsMP4(std::string_view head)
-{
-    return head.size() == orvstorage::kEntryHeadSize && head.substr(4, 4) == "ftyp" && head.substr(8, 4) != "qt  ";
 }
 
 Finding About(const Part& part, Severity severity, const char* code, const std::string& text)

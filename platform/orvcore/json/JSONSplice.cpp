@@ -39,16 +39,38 @@ JSONSplice::JSONSplice(std::string text)
 {
 }
 
-// Everything behind the change has moved, so the outline is read anew. Definitions are small and changes few.
-void JSONSplice::Put(std::size_t begin, std::size_t end, const std::string& replacement)
+// Everything behind a change moves, so the outline is read anew: once for all edits, since definitions have thousands
+// of texts.
+void JSONSplice::MakeEdits() const
 {
-    text_.replace(begin, end - begin, replacement);
+    if (edits_.empty()) {
+        return;
+    }
+    std::string text;
+    std::size_t done = 0; // the bytes of the old text that are passed
+    for (const auto& [place, edit] : edits_) {
+        if (place.begin < done) {
+            continue; // inside a value that is replaced
+        }
+        text.append(text_, done, place.begin - done);
+        text.append(edit.intoEmpty && place.begin == done ? "," : "").append(edit.text);
+        done = place.end;
+    }
+    text.append(text_, done);
+    edits_.clear();
+    text_ = std::move(text);
     root_ = ReadOutline(text_);
+}
+
+void JSONSplice::PutOnly(Place place, Edit edit)
+{
+    edits_.erase(place);
+    edits_.emplace(std::move(place), std::move(edit));
 }
 
 void JSONSplice::Replace(const JSONOutline& value, std::string_view json)
 {
-    Put(value.begin, value.end, std::string(json));
+    PutOnly({value.begin, value.end, {}}, {std::string(json), false});
 }
 
 // A new member looks like its neighbours: it takes over the white space before their keys and values.
@@ -58,32 +80,36 @@ void JSONSplice::SetMember(const JSONOutline& object, std::string_view key, std:
         Replace(*member, json);
         return;
     }
+    const auto put = [&](std::size_t at, std::string text) {
+        PutOnly({at, at, std::string(key)}, {std::move(text), object.children.empty()});
+    };
     std::string member = ToJSON(key) + ':';
     if (object.children.empty()) {
-        Put(object.begin + 1, object.begin + 1, member.append(json));
-        return;
-    }
-    if (const JSONOutline* next = PlaceOf(object.children, key)) {
+        put(object.begin + 1, member.append(json));
+    } else if (const JSONOutline* next = PlaceOf(object.children, key)) {
         member.append(SpaceBefore(text_, next->begin)).append(json);
-        Put(next->keyBegin, next->keyBegin, member + ',' + SpaceBefore(text_, next->keyBegin));
-        return;
+        put(next->keyBegin, member + ',' + SpaceBefore(text_, next->keyBegin));
+    } else {
+        const JSONOutline& last = object.children.back();
+        member.insert(0, ',' + SpaceBefore(text_, last.keyBegin));
+        put(last.end, member.append(SpaceBefore(text_, last.begin)).append(json));
     }
-    const JSONOutline& last = object.children.back();
-    member.insert(0, ',' + SpaceBefore(text_, last.keyBegin));
-    Put(last.end, last.end, member.append(SpaceBefore(text_, last.begin)).append(json));
 }
 
 void JSONSplice::InsertElement(const JSONOutline& array, std::size_t index, std::string_view json)
 {
-    std::string element(json);
+    const auto put = [&](std::size_t at, std::string text) {
+        edits_.emplace(Place{at, at, {}}, Edit{std::move(text), array.children.empty()});
+    };
+    const std::string element(json);
     if (array.children.empty()) {
-        Put(array.begin + 1, array.begin + 1, element);
+        put(array.begin + 1, element);
     } else if (index < array.children.size()) {
         const std::size_t begin = array.children[index].begin;
-        Put(begin, begin, element + ',' + SpaceBefore(text_, begin));
+        put(begin, element + ',' + SpaceBefore(text_, begin));
     } else {
         const JSONOutline& last = array.children.back();
-        Put(last.end, last.end, ',' + SpaceBefore(text_, last.begin) + element);
+        put(last.end, ',' + SpaceBefore(text_, last.begin) + element);
     }
 }
 

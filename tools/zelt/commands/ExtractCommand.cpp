@@ -105,15 +105,6 @@ Extracted NeedExtracted(const ExtractOptions& options, const fs::path& folder, c
     return std::move(*extracted);
 }
 
-void Deliver(const fs::path& made, const fs::path& to, const WriteForm& form, const InterruptWatch* interrupt)
-{
-    std::error_code unknown;
-    const auto size = orvcore::InspectTarget(made, unknown).size;
-    NeedFree(to, form);
-    PutInPlace(made, to, interrupt);
-    PrintWritten(form, ToText(to), std::to_string(size) + " bytes", {"bytes", std::uint64_t{size}});
-}
-
 void Deliver(const Extracted& extracted, const ExtractOptions& options, const InterruptWatch& interrupt)
 {
     if (options.output == "-") {

@@ -170,7 +170,7 @@ std::string FirstDefinition(const NewOptions& options, const fs::path& stage, co
         throw UsageError("--frame, --rate, --duration and --control are for a new definition, and " + name +
                          " is there");
     }
-    if (const Definition read = ReadDefinition(orvcore::ToUTF8(stored)); read.capsule == nullptr) {
+    if (const auto read = orvcapsule::ReadDefinition(orvcore::ToUTF8(stored)); read.capsule == nullptr) {
         throw FileError(name, read.refusals.front().text);
     }
     return stored;

@@ -2,8 +2,9 @@
 #include <tools/zelt/editing/DefinitionChange.h>
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/TextLayout.h>
-#include <tools/zelt/support/Definition.h>
 #include <tools/zelt/support/OutputFile.h>
+
+#include <validation/TemplateReading.h>
 
 namespace zelt {
 
@@ -35,7 +36,7 @@ std::optional<std::string> GivenDefinition(const std::string& file)
         return std::nullopt;
     }
     std::string text = ReadInput(file);
-    if (const Definition read = ReadDefinition(orvcore::ToUTF8(text)); read.capsule == nullptr) {
+    if (const auto read = orvcapsule::ReadDefinition(orvcore::ToUTF8(text)); read.capsule == nullptr) {
         throw FileError(file, read.refusals.front().text);
     }
     return text;

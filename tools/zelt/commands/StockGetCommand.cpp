@@ -1,7 +1,6 @@
 #include <tools/zelt/commands/Commands.h>
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/Progress.h>
-#include <tools/zelt/support/Definition.h>
 #include <tools/zelt/support/OutputFile.h>
 #include <tools/zelt/support/StockPlace.h>
 #include <tools/zelt/support/TempFolder.h>
@@ -11,6 +10,7 @@
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/json/JSON.h>
 #include <package/PackageNames.h>
+#include <validation/TemplateReading.h>
 
 #include <future>
 
@@ -124,7 +124,7 @@ void Fetcher::Description(const UTF8String& url)
     orvappsupport::TransferOptions options;
     options.maxBytes = orvcore::serialization::kMaxJSONSize;
     const std::string text = Fetch(url, options).body;
-    const Definition definition = ReadDefinition(orvcore::ToUTF8(text));
+    const auto definition = orvcapsule::ReadDefinition(orvcore::ToUTF8(text));
     if (!definition.capsule) {
         throw FileError(orvcore::ToNarrow(url), definition.refusals.front().text);
     }
@@ -187,7 +187,7 @@ ExitCode RunStockGet(const StockGetOptions& options)
         }
         orvcore::EnsureDirectory(output);
         for (const fs::path& name : names) {
-            Deliver(folder.Path() / name, output / name, &interrupt);
+            Deliver(folder.Path() / name, output / name, {}, &interrupt);
         }
     });
 }

@@ -24,22 +24,22 @@ bool PutTexts(const TextTable& table, const std::string& file, DefinitionEditor&
     for (TextTable::Row& row : ReadTexts(editor.Document()).rows) {
         present[row.key] = std::move(row.texts);
     }
-    bool all = true;
-    for (const TextTable::Row& row : table.rows) {
+    std::vector<TextTable::Row> changed;
+    for (TextTable::Row row : table.rows) {
         const auto& known = present[row.key];
-        try {
-            for (const auto& [locale, text] : row.texts) {
-                const auto stored = known.find(locale);
-                if (stored == known.end() || stored->second != text) {
-                    editor.SetLocalizedText(row.key, locale, text);
-                }
-            }
-        } catch (const UsageError& error) {
-            ReportError(file, error.what());
-            all = false;
+        std::erase_if(row.texts, [&](const auto& text) {
+            const auto stored = known.find(text.first);
+            return stored != known.end() && stored->second == text.second;
+        });
+        if (!row.texts.empty()) {
+            changed.push_back(std::move(row));
         }
     }
-    return all;
+    const std::vector<std::string> errors = editor.SetTexts(changed);
+    for (const std::string& error : errors) {
+        ReportError(file, error);
+    }
+    return errors.empty();
 }
 
 ExitCode ImportTexts(const TextsOptions& options)

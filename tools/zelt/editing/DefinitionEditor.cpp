@@ -32,19 +32,50 @@ std::string LocalizedEntry(const std::string& locale, std::string_view text)
     return "{\"localeString\":" + ToJSON(std::string_view(locale)) + ",\"str\":" + ToJSON(text) + '}';
 }
 
-// A list of localised texts that holds `text`, and for all other locales what they showed before.
-std::string LocalizedList(const std::string& locale, std::string_view text, const std::string& older)
+// A list of localised texts, and for all other locales what they showed before.
+std::string LocalizedList(std::map<std::string, std::string> texts, const std::string& older)
 {
-    std::map<std::string, std::string_view> texts{{locale, text}};
     if (!older.empty()) {
         texts.emplace(kDefaultLocale, older);
     }
     std::string list;
-    for (const auto& [name, value] : texts) {
-        list += (list.empty() ? "[" : ",") + LocalizedEntry(name, value);
+    for (const auto& [locale, text] : texts) {
+        list.append(list.empty() ? "[" : ",").append(LocalizedEntry(locale, text));
     }
     return list + ']';
 }
+
+// The places of a document's texts by their names.
+struct NamedPlaces {
+    explicit NamedPlaces(const JSONSplice& document)
+    {
+        VisitTexts(document, [&](const std::string& name, const TextPlace& place) {
+            names.push_back(name);
+            byName.emplace(name, place);
+        });
+    }
+
+    // The place that a key is for. @throws UsageError
+    const std::pair<const std::string, TextPlace>& Need(const std::string& key) const
+    {
+        const std::string value = key + "/value";
+        const bool mayBeValue = key != kNameKey;
+        const std::size_t count = byName.count(key) + (mayBeValue ? byName.count(value) : 0);
+        if (count == 0) {
+            const std::string nearest = orvcore::NearestName(key, names);
+            throw UsageError("there is no text \"" + key + '"' +
+                             (nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?"));
+        }
+        if (count > 1) {
+            throw UsageError("several texts are called \"" + key + '"');
+        }
+        const auto found = byName.find(key);
+        return found != byName.end() ? *found : *byName.find(value);
+    }
+
+    std::vector<std::string> names; // in the document's order
+    std::multimap<std::string, TextPlace> byName;
+};
 
 // The first ids of a list, for a message.
 std::string Named(const std::vector<std::string>& ids)
@@ -61,8 +92,9 @@ std::string Named(const std::vector<std::string>& ids)
 std::string Merged(std::string_view object, const std::string& over)
 {
     JSONSplice splice{std::string(object)};
+    const JSONOutline& root = splice.Root();
     for (const JSONOutline& member : json::ReadOutline(over).children) {
-        splice.SetMember(splice.Root(), member.key, over.substr(member.begin, member.end - member.begin));
+        splice.SetMember(root, member.key, over.substr(member.begin, member.end - member.begin));
     }
     return splice.Text();
 }
@@ -116,7 +148,7 @@ void DefinitionEditor::SetList(std::string_view key, const std::vector<std::stri
 {
     std::string list;
     for (const std::string& text : texts) {
-        list += (list.empty() ? "[" : ",") + ToJSON(std::string_view(text));
+        list.append(list.empty() ? "[" : ",").append(ToJSON(std::string_view(text)));
     }
     splice_.SetMember(splice_.Root(), key, list.empty() ? "[]" : list + ']');
 }
@@ -137,21 +169,51 @@ void DefinitionEditor::SetControl(std::string_view assignment, const std::string
     }
 }
 
-void DefinitionEditor::SetLocalized(const TextPlace& place, std::string_view text, const std::string& locale,
-                                    const std::string& older)
+// All edits use one outline, so there is one for each place: rows for the same place are put together first.
+std::vector<std::string> DefinitionEditor::SetTexts(const std::vector<TextTable::Row>& rows)
+{
+    const NamedPlaces places(splice_);
+    const std::string olderName = OlderName();
+    std::map<const std::pair<const std::string, TextPlace>*, Texts> wanted;
+    std::vector<std::string> errors;
+    for (const TextTable::Row& row : rows) {
+        try {
+            Texts& texts = wanted[&places.Need(row.key)];
+            for (const auto& [locale, text] : row.texts) {
+                texts[locale] = text;
+            }
+        } catch (const UsageError& error) {
+            errors.emplace_back(error.what());
+        }
+    }
+    for (const auto& [named, texts] : wanted) {
+        SetLocalized(named->second, texts, named->first == kNameKey ? olderName : "");
+    }
+    return errors;
+}
+
+void DefinitionEditor::SetLocalized(const TextPlace& place, const Texts& texts, const std::string& older)
 {
     const JSONOutline* list = TextEntries(place.value);
+    if (texts.empty()) {
+        return;
+    }
     if (list == nullptr) {
-        const std::string whole = "{\"strDB\":" + LocalizedList(locale, text, older) + '}';
+        const std::string whole = "{\"strDB\":" + LocalizedList(texts, older) + '}';
         place.owner != nullptr ? splice_.SetMember(*place.owner, place.key, whole)
                                : splice_.Replace(*place.value, whole);
-        return;
+    } else if (list->children.empty()) {
+        splice_.Replace(*list, LocalizedList(texts, older));
+    } else {
+        for (const auto& [locale, text] : texts) {
+            SetEntry(*list, locale, text);
+        }
     }
-    if (list->children.empty()) {
-        splice_.Replace(*list, LocalizedList(locale, text, older));
-        return;
-    }
-    const auto& entries = list->children;
+}
+
+void DefinitionEditor::SetEntry(const JSONOutline& list, const std::string& locale, const std::string& text)
+{
+    const auto& entries = list.children;
     for (std::size_t i = entries.size(); i-- > 0;) { // the last entry of a locale counts
         if (LocaleOfEntry(splice_, entries[i]) == locale) {
             splice_.SetMember(entries[i], CAPSULE_STR_STR, ToJSON(text));
@@ -162,28 +224,15 @@ void DefinitionEditor::SetLocalized(const TextPlace& place, std::string_view tex
     while (index < entries.size() && LocaleOfEntry(splice_, entries[index]) < locale) {
         ++index;
     }
-    splice_.InsertElement(*list, index, LocalizedEntry(locale, text));
+    splice_.InsertElement(list, index, LocalizedEntry(locale, text));
 }
 
 void DefinitionEditor::SetLocalizedText(const std::string& key, const std::string& locale, std::string_view text)
 {
-    std::vector<TextPlace> places;
-    std::vector<std::string> known;
-    VisitTexts(splice_, [&](const std::string& name, const TextPlace& place) {
-        known.push_back(name);
-        if (name == key || (name == key + "/value" && key != kNameKey)) {
-            places.push_back(place);
-        }
-    });
-    if (places.empty()) {
-        const std::string nearest = orvcore::NearestName(key, known);
-        throw UsageError("there is no text \"" + key + '"' +
-                         (nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?"));
+    const auto errors = SetTexts({{key, {{locale, std::string(text)}}}});
+    if (!errors.empty()) {
+        throw UsageError(errors.front());
     }
-    if (places.size() > 1) {
-        throw UsageError("several texts are called \"" + key + '"');
-    }
-    SetLocalized(places.front(), text, locale, key == kNameKey ? OlderName() : "");
 }
 
 void DefinitionEditor::SetTextFrom(std::string_view assignment)
@@ -239,7 +288,8 @@ void DefinitionEditor::SetValue(const JSONOutline& control, std::string_view inp
     }
     const ClientControlType type = record->GetType();
     if (type == ClientControlType::kText || type == ClientControlType::kComment) {
-        SetLocalized({&control, CAPSULE_CONTROL_VALUE_STR, control.Find(CAPSULE_CONTROL_VALUE_STR)}, input, locale, {});
+        SetLocalized({&control, CAPSULE_CONTROL_VALUE_STR, control.Find(CAPSULE_CONTROL_VALUE_STR)},
+                     {{locale, std::string(input)}}, {});
         return;
     }
     const bool isMedia = type == ClientControlType::kMedia;

@@ -2,6 +2,7 @@
 
 #include <tools/zelt/editing/EditOptions.h>
 #include <tools/zelt/editing/LocalizedTexts.h>
+#include <tools/zelt/editing/TextTable.h>
 
 #include <orvcore/json/JSONSplice.h>
 
@@ -27,9 +28,10 @@ public:
     void SetList(std::string_view key, const std::vector<std::string>& texts);
     /// Sets the template's name for one locale; the name that other locales show stays.
     void SetName(std::string_view text, const std::string& locale);
-    /// Sets one of the texts that VisitTexts names; the id of a text or comment alone stands for its value.
-    /// @throws UsageError
-    void SetLocalizedText(const std::string& key, const std::string& locale, std::string_view text);
+    /// Sets texts that VisitTexts names; the id of a text or comment alone stands for its value. Takes one
+    /// pass over the document however many rows there are.
+    /// @return what is wrong with the rows that are for no text, in their order
+    std::vector<std::string> SetTexts(const std::vector<TextTable::Row>& rows);
     /// @param assignment  "LOCALE:KEY=TEXT" @throws UsageError
     void SetTextFrom(std::string_view assignment);
     /// Sets a control's value. @param assignment  "ID=VALUE" @throws UsageError
@@ -39,15 +41,18 @@ public:
     {
         return splice_;
     }
-    const std::string& Text() const noexcept
+    const std::string& Text() const
     {
         return splice_.Text();
     }
 
 private:
+    using Texts = std::map<std::string, std::string>; // by locale
+
     std::string OlderName() const;
-    void SetLocalized(const TextPlace& place, std::string_view text, const std::string& locale,
-                      const std::string& older);
+    void SetLocalizedText(const std::string& key, const std::string& locale, std::string_view text);
+    void SetLocalized(const TextPlace& place, const Texts& texts, const std::string& older);
+    void SetEntry(const orvcore::serialization::JSONOutline& list, const std::string& locale, const std::string& text);
     const orvcore::serialization::JSONOutline& FindControl(std::string_view assignment, std::size_t& idLength) const;
     void SetValue(const orvcore::serialization::JSONOutline& control, std::string_view input, const std::string& locale,
                   bool force);

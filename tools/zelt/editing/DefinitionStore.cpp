@@ -3,7 +3,6 @@
 #include <tools/zelt/output/Errors.h>
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/Progress.h>
-#include <tools/zelt/support/Definition.h>
 #include <tools/zelt/support/OpenPackage.h>
 #include <tools/zelt/support/OutputFile.h>
 #include <tools/zelt/support/TempFolder.h>
@@ -53,7 +52,7 @@ void MakeDraft(const fs::path& source, const fs::path& draft, std::string_view d
 
 void NeedReadable(const std::string& file, std::string_view definition)
 {
-    const Definition again = ReadDefinition(orvcore::ToUTF8(definition));
+    const auto again = orvcapsule::ReadDefinition(orvcore::ToUTF8(definition));
     if (again.capsule == nullptr) {
         throw FileError(file, "the edited definition could not be read: " + again.refusals.front().text);
     }

@@ -47,12 +47,14 @@ void PutInPlace(const std::filesystem::path& made, const std::filesystem::path& 
     }
 }
 
-void Deliver(const std::filesystem::path& made, const std::filesystem::path& to, const InterruptWatch* interrupt)
+void Deliver(const std::filesystem::path& made, const std::filesystem::path& to, const WriteForm& form,
+             const InterruptWatch* interrupt)
 {
     std::error_code unknown;
     const auto size = orvcore::InspectTarget(made, unknown).size;
+    NeedFree(to, form);
     PutInPlace(made, to, interrupt);
-    PrintLine(Printable(ToText(to)) + ": " + std::to_string(size) + " bytes");
+    PrintWritten(form, ToText(to), std::to_string(size) + " bytes", {"bytes", std::uint64_t{size}});
 }
 
 } // namespace zelt

@@ -28,7 +28,8 @@ void CopyWatched(const std::filesystem::path& from, const std::filesystem::path&
 /// @throws FileError, of what is not replaceable too, Cancelled
 void PutInPlace(const std::filesystem::path& made, const std::filesystem::path& to, const InterruptWatch* interrupt);
 
-/// As PutInPlace, and prints the path and how many bytes there are.
-void Deliver(const std::filesystem::path& made, const std::filesystem::path& to, const InterruptWatch* interrupt);
+/// As PutInPlace, once NeedFree agrees; tells of the file and how many bytes there are.
+void Deliver(const std::filesystem::path& made, const std::filesystem::path& to, const WriteForm& form,
+             const InterruptWatch* interrupt);
 
 } // namespace zelt

@@ -5,7 +5,9 @@
 
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
+#include <orvstorage/ZipEntry.h>
 #include <package/PackageNames.h>
+#include <validation/MediaContent.h>
 
 #include <algorithm>
 #include <fstream>
@@ -17,11 +19,11 @@ namespace {
 namespace fs = std::filesystem;
 
 // The first bytes of a file; fewer when it is shorter.
-std::string Beginning(const std::string& file, std::size_t size)
+std::string Beginning(const std::string& file)
 {
     std::ifstream stream(orvcore::ToSystemPath(ToPath(file)), std::ios::binary);
-    std::string bytes(size, '\0');
-    stream.read(bytes.data(), static_cast<std::streamsize>(size));
+    std::string bytes(orvstorage::kEntryHeadSize, '\0');
+    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     bytes.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream.gcount(), 0)));
     return bytes;
 }
@@ -91,11 +93,10 @@ void NeedSuitable(const std::string& word, const std::string& file)
         throw FileError(file, "there is no such file");
     }
     const Part part = PartOf(word);
-    if (part == Part::Poster && Beginning(file, 8) != "\x89PNG\r\n\x1a\n") {
+    if (part == Part::Poster && !orvcapsule::IsPNG(Beginning(file))) {
         throw FileError(file, "it is no PNG picture");
     }
-    if (part == Part::Video &&
-        Beginning(file, 8).substr(std::min<std::size_t>(4, Beginning(file, 8).size())) != "ftyp") {
+    if (part == Part::Video && !orvcapsule::IsMP4(Beginning(file))) {
         throw FileError(file, "it is no MP4 film");
     }
 }

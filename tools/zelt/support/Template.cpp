@@ -17,7 +17,7 @@ Template Open(const std::string& file)
     try {
         return {file, OpenPackage(ToPath(file)), {}, {}, {}};
     } catch (const std::filesystem::filesystem_error& error) {
-        Definition none;
+        orvcapsule::DefinitionReading none;
         none.refusals.push_back({orvcapsule::Severity::Error, "CannotOpen", error.code().message()});
         return {file, OpenPackage({}), {}, {}, std::move(none)};
     }

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <tools/zelt/support/Definition.h>
-
 #include <package/CapsuleZip.h>
+#include <validation/TemplateReading.h>
 
 #include <string>
 #include <vector>
@@ -14,8 +13,8 @@ struct Template {
     std::string file; ///< as the command line names it
     orvcapsule::CapsuleZip package;
     std::vector<orvstorage::ZipEntry> entries;
-    orvcapsule::UTF8String text; ///< "definition.json" as stored; empty when it cannot be had
-    Definition definition;       ///< its refusals tell why there is no capsule, the archive's included
+    orvcapsule::UTF8String text;              ///< "definition.json" as stored; empty when it cannot be had
+    orvcapsule::DefinitionReading definition; ///< its refusals tell why there is no capsule, the archive's included
 
     bool IsGood() const noexcept
     {
