@@ -94,7 +94,7 @@ protected:
     }
     LocalGraphicsSource Source(const Directories& custom = {}) const
     {
-        return {PathToUTF16(temp_ / "root"), custom};
+        return LocalGraphicsSource(PathToUTF16(temp_ / "root"), custom);
     }
     Directories Custom(const std::string& name) const
     {
