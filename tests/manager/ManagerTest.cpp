@@ -187,12 +187,15 @@ TEST_F(ManagerTest, APanelDoesNotWaitForTheIndex)
     Add("fake", {u"n"});
     std::atomic<int> dispatched = 0;
     std::set<std::u16string> indexed;
+    std::promise<void> asked;
     orvcore::SetMainThreadDispatcher([&](const auto&) { // called by the task itself, the first time for the batch
         if (++dispatched == 1) {
             orvcapsule::QueryRapidFindDB({u"n"}, indexed);
+            asked.set_value();
         }
     });
     manager->RequestDefaultGraphicSet({}, false);
+    Await(asked.get_future()); // a main thread that runs calls already is not asked to
     Flush();
     orvcore::SetMainThreadDispatcher({});
     EXPECT_THAT(indexed, IsEmpty());
