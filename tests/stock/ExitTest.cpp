@@ -11,6 +11,7 @@ TEST_P(StockExitTest, AProcessMayEndInTheMiddle)
     answer = [this](const test::Request& request) {
         return request.path == "/answered" ? test::TextResponse(200, "text/plain", "") : Withheld();
     };
+    EXPECT_EQ(RequestCount(), 0U); // its lock hands the answer to the server's threads: another process asks
     const test::TempFolder folder;
     const std::string place = orvcore::ToNarrow(orvcore::PathToUTF8(folder.Path()));
     for (int round = 0; round < 3; ++round) {

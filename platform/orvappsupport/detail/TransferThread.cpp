@@ -80,7 +80,13 @@ void TransferThread::Abandon()
         isWorking_ = false;
     } else if (isWorking_) {
         curl_multi_wakeup(multi_);
-        changed_.wait_for(lock, kLongest, [this] { return !isWorking_; });
+        if (changed_.wait_for(lock, kLongest, [this] { return !isWorking_; })) {
+            std::thread ended = std::move(thread_);
+            lock.unlock();
+            if (ended.joinable()) { // otherwise Shutdown waits for it
+                ended.join();
+            }
+        }
     }
 }
 
