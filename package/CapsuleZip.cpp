@@ -1,6 +1,5 @@
 #include <package/CapsuleZip.h>
 
-#include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
 #include <orvcore/files/TemporaryFolder.h>
 #include <orvcore/files/WalkTree.h>
@@ -194,12 +193,8 @@ bool CapsuleZip::RemoveEntry(std::u8string_view name)
 
 bool CapsuleZip::SetZELTDescriptionJSON(const UTF8String& text)
 {
-    const orvcore::TemporaryFolder folder(u8"definition");
-    orvcore::AtomicFile file(folder.Path() / kJSONFileName);
-    std::error_code error;
-    if (!file.Write(text.data(), text.size(), error) || !file.Commit(orvcore::Durability::Cached, error)) {
-        throw fs::filesystem_error("SetZELTDescriptionJSON", folder.Path(), error);
-    }
+    const orvcore::TemporaryFolder folder(detail::kPrivateArea);
+    orvcore::WriteBufferToFile(folder.Path() / kJSONFileName, text.data(), text.size());
     return SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()));
 }
 

@@ -27,7 +27,7 @@ void PackageFile::Open()
     }
     // What is copied may be newer than what is seen here, never older: a change that builds on it is refused in time.
     package_.GetEntries();
-    auto folder = std::make_unique<orvcore::TemporaryFolder>(kLongPathArea);
+    auto folder = std::make_unique<orvcore::TemporaryFolder>(kPrivateArea);
     const fs::path copy = folder->Path() / path_.filename();
     orvcore::CopyOneFile(path_, copy);
     ZipFile archive(copy, password_);

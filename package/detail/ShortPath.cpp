@@ -15,7 +15,7 @@ bool IsLongPath(const orvcore::UTF8String& path)
 
 std::unique_ptr<const orvcore::TemporaryFolder> FolderForLongPath(const orvcore::UTF8String& path)
 {
-    return IsLongPath(path) ? std::make_unique<const orvcore::TemporaryFolder>(kLongPathArea) : nullptr;
+    return IsLongPath(path) ? std::make_unique<const orvcore::TemporaryFolder>(kPrivateArea) : nullptr;
 }
 
 } // namespace orvcapsule::detail

@@ -7,8 +7,8 @@
 
 namespace orvcapsule::detail {
 
-/// Where long paths are worked on, a private folder each.
-inline constexpr std::u8string_view kLongPathArea = u8"Capsule";
+/// Below the system's temporary folder: where packages are worked on, a private folder each.
+inline constexpr std::u8string_view kPrivateArea = u8"Capsule";
 
 /// The short-path rule: a path of 221 UTF-8 bytes or more is too long to be worked on. The limit is fixed and does not
 /// depend on the system's own.

@@ -2,6 +2,7 @@
 
 #include <orvcore/files/Paths.h>
 #include <package/CapsuleZip.h>
+#include <validation/MediaContent.h>
 
 #include <fstream>
 #include <functional>
@@ -29,7 +30,7 @@ Preview LookAtPicture(const fs::path& file)
     constexpr std::size_t kHead = 24; // signature, the first chunk's length and name, width, height
     std::string head(kHead, '\0');
     std::ifstream(orvcore::ToSystemPath(file), std::ios::binary).read(head.data(), kHead);
-    if (head.starts_with("\x89PNG\r\n\x1a\n")) {
+    if (orvcapsule::IsPNG(head)) {
         return {file, "image/png", NumberAt(head, 16), NumberAt(head, 20)};
     }
     return head.starts_with("\xff\xd8\xff") ? Preview{file, "image/jpeg", 0, 0} : Preview{};
