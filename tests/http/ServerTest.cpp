@@ -284,4 +284,22 @@ TEST(HTTPServer, StopsInTheMiddleOfEverything)
     server.Stop();
 }
 
+// The stop meets answers at every stage: a head just written, the client's end just asked for, nothing begun.
+TEST(HTTPServer, StopsWhileAnswersBegin)
+{
+    for (std::size_t round = 0; round < 100; ++round) {
+        Server server([](const Request& request) { return Streaming(std::make_shared<Stream>())(request); });
+        std::vector<std::unique_ptr<RawClient>> clients;
+        for (std::size_t i = 0; i < 8; ++i) {
+            clients.push_back(std::make_unique<RawClient>(server.Port()));
+            clients.back()->Send("GET / HTTP/1.1\r\n" + kHost + "\r\n");
+        }
+        clients[round % 8]->ReadUntil("HTTP/1.1 200 ");
+        server.Stop();
+        for (const auto& client : clients) {
+            EXPECT_THAT(client->ReadAll(), Not(HasSubstr("\r\n0\r\n\r\n")));
+        }
+    }
+}
+
 } // namespace

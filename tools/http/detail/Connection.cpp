@@ -90,6 +90,7 @@ void Connection::Drop()
     delay_.cancel();
     stream_.close();
     reply_ = {};
+    waits_ = false;
 }
 
 // A connection may be idle for longer than a request may take, so its first bytes are read alone.
@@ -213,7 +214,9 @@ void Connection::Pump()
 void Connection::OnWritten(const Error& error)
 {
     out_.clear();
-    if (error) {
+    // A write may have ended well just before the connection was dropped; the read of a stream's client is then still
+    // to end, and another one must not begin.
+    if (error || !stream_.socket().is_open()) {
         Drop();
     } else if (atEnd_) {
         Finish();
