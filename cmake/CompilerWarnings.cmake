@@ -30,6 +30,8 @@ else()
       # GCC 12 reports these inside inlined standard-library strings and variants where nothing is wrong.
       -Wno-restrict -Wno-error=maybe-uninitialized -Wno-error=null-dereference -Wno-error=stringop-overflow
       -Wno-error=array-bounds -Wno-error=stringop-overread -Wno-error=free-nonheap-object
+      # Where several sources are compiled as one, what a source keeps to itself looks like a header's.
+      $<$<BOOL:${CMAKE_UNITY_BUILD}>:-Wno-subobject-linkage>
     )
   endif()
 endif()

@@ -110,17 +110,23 @@ protected:
     std::function<void()> onPage = [] {};
 };
 
-struct Case {
+struct PagingCase {
     const char* name;
     int total, mostRows, end, failsAt;
     std::string pages, told;
+
+    /// What a failure names it by.
+    friend void PrintTo(const PagingCase& c, std::ostream* out)
+    {
+        *out << c.name;
+    }
 };
 
-class PagingCases : public PagingTest, public WithParamInterface<Case> {};
+class PagingCases : public PagingTest, public WithParamInterface<PagingCase> {};
 
 TEST_P(PagingCases, PageByPage)
 {
-    const Case& c = GetParam();
+    const PagingCase& c = GetParam();
     total = c.total;
     mostRows = c.mostRows;
     end = c.end;
@@ -142,15 +148,16 @@ std::string Thousand(const std::string& perPage, const std::string& after)
 
 INSTANTIATE_TEST_SUITE_P(
     , PagingCases,
-    Values(Case{"None", 0, 100, 1000, -1, "0+100 ", "0+0 of 0 "},
-           Case{"OnePage", 100, 100, 1000, -1, "0+100 ", "0+100 of 100 "},
-           Case{"ThreePages", 250, 100, 1000, -1, "0+100 100+100 200+50 ",
-                "0+100 of 250 100+100 of 250 200+50 of 250 "},
-           Case{"AThousandAtMost", 5000, 100, 9000, -1, Thousand("+100", ""), Thousand("+100", " of 5000")},
-           Case{"ShortPages", 150, 60, 1000, -1, "0+100 60+90 120+30 ", "0+60 of 150 60+60 of 150 120+30 of 150 "},
-           Case{"RowsEndBeforeTheTotal", 250, 100, 130, -1, "0+100 100+100 130+100 ",
-                "0+100 of 250 100+30 of 250 130+0 of 250 "},
-           Case{"AnErrorEndsIt", 250, 100, 1000, 100, "0+100 100+100 ", "0+100 of 250 Refused at 100 "}),
+    Values(PagingCase{"None", 0, 100, 1000, -1, "0+100 ", "0+0 of 0 "},
+           PagingCase{"OnePage", 100, 100, 1000, -1, "0+100 ", "0+100 of 100 "},
+           PagingCase{"ThreePages", 250, 100, 1000, -1, "0+100 100+100 200+50 ",
+                      "0+100 of 250 100+100 of 250 200+50 of 250 "},
+           PagingCase{"AThousandAtMost", 5000, 100, 9000, -1, Thousand("+100", ""), Thousand("+100", " of 5000")},
+           PagingCase{"ShortPages", 150, 60, 1000, -1, "0+100 60+90 120+30 ",
+                      "0+60 of 150 60+60 of 150 120+30 of 150 "},
+           PagingCase{"RowsEndBeforeTheTotal", 250, 100, 130, -1, "0+100 100+100 130+100 ",
+                      "0+100 of 250 100+30 of 250 130+0 of 250 "},
+           PagingCase{"AnErrorEndsIt", 250, 100, 1000, 100, "0+100 100+100 ", "0+100 of 250 Refused at 100 "}),
     [](const auto& each) { return each.param.name; });
 
 TEST_F(PagingTest, OnlyAManagerWithOneStockSourceAsks)

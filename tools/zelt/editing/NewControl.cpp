@@ -86,12 +86,12 @@ NewControl MakeText(const Form& form)
             {}};
 }
 
-struct Kind {
+struct ControlKind {
     std::string_view name;
     NewControl (*make)(const Form& form);
 };
 
-constexpr std::array<Kind, 11> kKinds = {{
+constexpr std::array<ControlKind, 11> kKinds = {{
     {"checkbox",
      [](const Form& form) {
          return WithValue(factory::CreateCheckboxControl(form.id, form.label, kAnimates, false), form);
@@ -125,10 +125,10 @@ constexpr std::array<Kind, 11> kKinds = {{
      }},
 }};
 
-const Kind& FindKind(const std::string& name)
+const ControlKind& FindKind(const std::string& name)
 {
     std::vector<std::string> names;
-    for (const Kind& kind : kKinds) {
+    for (const ControlKind& kind : kKinds) {
         if (kind.name == name) {
             return kind;
         }
@@ -149,7 +149,7 @@ NewControl ParseNewControl(std::string_view text, const std::string& locale)
     const std::size_t second = std::min(head.find(':', colon + 1), head.size());
     const std::string id(head.substr(std::min(colon + 1, head.size()), second - std::min(colon + 1, second)));
     try {
-        const Kind& kind = FindKind(std::string(head.substr(0, colon)));
+        const ControlKind& kind = FindKind(std::string(head.substr(0, colon)));
         if (id.empty()) {
             throw UsageError("an id is needed, KIND:ID");
         }
