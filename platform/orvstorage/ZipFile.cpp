@@ -6,6 +6,10 @@
 
 #include <algorithm>
 
+// The reading half of ZipFile; the writing half is ZipFileWrite.cpp. Each public call is one State::Run: it names the
+// operation once, and every step below returns a ZipFault that knows only what went wrong. Run joins the two into the
+// failure that GetLastFailure answers. So no step below has to know the archive's path or what the caller asked for.
+
 namespace orvstorage {
 
 using detail::ZipFault;
@@ -186,6 +190,7 @@ std::vector<ZipFailure> ZipFile::Check(bool readContents,
     });
     std::vector<ZipFailure> failures;
     const ZipFailure operation{ZipError::None, ZipAction::Unpack, state.path, {}, {}};
+    // Run has filled in the first fault alone; a list is told with each one complete.
     for (const ZipFault& fault : faults) {
         failures.push_back(fault.In(operation));
     }

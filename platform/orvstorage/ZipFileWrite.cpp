@@ -6,6 +6,18 @@
 #include <orvstorage/detail/unpacking/Unpacker.h>
 #include <orvstorage/shared/EntryName.h>
 
+// Changes of an archive. None of them touches the file: a new archive is written beside it and takes its place at the
+// end. The order of one change:
+//
+// - a cheap look at whether the path may be replaced at all, before work that may take minutes;
+// - open what is there (OpenToChange), refusing an archive that is another one than this object knows;
+// - judge the entry: its name must fit in, the password must be the one of the others;
+// - write the new archive (PackOne): the zip library copies the other entries as they are packed;
+// - under the folder's lock, look once more that the old archive is still the one that was read, and rename.
+//
+// A failure or a cancel at any of these leaves the old archive; what remains is a private file, which its owner
+// removes.
+
 namespace orvstorage {
 
 namespace {
@@ -14,7 +26,9 @@ using detail::ZipArchive;
 using detail::ZipFault;
 using detail::ZipResult;
 
-// A new entry must not make the archive one that cannot be unpacked.
+// A new entry must not make the archive one that cannot be unpacked: its name may clash with another one's where case
+// does not count, or need a folder where another entry is a file. What the old entries' own names answer does not
+// matter here: an archive may hold bad ones, and they stay refused by themselves.
 ZipError FitIn(const ZipArchive& archive, const ZipLimits& limits, const orvcore::UTF8String& relative)
 {
     detail::NameRegister names(limits);

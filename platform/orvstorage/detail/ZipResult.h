@@ -71,6 +71,7 @@ public:
     {
         return &std::get<Value>(result_);
     }
+    /// The result with a value has no fault: asking for one is an error of the program, and throws.
     /// To be asked when there is no value.
     const ZipFault& Fault() const
     {

@@ -2,6 +2,16 @@
 
 #include <algorithm>
 
+// The end of a zip file, as far as it is kept in memory, and what is done with it:
+//
+//   entries | central directory | (zip64 end, 56 bytes | its locator, 20) | end record, 22 | comment, up to 65535
+//           ^ Keep takes all from here on                                 ^ LocateDirectory looks for this
+//
+// Opening reads the last 65535 + 98 bytes: the end record always lies there, and with most packages the whole
+// directory, so that one read opens an archive. CentralDirectory then judges the directory, changes flags in it where
+// the zip library would stumble, and puts an end record of ours behind it. All that is in memory; the file is opened
+// for reading only.
+
 namespace orvstorage::detail {
 
 namespace {
@@ -23,6 +33,7 @@ ZipResult<std::shared_ptr<ArchiveFile>> ArchiveFile::Open(const std::filesystem:
     if (error) {
         return ZipFault{ZipError::CannotOpen, error.message()};
     }
+    // Before the first byte is read: what another program writes from now on makes the file another version.
     archive->version_ = archive->file_.Version(error);
     archive->size_ = archive->version_.size;
     if (error || !archive->ReadTail(archive->size_ - std::min(archive->size_, kTailSize), error)) {

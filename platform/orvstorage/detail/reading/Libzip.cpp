@@ -55,6 +55,7 @@ ZipError ErrorOf(int code)
 ZipFault FaultOf(zip_error_t& error)
 {
     ZipFault fault{ErrorOf(zip_error_code_zip(&error))};
+    // The library's sources keep an errno beside the error, ours too (Source::Fail): there the system's own words are.
     if (zip_error_system_type(&error) == ZIP_ET_SYS && zip_error_code_system(&error) != 0) {
         const std::error_code reason(zip_error_code_system(&error), std::generic_category());
         if (fault.error == ZipError::WriteFailed) {

@@ -23,6 +23,8 @@ bool MadeOnWindows(std::uint8_t system)
            system == ZIP_OPSYS_VFAT;
 }
 
+// The attributes mean what the system that made the entry means by them; a name that ends with a slash is a folder
+// everywhere. A link is found by its attributes alone: its content is the path that it leads to.
 EntryKind KindOf(const DirectoryRecord& record, bool namedAsDirectory)
 {
     if (record.system != kUnix && record.system != kMac) {
@@ -52,6 +54,9 @@ void DropCurrentFolder(orvcore::UTF8String& name)
 
 orvcore::UTF8String NameOf(const DirectoryRecord& record, const zip_stat_t& stat)
 {
+    // Such a name was hidden from the library's UTF-8 (see CentralDirectory.cpp), and it shows control bytes as symbols
+    // of code page 437. The stored bytes are taken, so that the name is refused for what it holds. Any other name that
+    // is not flagged the library translates.
     const bool isOurs = record.nameHasControls && orvcore::IsWellFormedUTF8(record.name);
     orvcore::UTF8String name = orvcore::ToUTF8(isOurs ? record.name : std::string_view(stat.name));
     if (MadeOnWindows(record.system)) {
@@ -117,11 +122,13 @@ ArchiveEntry ZipArchive::MakeEntry(const DirectoryRecord& record, const zip_stat
     entry.kind = KindOf(record, entry.shown.name.ends_with(u8'/'));
     entry.shown.isDirectory = entry.kind == EntryKind::Directory;
     entry.hasWeakPassword = stat.encryption_method == ZIP_EM_TRAD_PKWARE;
+    // Lives as long as the archive, as do the views in `record`: both are kept by file_.
     entry.file = file_.get();
     return entry;
 }
 
-// Two readers of one directory must agree, or what was judged would not be what is read.
+// Two readers of one directory must agree, or what was judged would not be what is read. Both number the entries in the
+// directory's order, so an index means the same to our records and to the library.
 bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records)
 {
     const zip_int64_t count = zip_get_num_entries(handle_.get(), 0);
