@@ -60,6 +60,7 @@ void EnsureDirectory(const fs::path& directory)
 
 void EnsureDirectory(const fs::path& directory, Error& error)
 {
+    // A path with a NUL in it would name another folder to the system, which reads up to the NUL.
     error = std::make_error_code(std::errc::invalid_argument);
     detail::NewFolders folders;
     if (IsUsablePath(directory) && folders.Make(directory, error)) {

@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <vector>
 
+// Depth first, one folder at a time: memory is what one folder holds at each level, not what the tree holds. A folder
+// is read to its end before anything in it is visited, because a visitor may remove what it is told of, and what a
+// system answers when a folder changes under its reading is not set.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -38,6 +42,7 @@ Content Read(const fs::path& folder, std::error_code& error)
     return content;
 }
 
+// What could be read of the folder is visited when the visitor says GoOn: a listing shows what there is.
 WalkNext Fail(const fs::path& folder, const std::error_code& error, const TreeVisitor& visitor)
 {
     if (!visitor.fail) {

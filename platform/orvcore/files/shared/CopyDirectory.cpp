@@ -8,6 +8,10 @@
 #include <memory>
 #include <string>
 
+// A copy of a folder obeys the same rules as unpacking (GuardedFolder): each file is written under a number in a
+// private folder inside the target, then moved to its place; a failure takes back all steps. It differs in one thing:
+// each file goes to its place as soon as it is copied, not when all are.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -58,7 +62,8 @@ public:
     }
 
 private:
-    // All that the source holds; false when a folder of it cannot be read.
+    // All that the source holds; false when a folder of it cannot be read. The list first, then the copying: progress
+    // needs the total, and what this copy makes in a target inside the source is not copied in turn.
     bool Collect()
     {
         const fs::path base = WithoutClosingSeparators(from_);
@@ -67,6 +72,8 @@ private:
         visitor.visit = [&](const fs::path& path, FileKind kind) {
             if (kind == FileKind::Directory) {
                 folders_.push_back(relative(path));
+                // A device or a pipe is taken, too: reading it fails, and with it the copy. Left out silently it would
+                // be missing.
             } else if (kind != FileKind::Link) {
                 std::error_code unknown; // told when the file is read
                 total_ += InspectPath(path, unknown).size;
@@ -160,7 +167,9 @@ Future<ResultCode> CopyDirectoryAsync(const fs::path& from, const fs::path& to, 
         }
     };
     Future<ResultCode> future = promise->GetFuture();
-    // A refused task is destroyed, and with it the promise, which cancels the future.
+    // On the pre-termination executor, one copy after the other: copies at the same time would only share the disk, and
+    // exit does not wait for them. A copy that is abandoned there leaves what has arrived, and its private folder,
+    // which a later one removes. A refused task is destroyed, and with it the promise, which cancels the future.
     static_cast<void>(GetPreTerminationExecutor()->Post(copy));
     return future;
 }

@@ -8,6 +8,13 @@
 #include <algorithm>
 #include <chrono>
 
+// Each change inside the folder is one Step, noted in the order it was made; Undo goes through them backwards. A step
+// that replaced a file has the old one in the private folder as "old<number of the step>". The number is the step's
+// place in `steps_`: the file is set aside under the place that the step is about to get.
+//
+// What is guarded against is what stands there when the call begins: a link that somebody left in the target. A program
+// of the same user that swaps folders for links during the call is not: it could as well write the files itself.
+
 namespace orvcore::detail {
 
 namespace fs = std::filesystem;
@@ -45,6 +52,7 @@ fs::path GuardedFolder::Open(std::error_code& error)
         RemoveLeftBehind(folder_, std::chrono::hours(24));
         canonical_ = RealPath(folder_, error);
     }
+    // Any name would do: only its folder counts.
     const fs::path staging = PrivateSibling(folder_ / "x");
     if (!error && orvcore::MakeDirectory(staging, error)) {
         private_ = staging;
@@ -116,6 +124,7 @@ bool GuardedFolder::PutFile(const fs::path& from, const fs::path& relative, IfEx
     if (!Enter(relative.parent_path().native(), step.folder, error)) {
         return false;
     }
+    // What stands there may be a folder or a device: MayReplace refuses these when it is set aside.
     step.hadOld = Has(relative);
     if (step.hadOld && ifExists == IfExists::Keep) {
         return true;

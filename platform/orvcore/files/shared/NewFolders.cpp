@@ -32,6 +32,8 @@ bool NewFolders::Make(const fs::path& folder, std::error_code& error)
         error = std::make_error_code(std::errc::not_a_directory);
     }
     for (; !missing.empty() && !error; missing.pop_back()) {
+        // Only what this call made is noted. One that another program made between the look above and here is not ours
+        // to remove.
         if (MakeDirectory(missing.back(), error)) {
             made_.push_back(missing.back());
         }
