@@ -9,11 +9,10 @@
 // A file that is written whole or not at all goes through these states:
 //
 // - nothing on the disk: content is gathered in the buffer; a small file is made only at its commit;
-// - a private file beside the target, ".orv-<guid>.part", made at the first flush of the buffer. A process that is
-//   killed
+// - a private file beside the target, ".orv-<guid>.part", made at the first flush of the buffer. A killed process
 //   leaves it; who next writes in this folder removes it when it is a day old (PrivateNames.cpp);
 // - complete: all is written, flushed to the disk where that is asked for, and closed, which some systems answer with
-// what no write has told (a full disk, a server that is gone);
+//   what no write has told (a full disk, a server that is gone);
 // - in place: one rename, after which the private name is gone. The destructor removes the private file in any other
 //   case.
 //

@@ -43,6 +43,8 @@ private:
     {
         throw json_outline_exception(what, at_);
     }
+    // NUL at the end. A NUL in the text looks the same, but stands for nothing in the grammar, so every place that
+    // meets one fails; only the message depends on which of the two it was.
     char Peek() const
     {
         return at_ < text_.size() ? text_[at_] : '\0';
@@ -60,6 +62,8 @@ private:
         ++at_;
     }
 
+    // The limits are those of the other reader, counted in the same way: what is edited by its outline is read by that
+    // one.
     JSONOutline Value(std::size_t depth)
     {
         if (depth > kMaxJSONDepth) {

@@ -101,6 +101,7 @@ JSONTextWriter::JSONTextWriter(bool formatted)
 
 JSONTextWriter::~JSONTextWriter() = default;
 
+// Until here the string is longer than the text: `size_` bytes are written, the rest is room.
 UTF8String JSONTextWriter::Take()
 {
     text_.resize(std::exchange(size_, 0));
@@ -214,6 +215,8 @@ void JSONTextWriter::UInt(std::uint64_t value)
     PutNumber(value);
 }
 
+// to_chars gives the shortest digits that read back as the same double. A whole number gets its ".0", or it would be
+// read back as an integer.
 void JSONTextWriter::Double(double value)
 {
     if (!std::isfinite(value)) {
@@ -237,6 +240,7 @@ void JSONTextWriter::String(std::string_view text)
 void JSONTextWriter::Quote(std::string_view text)
 {
     if (!IsWellFormedUTF8(text)) {
+        // Through UTF-16, which makes U+FFFD of what is ill-formed, by the same rules as everywhere else.
         const UTF8String mended = ToUTF8(ToUTF16(text));
         return Quote(AsNarrow(mended));
     }
@@ -273,6 +277,8 @@ void JSONTextWriter::String(std::u16string_view text)
 void JSONTextWriter::Raw(std::string_view json)
 {
     // A value that is fine by itself may lie too deep here, and no reader would take the whole text then.
+    // It is parsed only to be judged, and written as it stands: a value that this library does not know keeps its
+    // digits and the order of its keys.
     if (depth_ + DeepestValue(detail::ReadRaw(json, lastKey_).Root()) > kMaxJSONDepth) {
         throw json_write_exception("a value" + detail::UnderKey(lastKey_) + " is nested too deep");
     }

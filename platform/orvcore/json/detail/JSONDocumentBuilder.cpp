@@ -33,6 +33,7 @@ private:
     }
     std::string_view TextAt(std::uint64_t word) const
     {
+        // Four bytes of length, in the machine's order, then the text. Nodes point at it there: nothing is copied.
         const std::uint8_t* at = texts_ + (word & kContent);
         std::uint32_t length = 0;
         std::memcpy(&length, at, sizeof length);
@@ -58,6 +59,7 @@ void JSONDocumentBuilder::Tape::ReadArray(JSONDocumentBuilder& builder, JSONNode
     for (std::size_t i = 0; i < count; ++i) {
         ReadInto(builder, children[i], {});
     }
+    // Past the closing bracket's own word.
     ++next_;
 }
 
@@ -127,6 +129,7 @@ void JSONDocumentBuilder::Fill(JSONNode& node, std::string_view key, const Varia
     if (depth > kMaxJSONDepth) {
         throw json_write_exception("the value tree is nested too deep");
     }
+    // A null pointer in a tree is a null value.
     const Variant nothing;
     if (const Object* object = AsObject(tree)) {
         JSONNode* child = SetContainer(node, key, JSONKind::kObject, object->size());

@@ -18,6 +18,8 @@ const JSONNode* JSONNode::Find(std::string_view key) const noexcept
     if (kind_ != JSONKind::kObject) {
         return nullptr;
     }
+    // From the end: of a key that repeats the last one counts. One after the other, because objects are small, and
+    // records do not come here: their tables take the members as they pass (JSONTable.h).
     for (const JSONNode* child = value_.children + size_; child != value_.children;) {
         --child;
         if (child->Key() == key) {
@@ -75,6 +77,7 @@ bool JSONNode::Get(double& out) const noexcept
     }
     if (kind_ == JSONKind::kInt64) {
         const auto converted = static_cast<double>(value_.int64);
+        // Rounded up to 2^63 it no longer fits the integer type, and converting it back would not be defined.
         if (converted >= kInt64End || static_cast<std::int64_t>(converted) != value_.int64) {
             return false;
         }

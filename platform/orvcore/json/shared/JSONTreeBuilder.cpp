@@ -18,6 +18,7 @@ Variant& JSONTreeBuilder::Place(Variant value)
     auto placed = std::make_shared<Variant>(std::move(value));
     Variant& result = *placed;
     if (auto* object = std::any_cast<Object>(open_.back())) {
+        // The pointers in `open_` stay good whatever is added: each value lies where its shared pointer has put it.
         object->insert_or_assign(key_, std::move(placed));
     } else {
         std::any_cast<Array&>(*open_.back()).push_back(std::move(placed));
