@@ -47,6 +47,8 @@ void IndexStore::Save()
 // The number of the last change written.
 std::int64_t IndexStore::WriteChanges(std::int64_t last)
 {
+    // Null at the beginning of every group: another process's change may stand before it, so a group never begins with
+    // a row that leaves out its key.
     const Change* before = nullptr; // a key's rows mostly come together
     for (const Change& change : pending_) {
         ++last;
@@ -82,6 +84,7 @@ bool IndexStore::IsWorthWritingAnew(std::int64_t last)
 // with the same rows as one that begins here.
 std::int64_t IndexStore::WriteAnew(std::int64_t last)
 {
+    // It empties the list, and is then its first change: whoever reads on from an older number comes across it.
     file_.RemoveAll(++last);
     std::u16string_view before;
     memory_.ForEachRow([&](std::u16string_view key, std::u16string_view text) {
@@ -124,6 +127,8 @@ void IndexStore::CatchUp()
 // reading goes on behind it; a row of the same key then needs the key that was read before.
 void IndexStore::ReadChanges()
 {
+    // Left open by an exception it would keep its read lock; ChangesAfter resets it before the next reading, and a
+    // failed step resets itself.
     Statement& changes = file_.ChangesAfter(lastRead_);
     while (changes.Step()) {
         orvcore::UTF16String path = changes.Units(1);

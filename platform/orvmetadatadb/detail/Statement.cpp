@@ -39,6 +39,7 @@ void Statement::Bind(int parameter, std::u8string_view text)
 {
     // A view without characters may have no address, which SQLite would store as NULL.
     const char* bytes = text.empty() ? "" : reinterpret_cast<const char*>(text.data());
+    // SQLITE_STATIC: no copy is made, so the bytes must stay until the statement has run.
     Connection::Check(sqlite3_bind_text64(statement_, parameter, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8));
 }
 
@@ -83,6 +84,7 @@ std::int64_t Statement::Integer(int column) const noexcept
 
 std::u8string_view Statement::Text(int column) const noexcept
 {
+    // A column has whatever type a damaged file gives it; converting it would make text of numbers.
     if (sqlite3_column_type(statement_, column) != SQLITE_TEXT) {
         return {};
     }

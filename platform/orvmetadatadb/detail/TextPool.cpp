@@ -8,6 +8,7 @@ namespace orvmetadatadb::detail {
 
 namespace {
 
+// A byte that stands in no UTF-8 text.
 constexpr char kSeparator = '\xFF';
 
 } // namespace
@@ -49,6 +50,8 @@ void TextPool::Scan(std::u8string_view term, Visit&& visit) const
         while (End(id) <= at) {
             ++id;
         }
+        // The hits come in the order of the texts, so `id` only moves forward: the whole pass takes time linear in the
+        // texts and their hits. Behind a hit that counts the rest of its text is passed over.
         at = uses_[id] == 0 || visit(id, at - starts_[id]) ? End(id) : at + 1;
     }
 }
