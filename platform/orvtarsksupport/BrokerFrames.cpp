@@ -72,6 +72,7 @@ TarskResult ReadRequest(LocalStream& stream, TarskMessage& message, Deadline dea
     if (const TarskResult result = ReadFrame(stream, limit, TarskStatus::BadMessage, bytes, deadline); !result) {
         return result;
     }
+    // The name ends at the first NUL, and has none itself (SendTarskMessage refuses it); the body may hold any byte.
     const std::size_t end = bytes.find('\0', std::min(bytes.size(), kHeaderBytes));
     if (end == bytes.npos || bytes[0] != kProtocol) {
         return {TarskStatus::BadMessage};

@@ -24,6 +24,7 @@ bool IsLeftBehind(const orvcore::UTF8String& path, const sockaddr_un& address)
     if (::lstat(AsPath(path), &status) != 0 || !S_ISSOCK(status.st_mode)) {
         return false;
     }
+    // Non-blocking: a listener whose queue is full answers EAGAIN, and is alive.
     const detail::Descriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     return ::connect(probe.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
            errno == ECONNREFUSED;
@@ -65,7 +66,8 @@ std::unique_ptr<LocalListener> LocalListener::Open(const orvcore::UTF8String& pa
         error = {errno, std::generic_category()};
         return nullptr;
     }
-    // Nobody connects before it listens, so the rights are there in time.
+    // Nobody connects before it listens, so the rights are there in time. The socket was made with the rights of any
+    // new file.
     if (::chmod(AsPath(path), S_IRUSR | S_IWUSR) != 0 || ::listen(socket.Get(), SOMAXCONN) != 0) {
         error = {errno, std::generic_category()};
         ::unlink(AsPath(path));
@@ -82,6 +84,7 @@ std::optional<LocalStream> LocalListener::Accept(Deadline deadline)
         if (client >= 0) {
             return LocalStream(client);
         }
+        // Between the notice and this call the client may have gone again: the listener waits for the next.
         if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
             return std::nullopt;
         }

@@ -16,6 +16,7 @@ struct Current {
 
 Current& GetCurrent()
 {
+    // A task may send while the process exits.
     static orvcore::NoDestructor<Current> current;
     return *current;
 }
@@ -63,6 +64,7 @@ std::shared_ptr<ITarskTransport> GetTarskTransport()
 {
     Current& current = GetCurrent();
     const std::lock_guard lock(current.mutex);
+    // When it is first asked for: a host that sets its own never has the embedded one.
     if (!current.transport) {
         current.transport = MakeBrokerTransport();
     }

@@ -9,6 +9,10 @@
 #include <algorithm>
 #include <string>
 
+// The XML of a message. Nothing is lost on the way: a text that XML cannot hold goes as base 64 with an attribute that
+// says so, and what has no form at all (a key that is no element's name, a list in a list) refuses the message rather
+// than being left out.
+
 namespace orvtarsksupport::detail {
 
 namespace {
@@ -116,6 +120,7 @@ private:
         if (attributes == nullptr) {
             return;
         }
+        // Anything but an object has none that could be written; that it is none is told below.
         for (const JSONNode& child : attributes->Children()) {
             const std::string text = TextOf(child);
             if (!IsElementName(child.Key()) || !IsXMLText(text)) {
