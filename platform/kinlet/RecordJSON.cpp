@@ -1,5 +1,8 @@
 #include <kinlet/detail/RecordTables.h>
 
+// All tables of the larger records are compiled here and nowhere else: they are templates over dozens of rows, and
+// every user of the libraries would compile them again.
+
 namespace kinlet {
 
 namespace serialization = orvcore::serialization;

@@ -39,6 +39,8 @@ std::optional<UTF8String> Find(const std::string& name)
     if (const auto found = store.fromHost.find(name); found != store.fromHost.end()) {
         return found->second;
     }
+    // Settings of other names belong to the host alone. Ours become variables: "ORV.entrysettletime" is
+    // ORV_ENTRYSETTLETIME.
     if (!name.starts_with("ORV.")) {
         return std::nullopt;
     }

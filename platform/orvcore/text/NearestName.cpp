@@ -49,6 +49,7 @@ std::string NearestName(std::string_view word, const std::vector<std::string>& n
             continue;
         }
         const std::size_t distance = Distance(word, name);
+        // At most a third of the letters may differ: a worse guess confuses more than it helps.
         if (distance < fewest && distance * 3 <= std::max(name.size(), word.size())) {
             fewest = distance;
             nearest = name;

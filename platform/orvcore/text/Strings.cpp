@@ -22,6 +22,8 @@ struct Decoded {
 // broken character gives one replacement character.
 Decoded DecodeUTF8(const unsigned char* at, std::size_t available) noexcept
 {
+    // The second byte has a narrower range behind some leads: it keeps out over-long forms (E0, F0), surrogates (ED)
+    // and what lies beyond U+10FFFF (F4). C0, C1 and F5 to FF begin nothing.
     const unsigned char lead = at[0];
     if (lead < 0x80) {
         return {lead, 1};

@@ -13,6 +13,7 @@ namespace {
 
 Guid ToGuid(const XXH128_hash_t& hash)
 {
+    // High byte first on every machine: names of files are made of it.
     XXH128_canonical_t canonical;
     XXH128_canonicalFromHash(&canonical, hash);
     Guid guid;
