@@ -6,6 +6,14 @@
 #include <atomic>
 #include <cmath>
 
+// Items are moved by workers and shown on the main thread. Two locks, never held together: the observer's slot and each
+// item's own. Neither is held while the observer runs, which may set another observer or ask the item.
+//
+// A Begin and an End each carry the item's state of their moment; a Change carries none: it reads the state when its
+// turn comes. `changeQueued_` is true from the queueing of a Change until just before that reading, so a later change
+// either is part of what is read or queues a report of its own, and the last state always arrives. The queued call
+// holds the item alive; when the main thread's queue refuses or drops it, its destructor clears the flag.
+
 namespace orvappsupport {
 
 namespace {
