@@ -9,6 +9,7 @@ namespace serialization = orvcore::serialization;
 
 namespace {
 
+// Read aside: a record that turns out to be unusable, or throws in the middle, leaves the caller's as it was.
 template <class Record>
 bool FromTree(const serialization::Variant& tree, Record& record)
 {

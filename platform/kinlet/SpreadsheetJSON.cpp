@@ -71,6 +71,7 @@ bool ParseDate(std::string_view text, date& out)
     return true;
 }
 
+// An object with anything beside the date is none: a cell has no place to keep the rest.
 bool ReadDate(const JSONNode& node, date& out)
 {
     const auto members = node.Children();

@@ -9,7 +9,7 @@
 
 // Makes a request of a search and results of its answer; how the request travels is Transfer's. A search that cannot be
 // sent still goes through the transfer thread, with an empty URL: it ends there as BadURL, and so its handler is called
-// on the same thread and in the same way as any other, never from inside Search.
+// on the same thread and in the same way as any other, not from inside Search (but for executors that have ended).
 
 namespace orvappsupport::search {
 

@@ -60,6 +60,7 @@ bool ZipFile::ReadItem(std::u8string_view entryName, std::uint64_t maxSize, Cont
             return index.Fault();
         }
         const detail::ArchiveEntry& entry = state.archive->Entries()[*index];
+        // The declared size; the reader sees to it that no more comes than was declared.
         if (entry.shown.size > std::min(maxSize, state.limits.maxItemSize)) {
             return {ZipError::EntryTooLarge};
         }
@@ -131,6 +132,8 @@ bool ZipFile::UnZip(const std::filesystem::path& directory, bool overwrite, cons
             return plan.Fault();
         }
         const auto ifExists = overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep;
+        // All that may be unpacked is there when this succeeds; that something was refused makes the call fail all the
+        // same.
         const ZipFault fault = detail::Unpack(*state.archive, *plan, directory, ifExists, asked);
         return fault || plan->refused.empty() ? fault : plan->refused.front();
     });

@@ -60,6 +60,7 @@ void SetTarskTransport(std::shared_ptr<ITarskTransport> transport)
     // The old one goes here, outside the lock: its destructor is the host's code.
 }
 
+// A share of it: the send that begins now keeps its transport, whatever is installed meanwhile.
 std::shared_ptr<ITarskTransport> GetTarskTransport()
 {
     Current& current = GetCurrent();

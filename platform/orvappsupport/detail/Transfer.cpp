@@ -16,9 +16,9 @@
 // time-out, the caller's no. After that the thread takes the transfer out of libcurl and calls Tell.
 //
 // Limits: five redirects; two repetitions, after 250 and 500 ms and up to a quarter more, or after what Retry-After
-// says, up to ten seconds, and never beyond the total time; 256 KB of headers, since libcurl itself takes more of them
-// together than a service ever sends; of an answer that is no success 64 KB, which is enough to say why. An announced
-// length makes at most 1 MB be reserved: it may be a lie.
+// says, up to ten seconds, and never beyond the total time; 256 KB of headers, which are kept in memory; of an answer
+// that is no success 64 KB, which is enough to say why. An announced length makes at most 1 MB be reserved: it may be a
+// lie.
 //
 // A body of success goes to the response or, of a download, to a private file, which takes its place only when the
 // answer was whole (IsWhole): an answer that ends with its connection may have been cut short anywhere.

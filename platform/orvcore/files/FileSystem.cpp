@@ -3,6 +3,9 @@
 #include <orvcore/files/detail/OrThrow.h>
 #include <orvcore/files/shared/NewFolders.h>
 
+// What is the same on all systems: the throwing forms, each made of the form with an error code, and questions that
+// answer with a bool. These never throw: what cannot be found out counts as not there.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;

@@ -17,6 +17,7 @@ constexpr char16_t kLoneByte = 0xDC00; // and the byte, which is 0x80 or more
 // The length of the well-formed character at the beginning of `text`; 0 when there is none.
 std::size_t CharacterLength(std::string_view text) noexcept
 {
+    // The shortest that is well-formed: no beginning of a longer character is one itself.
     for (std::size_t length = 1; length <= std::min<std::size_t>(4, text.size()); ++length) {
         if (IsWellFormedUTF8(text.substr(0, length))) {
             return length;

@@ -27,6 +27,7 @@ public:
 
     JSONOutline Document()
     {
+        // Before the first value: an outline takes some hundred bytes for a value of two.
         if (text_.size() - at_ > kMaxJSONSize) {
             Fail("the text is larger than readers take");
         }
@@ -148,6 +149,8 @@ private:
         return true;
     }
 
+    // Finds the end only: bytes past ASCII are passed over, and no quotation mark or back-slash is a part of a
+    // character.
     void String()
     {
         for (++at_; Peek() != '"'; ++at_) {

@@ -9,6 +9,11 @@
 #include <cstring>
 #include <utility>
 
+// Text is put into a string that is longer than the text, so that most pieces cost a comparison and a copy. Commas and
+// line breaks are written in front of a value, when it is known that one comes: `needComma_` says that a value stands
+// before it at this level, `afterKey_` that the key has brought both already. Depth is counted, not limited: the
+// writers' own records are shallow, and foreign values go through Raw, which judges them.
+
 namespace orvcore::serialization {
 
 namespace {
@@ -111,6 +116,7 @@ UTF8String JSONTextWriter::Take()
 
 void JSONTextWriter::Grow(std::size_t bytes)
 {
+    // Twice as much each time, so that a text is copied a few times and not for each piece.
     constexpr std::size_t kFirst = 4096;
     text_.resize(std::max({kFirst, text_.size() * 2, size_ + bytes}));
 }
@@ -245,6 +251,8 @@ void JSONTextWriter::Quote(std::string_view text)
         return Quote(AsNarrow(mended));
     }
     Put(u8'"');
+    // A slice may end inside a character: all of its bytes are copied as they are, the rest of them with the next
+    // slice.
     for (; !text.empty(); text.remove_prefix(std::min(text.size(), kSlice))) {
         char8_t* const begin = Reserve(std::min(text.size(), kSlice) * kLongestEscape);
         char8_t* to = begin;
@@ -288,6 +296,8 @@ void JSONTextWriter::Raw(std::string_view json)
 
 std::unique_ptr<JSONSink> JSONTextWriter::NewPart() const
 {
+    // Compact, also where this text is formatted: formatted texts are made of value trees, which are written without
+    // parts.
     auto part = std::make_unique<JSONTextWriter>();
     // The part's own array stands for the one that is open, so that depth checks and messages are the same in it.
     part->depth_ = depth_ - 1;

@@ -10,6 +10,8 @@ namespace orvmetadatadb::detail {
 
 Statement::Statement(Connection& connection, const std::string& sql)
 {
+    // With the closing NUL counted SQLite need not copy the text; PERSISTENT tells it that the statement is kept for
+    // long.
     Connection::Check(sqlite3_prepare_v3(connection.Handle(), sql.c_str(), static_cast<int>(sql.size() + 1),
                                          SQLITE_PREPARE_PERSISTENT, &statement_, nullptr));
 }

@@ -31,6 +31,7 @@ TextPool::Id TextPool::Add(std::u16string_view text)
 {
     const Id id = texts_.Add(text);
     if (id == uses_.size()) {
+        // Folded once for each distinct text, however many rows it has.
         folded_ += orvcore::AsNarrow(orvcore::FoldText(text));
         folded_ += kSeparator;
         starts_.push_back(folded_.size());
@@ -100,6 +101,8 @@ std::vector<TextPool::Id> TextPool::FindSimilar(std::u8string_view start, std::s
         const std::u16string_view right = texts_[b.id];
         return left.size() != right.size() ? left.size() < right.size() : left < right;
     };
+    // Of a short beginning nearly all texts are candidates, and a host asks for ten: only so many are brought into
+    // order.
     const std::size_t kept = std::min(count, candidates.size());
     const auto end = candidates.begin() + static_cast<std::ptrdiff_t>(kept);
     std::partial_sort(candidates.begin(), end, candidates.end(), before);

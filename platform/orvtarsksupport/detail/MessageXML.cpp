@@ -135,6 +135,7 @@ private:
         }
     }
 
+    // An attribute has no room for the mark of an encoding, so what XML cannot hold is refused there, and encoded here.
     void Leaf(std::string_view name, std::string_view text)
     {
         if (IsXMLText(text)) {

@@ -32,7 +32,8 @@ public:
     {
     }
 
-    // What was created is gone again when this returns anything else than kResultOK.
+    // What was created is gone again when this returns anything else than kResultOK, or when `progress` throws: the
+    // target's destructor takes back all steps unless Keep was called.
     ResultCode Run()
     {
         if (!Collect()) {

@@ -9,6 +9,10 @@
 #include <unistd.h>
 #include <utility>
 
+// One open file by its descriptor. Offsets go with each call (pread, pwrite), so several threads may read one file
+// without sharing a position. Calls that a signal has interrupted are made again, but for close: its descriptor is gone
+// either way.
+
 namespace orvcore::detail {
 
 namespace {
@@ -22,6 +26,7 @@ int FlagsOf(NativeFile::Mode mode)
     case NativeFile::Mode::Read:
         return O_RDONLY | O_CLOEXEC | O_NONBLOCK; // of no effect on a regular file
     case NativeFile::Mode::CreateNew:
+        // O_EXCL also refuses a link: in a folder that users share, nobody can lead this file elsewhere.
         return O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
     case NativeFile::Mode::Truncate:
         return O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;

@@ -49,6 +49,7 @@ NativeFile NativeFile::Open(const std::filesystem::path& path, Mode mode, std::e
         ::CreateFileW(ToSystemPath(path).c_str(), access, kShareAll, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         error = LastWindowsError();
+        // What the system says of a folder that is opened as a file.
         if (error == std::errc::permission_denied && IsDirectory(path)) {
             error = std::make_error_code(std::errc::is_a_directory);
         }

@@ -20,6 +20,7 @@ public:
 
 private:
     static constexpr std::uint64_t kContent = (std::uint64_t{1} << 56U) - 1;
+    // The field stops at this number: a container with more members would have to be counted by walking it.
     static constexpr std::size_t kMostCounted = 0xFFFFFF;
     static_assert(kMaxJSONValues < kMostCounted, "the tape tells how many members every container has");
 
@@ -75,6 +76,7 @@ void JSONDocumentBuilder::Tape::ReadObject(JSONDocumentBuilder& builder, JSONNod
     ++next_;
 }
 
+// The tape is the parser's own work and true to itself, whatever the text was: its words are not checked again.
 void JSONDocumentBuilder::Tape::ReadInto(JSONDocumentBuilder& builder, JSONNode& node, std::string_view key)
 {
     const std::uint64_t word = *next_++;

@@ -3,6 +3,10 @@
 #include <cmath>
 #include <limits>
 
+// Writers differ in how they put a number: 5, 5.0 and 5e0 are one value to most of them. So an integer is read where
+// the text has a double without fraction, and a double where it has an integer, but only where both are exactly the
+// same number: a value that would change on its way through a record is of no usable kind.
+
 namespace orvcore::serialization {
 
 namespace {

@@ -4,6 +4,9 @@
 
 #include <cmath>
 
+// The same calls that make a text make a tree here. `open_` leads from the root to the object or array that is open;
+// `key_` is the key of the next value, and stays after it for the messages about values.
+
 namespace orvcore::serialization {
 
 JSONTreeBuilder::JSONTreeBuilder() = default;

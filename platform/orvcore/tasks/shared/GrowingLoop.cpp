@@ -152,6 +152,8 @@ void GrowingLoop::State::DropRest()
 
 void GrowingLoop::State::Wait(const std::function<void()>& whileWaiting)
 {
+    // How often a caller's function is asked that lets a user cancel: often enough for a person, seldom enough to cost
+    // nothing.
     constexpr std::chrono::milliseconds kPause(50);
     const auto hasEnded = [this] { return running == 0; };
     std::unique_lock lock(mutex);

@@ -47,6 +47,7 @@ ZipFault CannotRead(const std::error_code& error)
 ZipResult<PackItem> Describe(const fs::path& path, const orvcore::UTF8String& name)
 {
     std::error_code error;
+    // Of the thing itself: a link is seen as one, and refused.
     const FileInfo info = orvcore::InspectPath(path, error);
     if (error || info.kind == FileKind::Nothing) {
         return CannotRead(error ? error : std::make_error_code(std::errc::no_such_file_or_directory));
@@ -124,6 +125,7 @@ private:
     ZipFault fault_;
 };
 
+// The rules of unpacking: what is packed here must come out on every system.
 ZipFault CheckNames(const std::vector<PackItem>& items, const ZipLimits& limits)
 {
     NameRegister names(limits);

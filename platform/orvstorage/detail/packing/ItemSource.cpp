@@ -93,6 +93,7 @@ private:
         zip_stat_init(stat);
         stat->size = item_.size;
         stat->valid = ZIP_STAT_SIZE;
+        // Of a plain source the library counts the checksum itself as it reads.
         if (form_ == ItemForm::Deflated) {
             stat->comp_method = ZIP_CM_DEFLATE;
             stat->crc = crc_; // asked for again when all has been read

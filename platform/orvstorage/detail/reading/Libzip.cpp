@@ -4,6 +4,9 @@ namespace orvstorage::detail {
 
 namespace {
 
+// Of the library's some thirty errors those that mean something to a caller; the others read as ReadFailed, with the
+// library's own words. Some are our own sources' words: ZIP_ER_OPEN for a file to pack that cannot be opened,
+// ZIP_ER_CHANGED for an archive that another program has put there meanwhile.
 ZipError ErrorOf(int code)
 {
     switch (code) {
