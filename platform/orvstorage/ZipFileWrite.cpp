@@ -66,8 +66,11 @@ std::optional<std::size_t> SmallestEncrypted(const std::vector<detail::ArchiveEn
 ZipFault CheckPassword(const ZipArchive& archive, std::optional<std::size_t> replaced, bool hasPassword)
 {
     const auto& entries = archive.Entries();
+    // Without a password new entries are added in the clear; but an encrypted one is not replaced by somebody who
+    // cannot read it.
     const bool isOpened = replaced && entries[*replaced].shown.isEncrypted;
     const auto asked = isOpened ? replaced : hasPassword ? SmallestEncrypted(entries) : std::nullopt;
+    // Read to its end: by the bytes that a format has for it, a wrong password is known mostly, not always.
     const ZipFault found = asked ? detail::TestEntry(archive, *asked) : ZipFault();
     if (found.error == ZipError::PasswordNeeded || found.error == ZipError::WrongPassword) {
         return {found.error, found.detail}; // of the entry that is added
@@ -131,6 +134,7 @@ ZipFault ZipFile::State::Remove(std::u8string_view name, detail::ByteProgress& p
     if (!place) {
         return place.Fault();
     }
+    // By default the zip library writes no empty archive but deletes the file.
     if ((*opened)->Entries().size() == 1) {
         return {ZipError::NothingToPack};
     }

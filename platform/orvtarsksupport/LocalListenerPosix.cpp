@@ -47,6 +47,7 @@ LocalListener::LocalListener(orvcore::UTF8String path, std::intptr_t handle)
 {
 }
 
+// The name first: as long as it is there a client may come, whom nobody would answer.
 LocalListener::~LocalListener()
 {
     ::unlink(AsPath(path_));

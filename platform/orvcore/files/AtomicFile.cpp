@@ -93,6 +93,7 @@ bool AtomicFile::Open(std::error_code& error)
     if (!MayReplace(target_, error)) {
         return false;
     }
+    // A new name at each try: two programs that write the same target never share one.
     private_ = PrivateSibling(target_);
     *file_ = detail::NativeFile::Open(private_, detail::NativeFile::Mode::CreateNew, error);
     if (error) {
@@ -204,6 +205,7 @@ bool AtomicFile::CommitIf(const std::function<bool()>& isWanted, Durability dura
 void AtomicFile::Rollback() noexcept
 {
     std::error_code ignored;
+    // First: Windows keeps the name of a removed file until it is closed.
     file_->Close(ignored);
     buffer_.clear();
     if (!private_.empty()) {

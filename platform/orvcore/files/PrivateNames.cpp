@@ -30,6 +30,7 @@ fs::path PrivateSibling(const fs::path& path)
     return path.parent_path() / PathFromUTF8(name);
 }
 
+// By the whole pattern and not by its beginning: what is taken for private is left out of packages and deleted in time.
 bool IsPrivateName(const fs::path& fileName)
 {
     const UTF8String name = PathToUTF8(fileName);

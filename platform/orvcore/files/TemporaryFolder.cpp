@@ -104,6 +104,7 @@ TemporaryFolder::~TemporaryFolder()
 {
     std::error_code ignored; // what stays goes with what killed programs leave
     RemoveTree(path_, ignored);
+    // Before the lock file is removed: on Windows a file with an open lock stays.
     use_.reset();
     RemoveTree(LockOf(path_), ignored);
 }

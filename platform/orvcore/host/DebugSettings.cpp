@@ -12,6 +12,8 @@ namespace orvcore {
 
 namespace {
 
+// What a host sets counts before the environment, and goes again with Unset. The environment is noted under the full
+// name of the setting, found or not, so a variable that is set later is not seen.
 struct Store {
     std::mutex mutex;
     std::map<std::string, UTF8String> fromHost;

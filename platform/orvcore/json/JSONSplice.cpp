@@ -28,6 +28,7 @@ bool Ascends(const JSONOutline& a, const JSONOutline& b)
 // The member in front of which a new one stands; none where the keys are in no order or the new one is the last.
 const JSONOutline* PlaceOf(const std::vector<JSONOutline>& members, std::string_view key)
 {
+    // Keys in no order were put there by hand, in an order that means something to somebody.
     if (!std::is_sorted(members.begin(), members.end(), Ascends)) {
         return nullptr;
     }

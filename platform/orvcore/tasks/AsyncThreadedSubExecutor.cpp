@@ -77,6 +77,7 @@ void AsyncThreadedSubExecutor::State::RunOne()
         task = std::move(queue.front());
         queue.pop_front();
     }
+    // Without the lock. What it throws goes to the host's handler, so the runner always comes to its end.
     RunTask(task);
     std::shared_ptr<Executor> executor;
     {

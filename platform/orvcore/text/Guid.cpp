@@ -41,6 +41,7 @@ Guid Guid::Create()
 
 std::optional<Guid> Guid::FromString(std::string_view text)
 {
+    // In braces, as Windows programs write it.
     if (text.size() == 38 && text.front() == '{' && text.back() == '}') {
         text = text.substr(1, 36);
     }

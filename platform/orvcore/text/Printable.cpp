@@ -36,6 +36,7 @@ std::string Shortened(std::string_view text)
         return std::string(text);
     }
     std::size_t end = kMost;
+    // Back to the beginning of the character that would be cut.
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) { // inside a character
         --end;
     }

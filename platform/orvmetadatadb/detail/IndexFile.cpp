@@ -97,6 +97,7 @@ void IndexFile::UseTable(const orvcore::UTF16String& table)
     }
     const std::string changes = Identifier(name);
     const auto prepare = [this](const std::string& sql) { return Statement(connection_, sql); };
+    // Prepared once: an insert then costs the binding of its values. The order is that of the members.
     table_ = TableStatements{
         prepare("SELECT coalesce(min(id),0) FROM " + changes),
         prepare("SELECT coalesce(max(id),0) FROM " + changes),
@@ -167,6 +168,7 @@ void IndexFile::RemoveKey(std::int64_t id, std::u16string_view path)
 
 void IndexFile::RemoveAll(std::int64_t id)
 {
+    // Without a condition: SQLite then empties the table page by page instead of deleting row by row.
     table_->dropAll.Run();
     table_->removeAll.Bind(1, id);
     table_->removeAll.Run();

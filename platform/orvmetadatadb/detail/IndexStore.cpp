@@ -43,6 +43,7 @@ IndexStore::~IndexStore()
 void IndexStore::SaveLast() noexcept
 {
     try {
+        // Into a damaged file nothing is written any more.
         if (failure_ != codes::kCorrupt) {
             Save();
         }
@@ -115,6 +116,7 @@ void IndexStore::SetSynchronous(bool synchronous)
 
 void IndexStore::ApplySynchronous()
 {
+    // NORMAL and not FULL: with a write-ahead log a loss of power may cost the last groups, but damages nothing.
     file_.GetConnection().Execute(isSynchronous_ ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=OFF");
 }
 
@@ -187,6 +189,7 @@ bool IndexStore::Insert(std::u16string_view key, std::u16string_view text)
     if (!memory_.Insert(key, text)) {
         CatchUp(); // another process may have deleted it since
         if (!memory_.Insert(key, text)) {
+            // Really there, as far as anybody has written it.
             return false;
         }
     }

@@ -47,6 +47,7 @@ bool MemoryIndex::Insert(std::u16string_view key, std::u16string_view text)
     if (keyId == keyRecords_.size()) {
         keyRecords_.emplace_back();
     }
+    // Added without a use: when the row turns out to be there, nothing has to be taken back.
     const TextPool::Id textId = texts_.Add(text);
     if (FindRow(keyId, textId) != kNoRow) {
         return false;
@@ -173,6 +174,7 @@ std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::ui
 {
     std::vector<orvcore::UTF16String> keys;
     const auto count = static_cast<std::size_t>(std::count(wanted.begin(), wanted.end(), std::uint8_t{1}));
+    // Keys are never removed, so equal sizes mean the same keys.
     const bool ordered = sortedKeys_.size() == keys_.Size();
     if (count < kSmallAnswer || (!ordered && count < wanted.size() / kSmallShare)) {
         keys.reserve(count);

@@ -40,6 +40,7 @@ std::uint32_t BigEndian(const char* bytes) noexcept
 // file at this path.
 bool WasSearchIndex(const orvcore::UTF16String& path)
 {
+    // Not by SQLite, which has just refused it.
     std::ifstream file(SystemPath(path), std::ios::binary);
     std::array<char, kHeaderSize> header{};
     file.read(header.data(), header.size());

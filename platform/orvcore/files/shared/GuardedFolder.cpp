@@ -27,6 +27,7 @@ GuardedFolder::GuardedFolder(fs::path folder)
 GuardedFolder::~GuardedFolder()
 {
     // What could not be put back stays where its user may still find it.
+    // Nothing to undo after Keep.
     if (Undo() && !private_.empty()) {
         std::error_code ignored;
         RemoveTree(private_, ignored);
@@ -42,12 +43,14 @@ void GuardedFolder::Keep() noexcept
 fs::path GuardedFolder::Open(std::error_code& error)
 {
     error.clear();
+    // The folder of the process may change while this object works.
     folder_ = IsUsablePath(folder_) ? fs::absolute(folder_, error).lexically_normal() : fs::path();
     folder_ = WithoutClosingSeparators(folder_);
     if (folder_.empty()) {
         error = std::make_error_code(std::errc::invalid_argument);
         return {};
     }
+    // These folders go again with this object, as all else does, unless Keep is called.
     if (outer_.Make(folder_, error)) {
         RemoveLeftBehind(folder_, std::chrono::hours(24));
         canonical_ = RealPath(folder_, error);
@@ -131,6 +134,7 @@ bool GuardedFolder::PutFile(const fs::path& from, const fs::path& relative, IfEx
     }
     const fs::path place = folder_ / relative;
     if (step.hadOld) {
+        // A folder of that name, or a device, is refused here and stays.
         if (!SetAside(place, AsideOf(steps_.size()), error)) {
             return false;
         }
@@ -164,6 +168,8 @@ bool GuardedFolder::Undo() noexcept
     for (std::size_t i = steps_.size(); i-- > 0;) {
         try {
             std::error_code error;
+            // The old file is moved over whatever is there: the new one or, when the step failed half-way, itself under
+            // its other name, or nothing.
             if (steps_[i].hadOld) {
                 isBack = RenameOver(AsideOf(i), PlaceOf(steps_[i]), error) && isBack;
             } else {

@@ -21,6 +21,8 @@ bool NewFolders::Make(const fs::path& folder, std::error_code& error)
     std::vector<fs::path> missing;
     fs::path at = WithoutClosingSeparators(folder); // a closing slash would make the folder its own parent
     FileKind kind = FileKind::Directory;
+    // Upwards to the first that is there. A link to a folder counts as the folder; a link that leads nowhere counts as
+    // missing, and making it fails below.
     for (; !at.empty() && at != at.parent_path(); at = at.parent_path()) {
         kind = InspectTarget(at, error).kind;
         if (kind != FileKind::Nothing || error) {

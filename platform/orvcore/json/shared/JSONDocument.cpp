@@ -75,6 +75,7 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
             error = storage->Parse(again);
         }
     }
+    // Not the text's fault, and not to be told as one.
     if (error == simdjson::MEMALLOC) {
         throw std::bad_alloc();
     }

@@ -67,6 +67,7 @@ void ThreadPoolExecutor::State::Work()
     currentPool = this;
     std::unique_lock lock(mutex);
     for (;;) {
+        // A pool that refuses keeps its free workers waiting here; only an ending one lets them go.
         work.wait(lock, [this] { return ending || (!refusing && !queue.empty()); });
         if (ending) {
             return;
@@ -137,6 +138,7 @@ bool ThreadPoolExecutor::WaitUntilIdle(std::chrono::milliseconds timeout)
 {
     constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365); // clocks overflow far beyond it
     std::unique_lock lock(state_->mutex);
+    // A task that waited for itself would wait for ever.
     return !state_->IsOwnTask() &&
            state_->idle.wait_for(lock, std::min(timeout, kLongest), [this] { return state_->running == 0; });
 }

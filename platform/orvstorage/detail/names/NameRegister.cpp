@@ -16,6 +16,7 @@ ZipError NameRegister::EnterOne(Tree::Node& node, std::u8string_view name, bool 
     // `taken_` grows with the tree: a node's number less one is its place there.
     const auto found = names_.Find(node, folded);
     if (!found) {
+        // What was entered stays, also when the rest of the name is refused: the limits count what an archive asks for.
         folders_ += isDirectory ? 1 : 0;
         node = names_.Add(node, folded);
         taken_.push_back({orvcore::UTF8String(name), isDirectory});

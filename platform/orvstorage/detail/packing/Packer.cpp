@@ -81,6 +81,7 @@ bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& it
 // Writes the archive and puts it in place. The handle is used up when that succeeds.
 ZipFault Close(ArchiveHandle archive, const ByteProgress& progress)
 {
+    // All work happens in here: reading, deflating, writing, and by the source's COMMIT the rename.
     if (zip_close(archive.get()) == 0) {
         static_cast<void>(archive.release());
         return {};

@@ -45,6 +45,7 @@ ZipResult<std::shared_ptr<ArchiveFile>> ArchiveFile::Open(const std::filesystem:
 bool ArchiveFile::ReadTail(std::uint64_t offset, std::error_code& error)
 {
     const std::size_t wanted = size_ - offset;
+    // With the room that ReplaceEnd may need, so that the bytes need not move once there are views of them.
     auto bytes = std::make_unique_for_overwrite<unsigned char[]>(wanted + kLongestEnd);
     if (file_.ReadAt(offset, bytes.get(), wanted, error) != wanted) {
         return false;
@@ -57,6 +58,8 @@ bool ArchiveFile::ReadTail(std::uint64_t offset, std::error_code& error)
 bool ArchiveFile::Keep(std::uint64_t offset, std::span<unsigned char>& bytes)
 {
     std::error_code error;
+    // A directory that begins before the tail: all from there on is read again, in one piece. The limits on its size
+    // have been asked before.
     if (offset < TailOffset() && !ReadTail(offset, error)) {
         return false;
     }
@@ -66,6 +69,7 @@ bool ArchiveFile::Keep(std::uint64_t offset, std::span<unsigned char>& bytes)
 
 void ArchiveFile::ReplaceEnd(std::uint64_t offset, std::span<const unsigned char> end)
 {
+    // The size that readers are shown changes with it: whatever the file holds behind this end is hidden from them.
     const std::size_t kept = offset - TailOffset();
     std::copy(end.begin(), end.end(), tail_.get() + kept);
     tailSize_ = kept + end.size();

@@ -150,6 +150,7 @@ void MarkForeignData(std::vector<DirectoryRecord>& records, std::uint64_t direct
         DirectoryRecord& record = records[index];
         record.dataLimit = directoryOffset;
         if (LeastEnd(record) > directoryOffset) {
+            // It would reach into the directory or beyond.
             record.dataError = ZipError::DataOutsideArchive;
             continue; // its claim is worth nothing against the others'
         }
@@ -206,6 +207,7 @@ ZipResult<std::vector<DirectoryRecord>> ReadCentralDirectory(ArchiveFile& file, 
     auto records = ReadRecords(bytes.first(extent.size), extent, limits);
     if (records) {
         MarkForeignData(*records, extent.offset);
+        // What was counted, not what the end record told: the library is shown the true number.
         extent.entries = (*records).size();
         file.ReplaceEnd(extent.offset + extent.size, MakeEnd(extent));
     }

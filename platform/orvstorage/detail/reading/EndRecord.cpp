@@ -24,8 +24,10 @@ constexpr std::uint16_t kCountIn64 = 0xffff;
 // The end record is the last one whose comment fits into the file: a comment may itself look like a record.
 std::size_t FindEnd(std::span<const unsigned char> tail)
 {
+    // `at` is one more than the place, so that the first byte is looked at, too.
     for (std::size_t at = tail.size() < kEndSize ? 0 : tail.size() - kEndSize + 1; at > 0; --at) {
         const auto candidate = tail.subspan(at - 1);
+        // A single byte first: an archive with a long comment is looked through byte by byte.
         if (candidate[0] == 'P' && SignatureOf(candidate) == kEndSignature) {
             ByteCursor comment(candidate.subspan(kEndSize - 2));
             if (comment.Take16() <= candidate.size() - kEndSize) {
@@ -46,6 +48,7 @@ DirectoryExtent TakeExtent(ByteCursor& cursor, std::size_t diskWidth, std::size_
     extent.entries = cursor.Take(countWidth);
     extent.size = cursor.Take(placeWidth);
     extent.offset = cursor.Take(placeWidth);
+    // All on one disk, and as many entries on it as there are: an archive of parts says otherwise in one of these.
     extent.error = disk != 0 || directoryDisk != 0 || here != extent.entries ? ZipError::SeveralDisks : ZipError::None;
     return extent;
 }
@@ -98,6 +101,7 @@ DirectoryExtent ReadEnd(const ArchiveFile& file, std::size_t end)
     if (end >= kLocator64Size) {
         large = ReadZip64(file, tail.subspan(end - kLocator64Size, kLocator64Size));
     }
+    // The comment is told by the plain record alone.
     if (large && Agree(plain, *large)) {
         large->comment = std::move(plain.comment);
         return *large;

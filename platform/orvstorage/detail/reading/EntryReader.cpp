@@ -32,6 +32,7 @@ bool IsBeyondRatio(std::uint64_t size, std::uint64_t compressedSize, const ZipLi
 
 ZipError EntryReader::Judge(const ArchiveEntry& entry, const ZipLimits& limits)
 {
+    // In this order the reason that tells most comes first; a link, for instance, is refused as one whatever its size.
     const std::uint64_t size = entry.shown.size;
     if (entry.kind == EntryKind::SymbolicLink || entry.kind == EntryKind::Special) {
         return entry.kind == EntryKind::Special ? ZipError::SpecialFile : ZipError::SymbolicLink;

@@ -81,6 +81,7 @@ ZipResult<std::shared_ptr<ZipArchive>> ZipArchive::Open(const std::filesystem::p
     if (!file) {
         return file.Fault();
     }
+    // Before the library opens anything: this also changes what the library will be shown.
     auto records = ReadCentralDirectory(**file, limits);
     if (!records) {
         return records.Fault();
@@ -99,6 +100,8 @@ ZipResult<std::shared_ptr<ZipArchive>> ZipArchive::Open(const std::filesystem::p
     return archive;
 }
 
+// Each handle reads the directory again, from memory; that is what makes threads worth their while only for more than a
+// few megabytes (Unpacker.cpp).
 ZipResult<ArchiveHandle> ZipArchive::NewHandle() const
 {
     auto handle = OpenForReading(file_);
@@ -116,6 +119,7 @@ ArchiveEntry ZipArchive::MakeEntry(const DirectoryRecord& record, const zip_stat
     entry.shown.compressedSize = record.compressedSize;
     entry.shown.isEncrypted = stat.encryption_method != ZIP_EM_NONE;
     entry.record = record;
+    // The library's word for the method: of an AES entry it is the real one, which stands in a field.
     if (!IsSupported(stat.comp_method) && record.dataError == ZipError::None) {
         entry.record.dataError = ZipError::CompressionUnsupported;
     }

@@ -81,6 +81,8 @@ private:
         if (entry.kind == EntryKind::File && IsRepeated(counts_, name.relative)) {
             return ZipError::DuplicateName;
         }
+        // Last, because it takes the name's place: what is refused for another reason must not keep a good entry from
+        // it.
         return register_.Enter(name.relative, entry.kind == EntryKind::Directory);
     }
 

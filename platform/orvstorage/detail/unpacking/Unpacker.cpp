@@ -166,6 +166,7 @@ private:
             if (stopped_) {
                 return Cancelled();
             }
+            // No lock: the file is this thread's own, and the space was not shared out before.
             const bool written = file.WriteAt(done, data, size, error);
             done += size;
             Count(size);
@@ -222,6 +223,7 @@ ZipFault WriteOver(const fs::path& destination, ByteProgress& progress, const Gi
     if (!file.Close(error) && !fault) {
         fault = WriteFault(error);
     }
+    // Too late to save what stood there, but a host that cancels is owed no new file either.
     if (!fault && !progress.Finish()) {
         fault = Cancelled();
     }
@@ -332,6 +334,7 @@ ZipFault Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::pat
     if (!progress.Finish()) {
         return Cancelled();
     }
+    // Those that are listed, so that empty ones arrive, too; what is not listed is made with its files.
     for (const orvcore::UTF8String& directory : plan.directories) {
         if (!folder.MakeDirectory(pathOf(directory), error)) {
             return WriteFault(error).At(directory);
