@@ -16,8 +16,8 @@
 // - in place: one rename, after which the private name is gone. The destructor removes the private file in any other
 //   case.
 //
-// The folder itself is not flushed. After a loss of power the path may hold the old file again, but never a half one:
-// the content is on the disk before the rename is asked for.
+// The folder itself is not flushed. After a loss of power the path may hold the old file again, but with
+// Durability::OnDisk never a half one: the content is on the disk before the rename is asked for.
 
 namespace orvcore {
 

@@ -10,8 +10,7 @@
 
 // The process-wide executors and the order in which they end, at the host's call or at exit:
 //
-// - both refuse work, then `terminating` is set (the other way round a queued task would start in the place of one
-//   that
+// - both refuse work, then `terminating` is set (the other way round a queued task would start in the place of one that
 //   has noticed the end);
 // - services with threads of their own end, because a running task may be waiting for one;
 // - running tasks are waited for: without limit at the host's call, two seconds at exit.

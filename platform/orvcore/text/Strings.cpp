@@ -104,9 +104,9 @@ char16_t* DecodeAll(const unsigned char* bytes, std::size_t size, std::size_t as
             } while (i < size && bytes[i] < 0x80);
             continue;
         }
-        // Well-formed two- and three-byte sequences are nearly all there is past ASCII.
-        // Both shortcuts take well-formed sequences only (no over-long ones, no surrogates); all else goes the long
-        // way, where it is replaced. So do the last two bytes of the text, that no read goes beyond its end.
+        // Well-formed two- and three-byte sequences are nearly all there is past ASCII. Both shortcuts take well-formed
+        // sequences only (no over-long ones, no surrogates); all else goes the long way, where it is replaced. So do
+        // the last two bytes of the text: no read goes beyond its end.
         if (i + 2 < size && Continues(bytes[i + 1])) {
             const unsigned two = (bytes[i] & 0x1FU) << 6U | (bytes[i + 1] & 0x3FU);
             if ((bytes[i] & 0xE0U) == 0xC0U && two >= 0x80) {

@@ -35,7 +35,7 @@ void Connection::Open(const orvcore::UTF16String& path)
         Close();
         throw SQLiteError(result & 0xFF);
     }
-    // Callers tell primary codes apart; the refined ones differ between releases.
+    // Callers tell primary codes apart.
     sqlite3_extended_result_codes(handle_, 0);
     // The file's content is not trusted: no functions or virtual tables run from its schema.
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);

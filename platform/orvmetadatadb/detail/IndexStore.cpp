@@ -10,8 +10,7 @@
 //
 // - another process holds the lock: the changes stay pending, and are tried again ever less often;
 // - the file is damaged: nothing is read or written any more, until Open or RemoveTable sets the file aside;
-// - anything else (a full disk, no rights): no further change is taken, since earlier calls have promised rows that
-//   the
+// - anything else (a full disk, no rights): no further change is taken, since earlier calls have promised rows that the
 //   file lacks; searches go on from memory;
 // - at the end of the object: given up. The index is a cache, and the next listing finds the rows again.
 

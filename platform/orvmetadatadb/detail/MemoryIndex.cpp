@@ -12,8 +12,7 @@
 // form a chain through `rows_`, newest first. Numbers of keys and texts are never used again, those of rows are:
 //
 // - a removed row stays in `rows_` with the text that never hits, until a new row takes its number;
-// - a key without rows stays among the keys, with an empty chain, and a text that no row uses stays in the pool with
-//   a
+// - a key without rows stays among the keys, with an empty chain, and a text that no row uses stays in the pool with a
 //   count of 0. Both can only be got rid of by building the memory anew, which IsWasteful asks for.
 //
 // So a search needs no table of what has gone: one pass over the folded texts, one over the rows, one over the keys,

@@ -101,7 +101,7 @@ std::vector<TextPool::Id> TextPool::FindSimilar(std::u8string_view start, std::s
         const std::u16string_view right = texts_[b.id];
         return left.size() != right.size() ? left.size() < right.size() : left < right;
     };
-    // Of a short beginning nearly all texts are candidates, and a host asks for ten: only so many are brought into
+    // Of a short beginning nearly all texts are candidates, of which a host shows a few: only those are brought into
     // order.
     const std::size_t kept = std::min(count, candidates.size());
     const auto end = candidates.begin() + static_cast<std::ptrdiff_t>(kept);

@@ -71,8 +71,7 @@ public:
     {
         return &std::get<Value>(result_);
     }
-    /// The result with a value has no fault: asking for one is an error of the program, and throws.
-    /// To be asked when there is no value.
+    /// To be asked when there is no value: beside one there is no fault, and the call throws.
     const ZipFault& Fault() const
     {
         return std::get<ZipFault>(result_);

@@ -19,12 +19,10 @@ namespace orvstorage {
 /// - `archive`: what is open now. It is dropped before each change, because some systems do not replace a file that is
 ///   open, and because what it has read is no longer true afterwards. It is opened again when it is next needed.
 /// - `seen`: the file's number, size and time as it was last opened or written here. It outlives `archive`: a change
-///   asks
-///   whether the archive is still the one that the caller knows, also when it is not open any more.
+///   asks whether the archive is still the one that the caller knows, also when it is not open any more.
 /// - `isOutdated`: a change was refused because it was not. It stays until Reopen or until the archive is packed anew.
-///   A
-///   read in between opens the other program's archive, and so makes it the one that was `seen`; without this flag that
-///   chance look would allow the next change to build on an archive that the caller has not asked for.
+///   A read in between opens the other program's archive, and so makes it the one that was `seen`; without this flag
+///   that chance look would allow the next change to build on an archive that the caller has not asked for.
 struct ZipFile::State {
     std::filesystem::path path;
     std::string password;

@@ -120,7 +120,7 @@ private:
         if (attributes == nullptr) {
             return;
         }
-        // Anything but an object has none that could be written; that it is none is told below.
+        // A list fails here, because its elements have no names; any other value has no children and is refused below.
         for (const JSONNode& child : attributes->Children()) {
             const std::string text = TextOf(child);
             if (!IsElementName(child.Key()) || !IsXMLText(text)) {

@@ -73,9 +73,9 @@ private:
         visitor.visit = [&](const fs::path& path, FileKind kind) {
             if (kind == FileKind::Directory) {
                 folders_.push_back(relative(path));
-                // A device or a pipe is taken, too: reading it fails, and with it the copy. Left out silently it would
-                // be missing.
             } else if (kind != FileKind::Link) {
+                // A device or a pipe, too: reading it fails, and with it the copy. Left out silently it would be
+                // missing.
                 std::error_code unknown; // told when the file is read
                 total_ += InspectPath(path, unknown).size;
                 files_.push_back(relative(path));

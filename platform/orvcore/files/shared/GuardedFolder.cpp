@@ -27,7 +27,6 @@ GuardedFolder::GuardedFolder(fs::path folder)
 GuardedFolder::~GuardedFolder()
 {
     // What could not be put back stays where its user may still find it.
-    // Nothing to undo after Keep.
     if (Undo() && !private_.empty()) {
         std::error_code ignored;
         RemoveTree(private_, ignored);
@@ -134,7 +133,6 @@ bool GuardedFolder::PutFile(const fs::path& from, const fs::path& relative, IfEx
     }
     const fs::path place = folder_ / relative;
     if (step.hadOld) {
-        // A folder of that name, or a device, is refused here and stays.
         if (!SetAside(place, AsideOf(steps_.size()), error)) {
             return false;
         }

@@ -237,7 +237,7 @@ struct Codec<std::vector<T>> {
             return false;
         }
         const auto children = node.Children();
-        // As many as the text has values: kMaxJSONValues bounds them before a reader comes here.
+        // As many as there are nodes already: of a text kMaxJSONValues at most.
         std::vector<T> elements(children.size());
         if (!ReadElements(children.size(), [&](std::size_t i) { return Codec<T>::Read(children[i], elements[i]); })) {
             return false;

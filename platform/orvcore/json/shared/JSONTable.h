@@ -129,9 +129,9 @@ constexpr auto Lift(Access access, const std::tuple<Rows...>& rows)
 }
 
 // The keys of a table in both their orders: the table's own and ascending byte order.
-/// How a record is read: one pass over the object's members notes for each row of the table which member it has, then
-/// the rows are read. How it is written: the rows in ascending order of keys, and the kept unknown keys merged in
-/// between. Both orders of the keys come from the compiler.
+// How a record is read: one pass over the object's members notes for each row of the table which member it has, then
+// the rows are read. How it is written: the rows in ascending order of keys, and the kept unknown keys merged in
+// between. Both orders of the keys come from the compiler.
 template <std::size_t N>
 struct KeyOrder {
     std::array<std::string_view, N> tableKeys{};

@@ -26,7 +26,6 @@ struct Range {
 };
 
 // Marks that are accents or optional points. Other scripts' marks spell letters of their own and stay.
-// Both tables of ranges ascend, since they are searched by halves.
 constexpr Range kDroppedMarks[] = {
     {0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD}, {0x05BF, 0x05BF}, {0x05C1, 0x05C2}, {0x05C4, 0x05C5},
     {0x05C7, 0x05C7}, {0x0610, 0x061A}, {0x064B, 0x065F}, {0x0670, 0x0670}, {0x06D6, 0x06DC}, {0x06DF, 0x06E4},
@@ -56,7 +55,7 @@ constexpr PlainForm kPlainForms[] = {
     {0x0268, {'i', 0}},   {0x026B, {'l', 0}}, {0x0289, {'u', 0}}, {0x2C65, {'a', 0}},   {0x2C66, {'t', 0}},
 };
 
-// The ranges ascend: keep them so.
+// Searched by halves, as kPlainForms is: keep these tables ascending.
 template <std::size_t N>
 bool IsIn(const Range (&ranges)[N], CodePoint c) noexcept
 {

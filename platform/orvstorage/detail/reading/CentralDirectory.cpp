@@ -9,7 +9,8 @@
 #include <numeric>
 
 // Reads the directory before the zip library does, in three steps: find it (EndRecord), read its records, mark the
-// entries whose data is not their own. The limits hold before X
+// entries whose data is not their own. The limits hold before memory is taken: the size and the number of entries that
+// the end record tells are judged first, and reading ends at the largest number allowed, whatever was told.
 //
 // One record of the directory, all numbers little-endian:
 //

@@ -91,7 +91,6 @@ public:
         if (threads <= 1) {
             Work(archive_.Handle());
         } else {
-            // How many pieces run is up to the executor: the first may take all files before the second begins.
             // Each piece takes files until none is left, so it does not matter how many really run at one time.
             const auto piece = [this](std::size_t, std::size_t) {
                 if (auto handle = archive_.NewHandle()) {
@@ -166,7 +165,6 @@ private:
             if (stopped_) {
                 return Cancelled();
             }
-            // No lock: the file is this thread's own, and the space was not shared out before.
             const bool written = file.WriteAt(done, data, size, error);
             done += size;
             Count(size);
