@@ -158,6 +158,7 @@ std::vector<ZipEntry> ZipFile::GetEntries() const
 
 bool ZipFile::Contains(std::u8string_view entryName) const
 {
+    // A question must not wipe out why the operation before it failed.
     const ZipFailure before = state_->failure;
     const std::vector<ZipEntry> entries = GetEntries();
     state_->failure = before;

@@ -36,6 +36,7 @@ bool Bind(int socket, const orvcore::UTF8String& path, const sockaddr_un& addres
     if (bind()) {
         return true;
     }
+    // One that answers keeps its place: the error stays EADDRINUSE.
     return errno == EADDRINUSE && IsLeftBehind(path, address) && ::unlink(AsPath(path)) == 0 && bind();
 }
 

@@ -32,6 +32,7 @@ bool MakeAddress(const orvcore::UTF8String& path, sockaddr_un& address) noexcept
 {
     address = {};
     address.sun_family = AF_UNIX;
+    // The system takes 108 bytes with the closing NUL. A longer path must not be cut: it would name another socket.
     if (path.empty() || path.size() >= sizeof address.sun_path || path.find(u8'\0') != path.npos) {
         return false;
     }
@@ -44,8 +45,10 @@ TarskResult FromErrno() noexcept
     switch (errno) {
     case ENOENT:
     case ENOTDIR:
+    // A socket that a killed broker has left behind: it is there, but nobody listens.
     case ECONNREFUSED:
         return {TarskStatus::NoBroker};
+    // What a connection ends with when its time limit (SO_SNDTIMEO) passes.
     case EAGAIN:
         return {TarskStatus::TimedOut};
     case EPIPE:
@@ -141,6 +144,7 @@ TarskResult ConnectSocket(int socket, const sockaddr_un& address, Deadline deadl
 orvcore::UTF8String DefaultBrokerPath()
 {
     orvcore::UTF8String folder = orvcore::ReadEnvironment("XDG_RUNTIME_DIR").value_or(orvcore::UTF8String());
+    // Not set in a process that was started outside of the user's session; the system's usual place then.
     if (!folder.starts_with(u8'/')) {
         folder = orvcore::ToUTF8("/run/user/" + std::to_string(::geteuid()));
     }

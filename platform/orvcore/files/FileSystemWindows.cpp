@@ -152,6 +152,7 @@ FileInfo InspectPath(const fs::path& path, std::error_code& error)
     }
     WIN32_FIND_DATAW found{};
     if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) { // only a search tells which kind
+        // Where it finds nothing any more, the tag stays 0 and the thing is taken for what its attributes say.
         const HANDLE search = ::FindFirstFileW(system.c_str(), &found);
         if (search != INVALID_HANDLE_VALUE) {
             ::FindClose(search);
@@ -206,6 +207,7 @@ bool RemoveOne(const fs::path& path, std::error_code& error)
         NothingUnlessFailed(error);
         return false;
     }
+    // A link to a folder has this attribute, too, and is removed as a folder is, without what it leads to.
     const auto erase = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? &::RemoveDirectoryW : &::DeleteFileW;
     if (erase(system.c_str())) {
         return true;

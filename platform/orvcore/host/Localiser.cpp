@@ -86,6 +86,7 @@ UTF8String Localiser::Resolve(std::string_view key, std::initializer_list<std::u
     if (!key.starts_with(kPrefix)) {
         return Substitute(ToUTF8(key), arguments);
     }
+    // The dictionary goes by the path alone: a translation stays when the text in the code is changed.
     const std::size_t equals = key.find('=');
     std::optional<UTF8String> text = Find(Application::GetLanguage(), key.substr(0, equals));
     if (!text) {

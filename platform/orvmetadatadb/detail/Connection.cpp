@@ -40,6 +40,7 @@ void Connection::Open(const orvcore::UTF16String& path)
     // The file's content is not trusted: no functions or virtual tables run from its schema.
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    // A handler that was set before the file was opened, or for the file before.
     SetProgressHandler(interval_, callback_, context_);
 }
 

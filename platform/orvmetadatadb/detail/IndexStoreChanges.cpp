@@ -76,6 +76,7 @@ std::int64_t IndexStore::WriteChanges(std::int64_t last)
 // memory is not what the file is to hold, and the removal shortens the list itself.)
 bool IndexStore::IsWorthWritingAnew(std::int64_t last)
 {
+    // Unsigned, because a damaged file may have any first number.
     const auto length = static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(file_.FirstChange());
     return length > kLongList && length / 4 > memory_.RowCount() && !IsRemovalPending();
 }
@@ -137,6 +138,8 @@ void IndexStore::ReadChanges()
             lastKey_ = std::move(path);
         }
         const orvcore::UTF16String text = orvcore::ToUTF16(changes.Text(2));
+        // By the table in IndexFile.h. What the library writes has no empty text or key, so an empty value stands for a
+        // NULL.
         if (text.empty() && isSameKey) {
             memory_.Clear();
         } else if (text.empty()) {

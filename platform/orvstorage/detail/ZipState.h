@@ -87,6 +87,8 @@ struct ZipFile::State {
         if (!opened && opened.Fault().error != ZipError::FileMissing) {
             return opened;
         }
+        // An object that has seen nothing takes what is there. One that has seen an archive wants to find the same: its
+        // version as opened now, and still at the path. Nothing at all where there was one is a change, too.
         const bool isKnown =
             !known || (opened && archive->File()->Version() == *known && archive->File()->IsStillAt(path));
         if (isKnown && !isOutdated) {

@@ -94,6 +94,7 @@ private:
         if (relative.has_parent_path() && !target.MakeDirectory(relative.parent_path(), error)) {
             return false;
         }
+        // PutFile would keep it as well, but only when all of the content has been copied.
         if (ifExists_ == IfExists::Keep && target.Has(relative)) {
             return true;
         }

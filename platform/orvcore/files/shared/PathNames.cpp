@@ -10,6 +10,7 @@ namespace orvcore {
 
 bool IsWithin(const std::filesystem::path& path, const std::filesystem::path& folder)
 {
+    // Name by name: "/a/bc" does not lie within "/a/b".
     return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
 }
 

@@ -163,6 +163,7 @@ constexpr auto OrderOf(const Table& table, std::index_sequence<I...>)
     KeyOrder<sizeof...(I)> order{};
     order.tableKeys = {std::get<I>(table).key...};
     const auto& keys = order.tableKeys;
+    // Sorts both arrays together, while the compiler runs: a table has some dozens of rows.
     for (std::size_t row = 0; row < sizeof...(I); ++row) {
         std::size_t at = row;
         for (; at > 0 && keys[row] < order.keys[at - 1]; --at) {

@@ -147,6 +147,7 @@ std::exception_ptr GrowingLoop::State::CallBody(std::size_t begin, std::size_t e
 void GrowingLoop::State::DropRest()
 {
     dropsRest = true;
+    // For a loop that has thrown or is destroyed the rest counts as taken.
     next = count;
 }
 

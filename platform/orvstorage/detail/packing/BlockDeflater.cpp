@@ -55,7 +55,10 @@ struct BlockDeflater::Block {
 
     void Run(std::span<const char> dictionary, std::span<const char> input, bool last)
     {
+        // A new stream each time, so that a block depends on its input and dictionary alone and not on what this object
+        // did before.
         deflateReset(&stream);
+        // The reader needs none: to it the bytes of the dictionary are what it has just unpacked.
         if (!dictionary.empty()) {
             deflateSetDictionary(&stream, Bytes(dictionary.data()), static_cast<uInt>(dictionary.size()));
         }

@@ -108,6 +108,7 @@ ZipFault PackAll(const PackTarget& target, const std::vector<PackItem>& items, B
         return opened.Fault();
     }
     ArchiveHandle archive = std::move(*opened);
+    // Before the files are opened: a caller that is cancelled already waits for nothing.
     if (!progress.Advance(0)) {
         return {ZipError::Cancelled};
     }

@@ -200,6 +200,7 @@ ZipResult<ArchiveHandle> Open(std::unique_ptr<Source> source, int flags)
         static_cast<void>(source.release()); // owned by zipSource now
         handle.reset(zip_open_from_source(zipSource, flags, &error));
         if (!handle) {
+            // Opening takes the source over only when it succeeds. Our object goes with it, by the FREE command.
             zip_source_free(zipSource);
         }
     }

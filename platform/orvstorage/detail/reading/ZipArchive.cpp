@@ -154,6 +154,7 @@ bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records)
 ZipResult<std::size_t> ZipArchive::Find(std::u8string_view name) const
 {
     const auto hasName = [name](const ArchiveEntry& entry) { return entry.shown.name == name; };
+    // Not by the library's look-up, which knows neither the names as they are shown here nor that one comes twice.
     const auto found = std::find_if(entries_.begin(), entries_.end(), hasName);
     if (found == entries_.end()) {
         return ZipError::EntryMissing;

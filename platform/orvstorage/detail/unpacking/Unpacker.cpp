@@ -56,6 +56,8 @@ ZipFault StreamEntry(zip_t* handle, const ArchiveEntry& entry, std::size_t index
         if (ZipFault fault = write(piece.data(), *got)) {
             return fault;
         }
+        // The end, and by then the checksum has been compared. A content of just so many bytes gives one more read, of
+        // none.
         if (*got < piece.size()) {
             return {};
         }
@@ -250,6 +252,7 @@ ZipFault TestEntry(const ZipArchive& archive, std::size_t index, std::string* he
 
 ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ByteProgress& progress)
 {
+    // The caller may have cancelled before anything began: then not even the folder is made.
     const ArchiveEntry& entry = archive.Entries()[index];
     progress.Expect(entry.shown.size);
     if (!progress.MayGoOn()) {
