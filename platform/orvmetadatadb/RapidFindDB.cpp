@@ -93,6 +93,7 @@ public:
     }
 
 private:
+    // The codes stay until the next failure: whoever asks for them has just been refused.
     ResultCode Refuse() noexcept
     {
         error_ = DBErrorCode::Call;
@@ -175,6 +176,7 @@ ResultCode RapidFindDB::Match(const std::vector<MatchCondition>& conditions, int
 {
     keys.clear();
     std::vector<orvcore::UTF8String> terms;
+    // Terms are folded before the lock is taken: who inserts need not wait for that.
     const bool valid =
         matchOperator == kMatchAll && std::all_of(conditions.begin(), conditions.end(), [&](const auto& condition) {
             terms.push_back(orvcore::FoldText(condition.term));

@@ -153,6 +153,7 @@ ZipFault ZipFile::State::Rebuild(std::optional<std::size_t> replaced, const deta
     }
     archive.reset(); // what it has read is about to be replaced
     ZipFault fault = detail::PackOne({path, password, seen}, std::move(old), replaced, item, progress);
+    // After success `seen` has the new file's version already: the source gave it under the folder's lock.
     isOutdated = fault.error == ZipError::ArchiveChanged;
     return fault;
 }
@@ -212,6 +213,7 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
         }
         state.archive.reset();
         ZipFault fault = detail::PackAll({state.path, state.password, state.seen}, *items, packing);
+        // What is packed anew is this object's own, whatever was refused before.
         state.isOutdated = state.isOutdated && fault;
         return fault;
     });

@@ -28,6 +28,8 @@ TarskResult SendTarskMessage(std::u8string_view name, const orvcore::serializati
         return {TarskStatus::BadMessage};
     }
     try {
+        // Nothing of the delivery is thrown, whatever the transport does: hosts send from places that expect no
+        // failure.
         return GetTarskTransport()->Send(message, reply);
     } catch (const std::system_error& error) {
         return {TarskStatus::Failed, error.code()};

@@ -68,6 +68,7 @@ bool WalkInto(const fs::path& folder, const TreeVisitor& visitor)
 
 } // namespace
 
+// Calls itself for each level. The system's limit on the length of a path bounds them: some 2,000 on Linux.
 bool WalkTree(const fs::path& top, const TreeVisitor& visitor)
 {
     std::error_code error;

@@ -39,6 +39,7 @@ std::unique_ptr<FileLock> FileLock::ForMoment(const std::filesystem::path& folde
 
 FileLock::~FileLock()
 {
+    // The lock goes with the last descriptor of this opening, and no child process has one (O_CLOEXEC).
     ::close(static_cast<int>(handle_));
 }
 

@@ -24,6 +24,7 @@ bool NewFolders::Make(const fs::path& folder, std::error_code& error)
     // Upwards to the first that is there. A link to a folder counts as the folder; a link that leads nowhere counts as
     // missing, and making it fails below.
     for (; !at.empty() && at != at.parent_path(); at = at.parent_path()) {
+        // An error (no rights to look) ends this: nothing is made above what cannot be seen.
         kind = InspectTarget(at, error).kind;
         if (kind != FileKind::Nothing || error) {
             break;

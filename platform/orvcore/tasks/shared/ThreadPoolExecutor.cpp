@@ -123,6 +123,7 @@ bool ThreadPoolExecutor::Post(OneTimeInvocation task)
         }
         state_->queue.push_back(std::move(task));
     }
+    // Outside the lock, so that the worker that wakes finds it free.
     state_->work.notify_one();
     return true;
 }

@@ -136,6 +136,7 @@ private:
             Fail(ZIP_ER_CANCELLED, {});
             return false;
         }
+        // By the size and not by an empty read, so that the last batch is known as the last when it is deflated.
         finished_ = position_ == item_.size;
         if (deflater_) {
             deflater_->Deflate({piece_.data(), got}, finished_, output_);

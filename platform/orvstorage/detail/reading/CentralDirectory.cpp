@@ -107,6 +107,8 @@ ZipError ReadRecord(ByteCursor& cursor, unsigned char* entry, DirectoryRecord& r
     if (!signature || cursor.Failed()) {
         return ZipError::Inconsistent;
     }
+    // This and the next cost the archive, since the library would read such an entry in its own way or refuse all of
+    // them.
     if (!TakeZip64Values(extra, record)) {
         return ZipError::Zip64FieldMissing;
     }

@@ -87,6 +87,7 @@ bool Agree(const LocalHeader& header, bool isSizeKnown, const DirectoryRecord& r
     // Writers that learn the values only afterwards put zeros, or come back and put the values.
     const bool mayBeZero = ((header.flags | record.flags) & kDescriptorFlag) != 0;
     const auto given = [&](std::uint64_t here, std::uint64_t there) {
+        // Nothing else: a value that is there must be the right one also where it need not be there.
         return here == there || (mayBeZero && here == 0);
     };
     return header.method == record.method && ((header.flags ^ record.flags) & FlagsThatCount(record)) == 0 &&
