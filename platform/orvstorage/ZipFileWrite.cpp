@@ -51,6 +51,7 @@ ZipResult<std::optional<std::size_t>> FindPlace(const ZipArchive& archive, const
     return error == ZipError::None ? ZipResult(std::optional<std::size_t>()) : error;
 }
 
+// It will be read whole, to see whether the password opens it.
 std::optional<std::size_t> SmallestEncrypted(const std::vector<detail::ArchiveEntry>& entries)
 {
     std::optional<std::size_t> smallest;

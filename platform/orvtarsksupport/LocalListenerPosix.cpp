@@ -63,6 +63,7 @@ std::unique_ptr<LocalListener> LocalListener::Open(const orvcore::UTF8String& pa
         error = std::make_error_code(path.empty() ? std::errc::invalid_argument : std::errc::filename_too_long);
         return nullptr;
     }
+    // Non-blocking: the client that poll has told of may have gone, and accept would then wait beyond the deadline.
     detail::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (socket.Get() < 0 || !Bind(socket.Get(), path, address)) {
         error = {errno, std::generic_category()};

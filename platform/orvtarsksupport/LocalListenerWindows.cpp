@@ -18,6 +18,7 @@ constexpr std::intptr_t kNoPipe = -1;
 // pipe is this user's, also of one with raised rights, and nobody else can open it.
 std::intptr_t MakeInstance(const orvcore::UTF8String& path, DWORD first)
 {
+    // What a writer can leave in the pipe without waiting; the system gives more where it must.
     constexpr DWORD kBuffer = 65536;
     const std::wstring user = detail::UserSidText();
     // Owner: the user. One entry, protected from inherited ones: all rights for the user. With raised rights the owner

@@ -25,6 +25,7 @@ Current& GetCurrent()
 
 ITarskTransport::~ITarskTransport() = default;
 
+// Each stands behind words of the caller's, like "not delivered: ", hence the small letters.
 std::string TarskResult::Message() const
 {
     switch (status) {

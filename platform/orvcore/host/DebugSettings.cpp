@@ -65,6 +65,7 @@ std::int64_t DebugSettings::GetInt(const std::string& name, std::int64_t default
     const std::string_view text = AsNarrow(*found);
     std::int64_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    // A text that is no number, or goes on behind one, counts as not set.
     return error == std::errc() && end == text.data() + text.size() ? value : defaultValue;
 }
 

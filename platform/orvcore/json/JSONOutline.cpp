@@ -272,6 +272,7 @@ void TextPlace::Pass(std::string_view text)
         column = 1;
         text.remove_prefix(lineEnd + 1);
     }
+    // All bytes but those that continue a character.
     column += static_cast<std::size_t>(std::count_if(
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }

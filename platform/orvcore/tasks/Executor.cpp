@@ -119,6 +119,7 @@ void Report(const std::exception_ptr& exception) noexcept
 
 } // namespace
 
+// Here, so that the class has its table of functions in this library alone.
 Executor::~Executor() = default;
 
 std::shared_ptr<Executor> GetCPUBoundExecutor()

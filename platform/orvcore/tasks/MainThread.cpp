@@ -31,6 +31,8 @@ public:
             calls_.push_back(std::move(call));
             ++pushed_;
         }
+        // Before the dispatcher is asked: a main thread that waits by itself need not wait for the host's function,
+        // too.
         queued_.notify_all();
         Dispatch();
         return true;

@@ -7,6 +7,7 @@ namespace orvcore {
 
 namespace {
 
+// Bounds the table, and the time: a longer word is no misspelt name.
 constexpr std::size_t kLongest = 64;
 
 char Lower(char c) noexcept

@@ -133,6 +133,7 @@ void JSONDocumentBuilder::Fill(JSONNode& node, std::string_view key, const Varia
     }
     // A null pointer in a tree is a null value.
     const Variant nothing;
+    // Nodes point at the keys and texts of the tree itself: nothing below may take a copy of one.
     if (const Object* object = AsObject(tree)) {
         JSONNode* child = SetContainer(node, key, JSONKind::kObject, object->size());
         for (const auto& [name, value] : *object) {

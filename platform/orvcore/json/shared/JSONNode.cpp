@@ -99,6 +99,7 @@ bool JSONNode::Get(double& out) const noexcept
     return false;
 }
 
+// Recurses as deep as the document nests: both ways to a document end at kMaxJSONDepth.
 Variant JSONNode::ToTree() const
 {
     switch (kind_) {
