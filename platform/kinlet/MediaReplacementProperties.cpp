@@ -2,6 +2,10 @@
 
 #include <kinlet/shared/RecordJSON.h>
 
+// The properties lie in a control's object beside the control's own keys, so neither side can take what it does not
+// know for its own alone: reading, the control's keys are taken out first (ExtractProperties), or they would be kept as
+// unknown ones and written twice; writing, a kept key never replaces one that the control has set.
+
 namespace kinlet {
 
 namespace serialization = orvcore::serialization;

@@ -1,11 +1,15 @@
 #include <kinlet/detail/RecordTables.h>
 
+// All tables of the larger records are compiled here and nowhere else: they are templates over dozens of rows, and
+// every user of the libraries would compile them again.
+
 namespace kinlet {
 
 namespace serialization = orvcore::serialization;
 
 namespace {
 
+// Read aside: a record that turns out to be unusable, or throws in the middle, leaves the caller's as it was.
 template <class Record>
 bool FromTree(const serialization::Variant& tree, Record& record)
 {

@@ -44,6 +44,7 @@ std::string DateText(const date& day)
 }
 
 // A number of exactly the digits of `text`; 0 when there is anything else.
+// 0 is no day, month or year of the calendar, so the date that is made of it is refused below.
 unsigned short Digits(std::string_view text)
 {
     unsigned short number = 0;
@@ -70,6 +71,7 @@ bool ParseDate(std::string_view text, date& out)
     return true;
 }
 
+// An object with anything beside the date is none: a cell has no place to keep the rest.
 bool ReadDate(const JSONNode& node, date& out)
 {
     const auto members = node.Children();

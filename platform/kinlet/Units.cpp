@@ -7,7 +7,8 @@ namespace kinlet {
 
 namespace {
 
-// part * 1000 / whole for part < whole, without a wider type: bit by bit, from the top.
+// part * 1000 / whole for part < whole, without a wider type: bit by bit, from the top. The product may need 74 bits,
+// and the language has no such type.
 std::uint64_t Thousandths(std::uint64_t part, std::uint64_t whole) noexcept
 {
     std::uint64_t quotient = 0;
@@ -42,6 +43,7 @@ std::int64_t Time::ToMilliseconds() const noexcept
     const auto whole = static_cast<std::uint64_t>(scale);
     constexpr auto highest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
     std::uint64_t milliseconds = highest;
+    // Beyond the range of the result the largest value stands for all.
     if (const std::uint64_t seconds = ticks / whole; seconds <= highest / 1000) {
         milliseconds = std::min(highest, seconds * 1000 + Thousandths(ticks % whole, whole));
     }

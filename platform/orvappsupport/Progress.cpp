@@ -6,6 +6,15 @@
 #include <atomic>
 #include <cmath>
 
+// Items are moved by workers and shown on the main thread. The observer's slot, each category and each item have a lock
+// of their own. No two are held together, and none while the observer runs, which may set another observer or ask the
+// item.
+//
+// A Begin and an End each carry the item's state of their moment; a Change carries none: it reads the state when its
+// turn comes. `changeQueued_` is true from the queueing of a Change until just before that reading, so a later change
+// either is part of what is read or queues a report of its own, and the last state always arrives. The queued call
+// holds the item alive; when the main thread's queue refuses or drops it, its destructor clears the flag.
+
 namespace orvappsupport {
 
 namespace {

@@ -7,6 +7,10 @@
 #include <algorithm>
 #include <stdexcept>
 
+// Makes a request of a search and results of its answer; how the request travels is Transfer's. A search that cannot be
+// sent still goes through the transfer thread, with an empty URL: it ends there as BadURL, and so its handler is called
+// on the same thread and in the same way as any other, not from inside Search (but for executors that have ended).
+
 namespace orvappsupport::search {
 
 using detail::TransferEnd;

@@ -7,6 +7,10 @@
 
 #include <algorithm>
 
+// Fetching blocks the caller until the client's thread has called the handler. It looks every 50 ms whether that thread
+// is still there: when the process exits the thread tells nobody, and a caller that relied on its handler would wait
+// for ever. On the client's thread itself it refuses: nobody would be left to do the work.
+
 namespace orvappsupport {
 
 using detail::Transfer;

@@ -8,15 +8,22 @@
 #include <mutex>
 #include <string_view>
 
+// The lock of the index and the translation of failures; what the operations do is IndexStore's. One mutex serialises
+// all calls of an object, because one connection of SQLite is for one thread at a time and memory is changed by
+// searches, too (they read what other processes have written). Interrupt alone goes past the lock: it must reach a call
+// that holds it.
+
 namespace orvmetadatadb {
 
 namespace {
 
+// A bound for what one hostile package can put into the text that every search goes through.
 constexpr std::size_t kSearchedUnits = 4096;
 
 std::u16string_view Searched(std::u16string_view text) noexcept
 {
     if (text.size() > kSearchedUnits) {
+        // The cut parts no surrogate pair.
         const char16_t last = text[kSearchedUnits - 1];
         text = text.substr(0, last >= 0xD800 && last <= 0xDBFF ? kSearchedUnits - 1 : kSearchedUnits);
     }
@@ -86,6 +93,7 @@ public:
     }
 
 private:
+    // The codes stay until the next failure: whoever asks for them has just been refused.
     ResultCode Refuse() noexcept
     {
         error_ = DBErrorCode::Call;
@@ -168,6 +176,7 @@ ResultCode RapidFindDB::Match(const std::vector<MatchCondition>& conditions, int
 {
     keys.clear();
     std::vector<orvcore::UTF8String> terms;
+    // Terms are folded before the lock is taken: who inserts need not wait for that.
     const bool valid =
         matchOperator == kMatchAll && std::all_of(conditions.begin(), conditions.end(), [&](const auto& condition) {
             terms.push_back(orvcore::FoldText(condition.term));

@@ -8,6 +8,10 @@
 #include <cerrno>
 #include <utility>
 
+// The words of all archive failures, in one place. A sentence stands behind "cannot read <entry> of <archive>: ", so
+// its "it" is the entry, or the archive where no entry is named. The name in front of it is for programs (findings
+// carry it): a sentence may change between releases, a name may not.
+
 namespace orvstorage {
 
 namespace {
@@ -154,6 +158,8 @@ std::string_view VerbOf(const ZipFailure& failure) noexcept
     return changes && failure.entry.empty() ? "change" : VerbOf(failure.action);
 }
 
+// "The disk is full" is the one failure to write that a user can do something about, so all that come to the same are
+// told so. Not every system has a number for a user's quota.
 bool IsFull(const std::error_code& error)
 {
     // A file at the size limit of its process or file system has no more room either.
@@ -167,6 +173,7 @@ bool IsFull(const std::error_code& error)
 std::string Cause(const ZipFailure& failure)
 {
     std::string cause(TextOf(failure.error).sentence);
+    // Without it "it cannot be written" would be read of the archive, which the call only reads.
     if (failure.error == ZipError::WriteFailed && !failure.folder.empty()) {
         cause = "the folder " + Quoted(orvcore::PathToUTF8(failure.folder)) + " cannot be written";
     }

@@ -6,6 +6,10 @@
 
 #include <algorithm>
 
+// The reading half of ZipFile; the writing half is ZipFileWrite.cpp. Each public call is one State::Run: it names the
+// operation once, and every step below returns a ZipFault that knows only what went wrong. Run joins the two into the
+// failure that GetLastFailure answers. So no step below has to know the archive's path or what the caller asked for.
+
 namespace orvstorage {
 
 using detail::ZipFault;
@@ -56,6 +60,7 @@ bool ZipFile::ReadItem(std::u8string_view entryName, std::uint64_t maxSize, Cont
             return index.Fault();
         }
         const detail::ArchiveEntry& entry = state.archive->Entries()[*index];
+        // The declared size; the reader sees to it that no more comes than was declared.
         if (entry.shown.size > std::min(maxSize, state.limits.maxItemSize)) {
             return {ZipError::EntryTooLarge};
         }
@@ -127,6 +132,8 @@ bool ZipFile::UnZip(const std::filesystem::path& directory, bool overwrite, cons
             return plan.Fault();
         }
         const auto ifExists = overwrite ? orvcore::IfExists::Overwrite : orvcore::IfExists::Keep;
+        // All that may be unpacked is there when this succeeds; that something was refused makes the call fail all the
+        // same.
         const ZipFault fault = detail::Unpack(*state.archive, *plan, directory, ifExists, asked);
         return fault || plan->refused.empty() ? fault : plan->refused.front();
     });
@@ -151,6 +158,7 @@ std::vector<ZipEntry> ZipFile::GetEntries() const
 
 bool ZipFile::Contains(std::u8string_view entryName) const
 {
+    // A question must not wipe out why the operation before it failed.
     const ZipFailure before = state_->failure;
     const std::vector<ZipEntry> entries = GetEntries();
     state_->failure = before;
@@ -186,6 +194,7 @@ std::vector<ZipFailure> ZipFile::Check(bool readContents,
     });
     std::vector<ZipFailure> failures;
     const ZipFailure operation{ZipError::None, ZipAction::Unpack, state.path, {}, {}};
+    // Run has filled in the first fault alone; a list is told with each one complete.
     for (const ZipFault& fault : faults) {
         failures.push_back(fault.In(operation));
     }

@@ -6,6 +6,18 @@
 #include <orvstorage/detail/unpacking/Unpacker.h>
 #include <orvstorage/shared/EntryName.h>
 
+// Changes of an archive. None of them touches the file: a new archive is written beside it and takes its place at the
+// end. The order of one change:
+//
+// - a cheap look at whether the path may be replaced at all, before work that may take minutes;
+// - open what is there (OpenToChange), refusing an archive that is another one than this object knows;
+// - judge the entry: its name must fit in, the password must be the one of the others;
+// - write the new archive (PackOne): the zip library copies the other entries as they are packed;
+// - under the folder's lock, look once more that the old archive is still the one that was read, and rename.
+//
+// A failure or a cancel at any of these leaves the old archive; what remains is a private file, which its owner
+// removes.
+
 namespace orvstorage {
 
 namespace {
@@ -14,7 +26,9 @@ using detail::ZipArchive;
 using detail::ZipFault;
 using detail::ZipResult;
 
-// A new entry must not make the archive one that cannot be unpacked.
+// A new entry must not make the archive one that cannot be unpacked: its name may clash with another one's where case
+// does not count, or need a folder where another entry is a file. What the old entries' own names answer does not
+// matter here: an archive may hold bad ones, and they stay refused by themselves.
 ZipError FitIn(const ZipArchive& archive, const ZipLimits& limits, const orvcore::UTF8String& relative)
 {
     detail::NameRegister names(limits);
@@ -37,6 +51,7 @@ ZipResult<std::optional<std::size_t>> FindPlace(const ZipArchive& archive, const
     return error == ZipError::None ? ZipResult(std::optional<std::size_t>()) : error;
 }
 
+// It will be read whole, to see whether the password opens it.
 std::optional<std::size_t> SmallestEncrypted(const std::vector<detail::ArchiveEntry>& entries)
 {
     std::optional<std::size_t> smallest;
@@ -52,8 +67,11 @@ std::optional<std::size_t> SmallestEncrypted(const std::vector<detail::ArchiveEn
 ZipFault CheckPassword(const ZipArchive& archive, std::optional<std::size_t> replaced, bool hasPassword)
 {
     const auto& entries = archive.Entries();
+    // Without a password new entries are added in the clear; but an encrypted one is not replaced by somebody who
+    // cannot read it.
     const bool isOpened = replaced && entries[*replaced].shown.isEncrypted;
     const auto asked = isOpened ? replaced : hasPassword ? SmallestEncrypted(entries) : std::nullopt;
+    // Read to its end: by the bytes that a format has for it, a wrong password is known mostly, not always.
     const ZipFault found = asked ? detail::TestEntry(archive, *asked) : ZipFault();
     if (found.error == ZipError::PasswordNeeded || found.error == ZipError::WrongPassword) {
         return {found.error, found.detail}; // of the entry that is added
@@ -117,6 +135,7 @@ ZipFault ZipFile::State::Remove(std::u8string_view name, detail::ByteProgress& p
     if (!place) {
         return place.Fault();
     }
+    // By default the zip library writes no empty archive but deletes the file.
     if ((*opened)->Entries().size() == 1) {
         return {ZipError::NothingToPack};
     }
@@ -135,6 +154,7 @@ ZipFault ZipFile::State::Rebuild(std::optional<std::size_t> replaced, const deta
     }
     archive.reset(); // what it has read is about to be replaced
     ZipFault fault = detail::PackOne({path, password, seen}, std::move(old), replaced, item, progress);
+    // After success `seen` has the new file's version already: the source gave it under the folder's lock.
     isOutdated = fault.error == ZipError::ArchiveChanged;
     return fault;
 }
@@ -194,6 +214,7 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
         }
         state.archive.reset();
         ZipFault fault = detail::PackAll({state.path, state.password, state.seen}, *items, packing);
+        // What is packed anew is this object's own, whatever was refused before.
         state.isOutdated = state.isOutdated && fault;
         return fault;
     });

@@ -32,6 +32,7 @@ TarskResult ReadFrame(LocalStream& stream, std::size_t limit, TarskStatus tooLon
         return result;
     }
     const std::size_t length = orvcore::LoadLittleEndian(header.data(), header.size());
+    // Before a byte of it is read: who promises too much is not listened to.
     if (length > limit) {
         return {tooLong};
     }
@@ -72,6 +73,7 @@ TarskResult ReadRequest(LocalStream& stream, TarskMessage& message, Deadline dea
     if (const TarskResult result = ReadFrame(stream, limit, TarskStatus::BadMessage, bytes, deadline); !result) {
         return result;
     }
+    // The name ends at the first NUL, and has none itself (SendTarskMessage refuses it); the body may hold any byte.
     const std::size_t end = bytes.find('\0', std::min(bytes.size(), kHeaderBytes));
     if (end == bytes.npos || bytes[0] != kProtocol) {
         return {TarskStatus::BadMessage};

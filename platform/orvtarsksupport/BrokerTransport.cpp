@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <utility>
 
+// One connection a message: connect, write the request, read the answer, close. The deadline is that of the whole call,
+// so a broker that sends its answer byte by byte cannot hold the caller longer than one that says nothing.
+
 namespace orvtarsksupport {
 
 namespace {
@@ -39,6 +42,7 @@ private:
         if (!path_.empty()) {
             return path_;
         }
+        // At each send: a host may set it when this object is made already.
         const auto named = orvcore::ReadEnvironment(kBrokerVariable);
         return named && !named->empty() ? *named : DefaultBrokerPath();
     }

@@ -24,6 +24,7 @@ bool IsLeftBehind(const orvcore::UTF8String& path, const sockaddr_un& address)
     if (::lstat(AsPath(path), &status) != 0 || !S_ISSOCK(status.st_mode)) {
         return false;
     }
+    // Non-blocking: a listener whose queue is full answers EAGAIN, and is alive.
     const detail::Descriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     return ::connect(probe.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
            errno == ECONNREFUSED;
@@ -35,6 +36,7 @@ bool Bind(int socket, const orvcore::UTF8String& path, const sockaddr_un& addres
     if (bind()) {
         return true;
     }
+    // One that answers keeps its place: the error stays EADDRINUSE.
     return errno == EADDRINUSE && IsLeftBehind(path, address) && ::unlink(AsPath(path)) == 0 && bind();
 }
 
@@ -46,6 +48,7 @@ LocalListener::LocalListener(orvcore::UTF8String path, std::intptr_t handle)
 {
 }
 
+// The name first: as long as it is there a client may come, whom nobody would answer.
 LocalListener::~LocalListener()
 {
     ::unlink(AsPath(path_));
@@ -60,12 +63,14 @@ std::unique_ptr<LocalListener> LocalListener::Open(const orvcore::UTF8String& pa
         error = std::make_error_code(path.empty() ? std::errc::invalid_argument : std::errc::filename_too_long);
         return nullptr;
     }
+    // Non-blocking: the client that poll has told of may have gone, and accept would then wait beyond the deadline.
     detail::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (socket.Get() < 0 || !Bind(socket.Get(), path, address)) {
         error = {errno, std::generic_category()};
         return nullptr;
     }
-    // Nobody connects before it listens, so the rights are there in time.
+    // Nobody connects before it listens, so the rights are there in time. The socket was made with the rights of any
+    // new file.
     if (::chmod(AsPath(path), S_IRUSR | S_IWUSR) != 0 || ::listen(socket.Get(), SOMAXCONN) != 0) {
         error = {errno, std::generic_category()};
         ::unlink(AsPath(path));
@@ -82,6 +87,7 @@ std::optional<LocalStream> LocalListener::Accept(Deadline deadline)
         if (client >= 0) {
             return LocalStream(client);
         }
+        // Between the notice and this call the client may have gone again: the listener waits for the next.
         if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
             return std::nullopt;
         }

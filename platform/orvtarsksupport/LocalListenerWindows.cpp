@@ -4,6 +4,10 @@
 
 #include <sddl.h>
 
+// A pipe has no queue: each instance is one client's. The listener always has one instance that waits; when a client
+// has come, the instance becomes its stream, and a new one is made before anything else. As long as one stands, nobody
+// else can make a first instance of the name.
+
 namespace orvtarsksupport {
 
 namespace {
@@ -14,8 +18,12 @@ constexpr std::intptr_t kNoPipe = -1;
 // pipe is this user's, also of one with raised rights, and nobody else can open it.
 std::intptr_t MakeInstance(const orvcore::UTF8String& path, DWORD first)
 {
+    // What a writer can leave in the pipe without waiting; the system gives more where it must.
     constexpr DWORD kBuffer = 65536;
     const std::wstring user = detail::UserSidText();
+    // Owner: the user. One entry, protected from inherited ones: all rights for the user. With raised rights the owner
+    // would otherwise be the group of administrators, and an ordinary process of the same user would not know its own
+    // broker.
     const std::wstring rights = L"O:" + user + L"D:P(A;;GA;;;" + user + L")";
     SECURITY_ATTRIBUTES security{sizeof security, nullptr, FALSE};
     if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(rights.c_str(), SDDL_REVISION_1,

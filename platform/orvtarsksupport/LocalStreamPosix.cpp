@@ -14,6 +14,13 @@
 #include <sys/stat.h>
 #include <sys/time.h>
 
+// Who may be talked to is asked twice, because the path can change between the look and the connection. Before it: the
+// folder belongs to this user or root and nobody else writes there, and the socket in it is theirs. After it: the
+// process at the other end is theirs, which the kernel noted when that process began to listen. Only then is anything
+// sent.
+//
+// Calls on the connected socket never block by themselves: each waits by poll for what is left of the caller's time.
+
 namespace orvtarsksupport {
 
 namespace fs = std::filesystem;
@@ -25,6 +32,7 @@ bool MakeAddress(const orvcore::UTF8String& path, sockaddr_un& address) noexcept
 {
     address = {};
     address.sun_family = AF_UNIX;
+    // The system takes 108 bytes with the closing NUL. A longer path must not be cut: it would name another socket.
     if (path.empty() || path.size() >= sizeof address.sun_path || path.find(u8'\0') != path.npos) {
         return false;
     }
@@ -37,8 +45,10 @@ TarskResult FromErrno() noexcept
     switch (errno) {
     case ENOENT:
     case ENOTDIR:
+    // A socket that a killed broker has left behind: it is there, but nobody listens.
     case ECONNREFUSED:
         return {TarskStatus::NoBroker};
+    // What a connection ends with when its time limit (SO_SNDTIMEO) passes.
     case EAGAIN:
         return {TarskStatus::TimedOut};
     case EPIPE:
@@ -52,12 +62,14 @@ TarskResult FromErrno() noexcept
 TarskResult WaitForSocket(int socket, short events, Deadline deadline)
 {
     for (;;) {
+        // Rounded up: rounded down the last fraction of a millisecond would be spent in a loop without waiting.
         const auto left = ceil<milliseconds>(deadline - steady_clock::now()).count();
         if (left <= 0) {
             return {TarskStatus::TimedOut};
         }
         pollfd question{socket, events, 0};
         const int ready = ::poll(&question, 1, static_cast<int>(std::min<std::int64_t>(left, INT_MAX)));
+        // Also when the other side has gone: the next read or write tells how.
         if (ready > 0) {
             return {};
         }
@@ -80,6 +92,7 @@ bool IsTrusted(uid_t owner)
 TarskResult CheckPlace(const fs::path& path)
 {
     const fs::path parent = path.parent_path();
+    // O_PATH: a handle to ask by, for which the folder need not be readable.
     const detail::Descriptor folder(::open(parent.empty() ? "." : parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     struct stat status {};
     if (folder.Get() < 0 || ::fstat(folder.Get(), &status) != 0) {
@@ -131,6 +144,7 @@ TarskResult ConnectSocket(int socket, const sockaddr_un& address, Deadline deadl
 orvcore::UTF8String DefaultBrokerPath()
 {
     orvcore::UTF8String folder = orvcore::ReadEnvironment("XDG_RUNTIME_DIR").value_or(orvcore::UTF8String());
+    // Not set in a process that was started outside of the user's session; the system's usual place then.
     if (!folder.starts_with(u8'/')) {
         folder = orvcore::ToUTF8("/run/user/" + std::to_string(::geteuid()));
     }
@@ -174,6 +188,8 @@ TarskResult LocalStream::Write(std::string_view bytes, Deadline deadline)
         if (const TarskResult ready = detail::WaitForSocket(socket, POLLOUT, deadline); !ready) {
             return ready;
         }
+        // MSG_NOSIGNAL: writing to a socket whose other end has gone would raise SIGPIPE, which ends a host that does
+        // not expect it.
         const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent >= 0) {
             bytes.remove_prefix(static_cast<std::size_t>(sent));

@@ -8,6 +8,10 @@
 
 #include <algorithm>
 
+// All operations on a pipe are overlapped: they begin, and the caller waits for their event as long as its time lasts.
+// Otherwise a read from a broker that says nothing could not be ended. An operation that is given up is cancelled, and
+// the cancelling waited for: its structure and the caller's memory belong to the system until then.
+
 namespace orvtarsksupport {
 
 using namespace std::chrono;
@@ -36,9 +40,11 @@ TarskResult FromWindowsError(DWORD error) noexcept
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND:
         return {TarskStatus::NoBroker};
+    // What our own cancelling at the deadline ends with.
     case ERROR_OPERATION_ABORTED:
     case ERROR_SEM_TIMEOUT:
         return {TarskStatus::TimedOut};
+    // The other end has closed: the first for a read, the second for a write, the third when nobody was there any more.
     case ERROR_BROKEN_PIPE:
     case ERROR_NO_DATA:
     case ERROR_PIPE_NOT_CONNECTED:
@@ -77,6 +83,7 @@ std::vector<std::byte> UserSid()
     }
     const Handle token(opened);
     DWORD size = 0;
+    // Fails, and tells the size that it needs.
     ::GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
     std::vector<std::byte> buffer(size);
     if (size == 0 || !::GetTokenInformation(token.get(), TokenUser, buffer.data(), size, &size)) {

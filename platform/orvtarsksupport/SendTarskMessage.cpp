@@ -17,6 +17,7 @@ TarskResult SendTarskMessage(std::u8string_view name, const orvcore::serializati
                              std::u8string_view rootTag, orvcore::UTF8String& reply)
 {
     reply.clear();
+    // A NUL ends the name in the frame: what stands behind it would be read as the body.
     if (!IsMessageName(name)) {
         return {TarskStatus::BadMessage};
     }
@@ -27,6 +28,8 @@ TarskResult SendTarskMessage(std::u8string_view name, const orvcore::serializati
         return {TarskStatus::BadMessage};
     }
     try {
+        // Nothing of the delivery is thrown, whatever the transport does: hosts send from places that expect no
+        // failure.
         return GetTarskTransport()->Send(message, reply);
     } catch (const std::system_error& error) {
         return {TarskStatus::Failed, error.code()};

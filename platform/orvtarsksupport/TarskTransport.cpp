@@ -16,6 +16,7 @@ struct Current {
 
 Current& GetCurrent()
 {
+    // A task may send while the process exits.
     static orvcore::NoDestructor<Current> current;
     return *current;
 }
@@ -24,6 +25,7 @@ Current& GetCurrent()
 
 ITarskTransport::~ITarskTransport() = default;
 
+// Each stands behind words of the caller's, like "not delivered: ", hence the small letters.
 std::string TarskResult::Message() const
 {
     switch (status) {
@@ -59,10 +61,12 @@ void SetTarskTransport(std::shared_ptr<ITarskTransport> transport)
     // The old one goes here, outside the lock: its destructor is the host's code.
 }
 
+// A share of it: the send that begins now keeps its transport, whatever is installed meanwhile.
 std::shared_ptr<ITarskTransport> GetTarskTransport()
 {
     Current& current = GetCurrent();
     const std::lock_guard lock(current.mutex);
+    // When it is first asked for: a host that sets its own never has the embedded one.
     if (!current.transport) {
         current.transport = MakeBrokerTransport();
     }

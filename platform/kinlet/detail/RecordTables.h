@@ -7,6 +7,9 @@
 
 // The tables of the records that only this library reads and writes, by subject: units, colour, what a source delivers,
 // remote requests, missing assets, the source itself, placed templates, edited texts, spreadsheets.
+//
+// Keys, and which of them are required, are the format's (docs/definition-format.md), with all differences in spelling
+// and case: they stand in documents that exist.
 namespace orvcore::serialization::detail {
 
 template <>

@@ -10,6 +10,13 @@
 #include <algorithm>
 #include <map>
 
+// A manifest is read again only when its file differs in size or times. Some file systems keep times of two seconds: a
+// change in the same two seconds would look like none, so a manifest that was young when it was read counts as unknown
+// the next time (isSettled). The state is asked before the file is read: a change in between is then seen as one.
+//
+// Folders and manifests come from a synchronisation, and with it from other people: their number and their bytes are
+// bounded, links are left out, and a manifest that cannot be used costs its own library.
+
 namespace lumolibmanager::detail {
 
 namespace {

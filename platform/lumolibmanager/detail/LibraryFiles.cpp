@@ -6,6 +6,10 @@
 #include <orvcore/tasks/ParallelFor.h>
 #include <orvcore/text/Printable.h>
 
+// Looks which files of a manifest are there, on all processors: a library of 20,000 elements is as many questions to
+// the system and more. A link anywhere below the library's folder costs its element, because it may lead to any file of
+// this machine, which a shared library has no business to show.
+
 namespace lumolibmanager::detail {
 
 namespace {

@@ -9,6 +9,10 @@
 
 #include <algorithm>
 
+// Reads a manifest, judging it as far as no file is needed. What is wrong with the whole is thrown; what is wrong with
+// one element is noted and leaves that out. Notes end after a hundred: a hostile manifest has room for thousands of bad
+// elements with long names.
+
 namespace lumolibmanager::detail {
 
 namespace {

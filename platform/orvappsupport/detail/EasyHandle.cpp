@@ -8,6 +8,17 @@
 #include <limits>
 #include <new>
 
+// libcurl's options for one transfer, set once but for those of each hop. Why some are what they are:
+//
+// - redirects are off: the transfer follows them by hand, and takes the credentials off where the host changes;
+// - no signals: libcurl would use SIGALRM for time-outs of name look-ups, in a process that is not ours;
+// - a quick exit: the thread that looks a name up is left alone at a cancellation, which may take as long as the
+//   system's
+//   resolver likes;
+// - revoked certificates are looked for as well as that is possible: where the list cannot be reached, it goes on;
+// - no proxy for this machine's own addresses: a company's proxy would look for the service on its own machine;
+// - the size that an answer announces is refused early here, what really comes is counted by the taker.
+
 namespace orvappsupport::detail {
 
 namespace {

@@ -7,6 +7,11 @@
 #include <optional>
 #include <stdexcept>
 
+// Reads a page of results, which may be anything. A column of the wrong kind costs itself. A row without an identifier
+// costs the page: rows are placed by their position in the whole result, so that leaving one out would move all later
+// ones up. Texts have a limit each, and the page as a whole the reader's (JSON.h), so an answer takes memory in
+// proportion to its bytes.
+
 namespace orvappsupport::detail {
 
 using orvcore::serialization::JSONDocument;

@@ -10,6 +10,19 @@
 #include <algorithm>
 #include <random>
 
+// One transfer is a chain of requests (hops): the first, those after redirects, and repetitions for a service that is
+// busy. Begin prepares a hop, libcurl carries it out, Finish judges its end; when that says "not ended", Begin is
+// called again at ResumeTime. `ended_` and `result_` are set once, by whoever comes first: the answer, a limit, a
+// time-out, the caller's no. After that the thread takes the transfer out of libcurl and calls Tell.
+//
+// Limits: five redirects; two repetitions, after 250 and 500 ms and up to a quarter more, or after what Retry-After
+// says, up to ten seconds, and never beyond the total time; 256 KB of headers, which are kept in memory; of an answer
+// that is no success 64 KB, which is enough to say why. An announced length makes at most 1 MB be reserved: it may be a
+// lie.
+//
+// A body of success goes to the response or, of a download, to a private file, which takes its place only when the
+// answer was whole (IsWhole): an answer that ends with its connection may have been cut short anywhere.
+
 namespace orvappsupport::detail {
 
 using namespace std::chrono;

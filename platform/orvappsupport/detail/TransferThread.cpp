@@ -9,6 +9,24 @@
 #include <new>
 #include <system_error>
 
+// Callers and the client's thread share what `mutex_` guards: new transfers, the numbers of flushes, how it ends. All
+// else (the lists of transfers, the multi handle) belongs to the thread alone. Handlers and the callers' functions run
+// without the lock; they may submit new transfers.
+//
+// The thread sleeps in curl_multi_poll. Whoever gives an order changes the shared state first and then calls
+// curl_multi_wakeup, the one function of libcurl that other threads may call here; a wake-up that comes before the poll
+// ends the next one, so no order waits for the end of a sleep.
+//
+// The way of a transfer: submitted_, waiting_, running_ (it is in the multi handle), perhaps back to the front of
+// waiting_ for its next hop, End. It is taken out of the multi handle before its handler is called, which may end the
+// process. Of downloads sixteen run; the time of the others does not count yet, because their deadline is set at the
+// first Begin.
+//
+// Ways to end: Shutdown has every handler told and joins the thread. Abandon, at exit, tells nobody, since what
+// handlers use may be gone, and destroys no handler either; the thread removes unfinished files and leaves, for which
+// it has two seconds. On Windows nobody calls Abandon: the system has ended the thread. isWorking_ turns false as the
+// thread's last act under the lock, so who waits for a flush or a fetch learns of the end in each case.
+
 namespace orvappsupport::detail {
 
 using namespace std::chrono;

@@ -6,12 +6,26 @@
 
 #include <algorithm>
 
+// A file that is written whole or not at all goes through these states:
+//
+// - nothing on the disk: content is gathered in the buffer; a small file is made only at its commit;
+// - a private file beside the target, ".orv-<guid>.part", made at the first flush of the buffer. A killed process
+//   leaves it; who next writes in this folder removes it when it is a day old (PrivateNames.cpp);
+// - complete: all is written, flushed to the disk where that is asked for, and closed, which some systems answer with
+//   what no write has told (a full disk, a server that is gone);
+// - in place: one rename, after which the private name is gone. The destructor removes the private file in any other
+//   case.
+//
+// The folder itself is not flushed. After a loss of power the path may hold the old file again, but with
+// Durability::OnDisk never a half one: the content is on the disk before the rename is asked for.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
 
 namespace {
 
+// Several pieces of an archive that is written or unpacked; those of a copy are larger and go past the buffer.
 constexpr std::size_t kBufferSize = std::size_t{512} << 10;
 // Writing to the disk begins while more is being made, so that the flush at the end finds little left to do.
 constexpr std::uint64_t kWritebackStep = std::uint64_t{8} << 20;
@@ -41,6 +55,7 @@ bool MayReplace(const fs::path& path, std::error_code& error)
         error = path.empty() ? FileError::EmptyPath : std::make_error_code(std::errc::invalid_argument);
         return false;
     }
+    // Only what would lose something for sure is refused here.
     std::error_code unknown; // where it cannot be found out, the system answers the attempt itself
     const FileKind kind = InspectTarget(path, unknown).kind;
     if (kind == FileKind::Directory) {
@@ -78,6 +93,7 @@ bool AtomicFile::Open(std::error_code& error)
     if (!MayReplace(target_, error)) {
         return false;
     }
+    // A new name at each try: two programs that write the same target never share one.
     private_ = PrivateSibling(target_);
     *file_ = detail::NativeFile::Open(private_, detail::NativeFile::Mode::CreateNew, error);
     if (error) {
@@ -85,6 +101,7 @@ bool AtomicFile::Open(std::error_code& error)
         return false;
     }
     // At once: content that few may read is not shown to more while it is being written.
+    // The file that is replaced comes last: where there is one, its rights count and not the model's.
     if (!rightsOf_.empty()) {
         file_->CopyPermissions(rightsOf_);
     }
@@ -166,6 +183,8 @@ bool AtomicFile::CommitIf(const std::function<bool()>& isWanted, Durability dura
     if (!Complete(durability, error)) {
         return false;
     }
+    // From here to the rename, which is all that others wait for. No lock and no error: the file system knows no locks,
+    // and the question below has to do alone.
     const auto lock = FileLock::ForMoment(FolderOf(target_), kLockTimeout, error);
     if (error) {
         return false;
@@ -174,6 +193,7 @@ bool AtomicFile::CommitIf(const std::function<bool()>& isWanted, Durability dura
         error = std::make_error_code(std::errc::operation_canceled);
         return false;
     }
+    // Asked before the rename: after it, and once the lock is gone, the path may lead to the next program's file.
     const auto version = detail::VersionAt(private_); // a rename changes none of it
     if (!PutInPlace(error)) {
         return false;
@@ -185,6 +205,7 @@ bool AtomicFile::CommitIf(const std::function<bool()>& isWanted, Durability dura
 void AtomicFile::Rollback() noexcept
 {
     std::error_code ignored;
+    // First: Windows keeps the name of a removed file until it is closed.
     file_->Close(ignored);
     buffer_.clear();
     if (!private_.empty()) {

@@ -33,6 +33,7 @@ public:
 
 std::error_code make_error_code(FileError error) noexcept
 {
+    // Error codes point at their category, and a worker may look at one while the process exits.
     static NoDestructor<FileErrorCategory> category;
     return {static_cast<int>(error), *category};
 }

@@ -3,6 +3,9 @@
 #include <orvcore/files/detail/OrThrow.h>
 #include <orvcore/files/shared/NewFolders.h>
 
+// What is the same on all systems: the throwing forms, each made of the form with an error code, and questions that
+// answer with a bool. These never throw: what cannot be found out counts as not there.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -60,6 +63,7 @@ void EnsureDirectory(const fs::path& directory)
 
 void EnsureDirectory(const fs::path& directory, Error& error)
 {
+    // A path with a NUL in it would name another folder to the system, which reads up to the NUL.
     error = std::make_error_code(std::errc::invalid_argument);
     detail::NewFolders folders;
     if (IsUsablePath(directory) && folders.Make(directory, error)) {

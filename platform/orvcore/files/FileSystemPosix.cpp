@@ -6,6 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+// The operations of FileSystem.h. The standard library's own serve here: they take paths of any bytes. What is asked of
+// the system directly is what they do not tell, or not in one question: all facts of a path at once, with the time that
+// no program sets back (st_ctime), and the owner.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -45,6 +49,8 @@ FileInfo Inspect(int (*ask)(const char*, struct stat*), const fs::path& path, st
     }
     struct stat status {};
     if (ask(path.c_str(), &status) != 0) {
+        // "a/b" where "a" is a file: nothing is there, and no error either. Windows has other numbers for the same, see
+        // WindowsError.cpp.
         if (errno != ENOENT && errno != ENOTDIR) {
             error = {errno, std::generic_category()};
         }
@@ -72,6 +78,7 @@ FileInfo InspectTarget(const fs::path& path, std::error_code& error)
 
 bool MakeDirectory(const fs::path& path, std::error_code& error, FolderAccess access)
 {
+    // For a path that can name no folder; the system's own answer takes its place below.
     error = std::make_error_code(std::errc::invalid_argument);
     if (!IsUsablePath(path)) {
         return false;
@@ -124,6 +131,7 @@ bool IsSameFile(const fs::path& a, const fs::path& b) noexcept
 
 void ReadDirectory(const fs::path& directory, const DirectoryVisitor& visit, std::error_code& error)
 {
+    // Without the option to skip folders without rights: whoever reads must learn that something is missing.
     fs::directory_iterator at(directory, error);
     for (; !error && at != fs::directory_iterator(); at.increment(error)) {
         if (!visit(at->path(), KindOf(*at))) {

@@ -9,6 +9,13 @@
 #include <string_view>
 #include <type_traits>
 
+// The operations of FileSystem.h by the system's own calls. The standard library's would do for most, but they stop at
+// 260 characters, and the one that builds this library for Windows takes no symbolic link or junction for what it is.
+//
+// Two things differ from the other systems, and all below is about them. A file that somebody has open can be neither
+// deleted nor replaced, unless it was opened with FILE_SHARE_DELETE, as files of ours are but for locks. And a link is
+// a folder or a file with a reparse point, whose tag only a search tells.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -27,6 +34,7 @@ using FileHandle = std::unique_ptr<std::remove_pointer_t<HANDLE>, CloseFile>;
 // Opens what a path leads to, a folder too, only to ask about it; empty with the system's last error otherwise.
 FileHandle OpenToAsk(const fs::path& path)
 {
+    // Rights to the attributes alone: whoever has the file open without sharing it does not stop this.
     const HANDLE handle = ::CreateFileW(ToSystemPath(path).c_str(), FILE_READ_ATTRIBUTES,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                         FILE_FLAG_BACKUP_SEMANTICS, nullptr);
@@ -57,6 +65,7 @@ FileInfo InfoFrom(const Data& data, bool isLink)
         info.size = static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
     }
     info.modified = TimeOf(data.ftLastWriteTime);
+    // The system has a time of change too, but tells it of an open file only, and this is asked of thousands.
     info.replaced = TimeOf(data.ftCreationTime);
     return info;
 }
@@ -80,6 +89,8 @@ FileInfo NothingUnlessFailed(std::error_code& error)
 std::wstring FinalName(HANDLE handle)
 {
     std::wstring text;
+    // The first answer counts the closing NUL, the second does not. The file may be renamed between the two, so the
+    // room is asked for again until it is enough.
     DWORD length = ::GetFinalPathNameByHandleW(handle, nullptr, 0, FILE_NAME_NORMALIZED);
     while (length > text.size()) {
         text.resize(length);
@@ -95,6 +106,7 @@ std::wstring FinalName(HANDLE handle)
 // Removes all that can be; the error is the first one.
 void RemoveEach(const fs::path& path, std::error_code& error)
 {
+    // A link to a folder is none here: it goes alone, and what it leads to stays.
     const bool isFolder = InspectPath(path, error).kind == FileKind::Directory;
     const auto note = [&error](const std::error_code& failure) { error = error ? error : failure; };
     const auto remove = [&note](const fs::path& one) {
@@ -140,6 +152,7 @@ FileInfo InspectPath(const fs::path& path, std::error_code& error)
     }
     WIN32_FIND_DATAW found{};
     if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) { // only a search tells which kind
+        // Where it finds nothing any more, the tag stays 0 and the thing is taken for what its attributes say.
         const HANDLE search = ::FindFirstFileW(system.c_str(), &found);
         if (search != INVALID_HANDLE_VALUE) {
             ::FindClose(search);
@@ -154,6 +167,7 @@ FileInfo InspectTarget(const fs::path& path, std::error_code& error)
     if (info.kind != FileKind::Link) {
         return info;
     }
+    // Without FILE_FLAG_OPEN_REPARSE_POINT the system follows the link.
     const FileHandle handle = OpenToAsk(path);
     BY_HANDLE_FILE_INFORMATION data{};
     if (!handle || !::GetFileInformationByHandle(handle.get(), &data)) {
@@ -193,6 +207,7 @@ bool RemoveOne(const fs::path& path, std::error_code& error)
         NothingUnlessFailed(error);
         return false;
     }
+    // A link to a folder has this attribute, too, and is removed as a folder is, without what it leads to.
     const auto erase = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? &::RemoveDirectoryW : &::DeleteFileW;
     if (erase(system.c_str())) {
         return true;
@@ -259,6 +274,8 @@ void ReadDirectory(const fs::path& directory, const DirectoryVisitor& visit, std
 {
     error.clear();
     WIN32_FIND_DATAW data{};
+    // Short names (8.3) are not asked for, and many entries come in one answer of the system: both are for folders on a
+    // network.
     const HANDLE handle = ::FindFirstFileExW(ToSystemPath(directory / L"*").c_str(), FindExInfoBasic, &data,
                                              FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
     if (handle == INVALID_HANDLE_VALUE) {

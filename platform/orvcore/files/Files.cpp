@@ -26,11 +26,14 @@ bool CopyOneFile(const fs::path& from, const fs::path& to, Durability durability
 {
     const std::uint64_t total = InspectTarget(from, error).size; // what is wrong with it shows when it is read
     std::uint64_t done = 0;
+    // Goes when this returns, with all that was written unless it was committed: a copy that is cancelled, or that
+    // finds the disk full, leaves `to` as it was.
     AtomicFile copy(to);
     copy.RemoveLeftBehind();
     copy.TakeRightsOf(from);
     const auto write = [&](const char* data, std::size_t size) {
         done += size;
+        // A file that grows meanwhile is copied to its end and told as done from its first size on.
         const double fraction = done < total ? static_cast<double>(done) / static_cast<double>(total) : 1.0;
         if (progress && !progress(fraction)) {
             error = std::make_error_code(std::errc::operation_canceled);
@@ -57,6 +60,7 @@ std::string ReadWholeFile(const fs::path& path, std::uint64_t maxBytes, std::err
         return {};
     }
     std::string content(static_cast<std::size_t>(size), '\0');
+    // A file that has become shorter gives what there is; one that grows is read to the size it had.
     content.resize(file.ReadAt(0, content.data(), content.size(), error));
     return error ? std::string() : std::move(content);
 }
@@ -69,6 +73,7 @@ void WriteBufferToFile(const fs::path& path, const void* data, std::size_t size)
 
 ResultCode WriteBufferToFile(const fs::path& path, const void* data, std::size_t size, std::error_code& error)
 {
+    // Over the file itself and not beside it: others have it open and must see the new content under the same file.
     auto file = detail::NativeFile::Open(path, detail::NativeFile::Mode::Truncate, error);
     if (error) {
         return kResultFileNotOpened;
@@ -98,6 +103,7 @@ DirectoryListing ListDirectory(const fs::path& directory, std::error_code& error
         return listing;
     }
     const auto sort = [&listing](const fs::path& path, FileKind kind) {
+        // A link to a folder could lead to a folder above: whoever walks on from these lists must come to an end.
         if (kind != FileKind::Link || !IsDirectory(path)) {
             (kind == FileKind::Directory ? listing.directories : listing.files).push_back(path);
         }

@@ -11,6 +11,18 @@
 #include <set>
 #include <thread>
 
+// The system's notices only say that it is time to look; what has changed is found by comparing the folders with what
+// was known. So a notice too many costs a look, and one too few is made up for by the next.
+//
+// `known_` and `watched_` are used by one thread at a time without a lock: by the constructor, then by the watcher's
+// own. The order against lost changes: a folder is watched first and read then, so what happens after the reading is
+// heard. For the end `isEnding_` is set before Wake, and looked at after each wait; a Wake that comes before the wait
+// ends it at once.
+//
+// After a notice the watcher waits until nothing has been heard for the quiet time, because a file that is being copied
+// changes many times, but no longer than the interval (or the quiet time, where that is longer). Where a folder cannot
+// be watched, all are compared once each interval.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;

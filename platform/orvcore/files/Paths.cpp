@@ -21,6 +21,7 @@ fs::path TempDirectory(std::error_code& error)
 
 fs::path WithoutClosingSeparators(fs::path folder)
 {
+    // The parent of "a/b/" is "a/b", while a root is its own parent: without the second condition "/" would never end.
     while (!folder.has_filename() && folder.has_relative_path()) {
         folder = folder.parent_path();
     }

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+// File names are bytes here, and those of old disks or foreign archives need not be UTF-8. Hosts get UTF-16, where such
+// a byte becomes a lone surrogate, which no well-formed name holds. So every name comes back as the bytes that it was;
+// two files whose names differ in such bytes only stay two.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -13,6 +17,7 @@ constexpr char16_t kLoneByte = 0xDC00; // and the byte, which is 0x80 or more
 // The length of the well-formed character at the beginning of `text`; 0 when there is none.
 std::size_t CharacterLength(std::string_view text) noexcept
 {
+    // The shortest that is well-formed: no beginning of a longer character is one itself.
     for (std::size_t length = 1; length <= std::min<std::size_t>(4, text.size()); ++length) {
         if (IsWellFormedUTF8(text.substr(0, length))) {
             return length;
@@ -23,6 +28,7 @@ std::size_t CharacterLength(std::string_view text) noexcept
 
 bool IsLoneByte(std::u16string_view text, std::size_t at) noexcept
 {
+    // The same values are the second half of a pair, where they belong to a character.
     const bool completesPair = at > 0 && text[at - 1] >= 0xD800 && text[at - 1] <= 0xDBFF;
     return text[at] >= kLoneByte + 0x80 && text[at] <= kLoneByte + 0xFF && !completesPair;
 }
@@ -32,6 +38,7 @@ bool IsLoneByte(std::u16string_view text, std::size_t at) noexcept
 UTF16String PathTextToUTF16(std::u8string_view text)
 {
     std::string_view rest = AsNarrow(text);
+    // Nearly every path: one look and one conversion.
     if (IsWellFormedUTF8(rest)) {
         return ToUTF16(rest);
     }

@@ -1,5 +1,10 @@
 #include <orvcore/files/Paths.h>
 
+// A path that nears 260 characters is opened in its extended form, "\\?\C:\..." or "\\?\UNC\server\share\...", which
+// the system takes as it stands: it resolves no ".." there and knows no slashes, so the path is made absolute and
+// normal first. Short paths keep their own form, because the extended one means another thing where a name ends with a
+// dot or a space, and some programs that get a path from here do not know it.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;

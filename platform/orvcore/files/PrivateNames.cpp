@@ -6,12 +6,17 @@
 #include <string_view>
 #include <vector>
 
+// The names of files in the making. Each has an identifier of its own, so two programs that write the same target do
+// not meet before their renames, and nothing needs a lock until then. The dot hides them, the pattern marks them as
+// rubbish once they are old: packing, watching and measuring pass over them.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
 
 namespace {
 
+// FileLockWindows.cpp writes such a name out, and docs/decisions/atomic-packages.md tells it: keep the three in step.
 constexpr std::u8string_view kPrefix = u8".orv-";
 constexpr std::u8string_view kSuffix = u8".part";
 
@@ -25,6 +30,7 @@ fs::path PrivateSibling(const fs::path& path)
     return path.parent_path() / PathFromUTF8(name);
 }
 
+// By the whole pattern and not by its beginning: what is taken for private is left out of packages and deleted in time.
 bool IsPrivateName(const fs::path& fileName)
 {
     const UTF8String name = PathToUTF8(fileName);
@@ -45,6 +51,7 @@ void RemoveLeftBehind(const fs::path& folder, std::chrono::hours age) noexcept
         const auto collect = [&](const fs::path& path, FileKind kind) {
             std::error_code error;
             if ((kind == FileKind::File || kind == FileKind::Directory) && IsPrivateName(path.filename()) &&
+                // In a folder that users share, the others' files are theirs to remove.
                 InspectPath(path, error).modified < oldest && !error && IsOwn(path)) {
                 leftBehind.push_back(path);
             }

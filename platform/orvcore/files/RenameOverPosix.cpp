@@ -7,6 +7,7 @@ namespace fs = std::filesystem;
 bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error)
 {
     if (MayReplace(to, error)) {
+        // In one step, also while others have the old file open: they keep it until they close it.
         fs::rename(from, to, error);
     }
     return !error;

@@ -6,6 +6,11 @@
 #include <cstring>
 #include <vector>
 
+// To replace a file that somebody has open is what Windows forbids most. Three ways are tried, from the best to the
+// worst: the plain move, the move with the semantics of POSIX (Windows 10 on NTFS: whoever has the old file open keeps
+// it), and ReplaceFile. Virus scanners and indexers open every new file for a moment, so that a refusal is mostly over
+// in some milliseconds: 25 attempts, 20 ms apart, and the better two each time.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -32,6 +37,8 @@ bool RenameOverOpenFile(const fs::path& source, const fs::path& target)
     const std::size_t nameSize = name.size() * sizeof(wchar_t);
     std::vector<char> buffer(sizeof(FILE_RENAME_INFO) + nameSize);
     auto* const info = reinterpret_cast<FILE_RENAME_INFO*>(buffer.data());
+    // FILE_RENAME_INFO begins with a flag for replacing, in whose four bytes the newer call takes these flags. Not
+    // every header for Windows knows the class and the flags.
     std::memcpy(buffer.data(), &kReplaceWithPosixSemantics, sizeof kReplaceWithPosixSemantics);
     info->FileNameLength = static_cast<DWORD>(nameSize);
     std::memcpy(info->FileName, name.data(), nameSize);
@@ -65,6 +72,7 @@ bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error
         }
         const DWORD reason = ::GetLastError();
         const std::error_code failure = detail::LastWindowsError();
+        // These two mean "open elsewhere" or "read-only"; no other error goes away by itself.
         if (reason != ERROR_ACCESS_DENIED && reason != ERROR_SHARING_VIOLATION) {
             error = failure;
             return false;
@@ -76,6 +84,7 @@ bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error
         if (attempt == kAttempts) {
             const bool replaced = ::ReplaceFileW(target.c_str(), source.c_str(), nullptr,
                                                  REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr) != 0;
+            // The first way's reason tells more: ReplaceFile's are its own.
             error = replaced ? std::error_code() : failure;
             return replaced;
         }

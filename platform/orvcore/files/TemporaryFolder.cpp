@@ -7,6 +7,13 @@
 #include <algorithm>
 #include <set>
 
+// Who holds what, in <temporary folder>/<area>/: a folder <guid>, and beside it <guid>.lock, which its process has
+// locked as long as it lives. The system lets go of the lock however the process ends, so a folder whose lock can be
+// had is nobody's. The lock lies beside the folder and not in it: what the folder holds is its user's alone.
+//
+// The order when one is made: folder, lock file, lock. Between the first and the last step another process would take
+// the folder for abandoned, hence the day of grace. The order at the end: content, lock, lock file.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -23,8 +30,11 @@ fs::path LockOf(fs::path folder)
 fs::path NewFolder(std::u8string_view area)
 {
     fs::path folder = TempDirectory() / PathFromUTF8(area);
+    // Whoever comes first makes the area, for all users of the machine: they make folders in it and remove only their
+    // own.
     MakeDirectory(folder, FolderAccess::Shared);
     folder /= Guid::Create().ToString();
+    // A folder that is there already is somebody else's, who could read what is put into it.
     if (!MakeDirectory(folder, FolderAccess::OwnerOnly)) {
         throw fs::filesystem_error("cannot create folder", folder, std::make_error_code(std::errc::file_exists));
     }
@@ -50,6 +60,7 @@ void RemoveIfOwn(const fs::path& path)
 
 void RemoveUnlessUsed(const fs::path& folder)
 {
+    // No lock file: its maker was killed before it made one, or has removed it, or a cleaning program did.
     auto lock = FileLock::Open(LockOf(folder), false);
     if (lock && !lock->TryExclusive()) {
         return;
@@ -68,6 +79,7 @@ void RemoveAbandoned(const fs::path& area)
     const auto collect = [&](const fs::path& path, FileKind) {
         std::error_code unknown;
         if (IsTemporaryName(path.filename()) && InspectPath(path, unknown).modified < oldest && !unknown) {
+            // The folder and its lock lead to one place in the set; of a lock alone the folder is gone already.
             folders.insert(area / path.stem());
         }
         return true;
@@ -92,6 +104,7 @@ TemporaryFolder::~TemporaryFolder()
 {
     std::error_code ignored; // what stays goes with what killed programs leave
     RemoveTree(path_, ignored);
+    // Before the lock file is removed: on Windows a file with an open lock stays.
     use_.reset();
     RemoveTree(LockOf(path_), ignored);
 }

@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <vector>
 
+// Depth first, one folder at a time: memory is what one folder holds at each level, not what the tree holds. A folder
+// is read to its end before anything in it is visited, because a visitor may remove what it is told of, and what a
+// system answers when a folder changes under its reading is not set.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -38,6 +42,7 @@ Content Read(const fs::path& folder, std::error_code& error)
     return content;
 }
 
+// What could be read of the folder is visited when the visitor says GoOn: a listing shows what there is.
 WalkNext Fail(const fs::path& folder, const std::error_code& error, const TreeVisitor& visitor)
 {
     if (!visitor.fail) {
@@ -63,6 +68,7 @@ bool WalkInto(const fs::path& folder, const TreeVisitor& visitor)
 
 } // namespace
 
+// Calls itself for each level. The system's limit on the length of a path bounds them: some 2,000 on Linux.
 bool WalkTree(const fs::path& top, const TreeVisitor& visitor)
 {
     std::error_code error;

@@ -23,6 +23,7 @@ Values& TheValues()
     return *values;
 }
 
+// Copies: a reference would be read after the lock is gone, while another thread sets the value.
 template <class T>
 T Copy(const T& value)
 {
@@ -44,6 +45,7 @@ UTF16String Application::GetLanguageUTF16()
 
 void Application::SetLanguage(const std::string& language)
 {
+    // Before the lock, which all workers share for reading.
     UTF16String wide = ToUTF16(language);
     const std::unique_lock lock(TheValues().mutex);
     TheValues().language = language;

@@ -12,6 +12,8 @@ namespace orvcore {
 
 namespace {
 
+// What a host sets counts before the environment, and goes again with Unset. The environment is noted under the full
+// name of the setting, found or not, so a variable that is set later is not seen.
 struct Store {
     std::mutex mutex;
     std::map<std::string, UTF8String> fromHost;
@@ -39,6 +41,8 @@ std::optional<UTF8String> Find(const std::string& name)
     if (const auto found = store.fromHost.find(name); found != store.fromHost.end()) {
         return found->second;
     }
+    // Settings of other names belong to the host alone. Ours become variables: "ORV.entrysettletime" is
+    // ORV_ENTRYSETTLETIME.
     if (!name.starts_with("ORV.")) {
         return std::nullopt;
     }
@@ -61,6 +65,7 @@ std::int64_t DebugSettings::GetInt(const std::string& name, std::int64_t default
     const std::string_view text = AsNarrow(*found);
     std::int64_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    // A text that is no number, or goes on behind one, counts as not set.
     return error == std::errc() && end == text.data() + text.size() ? value : defaultValue;
 }
 

@@ -9,6 +9,10 @@
 #include <optional>
 #include <shared_mutex>
 
+// A key is a path and, behind "=", the text for want of a translation: "$$$/Panel/Title=Templates". A dictionary has a
+// line of the same form for each text, with "\n" for a line's end; "#" begins a remark. In the texts "@0" to "@9" stand
+// for arguments.
+
 namespace orvcore {
 
 namespace {
@@ -60,6 +64,8 @@ UTF8String Substitute(const UTF8String& text, std::initializer_list<std::u8strin
 {
     UTF8String out;
     for (std::size_t i = 0; i < text.size(); ++i) {
+        // An "@" without such an argument stays: e-mail addresses are texts, too. What is put in is not looked through
+        // again.
         if (text[i] == u8'@' && i + 1 < text.size() && IsASCIIDigit(text[i + 1])) {
             const auto index = static_cast<std::size_t>(text[i + 1] - u8'0');
             if (index < arguments.size()) {
@@ -80,6 +86,7 @@ UTF8String Localiser::Resolve(std::string_view key, std::initializer_list<std::u
     if (!key.starts_with(kPrefix)) {
         return Substitute(ToUTF8(key), arguments);
     }
+    // The dictionary goes by the path alone: a translation stays when the text in the code is changed.
     const std::size_t equals = key.find('=');
     std::optional<UTF8String> text = Find(Application::GetLanguage(), key.substr(0, equals));
     if (!text) {
@@ -90,11 +97,13 @@ UTF8String Localiser::Resolve(std::string_view key, std::initializer_list<std::u
 
 std::size_t Localiser::LoadDictionary(const std::string& language, std::string_view dictionary)
 {
+    // Editors on Windows put it there; it would be a part of the first key.
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (dictionary.starts_with(kByteOrderMark)) {
         dictionary.remove_prefix(kByteOrderMark.size());
     }
     std::size_t ignored = 0;
+    // For the whole of the loading: nobody sees a dictionary that is half there.
     const std::unique_lock lock(TheDictionaries().mutex);
     Dictionary& entries = TheDictionaries().byLanguage[language];
     while (!dictionary.empty()) {

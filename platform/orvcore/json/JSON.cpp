@@ -8,6 +8,8 @@ namespace orvcore::serialization {
 
 namespace {
 
+// Recurses no deeper than kMaxJSONDepth: the document that the tree was put into first has refused anything deeper, and
+// foreign values with it.
 void WriteNode(const JSONNode& node, JSONTextWriter& out)
 {
     switch (node.Kind()) {

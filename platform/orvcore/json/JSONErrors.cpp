@@ -1,5 +1,8 @@
 #include <orvcore/json/JSONErrors.h>
 
+// The destructors stand here and not in the header, so that each class has its type information in this library alone:
+// an exception that is thrown here is then of the very type that a program or another library catches.
+
 namespace orvcore::serialization {
 
 missing_key_exception::missing_key_exception(std::string key)

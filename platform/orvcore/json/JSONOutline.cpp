@@ -27,6 +27,7 @@ public:
 
     JSONOutline Document()
     {
+        // Before the first value: an outline takes some hundred bytes for a value of two.
         if (text_.size() - at_ > kMaxJSONSize) {
             Fail("the text is larger than readers take");
         }
@@ -43,6 +44,8 @@ private:
     {
         throw json_outline_exception(what, at_);
     }
+    // NUL at the end. A NUL in the text looks the same, but stands for nothing in the grammar, so every place that
+    // meets one fails; only the message depends on which of the two it was.
     char Peek() const
     {
         return at_ < text_.size() ? text_[at_] : '\0';
@@ -60,6 +63,8 @@ private:
         ++at_;
     }
 
+    // The limits are those of the other reader, counted in the same way: what is edited by its outline is read by that
+    // one.
     JSONOutline Value(std::size_t depth)
     {
         if (depth > kMaxJSONDepth) {
@@ -144,6 +149,8 @@ private:
         return true;
     }
 
+    // Finds the end only: bytes past ASCII are passed over, and no quotation mark or back-slash is a part of a
+    // character.
     void String()
     {
         for (++at_; Peek() != '"'; ++at_) {
@@ -265,6 +272,7 @@ void TextPlace::Pass(std::string_view text)
         column = 1;
         text.remove_prefix(lineEnd + 1);
     }
+    // All bytes but those that continue a character.
     column += static_cast<std::size_t>(std::count_if(
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }

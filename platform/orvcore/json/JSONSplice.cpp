@@ -4,6 +4,11 @@
 
 #include <algorithm>
 
+// An edit is a place (bytes to replace, none for an insertion) and a text, both in terms of the text as it was
+// outlined. The edits lie sorted by place, so one pass from the front copies what is between them. At one place an
+// insertion comes before a replacement, because it ends earlier; insertions of members come by their keys, those of
+// elements in the order of the calls.
+
 namespace orvcore::serialization {
 
 namespace {
@@ -23,6 +28,7 @@ bool Ascends(const JSONOutline& a, const JSONOutline& b)
 // The member in front of which a new one stands; none where the keys are in no order or the new one is the last.
 const JSONOutline* PlaceOf(const std::vector<JSONOutline>& members, std::string_view key)
 {
+    // Keys in no order were put there by hand, in an order that means something to somebody.
     if (!std::is_sorted(members.begin(), members.end(), Ascends)) {
         return nullptr;
     }
@@ -53,15 +59,20 @@ void JSONSplice::MakeEdits() const
             continue; // inside a value that is replaced
         }
         text.append(text_, done, place.begin - done);
+        // Between empty brackets only another insertion at the same place can have ended here, so this one needs a
+        // comma.
         text.append(edit.intoEmpty && place.begin == done ? "," : "").append(edit.text);
         done = place.end;
     }
     text.append(text_, done);
     edits_.clear();
     text_ = std::move(text);
+    // What was put in is judged here, after the change: a value that is no JSON makes the pass throw, and the object is
+    // of no use then.
     root_ = ReadOutline(text_);
 }
 
+// The last edit of one place counts, as if each had been made at once.
 void JSONSplice::PutOnly(Place place, Edit edit)
 {
     edits_.erase(place);

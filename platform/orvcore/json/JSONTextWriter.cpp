@@ -9,6 +9,11 @@
 #include <cstring>
 #include <utility>
 
+// Text is put into a string that is longer than the text, so that most pieces cost a comparison and a copy. Commas and
+// line breaks are written in front of a value, when it is known that one comes: `needComma_` says that a value stands
+// before it at this level, `afterKey_` that the key has brought both already. Depth is counted, not limited: the
+// writers' own records are shallow, and foreign values go through Raw, which judges them.
+
 namespace orvcore::serialization {
 
 namespace {
@@ -101,6 +106,7 @@ JSONTextWriter::JSONTextWriter(bool formatted)
 
 JSONTextWriter::~JSONTextWriter() = default;
 
+// Until here the string is longer than the text: `size_` bytes are written, the rest is room.
 UTF8String JSONTextWriter::Take()
 {
     text_.resize(std::exchange(size_, 0));
@@ -110,6 +116,7 @@ UTF8String JSONTextWriter::Take()
 
 void JSONTextWriter::Grow(std::size_t bytes)
 {
+    // Twice as much each time, so that a text is copied a few times and not for each piece.
     constexpr std::size_t kFirst = 4096;
     text_.resize(std::max({kFirst, text_.size() * 2, size_ + bytes}));
 }
@@ -214,6 +221,8 @@ void JSONTextWriter::UInt(std::uint64_t value)
     PutNumber(value);
 }
 
+// to_chars gives the shortest digits that read back as the same double. A whole number gets its ".0", or it would be
+// read back as an integer.
 void JSONTextWriter::Double(double value)
 {
     if (!std::isfinite(value)) {
@@ -237,10 +246,13 @@ void JSONTextWriter::String(std::string_view text)
 void JSONTextWriter::Quote(std::string_view text)
 {
     if (!IsWellFormedUTF8(text)) {
+        // Through UTF-16, which makes U+FFFD of what is ill-formed, by the same rules as everywhere else.
         const UTF8String mended = ToUTF8(ToUTF16(text));
         return Quote(AsNarrow(mended));
     }
     Put(u8'"');
+    // A slice may end inside a character: all of its bytes are copied as they are, the rest of them with the next
+    // slice.
     for (; !text.empty(); text.remove_prefix(std::min(text.size(), kSlice))) {
         char8_t* const begin = Reserve(std::min(text.size(), kSlice) * kLongestEscape);
         char8_t* to = begin;
@@ -273,6 +285,8 @@ void JSONTextWriter::String(std::u16string_view text)
 void JSONTextWriter::Raw(std::string_view json)
 {
     // A value that is fine by itself may lie too deep here, and no reader would take the whole text then.
+    // It is parsed only to be judged, and written as it stands: a value that this library does not know keeps its
+    // digits and the order of its keys.
     if (depth_ + DeepestValue(detail::ReadRaw(json, lastKey_).Root()) > kMaxJSONDepth) {
         throw json_write_exception("a value" + detail::UnderKey(lastKey_) + " is nested too deep");
     }
@@ -282,6 +296,8 @@ void JSONTextWriter::Raw(std::string_view json)
 
 std::unique_ptr<JSONSink> JSONTextWriter::NewPart() const
 {
+    // Compact, also where this text is formatted: formatted texts are made of value trees, which are written without
+    // parts.
     auto part = std::make_unique<JSONTextWriter>();
     // The part's own array stands for the one that is open, so that depth checks and messages are the same in it.
     part->depth_ = depth_ - 1;

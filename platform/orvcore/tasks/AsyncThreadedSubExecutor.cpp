@@ -9,6 +9,11 @@ namespace orvcore {
 // The parent never gets the queue's own tasks, but runners: each takes the task that is first in the queue when it gets
 // a thread. So tasks start in their order on whatever threads, and `Stop` drops them without asking the parent. A
 // runner counts from before it is posted until it finds the queue empty; as many as `concurrency` may count at a time.
+//
+// Why no task is forgotten: a runner that leaves finds the queue empty and stops counting under one holding of the
+// lock, and whoever queues a task sees under the same lock whether one counts. Why a serial queue is serial: with a
+// concurrency of 1 the next runner is posted only when the task has ended, and by the lock each task sees what the one
+// before wrote.
 struct AsyncThreadedSubExecutor::State : std::enable_shared_from_this<State> {
     State(std::shared_ptr<Executor> executor, std::size_t limit)
         : concurrency(limit)
@@ -72,6 +77,7 @@ void AsyncThreadedSubExecutor::State::RunOne()
         task = std::move(queue.front());
         queue.pop_front();
     }
+    // Without the lock. What it throws goes to the host's handler, so the runner always comes to its end.
     RunTask(task);
     std::shared_ptr<Executor> executor;
     {
@@ -82,6 +88,8 @@ void AsyncThreadedSubExecutor::State::RunOne()
         }
         executor = parent;
     }
+    // The parent refuses for good, so what is queued will never run. `runners` stays too high, which nobody asks any
+    // more.
     if (!PostRunner(executor)) {
         Stop();
     }

@@ -8,10 +8,21 @@
 #include <thread>
 #include <vector>
 
+// The process-wide executors and the order in which they end, at the host's call or at exit:
+//
+// - both refuse work, then `terminating` is set (the other way round a queued task would start in the place of one that
+//   has noticed the end);
+// - services with threads of their own end, because a running task may be waiting for one;
+// - running tasks are waited for: without limit at the host's call, two seconds at exit.
+//
+// Nothing here is ever destroyed (NoDestructor), and the module stays loaded: workers may run until the process is
+// gone. docs/decisions/executor-shutdown.md has the reasons.
+
 namespace orvcore {
 
 namespace {
 
+// Has no destructor that runs at exit, so it may be asked until the last moment.
 std::atomic<bool> terminating = false;
 
 struct HandlerSlot {
@@ -36,6 +47,8 @@ EndCalls& TheEndCalls()
     return *calls;
 }
 
+// The calls are taken out of the list, so each is made once, however often the end comes: at the host's call, and once
+// for each registration at exit. They are made without the lock: a service may take its time, or ask for this list.
 void EndServices(ProcessEnd reason) noexcept
 {
     std::vector<void (*)(ProcessEnd) noexcept> calls;
@@ -72,6 +85,8 @@ void StopAtExit() noexcept;
 Executors& TheExecutors()
 {
     static NoDestructor<Executors> executors;
+    // With the first use, not when the library is loaded: a host that starts no task may unload it again. First the
+    // module is kept, then the exit handler registered, since one whose code has been unloaded would crash the exit.
     static const bool prepared = (KeepModuleLoaded(&terminating), CallAtExit(&StopAtExit), true);
     static_cast<void>(prepared);
     return *executors;
@@ -82,6 +97,7 @@ void StopAtExit() noexcept
 {
     TheExecutors().BeginTermination();
     EndServicesAtExit();
+    // A host's exit must not hang on a slow disk or network; what runs longer is cut off, as a killed process would be.
     TheExecutors().cpuBound->WaitUntilIdle(std::chrono::seconds(2));
 }
 
@@ -103,6 +119,7 @@ void Report(const std::exception_ptr& exception) noexcept
 
 } // namespace
 
+// Here, so that the class has its table of functions in this library alone.
 Executor::~Executor() = default;
 
 std::shared_ptr<Executor> GetCPUBoundExecutor()
@@ -143,6 +160,7 @@ bool IsTerminating() noexcept
 
 void SetTaskExceptionHandler(TaskExceptionHandler handler)
 {
+    // Declared before the lock: the old handler, which it holds after the swap, goes when the lock is released already.
     auto shared = std::make_shared<const TaskExceptionHandler>(std::move(handler));
     const std::lock_guard lock(TheHandler().mutex);
     TheHandler().handler.swap(shared);

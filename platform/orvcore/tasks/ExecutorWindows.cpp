@@ -12,6 +12,7 @@ void KeepModuleLoaded(const void* addressInside) noexcept
                        static_cast<LPCWSTR>(addressInside), &module);
 }
 
+// Handlers of a library run here when the system has ended all other threads, perhaps inside a lock: see ProcessEnd.h.
 void CallAtExit(void (*)()) noexcept {}
 
 } // namespace orvcore

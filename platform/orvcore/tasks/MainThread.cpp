@@ -15,6 +15,10 @@ namespace {
 // Calls come from any thread and run on the host's main thread, in order. The host either pumps (Run), or installs a
 // dispatcher that has its event loop call Run. The dispatcher is asked once for all that is queued, and again when a
 // run has left something: an event loop that got an event for each of 10,000 calls would do little else.
+//
+// No call is forgotten: `dispatched_` is cleared under the lock before a run takes its first call. Who queues after
+// that asks anew; what was queued before is either run or found by the Dispatch at the run's end. No lock is held while
+// code of the host runs (calls, the dispatcher, destructors of what they hold): all of it may come back here.
 class MainThreadQueue {
 public:
     bool Push(OneTimeInvocation call)
@@ -27,6 +31,8 @@ public:
             calls_.push_back(std::move(call));
             ++pushed_;
         }
+        // Before the dispatcher is asked: a main thread that waits by itself need not wait for the host's function,
+        // too.
         queued_.notify_all();
         Dispatch();
         return true;
@@ -65,6 +71,8 @@ public:
         auto installed = std::make_shared<Installed>(Installed{std::move(dispatcher)});
         {
             const std::lock_guard lock(mutex_);
+            // From here on `installed` is the old one. No thread can enter it any more, only those that are inside it
+            // can stay.
             dispatcher_.swap(installed);
             dispatched_ = false;
         }

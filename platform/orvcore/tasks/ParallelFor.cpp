@@ -9,6 +9,7 @@ namespace orvcore {
 void ParallelFor(std::size_t count, std::size_t grain, const std::function<void(std::size_t, std::size_t)>& body,
                  const std::function<void()>& whileWaiting)
 {
+    // Several, so that a worker whose pieces were quick takes some of another's.
     constexpr std::size_t kPiecesAWorker = 4;
     if (grain == 0) {
         grain = std::max<std::size_t>(count / (GetCPUBoundExecutor()->GetConcurrency() * kPiecesAWorker), 1);

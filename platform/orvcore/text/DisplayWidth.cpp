@@ -27,6 +27,7 @@ std::size_t DisplayWidth(std::string_view text) noexcept
         utf8proc_int32_t c = 0;
         const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
                                              static_cast<utf8proc_ssize_t>(text.size()), &c);
+        // A byte that belongs to no character is shown as one replacement.
         width += length > 0 ? WidthOf(c) : 1;
         text.remove_prefix(length > 0 ? static_cast<std::size_t>(length) : 1);
     }

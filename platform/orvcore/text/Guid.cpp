@@ -31,6 +31,7 @@ int DigitValue(char c)
 
 Guid Guid::Create()
 {
+    // One a thread: a generator is not for several, and a new one asks the system for its randomness again.
     thread_local boost::uuids::random_generator generate;
     const boost::uuids::uuid made = generate();
     Guid guid;
@@ -40,6 +41,7 @@ Guid Guid::Create()
 
 std::optional<Guid> Guid::FromString(std::string_view text)
 {
+    // In braces, as Windows programs write it.
     if (text.size() == 38 && text.front() == '{' && text.back() == '}') {
         text = text.substr(1, 36);
     }

@@ -7,6 +7,7 @@ namespace orvcore {
 
 namespace {
 
+// Bounds the table, and the time: a longer word is no misspelt name.
 constexpr std::size_t kLongest = 64;
 
 char Lower(char c) noexcept
@@ -49,6 +50,7 @@ std::string NearestName(std::string_view word, const std::vector<std::string>& n
             continue;
         }
         const std::size_t distance = Distance(word, name);
+        // At most a third of the letters may differ: a worse guess confuses more than it helps.
         if (distance < fewest && distance * 3 <= std::max(name.size(), word.size())) {
             fewest = distance;
             nearest = name;

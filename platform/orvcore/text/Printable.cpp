@@ -6,6 +6,8 @@ namespace orvcore {
 
 namespace {
 
+// Besides the control characters of ASCII and Latin-1 those that end lines, and those that turn the direction of
+// writing: with them a name in a terminal or a log may show as another one.
 bool IsControl(utf8proc_int32_t c)
 {
     return c < 0x20 || (c >= 0x7F && c < 0xA0) || (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
@@ -34,6 +36,7 @@ std::string Shortened(std::string_view text)
         return std::string(text);
     }
     std::size_t end = kMost;
+    // Back to the beginning of the character that would be cut.
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) { // inside a character
         --end;
     }

@@ -22,6 +22,8 @@ struct Decoded {
 // broken character gives one replacement character.
 Decoded DecodeUTF8(const unsigned char* at, std::size_t available) noexcept
 {
+    // The second byte has a narrower range behind some leads: it keeps out over-long forms (E0, F0), surrogates (ED)
+    // and what lies beyond U+10FFFF (F4). C0, C1 and F5 to FF begin nothing.
     const unsigned char lead = at[0];
     if (lead < 0x80) {
         return {lead, 1};
@@ -102,7 +104,9 @@ char16_t* DecodeAll(const unsigned char* bytes, std::size_t size, std::size_t as
             } while (i < size && bytes[i] < 0x80);
             continue;
         }
-        // Well-formed two- and three-byte sequences are nearly all there is past ASCII.
+        // Well-formed two- and three-byte sequences are nearly all there is past ASCII. Both shortcuts take well-formed
+        // sequences only (no over-long ones, no surrogates); all else goes the long way, where it is replaced. So do
+        // the last two bytes of the text: no read goes beyond its end.
         if (i + 2 < size && Continues(bytes[i + 1])) {
             const unsigned two = (bytes[i] & 0x1FU) << 6U | (bytes[i + 1] & 0x3FU);
             if ((bytes[i] & 0xE0U) == 0xC0U && two >= 0x80) {
@@ -161,6 +165,7 @@ UTF16String ToUTF16(std::string_view narrow)
         return UTF16String(bytes, bytes + ascii);
     }
     // No byte gives more than one code unit. Most texts are short and are decoded in place of a second allocation.
+    // On the stack, where it costs nothing to be larger than what comes.
     constexpr std::size_t kShort = 512;
     std::array<char16_t, kShort> shortUnits;
     if (narrow.size() <= kShort) {
@@ -199,6 +204,7 @@ UTF8String ToUTF8(std::u16string_view text)
     }
     UTF8String out(text.size() * kMaxUTF8PerUTF16, u8'\0');
     out.resize(static_cast<std::size_t>(EncodeUTF8(text, out.data()) - out.data()));
+    // Up to three bytes were reserved for each code unit, mostly to hold one.
     out.shrink_to_fit();
     return out;
 }

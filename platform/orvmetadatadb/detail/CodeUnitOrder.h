@@ -22,6 +22,8 @@ inline bool IsBefore(std::u16string_view a, std::u16string_view b) noexcept
             break;
         }
     }
+    // The block of four only says that they differ: which unit is the first is found one by one, because in memory the
+    // lowest byte comes first and the block as a number has another order.
     while (at < common && a[at] == b[at]) {
         ++at;
     }

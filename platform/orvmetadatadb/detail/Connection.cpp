@@ -7,6 +7,7 @@
 
 namespace orvmetadatadb::detail {
 
+// The public header repeats these numbers, because it does not include SQLite's.
 static_assert(orvstorage::sqlite::kOk == SQLITE_OK && orvstorage::sqlite::kBusy == SQLITE_BUSY &&
               orvstorage::sqlite::kReadOnly == SQLITE_READONLY &&
               orvstorage::sqlite::kInterrupted == SQLITE_INTERRUPT && orvstorage::sqlite::kIOError == SQLITE_IOERR &&
@@ -25,6 +26,7 @@ void Connection::Open(const orvcore::UTF16String& path)
     if (!orvcore::IsUsablePath(file)) {
         throw SQLiteError(SQLITE_CANTOPEN);
     }
+    // SQLite takes UTF-8 on every system, and on Windows opens the extended form of a long path as it stands.
     const orvcore::UTF8String name = orvcore::PathToUTF8(orvcore::ToSystemPath(file));
     // The owner serialises all calls, so SQLite's own locks around each would be paid for nothing.
     constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
@@ -33,10 +35,12 @@ void Connection::Open(const orvcore::UTF16String& path)
         Close();
         throw SQLiteError(result & 0xFF);
     }
+    // Callers tell primary codes apart.
     sqlite3_extended_result_codes(handle_, 0);
     // The file's content is not trusted: no functions or virtual tables run from its schema.
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    // A handler that was set before the file was opened, or for the file before.
     SetProgressHandler(interval_, callback_, context_);
 }
 
@@ -74,6 +78,8 @@ void Connection::SetProgressHandler(int interval, ProgressCallback callback, voi
     }
 }
 
+// A flag of our own and not sqlite3_interrupt: that ends only what runs at the moment and needs a handle, which the
+// thread that works here may be closing.
 int Connection::OnProgress(void* self)
 {
     const auto& connection = *static_cast<const Connection*>(self);

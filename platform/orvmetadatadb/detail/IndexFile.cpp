@@ -22,6 +22,7 @@ std::string Identifier(const std::string& name)
     return out + '"';
 }
 
+// For each connection anew: SQLite keeps none of these in the file.
 void SetUp(Connection& connection)
 {
     // What the index forgets need not be wiped from the disk, a damaged page is better found early, and an empty index
@@ -57,6 +58,8 @@ IndexFile::Format IndexFile::Open(const orvcore::UTF16String& path, int busyTime
 
 IndexFile::Format IndexFile::ReadFormat()
 {
+    // The marks of the three cases: ours has both numbers, a file that SQLite has just made has neither and no table,
+    // and any other is somebody's database, which stays as it is.
     const auto application = Statement(connection_, "PRAGMA application_id").Number();
     const auto version = Statement(connection_, "PRAGMA user_version").Number();
     const auto tables = Statement(connection_, "SELECT count(*) FROM sqlite_schema").Number(); // reads the whole schema
@@ -77,6 +80,7 @@ IndexFile::Format IndexFile::ReadFormat()
 
 void IndexFile::Close() noexcept
 {
+    // The statements first: a connection goes only when the last of them has gone.
     table_.reset();
     connection_.Close();
 }
@@ -85,6 +89,7 @@ void IndexFile::UseTable(const orvcore::UTF16String& table)
 {
     table_.reset();
     const std::string name = orvcore::ToNarrow(table);
+    // Asked before a table is made: to make one takes the write lock, for which a mere reader would wait.
     Statement exists(connection_, "SELECT count(*) FROM sqlite_schema WHERE type='table' AND name=?");
     exists.Bind(1, orvcore::AsUTF8(name));
     if (exists.Number() == 0) {
@@ -92,6 +97,7 @@ void IndexFile::UseTable(const orvcore::UTF16String& table)
     }
     const std::string changes = Identifier(name);
     const auto prepare = [this](const std::string& sql) { return Statement(connection_, sql); };
+    // Prepared once: an insert then costs the binding of its values. The order is that of the members.
     table_ = TableStatements{
         prepare("SELECT coalesce(min(id),0) FROM " + changes),
         prepare("SELECT coalesce(max(id),0) FROM " + changes),
@@ -120,6 +126,7 @@ std::int64_t IndexFile::FirstChange()
 
 std::int64_t IndexFile::LastChange()
 {
+    // The numbers of a damaged or hostile file may be anything. Those that follow must not overflow.
     constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / 2; // no index comes so far
     const std::int64_t last = table_->last.Number();
     if (last > kMost) {
@@ -161,6 +168,7 @@ void IndexFile::RemoveKey(std::int64_t id, std::u16string_view path)
 
 void IndexFile::RemoveAll(std::int64_t id)
 {
+    // Without a condition: SQLite then empties the table page by page instead of deleting row by row.
     table_->dropAll.Run();
     table_->removeAll.Bind(1, id);
     table_->removeAll.Run();

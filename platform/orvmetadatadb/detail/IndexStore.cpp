@@ -5,6 +5,15 @@
 
 #include <utility>
 
+// The index between two places: memory, which answers, and the file, which lasts. IndexStore.h has the rules by which
+// both agree; how changes go to the file and come from it is IndexStoreChanges.cpp. A failure to write is one of four:
+//
+// - another process holds the lock: the changes stay pending, and are tried again ever less often;
+// - the file is damaged: nothing is read or written any more, until Open or RemoveTable sets the file aside;
+// - anything else (a full disk, no rights): no further change is taken, since earlier calls have promised rows that the
+//   file lacks; searches go on from memory;
+// - at the end of the object: given up. The index is a cache, and the next listing finds the rows again.
+
 namespace orvmetadatadb::detail {
 
 namespace codes = orvstorage::sqlite;
@@ -13,6 +22,7 @@ namespace {
 
 // How long a lock of another process is waited for: in general, and by the thread that ends the index,
 // which may be a host's main thread.
+// A group of another process is written in milliseconds; half a second means that it is stopped or its disk hangs.
 constexpr int kBusyTimeoutMs = 500;
 constexpr int kLastBusyTimeoutMs = 10;
 
@@ -22,6 +32,7 @@ IndexStore::~IndexStore()
 {
     if (IsOpen()) {
         // An interrupt ends searches; what was changed before is still written.
+        // Its context belongs to the host, and may be gone by now.
         file_.GetConnection().SetProgressHandler(0, nullptr, nullptr);
         file_.GetConnection().SetBusyTimeout(kLastBusyTimeoutMs);
         SaveLast();
@@ -31,6 +42,7 @@ IndexStore::~IndexStore()
 void IndexStore::SaveLast() noexcept
 {
     try {
+        // Into a damaged file nothing is written any more.
         if (failure_ != codes::kCorrupt) {
             Save();
         }
@@ -75,6 +87,8 @@ void IndexStore::OpenOrReplace()
 void IndexStore::Replace()
 {
     file_.Close();
+    // Another process may have replaced the file at the same moment: then this one moves the new, empty index away, and
+    // rows that were in it are found again by its listing.
     if (!SetAside(path_) || file_.Open(path_, kBusyTimeoutMs) != IndexFile::Format::Current) {
         throw SQLiteError(codes::kCannotOpen);
     }
@@ -84,6 +98,7 @@ void IndexStore::Replace()
 
 void IndexStore::Forget() noexcept
 {
+    // All of what is known of the file goes together: the next operation reads it from its first change.
     memory_.Clear();
     lastRead_ = 0;
     lastKey_.clear();
@@ -100,6 +115,7 @@ void IndexStore::SetSynchronous(bool synchronous)
 
 void IndexStore::ApplySynchronous()
 {
+    // NORMAL and not FULL: with a write-ahead log a loss of power may cost the last groups, but damages nothing.
     file_.GetConnection().Execute(isSynchronous_ ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=OFF");
 }
 
@@ -172,6 +188,7 @@ bool IndexStore::Insert(std::u16string_view key, std::u16string_view text)
     if (!memory_.Insert(key, text)) {
         CatchUp(); // another process may have deleted it since
         if (!memory_.Insert(key, text)) {
+            // Really there, as far as anybody has written it.
             return false;
         }
     }
@@ -221,6 +238,7 @@ void IndexStore::Note(Change change)
 void IndexStore::SaveIfFree()
 {
     Connection& connection = file_.GetConnection();
+    // The user waits for a search at each key press; who inserts has time.
     connection.SetBusyTimeout(0); // a search does not wait for a writer
     try {
         Save();

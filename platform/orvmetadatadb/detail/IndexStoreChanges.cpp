@@ -47,6 +47,8 @@ void IndexStore::Save()
 // The number of the last change written.
 std::int64_t IndexStore::WriteChanges(std::int64_t last)
 {
+    // Null at the beginning of every group: another process's change may stand before it, so a group never begins with
+    // a row that leaves out its key.
     const Change* before = nullptr; // a key's rows mostly come together
     for (const Change& change : pending_) {
         ++last;
@@ -74,6 +76,7 @@ std::int64_t IndexStore::WriteChanges(std::int64_t last)
 // memory is not what the file is to hold, and the removal shortens the list itself.)
 bool IndexStore::IsWorthWritingAnew(std::int64_t last)
 {
+    // Unsigned, because a damaged file may have any first number.
     const auto length = static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(file_.FirstChange());
     return length > kLongList && length / 4 > memory_.RowCount() && !IsRemovalPending();
 }
@@ -82,6 +85,7 @@ bool IndexStore::IsWorthWritingAnew(std::int64_t last)
 // with the same rows as one that begins here.
 std::int64_t IndexStore::WriteAnew(std::int64_t last)
 {
+    // It empties the list, and is then its first change: whoever reads on from an older number comes across it.
     file_.RemoveAll(++last);
     std::u16string_view before;
     memory_.ForEachRow([&](std::u16string_view key, std::u16string_view text) {
@@ -124,6 +128,8 @@ void IndexStore::CatchUp()
 // reading goes on behind it; a row of the same key then needs the key that was read before.
 void IndexStore::ReadChanges()
 {
+    // Left open by an exception it would keep its read lock; ChangesAfter resets it before the next reading, and a
+    // failed step resets itself.
     Statement& changes = file_.ChangesAfter(lastRead_);
     while (changes.Step()) {
         orvcore::UTF16String path = changes.Units(1);
@@ -132,6 +138,8 @@ void IndexStore::ReadChanges()
             lastKey_ = std::move(path);
         }
         const orvcore::UTF16String text = orvcore::ToUTF16(changes.Text(2));
+        // By the table in IndexFile.h. What the library writes has no empty text or key, so an empty value stands for a
+        // NULL.
         if (text.empty() && isSameKey) {
             memory_.Clear();
         } else if (text.empty()) {

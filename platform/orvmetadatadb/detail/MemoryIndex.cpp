@@ -8,10 +8,21 @@
 #include <numeric>
 #include <stdexcept>
 
+// Three tables refer to each other by small numbers: keys (paths), texts, and rows that join one of each. A key's rows
+// form a chain through `rows_`, newest first. Numbers of keys and texts are never used again, those of rows are:
+//
+// - a removed row stays in `rows_` with the text that never hits, until a new row takes its number;
+// - a key without rows stays among the keys, with an empty chain, and a text that no row uses stays in the pool with a
+//   count of 0. Both can only be got rid of by building the memory anew, which IsWasteful asks for.
+//
+// So a search needs no table of what has gone: one pass over the folded texts, one over the rows, one over the keys,
+// each over memory that lies side by side.
+
 namespace orvmetadatadb::detail {
 
 namespace {
 
+// Fewer keys than this cost little however many of them are unused; reading the file anew costs more.
 constexpr std::size_t kWasteWorthClearing = 16384;
 // An answer this small is sorted by itself; others are picked from a lasting order of all keys. Where that is out of
 // date, a small share of the keys does not pay for it.
@@ -21,6 +32,7 @@ constexpr std::size_t kCopiedAtOnce = 4096; // copying the texts takes most of a
 // A key with more rows than this has them in a table; few have.
 constexpr std::uint32_t kLongChain = 32;
 
+// Both numbers have 32 bits, so the pair is one number without collisions.
 std::uint64_t RowName(StringTable::Id key, TextPool::Id text) noexcept
 {
     return std::uint64_t{key} << 32 | text;
@@ -34,6 +46,7 @@ bool MemoryIndex::Insert(std::u16string_view key, std::u16string_view text)
     if (keyId == keyRecords_.size()) {
         keyRecords_.emplace_back();
     }
+    // Added without a use: when the row turns out to be there, nothing has to be taken back.
     const TextPool::Id textId = texts_.Add(text);
     if (FindRow(keyId, textId) != kNoRow) {
         return false;
@@ -160,6 +173,7 @@ std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::ui
 {
     std::vector<orvcore::UTF16String> keys;
     const auto count = static_cast<std::size_t>(std::count(wanted.begin(), wanted.end(), std::uint8_t{1}));
+    // Keys are never removed, so equal sizes mean the same keys.
     const bool ordered = sortedKeys_.size() == keys_.Size();
     if (count < kSmallAnswer || (!ordered && count < wanted.size() / kSmallShare)) {
         keys.reserve(count);
@@ -177,6 +191,8 @@ std::vector<orvcore::UTF16String> MemoryIndex::Collect(const std::vector<std::ui
     std::copy_if(sortedKeys_.begin(), sortedKeys_.end(), std::back_inserter(found),
                  [&](KeyId key) { return wanted[key] != 0; });
     keys.resize(count);
+    // Each piece fills strings of its own; keys and texts are only read meanwhile, since the caller holds the index's
+    // lock.
     orvcore::ParallelFor(count, kCopiedAtOnce, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
             keys[i] = keys_[found[i]];

@@ -14,6 +14,7 @@ namespace orvmetadatadb::detail {
 
 namespace {
 
+// The header of an SQLite file: 16 bytes of text, at 68 the application's number, high byte first, 100 bytes in all.
 constexpr std::string_view kMagic("SQLite format 3\0", 16);
 constexpr std::size_t kHeaderSize = 100;
 constexpr std::size_t kApplicationIdOffset = 68;
@@ -39,6 +40,7 @@ std::uint32_t BigEndian(const char* bytes) noexcept
 // file at this path.
 bool WasSearchIndex(const orvcore::UTF16String& path)
 {
+    // Not by SQLite, which has just refused it.
     std::ifstream file(SystemPath(path), std::ios::binary);
     std::array<char, kHeaderSize> header{};
     file.read(header.data(), header.size());
@@ -57,6 +59,8 @@ bool WasSearchIndex(const orvcore::UTF16String& path)
 // The log and its index go with the file: beside a new file the old log would be played back into it.
 bool SetAside(const orvcore::UTF16String& path)
 {
+    // The database first: when that cannot be moved (another process has it open on Windows), nothing else is touched.
+    // Were its log moved first, changes that stand only there would be lost.
     for (const char16_t* suffix : {u"", u"-wal", u"-shm", u"-journal"}) {
         std::error_code error;
         const std::filesystem::path from = SystemPath(path + suffix);

@@ -10,6 +10,8 @@ namespace orvmetadatadb::detail {
 
 Statement::Statement(Connection& connection, const std::string& sql)
 {
+    // With the closing NUL counted SQLite need not copy the text; PERSISTENT tells it that the statement is kept for
+    // long.
     Connection::Check(sqlite3_prepare_v3(connection.Handle(), sql.c_str(), static_cast<int>(sql.size() + 1),
                                          SQLITE_PREPARE_PERSISTENT, &statement_, nullptr));
 }
@@ -39,6 +41,7 @@ void Statement::Bind(int parameter, std::u8string_view text)
 {
     // A view without characters may have no address, which SQLite would store as NULL.
     const char* bytes = text.empty() ? "" : reinterpret_cast<const char*>(text.data());
+    // SQLITE_STATIC: no copy is made, so the bytes must stay until the statement has run.
     Connection::Check(sqlite3_bind_text64(statement_, parameter, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8));
 }
 
@@ -83,6 +86,7 @@ std::int64_t Statement::Integer(int column) const noexcept
 
 std::u8string_view Statement::Text(int column) const noexcept
 {
+    // A column has whatever type a damaged file gives it; converting it would make text of numbers.
     if (sqlite3_column_type(statement_, column) != SQLITE_TEXT) {
         return {};
     }

@@ -10,6 +10,8 @@ namespace {
 
 constexpr StringTable::Id kFreeSlot = 0xFFFFFFFFU;
 constexpr std::size_t kFirstSlots = 64;
+// 64 KB: strings are copied into blocks one behind the other, so that half a million of them are not as many
+// allocations.
 constexpr std::size_t kBlockUnits = 32768;
 
 } // namespace
@@ -37,6 +39,7 @@ std::optional<StringTable::Id> StringTable::Find(std::u16string_view text) const
 
 StringTable::Id StringTable::Add(std::u16string_view text)
 {
+    // Before the look-up, because growing moves the slots: the reference to one must stay good until it is filled.
     if (strings_.size() * 3 >= slots_.size() * 2) {
         Grow();
     }

@@ -8,6 +8,7 @@ namespace orvmetadatadb::detail {
 
 namespace {
 
+// A byte that stands in no UTF-8 text.
 constexpr char kSeparator = '\xFF';
 
 } // namespace
@@ -30,6 +31,7 @@ TextPool::Id TextPool::Add(std::u16string_view text)
 {
     const Id id = texts_.Add(text);
     if (id == uses_.size()) {
+        // Folded once for each distinct text, however many rows it has.
         folded_ += orvcore::AsNarrow(orvcore::FoldText(text));
         folded_ += kSeparator;
         starts_.push_back(folded_.size());
@@ -49,6 +51,8 @@ void TextPool::Scan(std::u8string_view term, Visit&& visit) const
         while (End(id) <= at) {
             ++id;
         }
+        // The hits come in the order of the texts, so `id` only moves forward: the whole pass takes time linear in the
+        // texts and their hits. Behind a hit that counts the rest of its text is passed over.
         at = uses_[id] == 0 || visit(id, at - starts_[id]) ? End(id) : at + 1;
     }
 }
@@ -97,6 +101,8 @@ std::vector<TextPool::Id> TextPool::FindSimilar(std::u8string_view start, std::s
         const std::u16string_view right = texts_[b.id];
         return left.size() != right.size() ? left.size() < right.size() : left < right;
     };
+    // Of a short beginning nearly all texts are candidates, of which a host shows a few: only those are brought into
+    // order.
     const std::size_t kept = std::min(count, candidates.size());
     const auto end = candidates.begin() + static_cast<std::ptrdiff_t>(kept);
     std::partial_sort(candidates.begin(), end, candidates.end(), before);

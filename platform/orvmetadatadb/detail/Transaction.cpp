@@ -14,6 +14,7 @@ Transaction::Transaction(Connection& connection)
 
 Transaction::~Transaction()
 {
+    // After some errors SQLite has rolled back by itself; that it then refuses this one does no harm.
     if (open_) {
         sqlite3_exec(connection_.Handle(), "ROLLBACK", nullptr, nullptr, nullptr);
     }

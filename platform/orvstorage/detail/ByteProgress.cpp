@@ -17,6 +17,8 @@ bool ByteProgress::Ask(double fraction)
         try {
             cancelled_ = !progress_(fraction, opaque_);
         } catch (...) {
+            // The operation ends as a cancelled one, with all its cleaning up; State::RunAsking then lets the exception
+            // go on.
             thrown_ = std::current_exception();
             cancelled_ = true;
         }
@@ -28,6 +30,7 @@ bool ByteProgress::Ask()
 {
     const std::uint64_t done = done_;
     nextAsk_ = done + kStep;
+    // The total may be an estimate (a changed archive's size is not known before it is written): never above 1.
     return Ask(total_ == 0 ? 0.0 : std::min(1.0, static_cast<double>(done) / static_cast<double>(total_)));
 }
 

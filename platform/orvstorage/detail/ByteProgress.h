@@ -62,7 +62,9 @@ private:
     const ZipProgress& progress_;
     void* opaque_;
     std::uint64_t total_ = 0;
+    // Written by all threads that unpack; all other members belong to the caller's thread.
     std::atomic<std::uint64_t> done_ = 0;
+    // 0, so that the first question comes before any work: a caller that is cancelled already costs nothing.
     std::uint64_t nextAsk_ = 0;
     bool cancelled_ = false;
     std::exception_ptr thrown_;

@@ -71,7 +71,7 @@ public:
     {
         return &std::get<Value>(result_);
     }
-    /// To be asked when there is no value.
+    /// To be asked when there is no value: beside one there is no fault, and the call throws.
     const ZipFault& Fault() const
     {
         return std::get<ZipFault>(result_);

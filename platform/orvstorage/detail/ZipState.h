@@ -13,6 +13,16 @@
 namespace orvstorage {
 
 /// What an object and its copies share.
+///
+/// Three members say what this object knows of the archive's file:
+///
+/// - `archive`: what is open now. It is dropped before each change, because some systems do not replace a file that is
+///   open, and because what it has read is no longer true afterwards. It is opened again when it is next needed.
+/// - `seen`: the file's number, size and time as it was last opened or written here. It outlives `archive`: a change
+///   asks whether the archive is still the one that the caller knows, also when it is not open any more.
+/// - `isOutdated`: a change was refused because it was not. It stays until Reopen or until the archive is packed anew.
+///   A read in between opens the other program's archive, and so makes it the one that was `seen`; without this flag
+///   that chance look would allow the next change to build on an archive that the caller has not asked for.
 struct ZipFile::State {
     std::filesystem::path path;
     std::string password;
@@ -33,6 +43,7 @@ struct ZipFile::State {
         } catch (const std::bad_alloc&) {
             fault.error = ZipError::OutOfMemory;
         } catch (const std::filesystem::filesystem_error& error) {
+            // Steps return their faults. This is for the standard library's own calls, which have no other way.
             fault = detail::WriteFault(error.code());
         }
         failure = fault.In(std::move(failure));
@@ -55,6 +66,7 @@ struct ZipFile::State {
     {
         if (!archive) {
             auto opened = detail::ZipArchive::Open(path, password, limits);
+            // Whatever the operation was, the archive could not be opened, so no entry is to be named.
             if (!opened) {
                 detail::ZipFault fault = opened.Fault();
                 fault.action = ZipAction::Open;
@@ -75,6 +87,8 @@ struct ZipFile::State {
         if (!opened && opened.Fault().error != ZipError::FileMissing) {
             return opened;
         }
+        // An object that has seen nothing takes what is there. One that has seen an archive wants to find the same: its
+        // version as opened now, and still at the path. Nothing at all where there was one is a change, too.
         const bool isKnown =
             !known || (opened && archive->File()->Version() == *known && archive->File()->IsStillAt(path));
         if (isKnown && !isOutdated) {

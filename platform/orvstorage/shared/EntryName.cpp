@@ -8,12 +8,18 @@
 #include <algorithm>
 #include <array>
 
+// One set of rules on every system. A name that Windows would take for a device, for a stream of another file (":") or
+// for another name (a closing dot) is refused on Linux too: a package that unpacks on one system unpacks on all, and
+// the tests of both kinds run everywhere.
+
 namespace orvstorage::detail {
 
 namespace {
 
 constexpr std::size_t kLongestComponent = 255; // bytes, the least that the systems' file systems take
 constexpr std::size_t kLongestName = 2048;
+// What Windows allows in no name. The back-slash is here because it is a separator there and a character elsewhere;
+// where an archive says that it was made on Windows, the reader has turned its back-slashes into slashes before.
 constexpr std::u8string_view kReserved = u8"<>:\"|?*\\";
 
 ZipError CheckComponent(std::u8string_view component)
@@ -30,6 +36,7 @@ ZipError CheckComponent(std::u8string_view component)
     return orvcore::IsDeviceName(component) ? ZipError::ReservedName : ZipError::None;
 }
 
+// Parted at both kinds of slash: on Windows either one leads up.
 bool HasParentComponent(std::u8string_view name)
 {
     for (std::size_t begin = 0; begin <= name.size();) {
@@ -42,6 +49,7 @@ bool HasParentComponent(std::u8string_view name)
     return false;
 }
 
+// A name may break several rules; the first one is told, so what an attack would break stands first.
 ZipError CheckWhole(std::u8string_view name)
 {
     if (!orvcore::IsWellFormedUTF8(orvcore::AsNarrow(name))) {
@@ -71,6 +79,7 @@ EntryName CheckEntryName(std::u8string_view name)
         const std::size_t end = std::min(name.find(u8'/', begin), name.size());
         const std::u8string_view component = name.substr(begin, end - begin);
         begin = end + 1;
+        // "a//b" and "./a/b" are "a/b": under one name they are found to be repeated.
         if (component.empty() || component == u8".") {
             continue;
         }
@@ -86,6 +95,8 @@ EntryName CheckEntryName(std::u8string_view name)
     return result;
 }
 
+// Character by character to upper case, as the file systems of Windows compare names. A full folding, which makes "ss"
+// of one letter, would see clashes where those file systems see two names.
 orvcore::UTF8String FoldCase(std::u8string_view name)
 {
     orvcore::UTF8String result;
@@ -95,6 +106,7 @@ orvcore::UTF8String FoldCase(std::u8string_view name)
         utf8proc_int32_t codePoint = 0;
         const utf8proc_ssize_t length = utf8proc_iterate(at, end - at, &codePoint);
         if (length <= 0) {
+            // Not text: refused elsewhere, and here as good as any other byte.
             result += static_cast<char8_t>(*at++);
             continue;
         }

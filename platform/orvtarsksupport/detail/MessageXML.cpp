@@ -9,6 +9,10 @@
 #include <algorithm>
 #include <string>
 
+// The XML of a message. Nothing is lost on the way: a text that XML cannot hold goes as base 64 with an attribute that
+// says so, and what has no form at all (a key that is no element's name, a list in a list) refuses the message rather
+// than being left out.
+
 namespace orvtarsksupport::detail {
 
 namespace {
@@ -116,6 +120,7 @@ private:
         if (attributes == nullptr) {
             return;
         }
+        // A list fails here, because its elements have no names; any other value has no children and is refused below.
         for (const JSONNode& child : attributes->Children()) {
             const std::string text = TextOf(child);
             if (!IsElementName(child.Key()) || !IsXMLText(text)) {
@@ -130,6 +135,7 @@ private:
         }
     }
 
+    // An attribute has no room for the mark of an encoding, so what XML cannot hold is refused there, and encoded here.
     void Leaf(std::string_view name, std::string_view text)
     {
         if (IsXMLText(text)) {

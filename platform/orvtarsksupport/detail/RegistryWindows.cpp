@@ -40,6 +40,7 @@ LSTATUS ReadValue(HKEY key, const std::wstring& name, DWORD& type, std::string& 
 RegistryText ReadRegistryText(const orvcore::UTF16String& key, const orvcore::UTF16String& value)
 {
     HKEY opened = nullptr;
+    // The 64-bit view also in a 32-bit process: that is where installers of the suite register.
     if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, AsWide(key).c_str(), 0, KEY_READ | KEY_WOW64_64KEY, &opened) !=
         ERROR_SUCCESS) {
         return {};
@@ -54,6 +55,7 @@ RegistryText ReadRegistryText(const orvcore::UTF16String& key, const orvcore::UT
     if (status != ERROR_SUCCESS) {
         return {};
     }
+    // The value's bytes are whatever its writer stored: an odd number, no closing NUL or several.
     orvcore::UTF16String text(bytes.size() / sizeof(char16_t), u'\0');
     bytes.copy(reinterpret_cast<char*>(text.data()), text.size() * sizeof(char16_t));
     text.resize(std::min(text.size(), text.find(u'\0'))); // the end may be marked or not

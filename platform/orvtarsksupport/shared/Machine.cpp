@@ -4,6 +4,9 @@
 #include <orvcore/host/shared/Environment.h>
 #include <orvtarsksupport/detail/Registry.h>
 
+// The search for an installed program asks through these three functions, so that tests can give it machines that they
+// have made up: with a registry on Linux, without one on Windows.
+
 namespace orvtarsksupport {
 
 Machine ThisMachine()

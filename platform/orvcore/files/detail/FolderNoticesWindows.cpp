@@ -6,6 +6,12 @@
 #include <array>
 #include <map>
 
+// Each watched folder has an open handle and a request that is always pending; all are tied to one completion port,
+// from which notices, cancelled requests and calls of Wake come. The kernel writes into a folder's buffer until its
+// request has ended, so a WatchedFolder is destroyed only when the end of its last request has been taken from the
+// port: forgetting a folder cancels the request and leaves the rest to the next Wait, or to the destructor. Keys are
+// never used twice, so what comes late for a forgotten folder is not taken for another's.
+
 namespace orvcore::detail {
 
 namespace fs = std::filesystem;

@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <iterator>
 
+// Callers compare with std::errc and show the message to people. The system's own category does neither alike on all
+// systems: its numbers are equal to std::errc only where a standard library maps them, and its words come in the user's
+// language. A number without a row keeps the system's category; nobody compares with it.
+
 namespace orvcore::detail {
 
 namespace {
@@ -16,6 +20,8 @@ struct Row {
 
 constexpr Row kRows[] = {
     {ERROR_FILE_NOT_FOUND, std::errc::no_such_file_or_directory},
+    // Five more ways to say that nothing is there: a folder on the way is missing, the name is one that no file can
+    // have, or the disk or the server is not there. To callers all mean the same.
     {ERROR_PATH_NOT_FOUND, std::errc::no_such_file_or_directory},
     {ERROR_INVALID_NAME, std::errc::no_such_file_or_directory},
     {ERROR_BAD_PATHNAME, std::errc::no_such_file_or_directory},

@@ -8,6 +8,10 @@
 #include <memory>
 #include <string>
 
+// A copy of a folder obeys the same rules as unpacking (GuardedFolder): each file is written under a number in a
+// private folder inside the target, then moved to its place; a failure takes back all steps. It differs in one thing:
+// each file goes to its place as soon as it is copied, not when all are.
+
 namespace orvcore {
 
 namespace fs = std::filesystem;
@@ -28,7 +32,8 @@ public:
     {
     }
 
-    // What was created is gone again when this returns anything else than kResultOK.
+    // What was created is gone again when this returns anything else than kResultOK, or when `progress` throws: the
+    // target's destructor takes back all steps unless Keep was called.
     ResultCode Run()
     {
         if (!Collect()) {
@@ -58,7 +63,8 @@ public:
     }
 
 private:
-    // All that the source holds; false when a folder of it cannot be read.
+    // All that the source holds; false when a folder of it cannot be read. The list first, then the copying: progress
+    // needs the total, and what this copy makes in a target inside the source is not copied in turn.
     bool Collect()
     {
         const fs::path base = WithoutClosingSeparators(from_);
@@ -68,6 +74,8 @@ private:
             if (kind == FileKind::Directory) {
                 folders_.push_back(relative(path));
             } else if (kind != FileKind::Link) {
+                // A device or a pipe, too: reading it fails, and with it the copy. Left out silently it would be
+                // missing.
                 std::error_code unknown; // told when the file is read
                 total_ += InspectPath(path, unknown).size;
                 files_.push_back(relative(path));
@@ -86,6 +94,7 @@ private:
         if (relative.has_parent_path() && !target.MakeDirectory(relative.parent_path(), error)) {
             return false;
         }
+        // PutFile would keep it as well, but only when all of the content has been copied.
         if (ifExists_ == IfExists::Keep && target.Has(relative)) {
             return true;
         }
@@ -160,7 +169,9 @@ Future<ResultCode> CopyDirectoryAsync(const fs::path& from, const fs::path& to, 
         }
     };
     Future<ResultCode> future = promise->GetFuture();
-    // A refused task is destroyed, and with it the promise, which cancels the future.
+    // On the pre-termination executor, one copy after the other: copies at the same time would only share the disk, and
+    // exit does not wait for them. A copy that is abandoned there leaves what has arrived, and its private folder,
+    // which a later one removes. A refused task is destroyed, and with it the promise, which cancels the future.
     static_cast<void>(GetPreTerminationExecutor()->Post(copy));
     return future;
 }

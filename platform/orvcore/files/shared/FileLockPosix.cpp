@@ -26,6 +26,7 @@ std::unique_ptr<FileLock> FileLock::ForMoment(const std::filesystem::path& folde
 {
     error.clear();
     auto lock = Open(folder, false);
+    // A folder that may be written to but not read cannot be opened: no lock then, as on a file system without locks.
     const std::error_code failure = lock ? Wait(timeout, [&] { return lock->Try(true); }) : std::error_code();
     if (failure == std::errc::device_or_resource_busy) {
         error = failure;
@@ -38,6 +39,7 @@ std::unique_ptr<FileLock> FileLock::ForMoment(const std::filesystem::path& folde
 
 FileLock::~FileLock()
 {
+    // The lock goes with the last descriptor of this opening, and no child process has one (O_CLOEXEC).
     ::close(static_cast<int>(handle_));
 }
 
@@ -46,6 +48,8 @@ std::error_code FileLock::Try(bool exclusive)
 {
     int failure = 0;
     do {
+        // The kernel turns one kind of lock into the other by releasing and taking: another process may come in
+        // between.
         failure = ::flock(static_cast<int>(handle_), (exclusive ? LOCK_EX : LOCK_SH) | LOCK_NB) == 0 ? 0 : errno;
     } while (failure == EINTR);
     if (failure != 0) {

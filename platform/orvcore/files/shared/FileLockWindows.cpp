@@ -3,11 +3,17 @@
 
 #include <windows.h>
 
+// Locks of this system are of byte ranges, and bind all programs, not only those that ask: bytes that are locked cannot
+// be read. So the first byte of a small file that has no content is locked, or for a folder, which has no bytes, a file
+// that nobody may share.
+
 namespace orvcore {
 
 std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool create)
 {
     const HANDLE handle =
+        // Without FILE_SHARE_DELETE: as long as the lock is open nobody can remove the file and lock another one of its
+        // name.
         ::CreateFileW(ToSystemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                       nullptr, create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {

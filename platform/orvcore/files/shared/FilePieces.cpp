@@ -15,6 +15,8 @@ bool ReadPieces(const std::filesystem::path& from, const std::function<bool(cons
     std::vector<char> piece(kPiece);
     std::uint64_t done = 0;
     std::size_t got = piece.size();
+    // A short read is the end (NativeFile::ReadAt), so a file whose size is a whole number of pieces gives one empty
+    // piece at last. An empty file gives just this one.
     while (got == piece.size()) {
         got = file.ReadAt(done, piece.data(), piece.size(), error);
         if (error || !take(piece.data(), got)) {

@@ -8,6 +8,13 @@
 #include <algorithm>
 #include <chrono>
 
+// Each change inside the folder is one Step, noted in the order it was made; Undo goes through them backwards. A step
+// that replaced a file has the old one in the private folder as "old<number of the step>". The number is the step's
+// place in `steps_`: the file is set aside under the place that the step is about to get.
+//
+// What is guarded against is what stands there when the call begins: a link that somebody left in the target. A program
+// of the same user that swaps folders for links during the call is not: it could as well write the files itself.
+
 namespace orvcore::detail {
 
 namespace fs = std::filesystem;
@@ -35,16 +42,19 @@ void GuardedFolder::Keep() noexcept
 fs::path GuardedFolder::Open(std::error_code& error)
 {
     error.clear();
+    // The folder of the process may change while this object works.
     folder_ = IsUsablePath(folder_) ? fs::absolute(folder_, error).lexically_normal() : fs::path();
     folder_ = WithoutClosingSeparators(folder_);
     if (folder_.empty()) {
         error = std::make_error_code(std::errc::invalid_argument);
         return {};
     }
+    // These folders go again with this object, as all else does, unless Keep is called.
     if (outer_.Make(folder_, error)) {
         RemoveLeftBehind(folder_, std::chrono::hours(24));
         canonical_ = RealPath(folder_, error);
     }
+    // Any name would do: only its folder counts.
     const fs::path staging = PrivateSibling(folder_ / "x");
     if (!error && orvcore::MakeDirectory(staging, error)) {
         private_ = staging;
@@ -116,6 +126,7 @@ bool GuardedFolder::PutFile(const fs::path& from, const fs::path& relative, IfEx
     if (!Enter(relative.parent_path().native(), step.folder, error)) {
         return false;
     }
+    // What stands there may be a folder or a device: MayReplace refuses these when it is set aside.
     step.hadOld = Has(relative);
     if (step.hadOld && ifExists == IfExists::Keep) {
         return true;
@@ -155,6 +166,8 @@ bool GuardedFolder::Undo() noexcept
     for (std::size_t i = steps_.size(); i-- > 0;) {
         try {
             std::error_code error;
+            // The old file is moved over whatever is there: the new one or, when the step failed half-way, itself under
+            // its other name, or nothing.
             if (steps_[i].hadOld) {
                 isBack = RenameOver(AsideOf(i), PlaceOf(steps_[i]), error) && isBack;
             } else {

@@ -48,6 +48,7 @@ private:
     std::filesystem::path AsideOf(std::size_t step) const;
     bool Undo() noexcept;
 
+    // As the caller named it, made absolute: it is worked in by this name. `canonical_` is only compared with.
     std::filesystem::path folder_;
     std::filesystem::path canonical_;
     std::filesystem::path private_;

@@ -13,6 +13,7 @@ NativeFile::NativeFile(NativeFile&& other) noexcept
 
 NativeFile& NativeFile::operator=(NativeFile&& other) noexcept
 {
+    // `other` closes what this one held, when it goes.
     std::swap(handle_, other.handle_);
     return *this;
 }
@@ -26,6 +27,7 @@ NativeFile::~NativeFile()
 std::optional<FileVersion> VersionAt(const std::filesystem::path& path)
 {
     std::error_code error;
+    // Opening what is no file may have effects of its own: a device, a pipe.
     if (!IsFile(path)) {
         return std::nullopt;
     }

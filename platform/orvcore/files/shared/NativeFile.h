@@ -59,6 +59,7 @@ public:
     bool Close(std::error_code& error);
 
 private:
+    // No descriptor of POSIX, and INVALID_HANDLE_VALUE of Windows.
     static constexpr std::intptr_t kNoHandle = -1;
     std::intptr_t handle_ = kNoHandle;
 };

@@ -9,6 +9,10 @@
 #include <unistd.h>
 #include <utility>
 
+// One open file by its descriptor. Offsets go with each call (pread, pwrite), so several threads may read one file
+// without sharing a position. Calls that a signal has interrupted are made again, but for close: its descriptor is gone
+// either way.
+
 namespace orvcore::detail {
 
 namespace {
@@ -22,6 +26,7 @@ int FlagsOf(NativeFile::Mode mode)
     case NativeFile::Mode::Read:
         return O_RDONLY | O_CLOEXEC | O_NONBLOCK; // of no effect on a regular file
     case NativeFile::Mode::CreateNew:
+        // O_EXCL also refuses a link: in a folder that users share, nobody can lead this file elsewhere.
         return O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
     case NativeFile::Mode::Truncate:
         return O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
@@ -118,6 +123,7 @@ bool NativeFile::WriteAt(std::uint64_t offset, const void* data, std::size_t siz
         if (put < 0 && errno == EINTR) {
             continue;
         }
+        // Nothing written and no error is a disk without room; to try again could go on for ever.
         if (put <= 0) {
             error = put < 0 ? LastError() : std::make_error_code(std::errc::no_space_on_device);
             return false;
@@ -129,6 +135,7 @@ bool NativeFile::WriteAt(std::uint64_t offset, const void* data, std::size_t siz
 
 void NativeFile::StartWriteback(std::uint64_t offset, std::uint64_t size) noexcept
 {
+    // Begins the writing and waits for nothing. What it answers does not matter: FlushToDisk does all that is left.
     ::sync_file_range(static_cast<int>(handle_), static_cast<off_t>(offset), static_cast<off_t>(size),
                       SYNC_FILE_RANGE_WRITE);
 }
@@ -148,6 +155,7 @@ void NativeFile::CopyPermissions(const std::filesystem::path& model) noexcept
 {
     struct stat status {};
     if (::stat(model.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        // A file system without rights of its own refuses; the file then has what all files have there.
         static_cast<void>(::fchmod(static_cast<int>(handle_), status.st_mode & 07777));
     }
 }

@@ -8,6 +8,10 @@
 #include <algorithm>
 #include <utility>
 
+// All files are opened with all sharing, FILE_SHARE_DELETE too: so others may read, rename and delete them meanwhile,
+// as they may elsewhere. Offsets go with each call (OVERLAPPED on a file that was not opened for it), so that threads
+// can read one file without sharing a position.
+
 namespace orvcore::detail {
 
 namespace {
@@ -39,11 +43,13 @@ NativeFile NativeFile::Open(const std::filesystem::path& path, Mode mode, std::e
         return file;
     }
     const DWORD access = mode == Mode::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
+    // CREATE_ALWAYS empties what is there and keeps the file itself, as O_TRUNC does.
     const DWORD creation = mode == Mode::Read ? OPEN_EXISTING : mode == Mode::CreateNew ? CREATE_NEW : CREATE_ALWAYS;
     const HANDLE handle =
         ::CreateFileW(ToSystemPath(path).c_str(), access, kShareAll, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         error = LastWindowsError();
+        // What the system says of a folder that is opened as a file.
         if (error == std::errc::permission_denied && IsDirectory(path)) {
             error = std::make_error_code(std::errc::is_a_directory);
         }
@@ -96,6 +102,8 @@ std::size_t NativeFile::ReadAt(std::uint64_t offset, void* data, std::size_t siz
         DWORD got = 0;
         const auto piece = static_cast<DWORD>(std::min(size - done, kLargestCall));
         if (!::ReadFile(AsHandle(handle_), static_cast<char*>(data) + done, piece, &got, &position)) {
+            // With an offset in the call the end of the file is an error, otherwise a read of nothing; both are the end
+            // here.
             if (::GetLastError() != ERROR_HANDLE_EOF) {
                 error = LastWindowsError();
             }

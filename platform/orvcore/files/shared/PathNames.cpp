@@ -10,6 +10,7 @@ namespace orvcore {
 
 bool IsWithin(const std::filesystem::path& path, const std::filesystem::path& folder)
 {
+    // Name by name: "/a/bc" does not lie within "/a/b".
     return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
 }
 
@@ -18,6 +19,8 @@ bool IsDeviceName(std::u8string_view name)
     constexpr std::array<std::u8string_view, 6> kDevices = {u8"con", u8"prn",    u8"aux",
                                                             u8"nul", u8"conin$", u8"conout$"};
     constexpr std::array<std::u8string_view, 3> kSuperscriptDigits = {u8"\u00b9", u8"\u00b2", u8"\u00b3"};
+    // Windows looks at the name up to its first dot, without the spaces before it, and knows the digits 1 to 3 of the
+    // Latin-1 characters as well.
     std::u8string stem(name.substr(0, name.find(u8'.')));
     stem.erase(stem.find_last_not_of(u8' ') + 1);
     std::transform(stem.begin(), stem.end(), stem.begin(), &ToASCIILower<char8_t>);

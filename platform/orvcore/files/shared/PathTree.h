@@ -52,6 +52,8 @@ public:
 private:
     static constexpr std::size_t kNumberSize = sizeof(Node); // a number takes that many characters, a byte in each
 
+    // One table for all levels: the folder's number in front of the name makes the key, so that no folder has a table
+    // of its own. A byte in each character, whatever its width: all of them fit.
     static String KeyOf(Node folder, View name)
     {
         String key;

@@ -6,6 +6,7 @@ namespace orvcore {
 
 std::optional<UTF8String> ReadEnvironment(const std::string& name)
 {
+    // Nothing guards this against a host that changes its environment at the same moment, so callers ask seldom.
     const char* value = std::getenv(name.c_str());
     if (value == nullptr) {
         return std::nullopt;

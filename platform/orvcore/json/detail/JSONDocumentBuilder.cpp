@@ -20,6 +20,7 @@ public:
 
 private:
     static constexpr std::uint64_t kContent = (std::uint64_t{1} << 56U) - 1;
+    // The field stops at this number: a container with more members would have to be counted by walking it.
     static constexpr std::size_t kMostCounted = 0xFFFFFF;
     static_assert(kMaxJSONValues < kMostCounted, "the tape tells how many members every container has");
 
@@ -33,6 +34,7 @@ private:
     }
     std::string_view TextAt(std::uint64_t word) const
     {
+        // Four bytes of length, in the machine's order, then the text. Nodes point at it there: nothing is copied.
         const std::uint8_t* at = texts_ + (word & kContent);
         std::uint32_t length = 0;
         std::memcpy(&length, at, sizeof length);
@@ -58,6 +60,7 @@ void JSONDocumentBuilder::Tape::ReadArray(JSONDocumentBuilder& builder, JSONNode
     for (std::size_t i = 0; i < count; ++i) {
         ReadInto(builder, children[i], {});
     }
+    // Past the closing bracket's own word.
     ++next_;
 }
 
@@ -73,6 +76,7 @@ void JSONDocumentBuilder::Tape::ReadObject(JSONDocumentBuilder& builder, JSONNod
     ++next_;
 }
 
+// The tape is the parser's own work and true to itself, whatever the text was: its words are not checked again.
 void JSONDocumentBuilder::Tape::ReadInto(JSONDocumentBuilder& builder, JSONNode& node, std::string_view key)
 {
     const std::uint64_t word = *next_++;
@@ -127,7 +131,9 @@ void JSONDocumentBuilder::Fill(JSONNode& node, std::string_view key, const Varia
     if (depth > kMaxJSONDepth) {
         throw json_write_exception("the value tree is nested too deep");
     }
+    // A null pointer in a tree is a null value.
     const Variant nothing;
+    // Nodes point at the keys and texts of the tree itself: nothing below may take a copy of one.
     if (const Object* object = AsObject(tree)) {
         JSONNode* child = SetContainer(node, key, JSONKind::kObject, object->size());
         for (const auto& [name, value] : *object) {

@@ -48,6 +48,8 @@ std::size_t CountValues(std::string_view json) noexcept
     return count;
 }
 
+// Everything that could be a number is looked at, outside of texts. Digits that are no JSON number (01, 1e) the parser
+// refuses again.
 std::string WithBigIntegersAsDoubles(std::string_view json)
 {
     std::string result;

@@ -169,7 +169,7 @@ struct Codec<Guid> {
 
 /// Lists with more elements than this convert on all workers of the CPU-bound executor.
 inline constexpr std::size_t kParallelThreshold = 512;
-/// How many elements one piece of such a conversion takes.
+/// How many elements one piece of such a conversion takes: a list that is shared out gives five and more.
 inline constexpr std::size_t kParallelGrain = 128;
 
 // Writes `count` elements in order, each by `write(JSONSink&, index)`.
@@ -237,6 +237,7 @@ struct Codec<std::vector<T>> {
             return false;
         }
         const auto children = node.Children();
+        // As many as there are nodes already: of a text kMaxJSONValues at most.
         std::vector<T> elements(children.size());
         if (!ReadElements(children.size(), [&](std::size_t i) { return Codec<T>::Read(children[i], elements[i]); })) {
             return false;
@@ -258,6 +259,7 @@ struct Codec<std::map<UTF16String, T>> {
         if (!node.IsObject()) {
             return false;
         }
+        // Read aside, as lists are: after a failure `out` is what it was.
         std::map<UTF16String, T> members;
         for (const JSONNode& child : node.Children()) {
             T value{};

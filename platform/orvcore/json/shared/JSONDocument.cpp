@@ -21,6 +21,8 @@ struct JSONDocument::Storage {
     NodeArena arena;
     JSONNode root;
 
+    // The parser reads some bytes past the end of its input, and makes a padded copy of a text that may not have them.
+    // What it leaves, the tape and the texts, lies in `parsed`; the text itself may go.
     simdjson::error_code Parse(std::string_view text)
     {
         // The parser's index of the text is larger than the text itself: it goes before the record is read.
@@ -73,12 +75,15 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
             error = storage->Parse(again);
         }
     }
+    // Not the text's fault, and not to be told as one.
     if (error == simdjson::MEMALLOC) {
         throw std::bad_alloc();
     }
     if (error != simdjson::SUCCESS) {
         throw json_parse_exception(simdjson::error_message(error));
     }
+    // The nodes point into `parsed` and at each other in `arena`. Both lie behind the pointer that a move hands on, so
+    // they never change their place.
     JSONDocumentBuilder(storage->arena).Fill(storage->root, storage->parsed);
     return JSONDocument(std::move(storage));
 }

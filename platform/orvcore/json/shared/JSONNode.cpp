@@ -3,6 +3,10 @@
 #include <cmath>
 #include <limits>
 
+// Writers differ in how they put a number: 5, 5.0 and 5e0 are one value to most of them. So an integer is read where
+// the text has a double without fraction, and a double where it has an integer, but only where both are exactly the
+// same number: a value that would change on its way through a record is of no usable kind.
+
 namespace orvcore::serialization {
 
 namespace {
@@ -18,6 +22,8 @@ const JSONNode* JSONNode::Find(std::string_view key) const noexcept
     if (kind_ != JSONKind::kObject) {
         return nullptr;
     }
+    // From the end: of a key that repeats the last one counts. One after the other, because objects are small, and
+    // records do not come here: their tables take the members as they pass (JSONTable.h).
     for (const JSONNode* child = value_.children + size_; child != value_.children;) {
         --child;
         if (child->Key() == key) {
@@ -75,6 +81,7 @@ bool JSONNode::Get(double& out) const noexcept
     }
     if (kind_ == JSONKind::kInt64) {
         const auto converted = static_cast<double>(value_.int64);
+        // Rounded up to 2^63 it no longer fits the integer type, and converting it back would not be defined.
         if (converted >= kInt64End || static_cast<std::int64_t>(converted) != value_.int64) {
             return false;
         }
@@ -92,6 +99,7 @@ bool JSONNode::Get(double& out) const noexcept
     return false;
 }
 
+// Recurses as deep as the document nests: both ways to a document end at kMaxJSONDepth.
 Variant JSONNode::ToTree() const
 {
     switch (kind_) {

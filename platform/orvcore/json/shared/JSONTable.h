@@ -129,6 +129,9 @@ constexpr auto Lift(Access access, const std::tuple<Rows...>& rows)
 }
 
 // The keys of a table in both their orders: the table's own and ascending byte order.
+// How a record is read: one pass over the object's members notes for each row of the table which member it has, then
+// the rows are read. How it is written: the rows in ascending order of keys, and the kept unknown keys merged in
+// between. Both orders of the keys come from the compiler.
 template <std::size_t N>
 struct KeyOrder {
     std::array<std::string_view, N> tableKeys{};
@@ -160,6 +163,7 @@ constexpr auto OrderOf(const Table& table, std::index_sequence<I...>)
     KeyOrder<sizeof...(I)> order{};
     order.tableKeys = {std::get<I>(table).key...};
     const auto& keys = order.tableKeys;
+    // Sorts both arrays together, while the compiler runs: a table has some dozens of rows.
     for (std::size_t row = 0; row < sizeof...(I); ++row) {
         std::size_t at = row;
         for (; at > 0 && keys[row] < order.keys[at - 1]; --at) {

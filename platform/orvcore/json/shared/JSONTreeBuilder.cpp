@@ -4,6 +4,9 @@
 
 #include <cmath>
 
+// The same calls that make a text make a tree here. `open_` leads from the root to the object or array that is open;
+// `key_` is the key of the next value, and stays after it for the messages about values.
+
 namespace orvcore::serialization {
 
 JSONTreeBuilder::JSONTreeBuilder() = default;
@@ -18,6 +21,7 @@ Variant& JSONTreeBuilder::Place(Variant value)
     auto placed = std::make_shared<Variant>(std::move(value));
     Variant& result = *placed;
     if (auto* object = std::any_cast<Object>(open_.back())) {
+        // The pointers in `open_` stay good whatever is added: each value lies where its shared pointer has put it.
         object->insert_or_assign(key_, std::move(placed));
     } else {
         std::any_cast<Array&>(*open_.back()).push_back(std::move(placed));

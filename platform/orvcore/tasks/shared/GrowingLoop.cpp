@@ -11,6 +11,13 @@
 namespace orvcore {
 
 // Workers are invited by tasks, one piece a task: a loop of many pieces shares the executor with what others post.
+//
+// The elements below `next` are taken, those from `next` to `count` wait. Each piece is taken under the lock, so by one
+// thread alone, and the loop has ended when nothing waits and `running` is 0. `invited` counts tasks of this loop that
+// are in the executor; such a task stops counting only under the lock and when nothing waits, so Grow, which adds under
+// the same lock, either finds it counted and sure to look again, or invites another one. (Where the executor refuses
+// tasks, the caller does what waits.) A task that comes when the loop is over finds nothing that waits: it never calls
+// `body`, whose references may be gone.
 struct GrowingLoop::State : std::enable_shared_from_this<State> {
     State(std::size_t pieceSize, std::function<void(std::size_t, std::size_t)> work)
         : grain(pieceSize)
@@ -53,6 +60,7 @@ void GrowingLoop::State::Grow(std::size_t more)
         }
         count += more;
         const std::size_t waiting = count - next;
+        // A worker for each piece at most: more would come for nothing.
         wanted = std::min(workers, waiting / grain + (waiting % grain != 0 ? 1 : 0));
     }
     InviteWorkers(wanted);
@@ -139,14 +147,18 @@ std::exception_ptr GrowingLoop::State::CallBody(std::size_t begin, std::size_t e
 void GrowingLoop::State::DropRest()
 {
     dropsRest = true;
+    // For a loop that has thrown or is destroyed the rest counts as taken.
     next = count;
 }
 
 void GrowingLoop::State::Wait(const std::function<void()>& whileWaiting)
 {
+    // How often a caller's function is asked that lets a user cancel: often enough for a person, seldom enough to cost
+    // nothing.
     constexpr std::chrono::milliseconds kPause(50);
     const auto hasEnded = [this] { return running == 0; };
     std::unique_lock lock(mutex);
+    // Without the lock: the caller's function may take its time, and the pieces need the lock to end.
     while (whileWaiting && !ended.wait_for(lock, kPause, hasEnded)) {
         lock.unlock();
         whileWaiting();

@@ -10,6 +10,9 @@
 
 namespace orvcore {
 
+// One lock guards all. A pool goes from working to refusing (what is queued stays and does not begin) to ending (the
+// workers leave). Each task is notified to one waiting worker; a worker that is not waiting looks at the queue under
+// the lock before it waits, so no notice is lost. Refuse notifies nobody: it only makes the workers' condition false.
 struct ThreadPoolExecutor::State : std::enable_shared_from_this<State> {
     explicit State(std::size_t count)
         : workers(count)
@@ -33,7 +36,8 @@ struct ThreadPoolExecutor::State : std::enable_shared_from_this<State> {
 
 namespace {
 
-// The pool whose task this thread is running, so that a stop from inside does not wait for itself.
+// The pool whose task this thread is running, so that a stop from inside does not wait for itself. A worker belongs to
+// one pool for its life.
 thread_local const void* currentPool = nullptr;
 
 } // namespace
@@ -46,6 +50,7 @@ bool ThreadPoolExecutor::State::IsOwnTask() const
 // With the first task, not before: a program that posts none has no threads of ours.
 bool ThreadPoolExecutor::State::StartWorkers()
 {
+    // Under the lock of Post: the new threads wait for it before they look at the queue.
     threads.reserve(workers);
     try {
         while (threads.size() < workers) {
@@ -62,6 +67,7 @@ void ThreadPoolExecutor::State::Work()
     currentPool = this;
     std::unique_lock lock(mutex);
     for (;;) {
+        // A pool that refuses keeps its free workers waiting here; only an ending one lets them go.
         work.wait(lock, [this] { return ending || (!refusing && !queue.empty()); });
         if (ending) {
             return;
@@ -117,6 +123,7 @@ bool ThreadPoolExecutor::Post(OneTimeInvocation task)
         }
         state_->queue.push_back(std::move(task));
     }
+    // Outside the lock, so that the worker that wakes finds it free.
     state_->work.notify_one();
     return true;
 }
@@ -132,6 +139,7 @@ bool ThreadPoolExecutor::WaitUntilIdle(std::chrono::milliseconds timeout)
 {
     constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365); // clocks overflow far beyond it
     std::unique_lock lock(state_->mutex);
+    // A task that waited for itself would wait for ever.
     return !state_->IsOwnTask() &&
            state_->idle.wait_for(lock, std::min(timeout, kLongest), [this] { return state_->running == 0; });
 }
@@ -144,6 +152,8 @@ bool ThreadPoolExecutor::Stop()
         const std::lock_guard lock(state_->mutex);
         state_->refusing = true;
         dropped.swap(state_->queue);
+        // The thread that would be joined is this one. Work is refused and the queue dropped; the destructor does the
+        // rest.
         if (state_->IsOwnTask()) {
             return false;
         }

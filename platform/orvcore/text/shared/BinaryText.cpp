@@ -31,6 +31,7 @@ UTF8String EncodeBinaryDataToUTF8String(std::span<const std::uint8_t> data)
             group = (group << 8U) | (k < count ? data[i + k] : 0U);
         }
         for (std::size_t k = 0; k < 4; ++k) {
+            // So many bytes fill one letter more than they are; the rest of the four is padding.
             text.push_back(k <= count ? kLetters[(group >> (18U - 6U * k)) & 0x3FU] : u8'=');
         }
     }

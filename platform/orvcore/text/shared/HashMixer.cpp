@@ -13,6 +13,7 @@ namespace {
 
 Guid ToGuid(const XXH128_hash_t& hash)
 {
+    // High byte first on every machine: names of files are made of it.
     XXH128_canonical_t canonical;
     XXH128_canonicalFromHash(&canonical, hash);
     Guid guid;
@@ -30,6 +31,8 @@ struct HashMixer::State {
 HashMixer::HashMixer()
     : state_(std::make_unique<State>())
 {
+    // XXH3 gives the same results in all releases from 0.8 on: names of files that stay from one start to the next rely
+    // on it.
     XXH3_INITSTATE(&state_->xxh3);
     XXH3_128bits_reset(&state_->xxh3);
 }

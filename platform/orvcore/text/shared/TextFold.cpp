@@ -8,6 +8,11 @@
 #include <array>
 #include <vector>
 
+// A text is folded in four steps: decompose with all compatibility forms and case folding, drop accents and replace
+// letters that only look accented, put the remaining marks into their one order, compose again. Most texts are ASCII
+// and need none of it. The index's file keeps texts as they were written, so that a change here needs no new format of
+// it.
+
 namespace orvcore {
 
 namespace {
@@ -50,6 +55,7 @@ constexpr PlainForm kPlainForms[] = {
     {0x0268, {'i', 0}},   {0x026B, {'l', 0}}, {0x0289, {'u', 0}}, {0x2C65, {'a', 0}},   {0x2C66, {'t', 0}},
 };
 
+// Searched by halves, as kPlainForms is: keep these tables ascending.
 template <std::size_t N>
 bool IsIn(const Range (&ranges)[N], CodePoint c) noexcept
 {

@@ -16,12 +16,11 @@ namespace orvcore {
 ///
 /// - Case: full Unicode case folding ("Straße", "STRASSE" and "strasse" give "strasse").
 /// - Width and presentation forms: the compatibility forms are resolved ("ＡＢＣ" gives "abc", half-width kana full
-/// width).
+///   width).
 /// - Accents: combining marks of Latin, Greek and Cyrillic letters and the vowel points of Hebrew and Arabic are
 ///   dropped ("Møller", "Łódź" give "moller", "lodz"), letters that only look accented included (ø, ł, đ, ħ, ı, æ, œ).
 /// - Kept: marks that make another letter, such as the voiced mark of kana ("ガ" is not "カ") and the vowel signs of
-/// the
-///   Indic and Thai scripts. A Hangul syllable stays one letter.
+///   the Indic and Thai scripts. A Hangul syllable stays one letter.
 /// - Invisible characters (soft hyphen, joiners, variation selectors) are dropped.
 ///
 /// Folding a folded text changes nothing. The result never holds the bytes 0xF8 to 0xFF.

@@ -13,8 +13,12 @@ namespace orvstorage::detail {
 
 namespace {
 
+// All but kMostBlocks decide the bytes of every archive that is packed: the same folder gives the same archive only as
+// long as they stay.
 constexpr std::size_t kBlockSize = std::size_t{256} << 10;
 constexpr std::size_t kWindow = std::size_t{32} << 10; // how far deflate looks back
+// A bound for memory: a block holds its compressor (a quarter of a megabyte at this level of memory), 256 KB of output
+// and its part of the batch.
 constexpr std::size_t kMostBlocks = 32;
 constexpr int kLevel = 6;
 constexpr int kRawWindowBits = -15; // no header of zlib's own
@@ -51,7 +55,10 @@ struct BlockDeflater::Block {
 
     void Run(std::span<const char> dictionary, std::span<const char> input, bool last)
     {
+        // A new stream each time, so that a block depends on its input and dictionary alone and not on what this object
+        // did before.
         deflateReset(&stream);
+        // The reader needs none: to it the bytes of the dictionary are what it has just unpacked.
         if (!dictionary.empty()) {
             deflateSetDictionary(&stream, Bytes(dictionary.data()), static_cast<uInt>(dictionary.size()));
         }
@@ -74,6 +81,7 @@ struct BlockDeflater::Block {
 
 BlockDeflater::BlockDeflater()
 {
+    // Two blocks a worker: one that took a quick block finds another one in the batch.
     const std::size_t count = std::min(2 * orvcore::GetCPUBoundExecutor()->GetConcurrency(), kMostBlocks);
     blocks_.resize(std::max<std::size_t>(count, 1));
 }
@@ -87,8 +95,11 @@ std::size_t BlockDeflater::BatchSize() const noexcept
 
 void BlockDeflater::Deflate(std::span<const char> batch, bool last, std::vector<char>& output)
 {
+    // At least one: a stream without input still needs the block that closes it.
     const std::size_t count = std::max<std::size_t>((batch.size() + kBlockSize - 1) / kBlockSize, 1);
     for (std::size_t i = 0; i < count; ++i) {
+        // Made on this thread and when first needed: memory that runs out here throws to the caller, and a small file
+        // costs one.
         if (!blocks_.at(i)) {
             blocks_[i] = std::make_unique<Block>();
         }
@@ -111,6 +122,7 @@ void BlockDeflater::Deflate(std::span<const char> batch, bool last, std::vector<
         crc_ = static_cast<std::uint32_t>(crc32_combine(crc_, block.crc, static_cast<z_off_t>(length)));
         left -= length;
     }
+    // Only the stream's last batch is shorter than the window, and after it nobody looks back.
     const auto tail = batch.last(std::min(kWindow, batch.size()));
     before_.assign(tail.begin(), tail.end());
 }

@@ -17,6 +17,8 @@ using orvcore::WalkNext;
 namespace {
 
 // A zip's time has no zone: UTC is the one choice that makes the same folder the same archive everywhere.
+// Date: year from 1980 in 7 bits, month in 4, day in 5. Time: hours in 5 bits, minutes in 6, seconds in 5, halved.
+// Years beyond that are put to the nearest day there is.
 void SetDosTime(orvcore::FileTime time, PackItem& item)
 {
     using namespace std::chrono;
@@ -45,6 +47,7 @@ ZipFault CannotRead(const std::error_code& error)
 ZipResult<PackItem> Describe(const fs::path& path, const orvcore::UTF8String& name)
 {
     std::error_code error;
+    // Of the thing itself: a link is seen as one, and refused.
     const FileInfo info = orvcore::InspectPath(path, error);
     if (error || info.kind == FileKind::Nothing) {
         return CannotRead(error ? error : std::make_error_code(std::errc::no_such_file_or_directory));
@@ -69,6 +72,7 @@ public:
     {
         orvcore::TreeVisitor visitor;
         visitor.visit = [this](const fs::path& path, FileKind kind) { return Visit(path, kind); };
+        // The prefix ends with a slash, or is empty at the top: there rfind finds none, and npos + 1 is 0.
         visitor.leave = [this](const fs::path&) { prefix_.erase(prefix_.rfind(u8'/', prefix_.size() - 2) + 1); };
         visitor.fail = [this](const fs::path&, const std::error_code& error) {
             return Refuse(CannotRead(error).At(prefix_));
@@ -96,11 +100,13 @@ private:
     {
         prefix_ = std::move(prefix);
         const auto depth = static_cast<std::uint64_t>(std::count(prefix_.begin(), prefix_.end(), u8'/'));
+        // Here and not with the other names at the end: a folder may be deeper than what the walk should follow.
         return depth > limits_.maxDepth ? Refuse(ZipFault{ZipError::TooDeep}.At(prefix_)) : WalkNext::GoOn;
     }
 
     WalkNext Take(const fs::path& path, const orvcore::UTF8String& name)
     {
+        // By what it is, not by its name: the archive's path may lead here through a link or in another spelling.
         if (orvcore::IsSameFile(path, exclude_)) {
             return WalkNext::GoOn;
         }
@@ -119,6 +125,7 @@ private:
     ZipFault fault_;
 };
 
+// The rules of unpacking: what is packed here must come out on every system.
 ZipFault CheckNames(const std::vector<PackItem>& items, const ZipLimits& limits)
 {
     NameRegister names(limits);
@@ -148,6 +155,7 @@ ZipResult<std::vector<PackItem>> ScanFolder(const fs::path& folder, const fs::pa
     if (!items) {
         return items;
     }
+    // The walk goes folder by folder; the archive's order is that of whole names, in which "a.txt" comes before "a/b".
     std::sort(items->begin(), items->end(), [](const PackItem& a, const PackItem& b) { return a.name < b.name; });
     if (items->empty()) {
         return ZipError::NothingToPack;

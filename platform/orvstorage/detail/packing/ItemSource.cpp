@@ -18,6 +18,9 @@ constexpr std::size_t kPiece = std::size_t{256} << 10;
 // A file as the zip library reads it, deflated here on several threads, which the library cannot do. The library is
 // told that the content is deflated already. It asks for size and checksum (STAT) twice: before it writes the entry's
 // header, when the checksum is not known yet, and after the last byte, when it goes back and completes the header.
+//
+// The order of its calls is OPEN, READ until that gives 0, CLOSE, all from zip_close and on the thread that called it.
+// A failure is told in two steps: -1 from the call, then ERROR asks for the reason.
 class ItemSource {
 public:
     ItemSource(const PackItem& item, ItemForm form, ByteProgress& progress)
@@ -69,6 +72,7 @@ private:
         std::error_code error;
         progress_.current = item_.name;
         file_ = NativeFile::Open(item_.path, NativeFile::Mode::Read, error);
+        // All starts anew: nothing says that the library opens a source once only.
         position_ = 0;
         finished_ = false;
         crc_ = 0;
@@ -89,6 +93,7 @@ private:
         zip_stat_init(stat);
         stat->size = item_.size;
         stat->valid = ZIP_STAT_SIZE;
+        // Of a plain source the library counts the checksum itself as it reads.
         if (form_ == ItemForm::Deflated) {
             stat->comp_method = ZIP_CM_DEFLATE;
             stat->crc = crc_; // asked for again when all has been read
@@ -117,6 +122,8 @@ private:
             return true;
         }
         std::error_code error;
+        // One byte more than the file had when it was looked at: the read that reaches its end shows whether it has
+        // grown.
         piece_.resize(deflater_ ? std::min<std::uint64_t>(deflater_->BatchSize(), item_.size + 1) : kPiece);
         const std::size_t got = file_.ReadAt(position_, piece_.data(), piece_.size(), error);
         position_ += got;
@@ -129,6 +136,7 @@ private:
             Fail(ZIP_ER_CANCELLED, {});
             return false;
         }
+        // By the size and not by an empty read, so that the last batch is known as the last when it is deflated.
         finished_ = position_ == item_.size;
         if (deflater_) {
             deflater_->Deflate({piece_.data(), got}, finished_, output_);

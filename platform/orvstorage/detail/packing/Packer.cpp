@@ -11,8 +11,11 @@ namespace orvstorage::detail {
 
 namespace {
 
+// Attributes are the same whatever the file's own are: rights and owners of the packer's machine are nobody's business.
 constexpr std::uint32_t kPlainFile = 0100644U << 16; // a Unix regular file that all may read
-// Deflating these again costs time and gains nothing.
+// Deflating these again costs time and gains nothing. The choice goes by the name alone, not by what the content would
+// gain: it is part of what makes packing repeatable, and a new line here changes the bytes of archives that hold such
+// files.
 constexpr std::array<std::u8string_view, 27> kPackedAlready = {
     u8".7z",  u8".aac", u8".avif", u8".bz2",  u8".docx", u8".flac", u8".gif", u8".gz",   u8".heic",
     u8".jpg", u8".jxl", u8".lz4",  u8".jpeg", u8".m4a",  u8".m4v",  u8".mkv", u8".mov",  u8".mp3",
@@ -54,6 +57,7 @@ bool DropOldFields(zip_t* archive, zip_uint64_t index)
 bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& item, const std::string& password,
          ByteProgress& progress)
 {
+    // From here on `false` leaves the reason in the handle, where the caller looks for it.
     if (replaced && !DropOldFields(archive, *replaced)) {
         return false;
     }
@@ -67,6 +71,7 @@ bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& it
         replaced ? (zip_file_replace(archive, *replaced, source, 0) == 0 ? static_cast<zip_int64_t>(*replaced) : -1)
                  : zip_file_add(archive, name, source, ZIP_FL_ENC_UTF_8);
     if (index < 0) {
+        // Only a source that was taken belongs to the handle.
         zip_source_free(source);
         return false;
     }
@@ -76,6 +81,7 @@ bool Put(zip_t* archive, std::optional<std::size_t> replaced, const PackItem& it
 // Writes the archive and puts it in place. The handle is used up when that succeeds.
 ZipFault Close(ArchiveHandle archive, const ByteProgress& progress)
 {
+    // All work happens in here: reading, deflating, writing, and by the source's COMMIT the rename.
     if (zip_close(archive.get()) == 0) {
         static_cast<void>(archive.release());
         return {};
@@ -102,6 +108,7 @@ ZipFault PackAll(const PackTarget& target, const std::vector<PackItem>& items, B
         return opened.Fault();
     }
     ArchiveHandle archive = std::move(*opened);
+    // Before the files are opened: a caller that is cancelled already waits for nothing.
     if (!progress.Advance(0)) {
         return {ZipError::Cancelled};
     }
@@ -116,10 +123,14 @@ ZipFault PackAll(const PackTarget& target, const std::vector<PackItem>& items, B
 ZipFault PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> old, std::optional<std::size_t> replaced,
                  const PackItem* item, ByteProgress& progress)
 {
+    // An estimate: what is read of the item and written of it, and what is copied. Bytes of the replaced entry are
+    // counted though nobody copies them.
     progress.Expect((old ? old->Size() : 0) + (item != nullptr ? 2 * item->size : 0));
     // The new archive holds what the old one held: put over another, it would undo what somebody else stored there.
     Placing placing{target.path, [&] { return progress.Finish(); }, {}, target.version};
     placing.written = [&](std::uint64_t size) { return progress.Advance(size); };
+    // It holds the old file open until it has answered: the system gives the number of an open file to no other one, so
+    // an equal number means the same file.
     placing.isUnchanged = [old, at = target.path] { return old ? old->IsStillAt(at) : !orvcore::Exists(at); };
     auto opened = OpenForWriting(std::move(old), std::move(placing));
     if (!opened) {

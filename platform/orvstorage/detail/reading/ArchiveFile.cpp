@@ -2,6 +2,16 @@
 
 #include <algorithm>
 
+// The end of a zip file, as far as it is kept in memory, and what is done with it:
+//
+//   entries | central directory | (zip64 end, 56 bytes | its locator, 20) | end record, 22 | comment, up to 65535
+//           ^ Keep takes all from here on                                 ^ LocateDirectory looks for this
+//
+// Opening reads the last 65535 + 98 bytes: the end record always lies there, and with most packages the whole
+// directory, so that one read opens an archive. CentralDirectory then judges the directory, changes flags in it where
+// the zip library would stumble, and puts an end record of ours behind it. All that is in memory; the file is opened
+// for reading only.
+
 namespace orvstorage::detail {
 
 namespace {
@@ -23,6 +33,7 @@ ZipResult<std::shared_ptr<ArchiveFile>> ArchiveFile::Open(const std::filesystem:
     if (error) {
         return ZipFault{ZipError::CannotOpen, error.message()};
     }
+    // Before the first byte is read: what another program writes from now on makes the file another version.
     archive->version_ = archive->file_.Version(error);
     archive->size_ = archive->version_.size;
     if (error || !archive->ReadTail(archive->size_ - std::min(archive->size_, kTailSize), error)) {
@@ -34,6 +45,7 @@ ZipResult<std::shared_ptr<ArchiveFile>> ArchiveFile::Open(const std::filesystem:
 bool ArchiveFile::ReadTail(std::uint64_t offset, std::error_code& error)
 {
     const std::size_t wanted = size_ - offset;
+    // With the room that ReplaceEnd may need, so that the bytes need not move once there are views of them.
     auto bytes = std::make_unique_for_overwrite<unsigned char[]>(wanted + kLongestEnd);
     if (file_.ReadAt(offset, bytes.get(), wanted, error) != wanted) {
         return false;
@@ -46,6 +58,8 @@ bool ArchiveFile::ReadTail(std::uint64_t offset, std::error_code& error)
 bool ArchiveFile::Keep(std::uint64_t offset, std::span<unsigned char>& bytes)
 {
     std::error_code error;
+    // A directory that begins before the tail: all from there on is read again, in one piece. The limits on its size
+    // have been asked before.
     if (offset < TailOffset() && !ReadTail(offset, error)) {
         return false;
     }
@@ -55,6 +69,7 @@ bool ArchiveFile::Keep(std::uint64_t offset, std::span<unsigned char>& bytes)
 
 void ArchiveFile::ReplaceEnd(std::uint64_t offset, std::span<const unsigned char> end)
 {
+    // The size that readers are shown changes with it: whatever the file holds behind this end is hidden from them.
     const std::size_t kept = offset - TailOffset();
     std::copy(end.begin(), end.end(), tail_.get() + kept);
     tailSize_ = kept + end.size();

@@ -11,6 +11,11 @@ namespace orvstorage::detail {
 
 /// An archive's file, open for reading, with its last bytes kept in memory: there lies the directory, which is read
 /// first and twice. Reading is safe from several threads.
+///
+/// The bytes from TailOffset to Size come from memory, those before from the file. The file may end elsewhere: behind
+/// what was replaced it still has its own end, which nobody is shown. Who holds a view of the tail (names of
+/// DirectoryRecord are such) has taken it after Keep, which may move the bytes; ReplaceEnd leaves all before its offset
+/// where it is.
 class ArchiveFile {
 public:
     /// The most bytes of an end record with those of zip64, without its comment.

@@ -47,12 +47,14 @@ private:
     std::shared_ptr<const ArchiveFile> file_; // null: there is no archive yet
     std::optional<Placing> placing_;
     std::optional<orvcore::AtomicFile> writer_;
+    // Each handle has a source of its own, so handles of several threads share the file but no position.
     std::uint64_t position_ = 0;
     zip_error_t error_{};
 };
 
 zip_int64_t Source::Supports() const
 {
+    // With WRITABLE the library would write into a source at its closing; a reader's handle never has one to write to.
     constexpr zip_int64_t kRead = ZIP_SOURCE_SUPPORTS_SEEKABLE;
     constexpr zip_int64_t kWrite = ZIP_SOURCE_SUPPORTS_WRITABLE;
     return placing_ ? kWrite : kRead;
@@ -60,6 +62,8 @@ zip_int64_t Source::Supports() const
 
 zip_int64_t Source::Fail(int zipError, const std::error_code& reason)
 {
+    // The library keeps two numbers and no text. Errors of our own categories have no errno, and become an input/output
+    // error.
     const std::error_condition condition = reason.default_error_condition();
     const bool isErrno = condition.category() == std::generic_category();
     zip_error_set(&error_, zipError, isErrno ? condition.value() : EIO);
@@ -118,6 +122,7 @@ zip_int64_t Source::SeekWrite(void* data, zip_uint64_t length)
 zip_int64_t Source::Commit()
 {
     std::error_code error;
+    // Outside the lock: the caller's function may take its time, and other programs wait for the lock.
     if (placing_->approve && !placing_->approve()) {
         return Fail(ZIP_ER_CANCELLED, error);
     }
@@ -140,6 +145,8 @@ zip_int64_t Source::Commit()
 zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t command)
 {
     switch (command) {
+    // The file stays open from the beginning to the end of the handle; to the library it opens and closes as a file
+    // would.
     case ZIP_SOURCE_OPEN:
         position_ = 0;
         return 0;
@@ -162,6 +169,7 @@ zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t comma
         return Supports();
     case ZIP_SOURCE_BEGIN_WRITE:
         writer_.emplace(placing_->path);
+        // Reading the folder costs little against writing an archive.
         writer_->RemoveLeftBehind();
         return 0;
     case ZIP_SOURCE_WRITE:
@@ -173,6 +181,7 @@ zip_int64_t Source::Call(void* data, zip_uint64_t length, zip_source_cmd_t comma
     case ZIP_SOURCE_COMMIT_WRITE:
         return Commit();
     case ZIP_SOURCE_ROLLBACK_WRITE:
+        // The private file goes with the writer.
         writer_.reset();
         return 0;
     default: // commands of other versions of the library
@@ -191,6 +200,7 @@ ZipResult<ArchiveHandle> Open(std::unique_ptr<Source> source, int flags)
         static_cast<void>(source.release()); // owned by zipSource now
         handle.reset(zip_open_from_source(zipSource, flags, &error));
         if (!handle) {
+            // Opening takes the source over only when it succeeds. Our object goes with it, by the FREE command.
             zip_source_free(zipSource);
         }
     }

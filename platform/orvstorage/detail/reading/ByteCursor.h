@@ -9,7 +9,7 @@
 namespace orvstorage::detail {
 
 /// Reads little-endian numbers from bytes and never beyond them: a read past the end gives zero, sets Failed and ends
-/// the bytes.
+/// the bytes. So a reader takes all fields first and asks once whether they were there.
 class ByteCursor {
 public:
     explicit ByteCursor(std::span<const unsigned char> bytes)

@@ -8,6 +8,21 @@
 #include <limits>
 #include <numeric>
 
+// Reads the directory before the zip library does, in three steps: find it (EndRecord), read its records, mark the
+// entries whose data is not their own. The limits hold before memory is taken: the size and the number of entries that
+// the end record tells are judged first, and reading ends at the largest number allowed, whatever was told.
+//
+// One record of the directory, all numbers little-endian:
+//
+//   0 signature  4 made by: version, system  6 version needed  8 flags  10 method  12 time  14 date  16 checksum
+//   20 packed size  24 size  28 length of name  30 of extra fields  32 of comment  34 disk  36 internal attributes
+//   38 external attributes  42 place of the local header  46 name, extra fields, comment
+//
+// Two things of an entry would make the library refuse the whole archive (text that is flagged as UTF-8 and is none
+// that it takes; an AES field that is missing or strange). Flags and method of such entries are changed in the copy in
+// memory that the library is shown, so that they cost themselves alone. The bytes of the file stay, and so does
+// `record`, by which everything else judges.
+
 namespace orvstorage::detail {
 
 namespace {
@@ -24,7 +39,8 @@ bool HasControls(std::string_view text)
                        [](char c) { return c >= 0 && c < ' ' && c != '\t' && c != '\n' && c != '\r'; });
 }
 
-// False when a value is said to be in the zip64 field and is not.
+// False when a value is said to be in the zip64 field and is not. The field holds 8 bytes for each value that is
+// 0xffffffff in the record, in this order, and nothing for the others.
 bool TakeZip64Values(std::span<const unsigned char> extra, DirectoryRecord& record)
 {
     std::optional<ByteCursor> field;
@@ -45,7 +61,9 @@ void DropUTF8Flag(unsigned char* entry)
     entry[kFlagsAt + 1] &= static_cast<unsigned char>(~(kUTF8Flag >> 8));
 }
 
-// True when the field that tells how an entry is encrypted is one that the zip library takes.
+// True when the field that tells how an entry is encrypted is one that the zip library takes: a version (AE-2 leaves
+// the checksum out), the letters "AE", the length of the key (1 to 3 for 128, 192 and 256 bits), the real method in two
+// bytes.
 bool HasGoodAESField(std::span<const unsigned char> extra)
 {
     std::optional<ByteCursor> field = FindField(extra, kAESField);
@@ -89,6 +107,8 @@ ZipError ReadRecord(ByteCursor& cursor, unsigned char* entry, DirectoryRecord& r
     if (!signature || cursor.Failed()) {
         return ZipError::Inconsistent;
     }
+    // This and the next cost the archive, since the library would read such an entry in its own way or refuse all of
+    // them.
     if (!TakeZip64Values(extra, record)) {
         return ZipError::Zip64FieldMissing;
     }
@@ -107,6 +127,8 @@ ZipError ReadRecord(ByteCursor& cursor, unsigned char* entry, DirectoryRecord& r
     return ZipError::None;
 }
 
+// Where the entry's data ends at the earliest: the local header's own extra fields are not known without reading it.
+// The numbers come from the file and may be anything, so the sums stop at the largest there is.
 std::uint64_t LeastEnd(const DirectoryRecord& record)
 {
     const std::uint64_t header = kLocalSize + record.name.size();
@@ -115,7 +137,10 @@ std::uint64_t LeastEnd(const DirectoryRecord& record)
     return record.compressedSize > kMost - begin ? kMost : begin + record.compressedSize;
 }
 
-// The local header may be longer than the least length assumed here, so that honest archives never overlap.
+// Entries that share bytes let a small archive unpack to any size. One pass in the order of the headers finds all:
+// whoever begins before the furthest end so far lies in another one's data. The local header may be longer than the
+// least length assumed here, so that honest archives never overlap; with the header in hand, CheckLocalHeader asks
+// again against `dataLimit`.
 void MarkForeignData(std::vector<DirectoryRecord>& records, std::uint64_t directoryOffset)
 {
     std::vector<std::size_t> order(records.size());
@@ -128,6 +153,7 @@ void MarkForeignData(std::vector<DirectoryRecord>& records, std::uint64_t direct
         DirectoryRecord& record = records[index];
         record.dataLimit = directoryOffset;
         if (LeastEnd(record) > directoryOffset) {
+            // It would reach into the directory or beyond.
             record.dataError = ZipError::DataOutsideArchive;
             continue; // its claim is worth nothing against the others'
         }
@@ -151,6 +177,7 @@ ZipResult<std::vector<DirectoryRecord>> ReadRecords(std::span<unsigned char> byt
 {
     ByteCursor cursor(bytes);
     std::vector<DirectoryRecord> records;
+    // The number is the archive's own word; its bytes bound what is believed of it.
     records.reserve(std::min<std::size_t>(extent.entries, bytes.size() / kEntrySize));
     while (cursor.Left() >= kEntrySize && records.size() <= limits.maxEntries) {
         unsigned char* entry = bytes.data() + (bytes.size() - cursor.Left());
@@ -175,6 +202,7 @@ ZipResult<std::vector<DirectoryRecord>> ReadCentralDirectory(ArchiveFile& file, 
     if (extent.error != ZipError::None) {
         return extent.error;
     }
+    // From here on the tail does not move, so that records may hold views of it.
     std::span<unsigned char> bytes;
     if (!file.Keep(extent.offset, bytes)) {
         return ZipError::ReadFailed;
@@ -182,6 +210,7 @@ ZipResult<std::vector<DirectoryRecord>> ReadCentralDirectory(ArchiveFile& file, 
     auto records = ReadRecords(bytes.first(extent.size), extent, limits);
     if (records) {
         MarkForeignData(*records, extent.offset);
+        // What was counted, not what the end record told: the library is shown the true number.
         extent.entries = (*records).size();
         file.ReplaceEnd(extent.offset + extent.size, MakeEnd(extent));
     }

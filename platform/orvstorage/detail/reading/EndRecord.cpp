@@ -3,6 +3,18 @@
 #include <orvcore/text/shared/LittleEndian.h>
 #include <orvstorage/detail/reading/ZipFormat.h>
 
+// The records at an archive's end, all numbers little-endian:
+//
+//   end record: 0 signature  4 disk  6 disk of the directory  8 entries here  10 entries  12 directory's size
+//               16 its place  20 length of the comment  22 comment
+//   zip64 end:  0 signature  4 its own size less 12, 8 bytes  12 made by  14 needed  16 disk  20 disk of the directory
+//               24 entries here  32 entries  40 directory's size  48 its place
+//   locator:    0 signature  4 disk of the zip64 end  8 its place, 8 bytes  16 disks
+//
+// The locator stands right before the end record, when there is one. Values that do not fit into the end record are all
+// ones there. Programs differ in which of several candidates they take, so everything that can be read in two ways is
+// refused here, or made unambiguous in what the zip library is shown (MakeEnd).
+
 namespace orvstorage::detail {
 
 namespace {
@@ -12,8 +24,10 @@ constexpr std::uint16_t kCountIn64 = 0xffff;
 // The end record is the last one whose comment fits into the file: a comment may itself look like a record.
 std::size_t FindEnd(std::span<const unsigned char> tail)
 {
+    // `at` is one more than the place, so that the first byte is looked at, too.
     for (std::size_t at = tail.size() < kEndSize ? 0 : tail.size() - kEndSize + 1; at > 0; --at) {
         const auto candidate = tail.subspan(at - 1);
+        // A single byte first: an archive with a long comment is looked through byte by byte.
         if (candidate[0] == 'P' && SignatureOf(candidate) == kEndSignature) {
             ByteCursor comment(candidate.subspan(kEndSize - 2));
             if (comment.Take16() <= candidate.size() - kEndSize) {
@@ -34,6 +48,7 @@ DirectoryExtent TakeExtent(ByteCursor& cursor, std::size_t diskWidth, std::size_
     extent.entries = cursor.Take(countWidth);
     extent.size = cursor.Take(placeWidth);
     extent.offset = cursor.Take(placeWidth);
+    // All on one disk, and as many entries on it as there are: an archive of parts says otherwise in one of these.
     extent.error = disk != 0 || directoryDisk != 0 || here != extent.entries ? ZipError::SeveralDisks : ZipError::None;
     return extent;
 }
@@ -76,6 +91,8 @@ bool Agree(const DirectoryExtent& plain, const DirectoryExtent& large)
            (plain.entries == kCountIn64 || plain.entries == (large.entries & kCountIn64));
 }
 
+// The values of zip64 are taken when both records tell of the same directory. A plain record whose values are all ones
+// says nothing by itself, and one that contradicts could lead another reader elsewhere.
 DirectoryExtent ReadEnd(const ArchiveFile& file, std::size_t end)
 {
     const std::span<const unsigned char> tail = file.Tail();
@@ -84,6 +101,7 @@ DirectoryExtent ReadEnd(const ArchiveFile& file, std::size_t end)
     if (end >= kLocator64Size) {
         large = ReadZip64(file, tail.subspan(end - kLocator64Size, kLocator64Size));
     }
+    // The comment is told by the plain record alone.
     if (large && Agree(plain, *large)) {
         large->comment = std::move(plain.comment);
         return *large;
@@ -126,6 +144,7 @@ DirectoryExtent LocateDirectory(const ArchiveFile& file, const ZipLimits& limits
         return extent;
     }
     extent = ReadEnd(file, end);
+    // A directory that would reach beyond the record behind it: bytes are missing in the middle, or before.
     const std::uint64_t room = file.TailOffset() + end;
     if (extent.error == ZipError::None && (extent.offset > room || extent.size > room - extent.offset)) {
         extent.error = ZipError::Truncated;

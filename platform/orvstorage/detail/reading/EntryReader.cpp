@@ -4,11 +4,17 @@
 
 #include <algorithm>
 
+// Everything that is read of an entry comes through here, and with it the second half of the judgement: what the
+// directory says was judged when the archive was opened; whether the header and the bytes agree with it is known only
+// now. The checksum is compared by the zip library, at the read that finds the end, so whoever reads must read to that
+// end.
+
 namespace orvstorage::detail {
 
 namespace {
 
-// With such a password the content comes out as noise, and what is wrong with noise is no news.
+// The old encryption has one byte to know a wrong password by, so one in 256 gets past it. The content then comes out
+// as noise, and what is wrong with noise is no news.
 ZipFault NamePassword(const ZipFault& fault)
 {
     const bool isNoise = fault.error == ZipError::DataCorrupt || fault.error == ZipError::ChecksumMismatch ||
@@ -18,6 +24,7 @@ ZipFault NamePassword(const ZipFault& fault)
 
 } // namespace
 
+// An entry without packed bytes counts as one of a single byte: its ratio is its size.
 bool IsBeyondRatio(std::uint64_t size, std::uint64_t compressedSize, const ZipLimits& limits)
 {
     return size >= limits.ratioFloor && size / std::max<std::uint64_t>(compressedSize, 1) > limits.maxRatio;
@@ -25,6 +32,7 @@ bool IsBeyondRatio(std::uint64_t size, std::uint64_t compressedSize, const ZipLi
 
 ZipError EntryReader::Judge(const ArchiveEntry& entry, const ZipLimits& limits)
 {
+    // In this order the reason that tells most comes first; a link, for instance, is refused as one whatever its size.
     const std::uint64_t size = entry.shown.size;
     if (entry.kind == EntryKind::SymbolicLink || entry.kind == EntryKind::Special) {
         return entry.kind == EntryKind::Special ? ZipError::SpecialFile : ZipError::SymbolicLink;

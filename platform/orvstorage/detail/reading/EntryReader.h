@@ -61,6 +61,8 @@ private:
     }
     ZipResult<std::size_t> ReadPlain(void* data, std::size_t size);
 
+    // A directory of a few bytes may declare any size. Beyond this, memory doubles only as bytes really come, so an
+    // entry that lies costs at most twice of what it has.
     static constexpr std::uint64_t kTrustedSize = std::uint64_t{4} << 20; // given on the directory's word alone
 
     EntryHandle handle_;

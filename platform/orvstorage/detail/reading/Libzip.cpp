@@ -4,6 +4,9 @@ namespace orvstorage::detail {
 
 namespace {
 
+// Of the library's some thirty errors those that mean something to a caller; the others read as ReadFailed, with the
+// library's own words. Some are our own sources' words: ZIP_ER_OPEN for a file to pack that cannot be opened,
+// ZIP_ER_CHANGED for an archive that another program has put there meanwhile.
 ZipError ErrorOf(int code)
 {
     switch (code) {
@@ -55,6 +58,7 @@ ZipError ErrorOf(int code)
 ZipFault FaultOf(zip_error_t& error)
 {
     ZipFault fault{ErrorOf(zip_error_code_zip(&error))};
+    // The library's sources keep an errno beside the error, ours too (Source::Fail): there the system's own words are.
     if (zip_error_system_type(&error) == ZIP_ET_SYS && zip_error_code_system(&error) != 0) {
         const std::error_code reason(zip_error_code_system(&error), std::generic_category());
         if (fault.error == ZipError::WriteFailed) {

@@ -5,6 +5,14 @@
 #include <algorithm>
 #include <vector>
 
+// The header in front of an entry's data and the record behind it, all numbers little-endian:
+//
+//   header: 0 signature  4 version needed  6 flags  8 method  10 time  12 date  14 checksum  18 packed size  22 size
+//           26 length of name  28 of extra fields  30 name, extra fields, data
+//   record: 0 signature  4 checksum  8 packed size  12 size; each size takes 8 bytes in archives of zip64
+//
+// Asked when an entry is read, not at opening: it costs a small read for each entry.
+
 namespace orvstorage::detail {
 
 namespace {
@@ -65,6 +73,8 @@ bool TakeZip64Sizes(const ArchiveFile& file, std::uint64_t extraOffset, LocalHea
     return !field->Failed();
 }
 
+// The flags that change what the bytes mean. Whether a name is UTF-8 means nothing where it is ASCII; the flags for the
+// level of compression and for sizes that come later differ in archives of honest writers.
 std::uint16_t FlagsThatCount(const DirectoryRecord& record)
 {
     const bool isASCII = std::none_of(record.name.begin(), record.name.end(), [](char c) { return c < 0; });
@@ -77,6 +87,7 @@ bool Agree(const LocalHeader& header, bool isSizeKnown, const DirectoryRecord& r
     // Writers that learn the values only afterwards put zeros, or come back and put the values.
     const bool mayBeZero = ((header.flags | record.flags) & kDescriptorFlag) != 0;
     const auto given = [&](std::uint64_t here, std::uint64_t there) {
+        // Nothing else: a value that is there must be the right one also where it need not be there.
         return here == there || (mayBeZero && here == 0);
     };
     return header.method == record.method && ((header.flags ^ record.flags) & FlagsThatCount(record)) == 0 &&
@@ -122,6 +133,7 @@ ZipError CheckLocalHeader(const ArchiveFile& file, const DirectoryRecord& record
         return ZipError::HeaderMismatch;
     }
     const std::uint64_t begin = extraOffset + header.extraLength;
+    // Only now is the length of the local extra fields known, and with it where the data really lies.
     if (begin > record.dataLimit || record.compressedSize > record.dataLimit - begin) {
         return ZipError::OverlappingEntries;
     }

@@ -23,6 +23,8 @@ bool MadeOnWindows(std::uint8_t system)
            system == ZIP_OPSYS_VFAT;
 }
 
+// The attributes mean what the system that made the entry means by them; a name that ends with a slash is a folder
+// everywhere. A link is found by its attributes alone: its content is the path that it leads to.
 EntryKind KindOf(const DirectoryRecord& record, bool namedAsDirectory)
 {
     if (record.system != kUnix && record.system != kMac) {
@@ -52,6 +54,9 @@ void DropCurrentFolder(orvcore::UTF8String& name)
 
 orvcore::UTF8String NameOf(const DirectoryRecord& record, const zip_stat_t& stat)
 {
+    // Such a name was hidden from the library's UTF-8 (see CentralDirectory.cpp), and it shows control bytes as symbols
+    // of code page 437. The stored bytes are taken, so that the name is refused for what it holds. Any other name that
+    // is not flagged the library translates.
     const bool isOurs = record.nameHasControls && orvcore::IsWellFormedUTF8(record.name);
     orvcore::UTF8String name = orvcore::ToUTF8(isOurs ? record.name : std::string_view(stat.name));
     if (MadeOnWindows(record.system)) {
@@ -76,6 +81,7 @@ ZipResult<std::shared_ptr<ZipArchive>> ZipArchive::Open(const std::filesystem::p
     if (!file) {
         return file.Fault();
     }
+    // Before the library opens anything: this also changes what the library will be shown.
     auto records = ReadCentralDirectory(**file, limits);
     if (!records) {
         return records.Fault();
@@ -94,6 +100,8 @@ ZipResult<std::shared_ptr<ZipArchive>> ZipArchive::Open(const std::filesystem::p
     return archive;
 }
 
+// Each handle reads the directory again, from memory; that is what makes threads worth their while only for more than a
+// few megabytes (Unpacker.cpp).
 ZipResult<ArchiveHandle> ZipArchive::NewHandle() const
 {
     auto handle = OpenForReading(file_);
@@ -111,17 +119,20 @@ ArchiveEntry ZipArchive::MakeEntry(const DirectoryRecord& record, const zip_stat
     entry.shown.compressedSize = record.compressedSize;
     entry.shown.isEncrypted = stat.encryption_method != ZIP_EM_NONE;
     entry.record = record;
+    // The library's word for the method: of an AES entry it is the real one, which stands in a field.
     if (!IsSupported(stat.comp_method) && record.dataError == ZipError::None) {
         entry.record.dataError = ZipError::CompressionUnsupported;
     }
     entry.kind = KindOf(record, entry.shown.name.ends_with(u8'/'));
     entry.shown.isDirectory = entry.kind == EntryKind::Directory;
     entry.hasWeakPassword = stat.encryption_method == ZIP_EM_TRAD_PKWARE;
+    // Lives as long as the archive, as do the views in `record`: both are kept by file_.
     entry.file = file_.get();
     return entry;
 }
 
-// Two readers of one directory must agree, or what was judged would not be what is read.
+// Two readers of one directory must agree, or what was judged would not be what is read. Both number the entries in the
+// directory's order, so an index means the same to our records and to the library.
 bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records)
 {
     const zip_int64_t count = zip_get_num_entries(handle_.get(), 0);
@@ -143,6 +154,7 @@ bool ZipArchive::ReadEntries(const std::vector<DirectoryRecord>& records)
 ZipResult<std::size_t> ZipArchive::Find(std::u8string_view name) const
 {
     const auto hasName = [name](const ArchiveEntry& entry) { return entry.shown.name == name; };
+    // Not by the library's look-up, which knows neither the names as they are shown here nor that one comes twice.
     const auto found = std::find_if(entries_.begin(), entries_.end(), hasName);
     if (found == entries_.end()) {
         return ZipError::EntryMissing;

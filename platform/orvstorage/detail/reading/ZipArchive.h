@@ -49,6 +49,7 @@ private:
     bool ReadEntries(const std::vector<DirectoryRecord>& records);
     ArchiveEntry MakeEntry(const DirectoryRecord& record, const zip_stat_t& stat) const;
 
+    // Above the handle and the entries, which both point into it: members go in the opposite order.
     std::shared_ptr<const ArchiveFile> file_;
     std::string password_;
     ArchiveHandle handle_;

@@ -7,6 +7,8 @@
 namespace orvstorage::detail {
 
 /// @name Numbers of the zip format
+/// Each record begins with its signature, "PK" and two bytes, low byte first. Sizes are those of the records' fixed
+/// parts; names, extra fields and comments come behind them.
 /// @{
 inline constexpr std::uint32_t kLocalSignature = 0x04034b50;
 inline constexpr std::uint32_t kDescriptorSignature = 0x08074b50;

@@ -6,6 +6,10 @@
 
 #include <unordered_map>
 
+// Decides from the directory alone what unpacking will do, before a byte is written. A bad name or kind costs one
+// entry, which goes to the list of refusals; a limit costs the archive. Names are judged in two passes, because that a
+// name comes twice is known only when all have been seen, and then neither of the two is unpacked.
+
 namespace orvstorage::detail {
 
 namespace {
@@ -38,6 +42,7 @@ public:
         names_.reserve(entries.size());
         for (const ArchiveEntry& entry : entries) {
             names_.push_back(CheckEntryName(entry.shown.name));
+            // A folder may be listed as often as it likes.
             if (entry.kind == EntryKind::File) {
                 ++counts_[names_.back().relative];
             }
@@ -76,6 +81,8 @@ private:
         if (entry.kind == EntryKind::File && IsRepeated(counts_, name.relative)) {
             return ZipError::DuplicateName;
         }
+        // Last, because it takes the name's place: what is refused for another reason must not keep a good entry from
+        // it.
         return register_.Enter(name.relative, entry.kind == EntryKind::Directory);
     }
 

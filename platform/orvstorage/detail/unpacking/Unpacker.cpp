@@ -12,6 +12,21 @@
 #include <numeric>
 #include <thread>
 
+// How a whole archive is unpacked:
+//
+// - all files are written into a private folder inside the target, under their numbers: no name of the archive is used
+//   before all contents have passed their checks;
+// - the caller is asked a last time; until here nothing has been changed that the caller could see;
+// - folders are made and files moved to their places, one rename each; GuardedFolder notes each step;
+// - a step that fails has all earlier ones taken back.
+//
+// So a full disk, a wrong checksum or a cancel leaves the target as it was. The staging folder lies inside the target
+// and not in the temporary folder, because a move is one step only within one file system.
+//
+// Where there is enough to do, several threads unpack (Stage). The zip library's handle is for one thread, so each
+// opens its own on the shared file. Only the caller's thread asks the caller's function: hosts do not expect it on
+// others.
+
 namespace orvstorage::detail {
 
 namespace fs = std::filesystem;
@@ -19,6 +34,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kPiece = std::size_t{256} << 10;
+// What UnpackOver keeps between its check and its writing, so that small ones are inflated once.
 constexpr std::uint64_t kMostHeld = std::uint64_t{1} << 20;
 constexpr std::uint64_t kWorthThreads = std::uint64_t{4} << 20; // below it, opening more handles takes longer
 constexpr std::size_t kMostThreads = 8;                         // more would only wait for the disk
@@ -40,6 +56,8 @@ ZipFault StreamEntry(zip_t* handle, const ArchiveEntry& entry, std::size_t index
         if (ZipFault fault = write(piece.data(), *got)) {
             return fault;
         }
+        // The end, and by then the checksum has been compared. A content of just so many bytes gives one more read, of
+        // none.
         if (*got < piece.size()) {
             return {};
         }
@@ -85,6 +103,7 @@ public:
             };
             orvcore::ParallelFor(threads, 1, piece, [this] { HeedCaller(progress_.Ask()); });
         }
+        // No lock: all threads that could write it have returned.
         return first_;
     }
 
@@ -110,6 +129,8 @@ private:
 
     void Count(std::size_t bytes)
     {
+        // Workers count and the caller asks. While the caller waits for the last of them, ParallelFor lets it ask
+        // still.
         progress_.Count(bytes);
         if (std::this_thread::get_id() == caller_) {
             HeedCaller(progress_.MayGoOn());
@@ -155,7 +176,9 @@ private:
         return fault || file.Close(error) ? fault : WriteFault(error);
     }
 
-    // Of several faults the one of the first file counts, whatever the order in which the threads meet them.
+    // Of several faults the one of the first file counts, whatever the order in which the threads meet them. A cancel,
+    // or a handle that cannot be had, is told as the first file's, and so before any other. Whoever sees `stopped_`
+    // ends without a fault of its own.
     void Report(std::size_t number, ZipFault fault)
     {
         const std::lock_guard lock(mutex_);
@@ -200,9 +223,12 @@ ZipFault WriteOver(const fs::path& destination, ByteProgress& progress, const Gi
     if (!file.Close(error) && !fault) {
         fault = WriteFault(error);
     }
+    // Too late to save what stood there, but a host that cancels is owed no new file either.
     if (!fault && !progress.Finish()) {
         fault = Cancelled();
     }
+    // Half a file could be taken for the whole. What is no regular file (a pipe, a device) is not this call's to
+    // remove.
     if (fault && orvcore::IsFile(destination)) {
         orvcore::RemoveOne(destination, error);
     }
@@ -226,6 +252,7 @@ ZipFault TestEntry(const ZipArchive& archive, std::size_t index, std::string* he
 
 ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::path& destination, ByteProgress& progress)
 {
+    // The caller may have cancelled before anything began: then not even the folder is made.
     const ArchiveEntry& entry = archive.Entries()[index];
     progress.Expect(entry.shown.size);
     if (!progress.MayGoOn()) {
@@ -237,6 +264,7 @@ ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::pa
         return WriteFault(error);
     }
     orvcore::AtomicFile file(destination); // gone before the folders are
+    // What a killed program left here has a name that begins with a dot: no user sees it and removes it.
     file.RemoveLeftBehind();
     std::vector<char> piece(kPiece);
     const auto write = [&](const char* data, std::size_t size) {
@@ -251,6 +279,7 @@ ZipFault UnpackToFile(const ZipArchive& archive, std::size_t index, const fs::pa
     if (!progress.Finish()) {
         return Cancelled();
     }
+    // Not flushed to the disk: the archive is still there, and the file can be made of it again.
     if (!file.Commit(orvcore::AtomicFile::Durability::Cached, error)) {
         return WriteFault(error);
     }
@@ -298,6 +327,7 @@ ZipFault Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::pat
         fault.folder = target;
         return fault;
     }
+    // From here on every return without Keep has the folder take back what was done, and remove the staging folder.
     Stage stage(archive, plan, staging, progress);
     if (ZipFault fault = stage.Run()) {
         return fault;
@@ -305,6 +335,7 @@ ZipFault Unpack(const ZipArchive& archive, const UnpackPlan& plan, const fs::pat
     if (!progress.Finish()) {
         return Cancelled();
     }
+    // Those that are listed, so that empty ones arrive, too; what is not listed is made with its files.
     for (const orvcore::UTF8String& directory : plan.directories) {
         if (!folder.MakeDirectory(pathOf(directory), error)) {
             return WriteFault(error).At(directory);
