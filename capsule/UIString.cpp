@@ -5,6 +5,7 @@
 namespace orvcapsule {
 
 UIString::UIString()
+    // Not an empty map: the text for the application's language is there, and empty. Documents are written so.
     : UIString(UTF16String())
 {
 }
