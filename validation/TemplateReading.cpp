@@ -5,6 +5,7 @@
 
 #include <capsule/Serialization.h>
 #include <package/CapsuleZip.h>
+#include <package/PackageNames.h>
 
 #include <algorithm>
 
@@ -36,13 +37,15 @@ TemplateReading ReadTemplate(const CapsuleZip& package)
 DefinitionReading ReadDefinition(const UTF8String& text)
 {
     DefinitionReading reading;
+    std::string lacking;
     try {
         reading.capsule = serialization::CapsuleFromJson(text);
         if (reading.capsule != nullptr && !reading.capsule->GetAPIVersion().empty()) {
             reading.declaredVersion = reading.capsule->GetAPIVersion();
             return reading;
         }
-    } catch (const orvcore::serialization::missing_key_exception&) { // which, and where, is told below
+    } catch (const orvcore::serialization::missing_key_exception& error) { // where it is, is told below
+        lacking = error.GetKey();
     }
     reading.capsule = nullptr;
     reading.declaredVersion = detail::DeclaredVersion(orvcore::AsNarrow(text));
@@ -50,6 +53,11 @@ DefinitionReading ReadDefinition(const UTF8String& text)
     detail::JudgeDefinition(orvcore::AsNarrow(text), findings);
     reading.refusals = findings.Take().list;
     std::erase_if(reading.refusals, [](const Finding& finding) { return !detail::IsRefusal(finding.code); });
+    if (reading.refusals.empty()) { // it comes after as many other errors as are kept
+        reading.refusals.push_back({Severity::Error, "MissingKey",
+                                    "the value of " + detail::Quoted(lacking) + " is missing or cannot be used",
+                                    kJSONFileName});
+    }
     return reading;
 }
 

@@ -270,6 +270,10 @@ TEST(DefinitionFindings, KeepsTheFirstOfEachSeverityAndCountsTheRest)
     EXPECT_EQ(found.list.size(), 2 * Findings::kMostKept);
     EXPECT_EQ(found.moreErrors, 301 - Findings::kMostKept);
     EXPECT_GE(found.moreWarnings, 300 - Findings::kMostKept);
+    // A refusal has a reason, also where that comes after as many other errors as are kept.
+    const std::string refused =
+        R"({"apiVersion":"2.2","clientControls":[)" + control + R"(,{"type":2,"canAnimate":true}]})";
+    EXPECT_EQ(ReadDefinition(orvcore::ToUTF8(refused)).refusals.size(), 1U);
 }
 
 TEST(DefinitionFindings, SaysWhichRecordAndWhatIsExpected)
