@@ -240,6 +240,7 @@ TEST(DefinitionFindings, TextsThatAreNoUsableDocument)
         {"{\"apiVersion\":\"2.2\",}", "MalformedJSON", 1, 21},
         {"{\"apiVersion\":\"2.2\" // remark\n}", "MalformedJSON", 1, 21},
         {std::string("{\0\"\0", 4), "MalformedJSON", 0, 0},
+        {"", "MalformedJSON", 1, 1},
         {"[\"apiVersion\"]", "MalformedJSON", 0, 0},
         {"{}", "NoVersion", 0, 0},
         {R"({"apiVersion":"2.2","apiVersion":"2.1"})", "RepeatedKey", 1, 21},

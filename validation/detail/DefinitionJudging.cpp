@@ -25,7 +25,7 @@ Finding Malformed(std::string_view text, const json::json_parse_exception& error
 {
     Finding finding = OfText("MalformedJSON", std::string("definition.json is malformed: ") + error.what());
     finding.expected = "a JSON object in UTF-8";
-    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || text.substr(1).starts_with('\0')) {
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || (text.size() > 1 && text[1] == '\0')) {
         finding.text = "definition.json is malformed: it is UTF-16, not UTF-8";
     } else if (const auto* placed = dynamic_cast<const json::json_outline_exception*>(&error)) {
         json::TextPlace place;
