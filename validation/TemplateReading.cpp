@@ -26,6 +26,8 @@ TemplateReading ReadTemplate(const CapsuleZip& package)
 {
     TemplateReading reading;
     reading.text = package.GetZELTDescriptionJSON();
+    // Asked right after the read: the failure belongs to the last operation. An empty text without a failure is an
+    // empty entry, which the reader judges like any other text.
     if (const orvstorage::ZipFailure failure = package.GetLastFailure()) {
         reading.refusals.push_back(DescribeFailure(failure));
     } else {
@@ -34,6 +36,10 @@ TemplateReading ReadTemplate(const CapsuleZip& package)
     return reading;
 }
 
+// A good definition is parsed once. A refused one is parsed several times more, to find the reason and its place; that
+// is paid by broken templates only.
+//
+// Callers take the first refusal for the reason, so a reading without a record always has one.
 DefinitionReading ReadDefinition(const UTF8String& text)
 {
     DefinitionReading reading;
