@@ -43,6 +43,8 @@ void Listing::Advance(double step)
 
 bool Listing::IsCancelled()
 {
+    // Kept once it is true: the parts of one listing must agree on whether it was cancelled, or a half list would be
+    // handed out.
     if (!cancelled_ && ((cancel_ && cancel_->GetAbort()) || orvcore::IsTerminating())) {
         cancelled_ = true;
     }

@@ -6,6 +6,10 @@
 
 namespace orvcapsule::detail {
 
+// Both directions walk the same list of fields, so they cannot drift apart. A change of that list, or of what an entry
+// says of a package, needs a new kFormat in ListingNotes.cpp: old notes carry no version of their own and would be
+// misread.
+
 namespace {
 
 class Writer {
@@ -94,6 +98,7 @@ public:
         failed_ = failed_ || count > bytes_.size() / each;
         return failed_ ? 0 : count;
     }
+    // Bytes that are left over are a sign of another format, or of damage.
     bool IsWhole() const
     {
         return !failed_ && bytes_.empty();

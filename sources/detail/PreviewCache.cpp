@@ -10,6 +10,10 @@
 
 namespace orvcapsule::detail {
 
+// Several workers and several hosts extract into one folder without locks. The file's name is a hash of the package's
+// state, so two that make the same file make the same content; each writes a private file and renames it, and the one
+// that comes second throws its own away. Nothing is ever written over.
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -61,7 +65,9 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
                                             const fs::path& target) const
 {
     const CapsuleZip& zip = package.Content();
+    // As the archive's directory tells; unpacking checks it against the data.
     const std::uint64_t size = LargestPreview(zip, ExtensionOf(kind));
+    // Not given back where the extraction fails: it may have written as much by then.
     if (size / kLikelyRatio > packageSize && !TakeFromAllowance(size)) {
         return Outcome::None;
     }
@@ -69,6 +75,7 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
     const orvcore::UTF8String halfName = orvcore::PathToUTF8(half);
     if (!(kind == PreviewKind::Still ? zip.GetZELTThumbnailPNG(halfName) : zip.GetZELTThumbnailVideo(halfName))) {
         const orvstorage::ZipError error = zip.GetLastFailure().error;
+        // Too large counts as none, so that it is noted and not tried again at every listing.
         const bool hasNone =
             error == orvstorage::ZipError::EntryMissing || error == orvstorage::ZipError::EntryTooLarge;
         return hasNone ? Outcome::None : Outcome::Failed;
@@ -86,6 +93,7 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
 bool PreviewCache::TakeFromAllowance(std::uint64_t bytes) const
 {
     std::uint64_t left = allowance_;
+    // Workers take from it at the same time; `left` is read anew whenever another one was quicker.
     while (left >= bytes) {
         if (allowance_.compare_exchange_weak(left, left - bytes)) {
             return true;
