@@ -6,6 +6,7 @@ namespace orvcapsule {
 
 namespace {
 
+// A host may unload this library while such a task still runs; the module is therefore kept until the process ends.
 const char kAddressInside = 0; // of this library, whose code the executor's tasks are
 
 } // namespace
@@ -25,6 +26,8 @@ void GraphicSourceManager::Shutdown()
 {
     SetCapsuleSortFxn(nullptr);
     // The partial-completion and folder callbacks stay: hosts rely on finding them after a shutdown.
+    // The others are dropped here: one may hold the host's panel, which then goes on this thread and now, while a
+    // running task may keep the manager for some time.
     SetLocalRequestCallback(nullptr);
     SetStockRequestCallback(nullptr);
     SetLocalRequestEntriesFoundCallback(nullptr);
@@ -41,6 +44,7 @@ void GraphicSourceManager::AddGraphicSource(const SourcePtr& source)
     if (!source) {
         return;
     }
+    // Added first: a source whose Initialize throws stays in the list, and Shutdown ends it.
     state_->AddSource(source);
     source->Initialize();
 }

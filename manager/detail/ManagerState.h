@@ -98,6 +98,7 @@ public:
     /// Starts no further task.
     void StopTasks();
 
+    // For the main thread alone.
     RequestTokens tokens;
 
 private:

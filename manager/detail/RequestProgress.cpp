@@ -9,6 +9,7 @@ void OpenProgress(CheckCancel& token, double upper, std::string_view itemTitle)
     token.text1 = orvcore::Localiser::Resolve(kProgressCategoryTitle);
     token.text2 = orvcore::Localiser::Resolve(itemTitle);
     token.progressCategory = std::make_shared<orvappsupport::ProgressCategory>(token.text1);
+    // A category for each request: the display shows as many lines as there are requests, and each ends with its own.
     token.progressItem = token.progressCategory->AddItem(token.text2, 0.0, upper);
 }
 
@@ -20,6 +21,7 @@ ProgressEnd::ProgressEnd(const CheckCancel& token)
 ProgressEnd::~ProgressEnd()
 {
     if (token_.progressCategory) {
+        // An abort may have taken it out before, on the main thread; a second removal does nothing.
         token_.progressCategory->RemoveItem(token_.progressItem);
     }
 }
