@@ -31,6 +31,7 @@ RangeAnswer SelectRange(std::string_view header, std::uint64_t size)
 {
     std::string_view rest = header;
     const std::string_view unit = Trimmed(TakeUntil(rest, '='));
+    // Several ranges would need an answer of many parts; video players ask for one.
     if (!EqualsNoCase(unit, "bytes") || rest.find(',') != rest.npos || rest.find('-') == rest.npos) {
         return {};
     }
@@ -52,6 +53,7 @@ bool NamesTag(std::string_view list, std::string_view tag)
 {
     while (!list.empty()) {
         std::string_view one = Trimmed(TakeUntil(list, ','));
+        // If-None-Match compares weakly: a proxy may have marked our tag as weak.
         one.remove_prefix(one.starts_with("W/") ? 2 : 0);
         if (one == tag || one == "*") {
             return true;
