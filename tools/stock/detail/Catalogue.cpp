@@ -13,6 +13,9 @@
 
 namespace orvtools::stock::detail {
 
+// Read once, at the start, and never changed: requests look at it on several threads without a lock. Terms are matched
+// by the library's own search index, so that the development service finds what local search finds.
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -135,6 +138,7 @@ void Catalogue::Read(const fs::path& folder, std::uint32_t copies)
 
 void Catalogue::Add(const std::shared_ptr<Template>& content, std::string name, std::uint32_t copies)
 {
+    // Copies share one template, and the index has it once: a thousand copies cost no thousand rows.
     content->number = templates_++;
     Index(*content);
     for (std::uint32_t copy = 1; copy <= copies; ++copy) {

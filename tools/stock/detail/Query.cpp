@@ -8,6 +8,7 @@ namespace orvtools::stock::detail {
 
 namespace {
 
+// Clients hold positions and totals in signed 32 bits.
 constexpr std::uint32_t kMaxNumber = std::numeric_limits<std::int32_t>::max();
 constexpr std::uint32_t kMaxCount = 100;
 
