@@ -65,6 +65,8 @@ bool WriteAll(int handle, std::string_view text) noexcept
 }
 
 // The whole lines at the beginning that a pipe takes as one, or one line that is longer.
+// The system writes up to PIPE_BUF bytes into a pipe without mixing them with another writer's; more may be torn apart,
+// also in the middle of a line.
 std::string_view NextPiece(std::string_view lines) noexcept
 {
     if (lines.size() <= PIPE_BUF) {

@@ -12,6 +12,8 @@ namespace orvtools {
 
 namespace {
 
+// The console is shared with the shell that started the program, so its code page must be as it was at the end. A
+// program that is killed leaves it changed.
 UINT theFirstCodePage = 0;
 
 void RestoreConsole()
