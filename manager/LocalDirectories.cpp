@@ -52,7 +52,6 @@ void ReplaceIndexed(const detail::IndexSession& index, const std::vector<orvcore
 }
 
 // What the source tells last of whether more follows. What it hands out before it fails stands.
-// A failure ends the relisting, whatever the source said before of more to follow.
 bool ListFolder(ILocalGraphicSource& source, const orvcore::UTF16String& directory, const detail::TokenPtr& token,
                 detail::EntryList& entries)
 {

@@ -104,7 +104,6 @@ void Connection::Drop()
     delay_.cancel();
     stream_.close();
     reply_ = {};
-    // A wake that was posted before finds nothing to do.
     waits_ = false;
 }
 
@@ -142,7 +141,6 @@ void Connection::OnRequest(const Error& error)
         }
         return;
     }
-    // Set before the worker is asked, and read by it without a lock: posting orders the two.
     exchange_ = {parser_->keep_alive(), parser_->get().version() >= 11};
     Request request;
     if (ToRequest(parser_->release(), request)) {
@@ -163,8 +161,6 @@ void Connection::Answer(Request request)
     });
 }
 
-// Without the exchange of a request that was understood: the connection closes after the answer, because what follows
-// in it cannot be told apart from the rest of the bad request.
 void Connection::Refuse(unsigned status, std::string_view why)
 {
     Send(MakeReply({}, shared_.options.refuse(status, why), {}));
@@ -196,8 +192,6 @@ void Connection::Begin()
             Drop();
             return;
         }
-        // A weak pointer: the stream's writer may keep the stream, and with it this function, long after the client has
-        // left.
         reply_.body->OnReady([weak = weak_from_this(), executor = stream_.get_executor()] {
             asio::post(executor, [weak] {
                 const auto self = weak.lock();
