@@ -103,7 +103,6 @@ orvcore::UTF8String LocalEntryMaker::Preview(PreviewKind kind, const CapsuleEntr
         return {};
     }
     const Outcome outcome =
-        // The name is a hash of the package's state, so a file of this name is its preview, whoever made it.
         orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, state.facts.size, target);
     has = outcome != Outcome::None;
     if (outcome == Outcome::Failed) {

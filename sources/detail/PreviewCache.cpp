@@ -67,7 +67,6 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
     const CapsuleZip& zip = package.Content();
     // As the archive's directory tells; unpacking checks it against the data.
     const std::uint64_t size = LargestPreview(zip, ExtensionOf(kind));
-    // Not given back where the extraction fails: it may have written as much by then.
     if (size / kLikelyRatio > packageSize && !TakeFromAllowance(size)) {
         return Outcome::None;
     }
@@ -75,7 +74,6 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
     const orvcore::UTF8String halfName = orvcore::PathToUTF8(half);
     if (!(kind == PreviewKind::Still ? zip.GetZELTThumbnailPNG(halfName) : zip.GetZELTThumbnailVideo(halfName))) {
         const orvstorage::ZipError error = zip.GetLastFailure().error;
-        // Too large counts as none, so that it is noted and not tried again at every listing.
         const bool hasNone =
             error == orvstorage::ZipError::EntryMissing || error == orvstorage::ZipError::EntryTooLarge;
         return hasNone ? Outcome::None : Outcome::Failed;
