@@ -6,8 +6,7 @@
 #include <set>
 
 // The scripts are made from the commands' descriptions when the program is built, so they never lack an option.
-// Help texts pass
-// through Quoted: shells run these scripts.
+// Help texts pass through Quoted: shells run these scripts.
 
 namespace zelt {
 

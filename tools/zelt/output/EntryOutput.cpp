@@ -9,8 +9,8 @@
 #include <cstdio>
 
 // Three forms for three readers. Tables and details are for people and pass through Printable: a name from a package
-// could otherwise steer the terminal. JSON is for programs: its keys are always there. A path alone is for other programs' arguments and therefore the path's own bytes, also those that no
-// terminal should see.
+// could otherwise steer the terminal. JSON is for programs: its keys are always there. A path alone is for other
+// programs' arguments and therefore the path's own bytes, also those that no terminal should see.
 
 namespace zelt {
 
