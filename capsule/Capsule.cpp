@@ -77,6 +77,8 @@ UTF16String Capsule::GetDisplayName() const
 
 std::shared_ptr<ClientControl> Capsule::FindControl(const UTF16String& id) const
 {
+    // Ids are the author's, and nothing keeps two controls from having one: the first counts. Hosts may have put null
+    // pointers into the list.
     const auto found = std::find_if(controls_.begin(), controls_.end(),
                                     [&](const auto& control) { return control != nullptr && control->GetID() == id; });
     return found != controls_.end() ? *found : nullptr;

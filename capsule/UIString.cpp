@@ -18,6 +18,7 @@ UIString::UIString(const UTF16String& text)
 UIString::UIString(const std::vector<LocStrPair>& pairs)
 {
     for (const LocStrPair& pair : pairs) {
+        // Of a locale that comes twice the last one counts, as everywhere (docs/decisions/repeated-keys.md).
         strings_.insert_or_assign(pair.locale, pair.text);
     }
 }
