@@ -32,6 +32,7 @@ bool IsPicturesOrFilms(std::u8string_view name)
     return name.ends_with(u8".png") || name.ends_with(u8".mp4");
 }
 
+// In the form of a failure of packing, so that one text says the same of a folder's file and of an archive's entry.
 ZipFailure Refused(ZipError error, const orvcore::UTF8String& name, const std::error_code& reason = {})
 {
     return {error, orvstorage::ZipAction::Pack, {}, name, reason ? reason.message() : std::string()};

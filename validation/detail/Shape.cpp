@@ -91,6 +91,7 @@ private:
         Shape& shape = shapes_.emplace_back();
         shape.name = name;
         named_.emplace(name, &shape);
+        // Everything below a localised text is a part of it: a fault there spoils the text as a whole.
         const bool wasInText = std::exchange(isInText_, isInText_ || name == "localizedText");
         Fill(shape, *document_.Root().Find("$defs")->Find(name));
         isInText_ = wasInText;
@@ -112,6 +113,10 @@ private:
         }
     }
 
+    // How the definition's schema uses the words: "anyOf" lists known values beside a way that allows any other;
+    // "allOf" says by a control's type which further keys it has; "then" alone is of a value that may be an object
+    // beside other kinds. "additionalProperties" is true (unknown keys are kept) or the shape of members by locale;
+    // false, which the schema does not use, would be taken for true.
     void Take(Shape& shape, const JSONNode& word)
     {
         const std::string_view name = word.Key();

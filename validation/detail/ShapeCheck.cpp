@@ -229,12 +229,16 @@ private:
         return found != shape.members.end() ? found->second : nullptr;
     }
 
+    // The rows that the tables call lenient: all at the top level, and of a control all but its type and
+    // canAnimate.
     static bool IsPassedOver(const Shape& shape, std::string_view key)
     {
         return &shape == &DefinitionShape() || (shape.name == "control" && key != CAPSULE_CONTROL_TYPE_STR &&
                                                 key != CAPSULE_CONTROLPROPS_CANANIMATE_STR);
     }
 
+    // Unknown keys are legal. Where readers keep them only one that looks like a known key is told, elsewhere each,
+    // because its value is lost.
     void TellUnknown(const PlacedValue& member, const Shape& shape, const Shape* kind)
     {
         const std::string_view key = member->Key();

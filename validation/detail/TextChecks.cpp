@@ -143,6 +143,7 @@ void CheckTexts(const std::vector<MetText>& texts, DefinitionReport& report)
 {
     LocaleCounts counts;
     std::vector<std::pair<PlacedValue, std::set<std::string_view>>> usable;
+    // Texts that readers do not take as a whole have been told of by CheckShape and show nothing, so they do not count.
     for (const MetText& text : texts) {
         if (IsUsable(text.value)) {
             usable.emplace_back(text.value, CheckEntries(text, report));

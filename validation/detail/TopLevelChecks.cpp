@@ -7,6 +7,9 @@
 
 namespace orvcapsule::detail {
 
+// Readers take almost anything at the top level, so what is told here are warnings: the template is shown, but not as
+// its author means it (without a name, by no host, in a substitute font).
+
 namespace {
 
 bool IsList(const PlacedValue& value)
