@@ -249,6 +249,8 @@ void LocalGraphicsSource::Search(const std::vector<UTF16String>& terms,
     const std::size_t before = results.size();
     FolderListing listing(GetSourceID(), std::move(cancel));
     try {
+        // Terms are SearchDB's business, which asks the index; this operation has them because sources that page need
+        // them.
         if (terms.empty()) {
             const std::vector<Target> targets = ExistingTargets();
             const double step = BeginListing(listing, targets.size());
@@ -319,6 +321,7 @@ std::vector<FolderFailure> LocalGraphicsSource::GetFolderFailures() const
 
 std::vector<FolderState> LocalGraphicsSource::GetFolderStates() const
 {
+    // Asks the file system now and looks at no listing: a disk may have come or gone since the last one.
     std::vector<FolderState> states;
     if (!root_.empty()) {
         states.push_back(StateOf(FilterName(), kDefaultLocalSourceID, root_));

@@ -125,6 +125,8 @@ const std::vector<orvcore::UTF16String>& Tables()
     return *tables;
 }
 
+// In steps of SQLite. 0 switches the handler off, and with it the interruption of running calls: opening the index
+// again then waits up to two seconds for them.
 int ProgressInterval()
 {
     const std::int64_t interval = orvcore::DebugSettings::GetInt("ORV.graphicfindinterval", 50000);
@@ -163,6 +165,7 @@ int Prepare(RapidFindDB& database, const orvcore::UTF16String& path)
     return database.UpdateTable(Tables()) < 0 ? database.GetSQLiteErrorCode() : orvstorage::sqlite::kOk;
 }
 
+// Only what a host can tell its user apart; every other code of SQLite counts as one.
 SearchIndexState StateOf(int failure)
 {
     switch (failure) {
@@ -259,6 +262,7 @@ SearchIndexStatus GetSearchIndexStatus()
     if (!database) {
         return {};
     }
+    // The failure of the opening goes first: an index that was never open has written nothing.
     return {StateOf(failure != orvstorage::sqlite::kOk ? failure : database->GetWriteFailure()),
             database->WasSetAside()};
 }

@@ -163,6 +163,7 @@ bool MayBeThere(const fs::path& folder)
     return orvcore::InspectTarget(folder, error).kind == FileKind::Directory || error;
 }
 
+// Every further folder would fail in the same way, so what is missing is not one folder's content.
 bool ConcernsWholeWalk(const std::error_code& error)
 {
     return error == std::errc::too_many_files_open || error == std::errc::too_many_files_open_in_system ||
@@ -182,6 +183,7 @@ bool IsSamePath(const fs::path& one, const fs::path& other)
     return PlainPath(one) == PlainPath(other);
 }
 
+// An unusable path (empty, or with a NUL in it) would be cut short by the system and lead to another folder.
 bool LeadToSameFolder(const fs::path& one, const fs::path& other)
 {
     return orvcore::IsUsablePath(one) && orvcore::IsUsablePath(other) && orvcore::IsSameFile(one, other);

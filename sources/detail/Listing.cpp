@@ -2,6 +2,11 @@
 
 #include <orvcore/tasks/Executor.h>
 
+// Two lines of progress may move: the request's own (the token's item), which all sources advance by their weights, and
+// one of this listing, where the source opened it. Workers advance both.
+//
+// The token outlives the listing, because the caller holds it; its members are only read from the time it is shared.
+
 namespace orvcapsule::detail {
 
 Listing::Listing(const std::string& sourceID, boost::shared_ptr<CheckCancel> cancel)

@@ -12,6 +12,9 @@ namespace orvcapsule::detail {
 
 namespace {
 
+// Integers have their own width, truth values one byte, times eight. A text is a count of 4 bytes and its UTF-16 units,
+// a list a count and its texts. A note is the subject's size and bytes, then the rest's size and bytes: so a reader
+// finds the next note without knowing what is in this one.
 class Writer {
 public:
     explicit Writer(std::string& bytes)

@@ -50,6 +50,7 @@ fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& caps
 {
     const std::u8string_view extension = ExtensionOf(kind);
     orvcore::HashMixer mixer;
+    // A change of what is mixed here leaves the files of earlier releases unused until the working folder is deleted.
     mixer.AddBytes("tmpzlt", 6)
         .Add(extension)
         .Add(sourceID_)
