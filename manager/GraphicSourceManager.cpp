@@ -32,6 +32,7 @@ void GraphicSourceManager::Shutdown()
     SetStockRequestCallback(nullptr);
     SetLocalRequestEntriesFoundCallback(nullptr);
     SetStockFailureCallback(nullptr);
+    // By the state itself: the public setters do nothing in stock mode.
     state_->SetCallback(&detail::Callbacks::databaseRequest, {});
     state_->SetCallback(&detail::Callbacks::databaseTagRequest, {});
     Abort();
@@ -122,6 +123,7 @@ void GraphicSourceManager::SetDatabaseTagRequestCallback(const std::shared_ptr<T
 
 void GraphicSourceManager::Abort()
 {
+    // The tokens stay in their places: a newer request of a kind replaces its own.
     const detail::RequestTokens& tokens = state_->tokens;
     detail::AbortToken(tokens.graphics);
     detail::AbortToken(tokens.defaultSet);

@@ -51,6 +51,8 @@ double WeightOf(const IGraphicSource& source)
     }
 }
 
+// Sources that cannot be listed count as well, and are done when their turn comes: the bar ends full
+// (docs/decisions/manager-progress-range.md).
 double SumOfWeights(const ManagerState& state)
 {
     double sum = 0;
@@ -183,6 +185,7 @@ void PostListing(ManagerState& state, const std::vector<GraphicSourceState>& fol
         // holds the list as well.
         token->onEntryFound = [found = request.found](const auto& entry) { found->Add(entry); };
     }
+    // With progress a source is handed its folders and tells of one after the other; without it only the whole counts.
     if (showProgress) {
         OpenProgress(*token, SumOfWeights(state), kProgressAllItemTitle);
         state.Post(token, [&state, folders, request = std::move(request)] {

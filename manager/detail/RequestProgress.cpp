@@ -4,6 +4,7 @@
 
 namespace orvcapsule::detail {
 
+// On the main thread, before the task is queued: the host's display shows a request that still waits its turn.
 void OpenProgress(CheckCancel& token, double upper, std::string_view itemTitle)
 {
     token.text1 = orvcore::Localiser::Resolve(kProgressCategoryTitle);
@@ -33,6 +34,7 @@ void MoveProgress(const CheckCancel& token, double position)
     }
 }
 
+// An item may change after it has left its category, so that its line can say why it stopped.
 void TellCanceled(const CheckCancel& token)
 {
     if (token.progressItem) {
