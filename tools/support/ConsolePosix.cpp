@@ -52,6 +52,7 @@ private:
     int handle_;
 };
 
+// A write may take less than it was given, and a signal may end it before it has taken anything.
 bool WriteAll(int handle, std::string_view text) noexcept
 {
     while (!text.empty()) {
@@ -96,6 +97,7 @@ std::size_t TerminalWidth(StandardStream stream) noexcept
     return ::ioctl(HandleOf(stream), TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
+// "dumb" is what editors and build tools set for a terminal that shows escape sequences as they are.
 bool TakesColour(StandardStream stream) noexcept
 {
     const char* terminal = std::getenv("TERM");

@@ -41,6 +41,7 @@ void SetBinary(StandardStream stream) noexcept
 void SetConsoleUTF8()
 {
     const UINT now = GetConsoleOutputCP();
+    // 0 is what a process without a console gets.
     if (now != 0 && now != CP_UTF8 && theFirstCodePage == 0) {
         theFirstCodePage = now;
         SetConsoleOutputCP(CP_UTF8);

@@ -20,6 +20,7 @@ RangeAnswer Suffix(std::optional<std::uint64_t> count, std::uint64_t size)
     if (!count) {
         return {};
     }
+    // More than there is means all of it.
     const std::uint64_t length = std::min(*count, size);
     return length == 0 ? RangeAnswer{RangeAnswer::Kind::Unsatisfiable, {}}
                        : RangeAnswer{RangeAnswer::Kind::Part, {size - length, size - 1}};

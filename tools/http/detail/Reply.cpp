@@ -80,6 +80,7 @@ Content FileContent(const Request& request, Response& response, const std::files
 Content ContentOf(const Request& request, Response& response, const Exchange& exchange)
 {
     if (const auto* const stream = std::get_if<std::shared_ptr<Stream>>(&response.body)) {
+        // A length that was announced on purpose takes the chunks' place.
         const bool chunked = exchange.isHTTP11 && !response.announcedLength;
         return {std::make_unique<StreamBody>(*stream, chunked), std::nullopt};
     }
@@ -90,6 +91,7 @@ Content ContentOf(const Request& request, Response& response, const Exchange& ex
     std::error_code error;
     const FileInfo info = orvcore::InspectTarget(path, error);
     if (error || info.kind != orvcore::FileKind::File) {
+        // Asked now and not by the handler: the file may go between the two.
         response = ErrorResponse(404, "there is no such file");
         return SetText(response, std::get<std::string>(response.body));
     }
@@ -197,6 +199,7 @@ Reply MakeReply(const Request& request, Response response, Exchange exchange)
     reply.head += "\r\n";
     if (framing != Framing::NoBody && request.method != "HEAD") {
         reply.body = std::move(content.body);
+        // Not for HEAD: its stream is destroyed here, which tells the writer that nobody reads.
         reply.isStream = isStream;
     }
     return reply;

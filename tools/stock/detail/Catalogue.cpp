@@ -65,6 +65,7 @@ std::shared_ptr<Template> ReadTemplate(const fs::path& package)
 }
 
 // The path below the folder, without the extension, as text that can be one part of a URL's path.
+// The server refuses escaped slashes and back-slashes in a path, so an identifier holds none.
 std::string NameOf(const fs::path& package, const fs::path& folder)
 {
     const fs::path relative = package.lexically_relative(folder).replace_extension();
@@ -109,6 +110,7 @@ Catalogue::Catalogue(const fs::path& folder, std::uint32_t copies)
 void Catalogue::Read(const fs::path& folder, std::uint32_t copies)
 {
     std::uint32_t categories = 0;
+    // The walk goes depth first, so all that follows a direct sub-folder lies in it until the next one comes.
     std::uint32_t category = 0; // of the sub-folder that is walked
     orvcore::TreeVisitor visitor;
     visitor.visit = [&](const fs::path& path, orvcore::FileKind kind) {

@@ -88,6 +88,7 @@ Query ParseQuery(const http::Request& request)
             query.terms.push_back(value);
         }
     }
+    // The contract has two names for one filter: which of them counts depends on whether there are terms.
     query.premium = PremiumOf(request, query.terms.empty() ? "gallery_premium" : "search_premium");
     NeedOneOf(request, "content_template", "1");
     NeedOneOf(request, "source", "zelt");

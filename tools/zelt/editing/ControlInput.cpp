@@ -140,6 +140,7 @@ std::string Colour(const ClientControl& control, std::string_view input, bool fo
         NeedInRange(part, 0, 1, force);
     }
     if (parts.size() == 3) {
+        // Whoever names three parts means the colour, not that it becomes opaque.
         parts.push_back(std::get<ColorRGBA>(control.GetVal()).alpha);
     }
     return List(parts);

@@ -10,6 +10,7 @@ namespace zelt {
 
 namespace {
 
+// For a definition that is replaced as a whole: the stored one may be broken, which is why it is replaced.
 Template ReadArchive(const std::string& file)
 {
     Template read = ReadTemplate(file);

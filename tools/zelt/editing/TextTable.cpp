@@ -39,6 +39,7 @@ std::string CSVField(const std::string& text)
 }
 
 // Takes fields off a text one after the other.
+// A quoted field may hold line feeds, so lines are counted here and not taken apart first.
 class CSVReader {
 public:
     CSVReader(std::string_view text, char separator)
@@ -260,6 +261,7 @@ std::string TextsAsJSON(const TextTable& table)
 
 TextTable ParseTexts(std::string_view text)
 {
+    // Spreadsheet programs put one in front.
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     text.remove_prefix(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
     return text.starts_with('{') ? ParseObjects(text) : ParseCSV(text);

@@ -44,6 +44,7 @@ void AddListed(const PackageList& list, std::vector<std::string>& names)
     }
 }
 
+// As a listing of the library finds them: a link to a file counts as that file.
 bool IsPackage(const fs::path& path, orvcore::FileKind kind)
 {
     return path.extension() == fs::path(orvcapsule::kCapsuleExtn) && kind != orvcore::FileKind::Directory &&
