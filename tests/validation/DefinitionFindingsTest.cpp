@@ -260,9 +260,11 @@ TEST(DefinitionFindings, KeepsTheFirstOfEachSeverityAndCountsTheRest)
 {
     std::string tags = "[\"a\"";
     std::string members = "[\"a\"";
+    std::string unknown;
     for (int i = 0; i < 300; ++i) {
         tags += ",\"a\"";
         members += ",\"x\"";
+        unknown += R"({"type":"x","canAnimate":true},)";
     }
     const std::string control =
         R"({"type":10,"id":"g","canAnimate":false,"groupexpanded":true,"value":)" + members + "]}";
@@ -273,7 +275,7 @@ TEST(DefinitionFindings, KeepsTheFirstOfEachSeverityAndCountsTheRest)
     EXPECT_GE(found.moreWarnings, 300 - Findings::kMostKept);
     // A refusal has a reason, also where that comes after as many other errors as are kept.
     const std::string refused =
-        R"({"apiVersion":"2.2","clientControls":[)" + control + R"(,{"type":2,"canAnimate":true}]})";
+        R"({"apiVersion":"2.2","clientControls":[)" + unknown + R"({"type":2,"canAnimate":true}]})";
     EXPECT_EQ(ReadDefinition(orvcore::ToUTF8(refused)).refusals.size(), 1U);
 }
 
