@@ -8,6 +8,9 @@ namespace orvcapsule {
 
 namespace {
 
+// Raised with each new form of the definition, together with the table in Compatibility.cpp and the schema in docs. The
+// version gate, the names of the listings' notes and the stock search's parameter follow from it: an older host refuses
+// what this one writes, notes of an older reader are not taken, and the service offers what can be read.
 constexpr char kCurrentAPIVersion[] = "2.2";
 constexpr const char16_t* kUnsupported = u"0";
 
@@ -23,6 +26,7 @@ Capsule::~Capsule() = default;
 Capsule::Capsule(const UTF16String& authorApp, const UTF16String& capsuleName, const UTF16String& capsuleID)
     : apiVersion_(kCurrentAPIVersion)
     , authorApp_(authorApp)
+    // Both forms of the name: readers before the localised one know the first only.
     , capsuleNameObsolete_(capsuleName)
     , capsuleNameLocalized_(capsuleName)
     , capsuleID_(capsuleID)
@@ -67,11 +71,14 @@ std::string Capsule::GetCurrentAPIVersion()
 UTF16String Capsule::GetDisplayName() const
 {
     UTF16String name = capsuleNameLocalized_.GetString();
+    // An empty text in the host's language is a name nobody translated, not a template without a name.
     return name.empty() ? capsuleNameObsolete_ : name;
 }
 
 std::shared_ptr<ClientControl> Capsule::FindControl(const UTF16String& id) const
 {
+    // Ids are the author's, and nothing keeps two controls from having one: the first counts. Hosts may have put null
+    // pointers into the list.
     const auto found = std::find_if(controls_.begin(), controls_.end(),
                                     [&](const auto& control) { return control != nullptr && control->GetID() == id; });
     return found != controls_.end() ? *found : nullptr;
@@ -88,6 +95,8 @@ void Capsule::SetSourceInfo(const kinlet::SourceInfo& sourceInfo)
     sourceInfoLocalized_.insert_or_assign(detail::CurrentLocale(), sourceInfo);
 }
 
+// The older form holds one composition and does not say for which language. It counts only where the newer form gave
+// none, whichever of the two comes first; so the order of keys in a document does not matter.
 void Capsule::SetSourceInfoObsolete(const kinlet::SourceInfo& sourceInfo)
 {
     if (sourceInfoLocalized_.empty()) {

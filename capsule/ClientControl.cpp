@@ -7,6 +7,7 @@ namespace orvcapsule {
 namespace {
 
 // Whether a value is the alternative that a kind keeps. Numbers without a kind have none to keep to.
+// The same alternatives as in ControlKinds.h and as the tables read and write; a new kind needs a row in each.
 bool IsOfKind(ClientControlType type, const ControlValue& value)
 {
     switch (type) {

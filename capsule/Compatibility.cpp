@@ -9,6 +9,11 @@ namespace orvcapsule {
 namespace {
 
 // Each definition-format version with the newest release stamp that it admits; it admits all older stamps too.
+// Stamps are texts that hosts store and compare as texts, so a template passes when its stamp is one of the list, not
+// when it is a smaller number: "0" stands for unsupported, and a stamp that no release ever had says nothing.
+//
+// A new version of the format gets a row at the end, in ascending order: what a version admits are the rows up to its
+// own.
 struct FormatVersion {
     std::string_view apiVersion;
     std::string_view newestStamp; // empty: the version admits none
@@ -39,6 +44,8 @@ bool Capsule::CanUseTSLib(bool* knownVersion) const
     if (knownVersion != nullptr) {
         *knownVersion = known;
     }
+    // A version without a row is one of a later library, or none: what it needs cannot be known here, so the host is
+    // told to upgrade rather than to show something broken.
     if (!known) {
         return false;
     }
@@ -52,6 +59,7 @@ bool Capsule::IsTSLibCompliant() const
     return tslibCompliantVersion_ != orvcore::ToUTF16(CAPSULE_VERSION_UNSUPPORTED);
 }
 
+// Entries have a member for the answer, which is part of the interface; no effect is unsupported today.
 bool HasUnsupportedEffects(const std::vector<std::string>& /*usedEffects*/)
 {
     return false;

@@ -86,6 +86,8 @@ ControlPtr CreateSpreadsheetControl(const UTF16String& id, const UIString& name,
 
 namespace {
 
+// The first kind that fits is taken. ClientControl must come last: every control is one, and a copy of the base alone
+// would lose its kind's settings. A class of a host's own that derives from a kind is copied as that kind.
 template <class... Kinds>
 ControlPtr CloneAsOneOf(const ClientControl& control)
 {

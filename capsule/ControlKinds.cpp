@@ -1,5 +1,8 @@
 #include <capsule/ControlKinds.h>
 
+// Each class has its destructor here although it is the default one: so its virtual table and type information lie in
+// this library alone, and a dynamic_cast in the writer finds the class of a control that a host has made.
+
 namespace orvcapsule {
 
 CheckboxControl::CheckboxControl(UTF16String id, UIString name, ControlProperties properties, bool value)

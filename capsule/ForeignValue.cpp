@@ -2,6 +2,8 @@
 
 namespace orvcapsule {
 
+// The text is shared because an exception is copied while it is thrown, where running out of memory would end the
+// process.
 foreign_value_exception::foreign_value_exception(const UTF16String& controlID)
     : message_(std::make_shared<const std::string>("the value of control \"" + orvcore::ToNarrow(controlID) +
                                                    "\" is not of its kind"))

@@ -13,6 +13,8 @@ using orvcore::serialization::JSONDocument;
 using orvcore::serialization::Variant;
 
 // The document of a text, or an empty one where the text is not JSON.
+// That is the interface's promise: an empty record instead of an error. Who wants the reason asks validation, which
+// parses the text once more.
 JSONDocument ParseOrNothing(const UTF8String& text)
 {
     try {
@@ -44,6 +46,8 @@ UTF8String CapsuleToJson(const std::shared_ptr<Capsule>& capsule)
         return {};
     }
     UTF8String text = json::ToText(*capsule);
+    // The same limits as the readers' (docs/decisions/depth-limit.md): a definition stored beyond them could
+    // never be read again. Size and number are known only when all is written; the depth is looked at while it is.
     if (const char* reason = JSONDocument::BeyondLimits(orvcore::AsNarrow(text))) {
         throw orvcore::serialization::json_write_exception(std::string("no reader would take the definition: ") +
                                                            reason);
@@ -53,6 +57,8 @@ UTF8String CapsuleToJson(const std::shared_ptr<Capsule>& capsule)
 
 std::shared_ptr<Capsule> CapsuleFromJson(const UTF8String& text)
 {
+    // Before the parser: a newer document may be JSON in a form that the tables below would take for damage, and a host
+    // wants to tell the user to upgrade.
     if (!detail::PassesVersionGate(text)) {
         return nullptr;
     }

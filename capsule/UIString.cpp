@@ -5,6 +5,7 @@
 namespace orvcapsule {
 
 UIString::UIString()
+    // Not an empty map: the text for the application's language is there, and empty. Documents are written so.
     : UIString(UTF16String())
 {
 }
@@ -17,6 +18,7 @@ UIString::UIString(const UTF16String& text)
 UIString::UIString(const std::vector<LocStrPair>& pairs)
 {
     for (const LocStrPair& pair : pairs) {
+        // Of a locale that comes twice the last one counts, as everywhere (docs/decisions/repeated-keys.md).
         strings_.insert_or_assign(pair.locale, pair.text);
     }
 }

@@ -14,6 +14,8 @@ using orvcore::serialization::Object;
 using orvcore::serialization::Variant;
 
 // {"type": "kerbel.FontUses", "uses": {attributes: {"type": "array"}, "use": {...}}}
+// The receiver takes the message as XML: the attribute tells it that `uses` is a list, which one element alone would
+// not show.
 Variant MakePayload(const UTF8String& syncFontID, const UTF8String& documentID, const UTF8String& usedAt,
                     const UTF8String& operation)
 {
@@ -41,6 +43,7 @@ void SendFontUsageMessage(const UTF8String& syncFontID, const UTF8String& docume
                           const UTF8String& operation)
 {
     const Variant payload = MakePayload(syncFontID, documentID, usedAt, operation);
+    // Neither the reply nor the result is looked at: a document must open whether or not the service runs.
     UTF8String reply;
     orvtarsksupport::SendTarskMessage(kFontUsesMessageName, *orvcore::serialization::AsObject(payload), true,
                                       orvtarsksupport::kXMLRootTagDefault_Message, reply);

@@ -6,6 +6,11 @@
 
 #include <orvcore/files/Paths.h>
 
+// A request goes through three threads. On the main thread its token is renewed, which aborts the request of the same
+// kind before it, and the callbacks are copied; so what a host sets later belongs to later requests. On the executor
+// the work is done under that token. Back on the main thread the delivery looks at the token once more and is dropped
+// when a newer request has come meanwhile.
+
 namespace orvcapsule {
 
 namespace {
@@ -26,6 +31,7 @@ void SearchIndex(const detail::ManagerState& state, const std::vector<orvcore::U
             continue; // a source that fails contributes nothing
         }
         for (const orvcore::UTF16String& match : matches) {
+            // The two orders are nearly the same, and with a right hint the set finds the place at once.
             names.insert(names.end(), orvcore::PathTextToUTF8(match));
         }
     }
@@ -39,6 +45,8 @@ void SearchIndex(const detail::ManagerState& state, const std::vector<orvcore::U
 void GraphicSourceManager::RequestGraphics(const std::vector<orvcore::UTF16String>& terms)
 {
     const bool hasIndex = state_->HasIndex();
+    // In stock mode a search and the listing of everything are the same question with and without terms, so the newer
+    // one of either replaces the other: they share a token.
     TokenPtr& token = hasIndex ? state_->tokens.indexSearch : state_->tokens.graphics;
     detail::RenewToken(token);
     if (hasIndex) {

@@ -6,6 +6,7 @@ namespace orvcapsule {
 
 namespace {
 
+// A host may unload this library while such a task still runs; the module is therefore kept until the process ends.
 const char kAddressInside = 0; // of this library, whose code the executor's tasks are
 
 } // namespace
@@ -25,10 +26,13 @@ void GraphicSourceManager::Shutdown()
 {
     SetCapsuleSortFxn(nullptr);
     // The partial-completion and folder callbacks stay: hosts rely on finding them after a shutdown.
+    // The others are dropped here: one may hold the host's panel, which then goes on this thread and now, while a
+    // running task may keep the manager for some time.
     SetLocalRequestCallback(nullptr);
     SetStockRequestCallback(nullptr);
     SetLocalRequestEntriesFoundCallback(nullptr);
     SetStockFailureCallback(nullptr);
+    // By the state itself: the public setters do nothing in stock mode.
     state_->SetCallback(&detail::Callbacks::databaseRequest, {});
     state_->SetCallback(&detail::Callbacks::databaseTagRequest, {});
     Abort();
@@ -41,6 +45,7 @@ void GraphicSourceManager::AddGraphicSource(const SourcePtr& source)
     if (!source) {
         return;
     }
+    // Added first: a source whose Initialize throws stays in the list, and Shutdown ends it.
     state_->AddSource(source);
     source->Initialize();
 }
@@ -118,6 +123,7 @@ void GraphicSourceManager::SetDatabaseTagRequestCallback(const std::shared_ptr<T
 
 void GraphicSourceManager::Abort()
 {
+    // The tokens stay in their places: a newer request of a kind replaces its own.
     const detail::RequestTokens& tokens = state_->tokens;
     detail::AbortToken(tokens.graphics);
     detail::AbortToken(tokens.defaultSet);

@@ -12,6 +12,11 @@
 
 #include <stdexcept>
 
+// A relisting of one folder, step by step: list the folder, take the rows of changed files that are gone out of the
+// index, put the listed entries' rows in the place of their old ones, end the progress, deliver. Each step leaves every
+// existing template findable, by what it was or by what it is, so that a cancel or the process's end may come between
+// any two.
+
 namespace orvcapsule {
 
 namespace {
@@ -30,6 +35,7 @@ void ReplaceIndexed(const detail::IndexSession& index, const std::vector<orvcore
 {
     std::vector<orvcore::UTF8String> gone;
     for (const orvcore::UTF8String& file : files) {
+        // The host's file watcher reports from another moment: only the file system knows what is there now.
         if (!IsGone(file)) {
             continue;
         }
@@ -71,6 +77,7 @@ using DirectoryList = std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8St
 // holds it. The working folder is one for all of them and was prepared with the first.
 void ReplaceCustomDirectories(detail::ManagerState& state, const DirectoryList& directories)
 {
+    // On the executor and not at the call: requests made before still list the folders of their time.
     const detail::SourcePtr old = state.FindSource(kLocalSourceID);
     const auto* local = dynamic_cast<const LocalGraphicsSource*>(old.get());
     if (local == nullptr) {
@@ -78,6 +85,7 @@ void ReplaceCustomDirectories(detail::ManagerState& state, const DirectoryList& 
     }
     const detail::SourcePtr successor = local->MakeSuccessor(directories);
     if (!successor) {
+        // From a task it goes to the host's exception handler; there is no callback for it.
         throw std::logic_error("the custom folders stay: the local source makes no successor");
     }
     state.ReplaceSource(old, successor);
@@ -94,11 +102,13 @@ struct FolderRequest {
 
 void DeliverFolder(FolderRequest request, detail::EntryList entries, bool last)
 {
+    // The listing may have been cut short by the end of the executors, and is then not whole.
     if (orvcore::IsTerminating()) {
         return;
     }
     orvcore::AsyncCallFromMainThread([request = std::move(request), entries = std::move(entries), last]() mutable {
         if (request.token->GetAbort()) {
+            // On the main thread, where the host's display may still show the line.
             detail::TellCanceled(*request.token);
             detail::FreeElsewhere(std::move(entries));
         } else if (request.callback && *request.callback) {
@@ -112,6 +122,7 @@ void GetLocalGraphicsFromDirectory(const detail::ManagerState& state, const Fold
     detail::EntryList entries;
     bool last = true;
     {
+        // Ends before the delivery is queued: a host that has the folder's entries has no line of progress any more.
         const detail::ProgressEnd end(*request.token);
         const detail::SourcePtr source = state.FindSource(request.sourceID);
         if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
@@ -150,6 +161,7 @@ void GraphicSourceManager::LocalDirectoryChanged(const std::string& sourceID, co
     if (!state_->HasIndex()) {
         return;
     }
+    // One token a folder, by the name that the host uses; the map holds as many as the host watches folders.
     TokenPtr& token = state_->tokens.directories[directory];
     detail::RenewToken(token);
     const SourcePtr source = FindGraphicSource(sourceID);

@@ -12,6 +12,7 @@ void GetSimilarTags(const detail::ManagerState& state, const orvcore::UTF16Strin
     if (state.HasIndex() && !token->GetAbort()) {
         GetTags(text, found);
     }
+    // Taken here and not at the request, unlike a search's: a callback that is set meanwhile gets these tags.
     detail::Deliver(token, state.CopyCallbacks().databaseTagRequest,
                     [found = std::move(found)](GraphicSourceManager::TextSetCallback& call) {
                         std::set<orvcore::UTF8String> tags;

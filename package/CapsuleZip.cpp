@@ -14,6 +14,13 @@
 
 namespace orvcapsule {
 
+// A host reads through the archive that PackageFile chose (the package, or the private copy of one with a long path),
+// and changes the package itself through PackageFile::Change. An operation here that wrote to GetArchive() would change
+// the copy, which nobody carries back.
+//
+// No read throws for what a package holds: the host asks GetLastFailure. A second name is tried, and a part counts as
+// absent, by that failure alone, so nothing may touch the archive between a read that failed and the question why.
+
 namespace fs = std::filesystem;
 using orvcore::UTF16String;
 using orvcore::UTF8String;
@@ -26,6 +33,7 @@ namespace {
 constexpr std::u8string_view kCorvidExtension = u8".cvgraphic";
 constexpr std::u8string_view kTesselExtension = u8".tsgraphic";
 
+// Asked at each call and never kept: a host may change the application's language while a package is open.
 UTF8String Localized(std::u8string_view stem, std::u8string_view extension)
 {
     UTF8String name(stem);
@@ -49,6 +57,7 @@ fs::path Absolute(const fs::path& path)
     return error ? path : full;
 }
 
+// False where the folder cannot be read: the copy that follows meets the same fault and tells the reason.
 bool IsEmpty(const fs::path& folder)
 {
     std::error_code error;
@@ -75,6 +84,8 @@ bool WriteThumbnail(const ZipFile& zip, std::u8string_view extension, const UTF8
 bool CopyUnzipped(const ZipFile& zip, const fs::path& from, const fs::path& directory, bool overwrite,
                   const std::function<bool(double)>& progress)
 {
+    // Each piece asks for the time, so that a copy to a drive that has become very slow ends by itself at some time,
+    // also for a caller without a progress callback.
     constexpr std::chrono::hours kLongestWait(24);
     const auto end = std::chrono::steady_clock::now() + kLongestWait;
     const auto goesOn = [&](double fraction) { return std::chrono::steady_clock::now() < end && progress(fraction); };
@@ -86,10 +97,13 @@ bool CopyUnzipped(const ZipFile& zip, const fs::path& from, const fs::path& dire
     }
     ZipFailure failure{ZipError::Cancelled, orvstorage::ZipAction::Unpack, zip.GetPath(), {}, {}};
     if (result == orvcore::kResultFileNotWritten) {
+        // The private folder holds what the entries' names say, so a path below it is the entry's name. An empty path
+        // means the target folder itself.
         failure.entry = failed.path.generic_u8string();
         failure.folder = failed.path.empty() ? directory : fs::path();
         orvstorage::TranslateWriteError(failed.error, failure);
     }
+    // The host knows the archive only: a failure of the copy is told as one of the unpacking that it asked for.
     zip.SetLastFailure(failure);
     return false;
 }
@@ -157,6 +171,8 @@ CapsuleZip::CapsuleZip(const fs::path& package, const std::string& password)
 {
 }
 
+// Defined here and not in the header, so that no host's code contains them: what an object owns may change without a
+// new build of the host.
 CapsuleZip::CapsuleZip(const CapsuleZip& other) = default;
 CapsuleZip& CapsuleZip::operator=(const CapsuleZip& other) = default;
 CapsuleZip::CapsuleZip(CapsuleZip&& other) noexcept = default;
@@ -165,6 +181,7 @@ CapsuleZip::~CapsuleZip() = default;
 
 UTF8String CapsuleZip::GetZELTDescriptionJSON() const
 {
+    // The limit is the readers' own: a larger text would be unpacked for nothing, since no parser here takes it.
     return GetArchive().UnzipText(kJSONFileName, orvcore::serialization::kMaxJSONSize).value_or(UTF8String());
 }
 
@@ -193,6 +210,8 @@ bool CapsuleZip::RemoveEntry(std::u8string_view name)
 
 bool CapsuleZip::SetZELTDescriptionJSON(const UTF8String& text)
 {
+    // The archive takes the text from a file of the entry's name. The folder is removed at the end of this call, and a
+    // folder that a killed process left is removed when another one is made a day later.
     const orvcore::TemporaryFolder folder(detail::kPrivateArea);
     orvcore::WriteBufferToFile(folder.Path() / kJSONFileName, text.data(), text.size());
     return SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()));
@@ -249,6 +268,8 @@ bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const U
     const fs::path& unpackDirectory = privateFolder ? privateFolder->Path() : directory;
     const auto file = ProjectExtraction{zip, unpackDirectory, progress, opaque}.ExtractAnyProject(projectName);
     const auto always = [](double) { return true; };
+    // The folder is made only when the project is there to be put in, and taken away again (by this object's
+    // destructor) when the copy fails: CopyDirectory removes only what it has made itself.
     orvcore::detail::NewFolders folders;
     if (file && privateFolder) {
         std::error_code ignored; // the copy meets the same obstacle and tells it
@@ -271,6 +292,7 @@ bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite, const orvstora
                        void* opaque) const
 {
     const ZipFile& zip = GetArchive();
+    // A relative path may be short and lead to a long place: what counts is the full path that the system gets.
     const auto privateFolder = detail::FolderForLongPath(orvcore::PathToUTF8(Absolute(directory)));
     if (!privateFolder) {
         return zip.UnZip(directory, overwrite, progress, opaque);
@@ -299,6 +321,8 @@ std::optional<std::vector<UTF16String>> CapsuleZip::GetPathOfUnZippedProject(con
     std::vector<UTF16String> found;
     orvcore::TreeVisitor visitor;
     visitor.visit = [&](const fs::path& path, orvcore::FileKind kind) {
+        // A link to a folder is not entered and counts as a folder: it may lead to a place above, whose files are not
+        // the project's.
         const bool isFile =
             kind != orvcore::FileKind::Directory && !(kind == orvcore::FileKind::Link && orvcore::IsDirectory(path));
         if (isFile && path.extension() == wanted) {
@@ -335,6 +359,7 @@ const ZipFile& CapsuleZip::GetArchive() const noexcept
 ZipFailure CapsuleZip::GetLastFailure() const
 {
     ZipFailure failure = GetArchive().GetLastFailure();
+    // A private copy has a path that tells the host nothing.
     failure.archive = orvcore::PathFromUTF8(GetPackagePath());
     return failure;
 }

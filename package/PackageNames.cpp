@@ -1,5 +1,9 @@
 #include <package/PackageNames.h>
 
+// Names of the file format: packages of every release hold them, so a changed text makes all stored packages
+// unreadable. They are static objects with constructors, so another static object must not use them in its own
+// constructor.
+
 namespace orvcapsule {
 
 const orvcore::UTF8String kCapsuleExtn = u8".zelt";

@@ -18,14 +18,27 @@
 
 namespace orvcapsule {
 
+// The order of a start, for each of the two folders:
+// - make the lock file beside the folder, so that two processes that start at the same time see each other;
+// - if the marker is there, delete the folder while holding its locks exclusively; if not, queue the task that measures
+//   it;
+// - make the folder and hold its locks shared, until the process ends;
+// - queue the task that removes unfinished files, which runs only while this process is the only one to use the folder.
+//
+// The marker is a message to the next process. The one that measures the folder never deletes it: at that moment its
+// own host shows the previews. A process may be killed between any two steps; each step leaves a state from which the
+// next start goes on. The folder holds only what can be made again, so every fault here costs time and is passed over.
+
 namespace fs = std::filesystem;
 
 namespace {
 
+// 300 MiB; Workspace.h promises it.
 constexpr std::uint64_t kSizeLimitBytes = 314572800;
 // Unfinished files of killed programs are removed when they are this old; they would fill the folder otherwise, because
 // they do not count for its size.
 constexpr std::chrono::hours kLongestMaking{1};
+// Written by one process and looked for by another, perhaps of another release: the name must not change.
 constexpr std::u8string_view kMarkerName = u8"cleanupRequest";
 
 // Where users share a temporary folder, somebody may have put a folder, or a link to one, in the place of ours.
@@ -37,6 +50,8 @@ bool IsOursOrFree(const fs::path& path)
 }
 
 // Empty when there is none to use.
+// Processes of all releases share the two folders by these names. Whose folder it is is asked at each call: another
+// user may put one there at any time after the first.
 fs::path WorkingFolder(bool local)
 {
     std::error_code error;
@@ -65,6 +80,8 @@ orvcore::UTF8String StockAssetFile(const orvcore::UTF8String& assetId, std::u8st
 }
 
 // Deletes what can be deleted below `folder` except the file `kept`; true when nothing else is left.
+// Goes on after a failure: on Windows a file that a player has open cannot be deleted, and the hundreds of others can.
+// `leave` comes for a folder after its content, and fails for one in which something stayed.
 bool DeleteContents(const fs::path& folder, const fs::path& kept)
 {
     bool whole = true;
@@ -94,6 +111,7 @@ bool DeleteContents(const fs::path& folder, const fs::path& kept)
 void DeleteWorkingFolder(const fs::path& folder, const fs::path& marker)
 {
     std::error_code error;
+    // Of a link only the link goes: walking through it would delete the files of the folder that it leads to.
     const bool isLink = orvcore::InspectPath(folder, error).kind == orvcore::FileKind::Link;
     if (isLink || DeleteContents(folder, marker)) {
         orvcore::RemoveTree(folder, error);
@@ -101,6 +119,9 @@ void DeleteWorkingFolder(const fs::path& folder, const fs::path& marker)
 }
 
 // The sizes of the files below `folder`; ends early when they pass the limit or the process ends.
+// Names that begin with a dot are files in the making. They are removed by their age, and would otherwise have a folder
+// deleted in which only one large download was going on. Without a `fail` the walk throws at what it cannot read, which
+// ends the measuring without a marker.
 std::uint64_t SizeOf(const fs::path& folder, std::uint64_t limit)
 {
     std::uint64_t total = 0;
@@ -153,6 +174,8 @@ void RemoveUnfinished(const fs::path& folder)
 }
 
 // Where files are read one after another, which is not for the caller to wait for.
+// The pre-termination executor and not the CPU-bound one: exit does not wait for it. Both tasks are safe to be
+// abandoned at any point, since the next start does what was left.
 void InBackground(std::function<void()> task)
 {
     orvcore::KeepModuleLoaded(&kMarkerName);
@@ -169,6 +192,7 @@ bool IsMarked(const fs::path& marker)
 void Cleanup(std::uint64_t limit, const fs::path& named)
 {
     const fs::path folder = orvcore::WithoutClosingSeparators(named).make_preferred(); // its lock lies beside it
+    // CleanupTempDirectory is public and gets any path: another user's folder is never deleted or marked.
     if (!orvcore::Exists(folder) || !orvcore::IsOwn(folder)) {
         return;
     }

@@ -14,6 +14,9 @@
 #include <optional>
 #include <string_view>
 
+// The text is edited and not written anew from a record: it may be a newer library's or another program's, and whatever
+// a record does not hold would be lost (docs/decisions/rewriting-definitions.md).
+
 namespace orvcapsule {
 
 namespace {
@@ -27,6 +30,8 @@ UTF8String ReadSchema(const std::string& libraryID, const std::string& elementID
     return GetJsonContent(orvcore::ToUTF8(libraries::GetCapsuleSchemaPath(libraryID, elementID)));
 }
 
+// Read again from its place, since the package may have changed after the entry was made. An entry of another source, a
+// stock one for instance, has no package here, so the caller brings the text.
 UTF8String DefinitionOf(const CapsuleEntry& entry, const UTF8String& fallbackJson)
 {
     const std::string source = entry.GetSourceID();
@@ -70,6 +75,8 @@ orvcore::ResultCode GetCapsuleJson(const UTF8String& libraryName, const UTF8Stri
 {
     std::vector<std::string> libraryIDs;
     std::vector<std::string> elementIDs;
+    // The library manager may answer differently from call to call while libraries are synchronised; an element that
+    // vanishes in between gives empty texts, which is an answer, too.
     libraries::GetLibraryList(libraryIDs);
     for (const std::string& library : libraryIDs) {
         if (libraries::GetLibraryNameFromLibraryID(library) != orvcore::AsNarrow(libraryName)) {

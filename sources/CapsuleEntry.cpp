@@ -40,6 +40,8 @@ bool CapsuleEntry::SupportVideoPlayback() const
     return !videoPreviewPath.empty();
 }
 
+// The path of a local package's preview depends on the time of its last change, so entries of two states of one package
+// differ.
 bool CapsuleEntry::operator==(const CapsuleEntry& other) const
 {
     return path == other.path && thumbnailPath == other.thumbnailPath;

@@ -16,6 +16,13 @@
 
 namespace orvcapsule {
 
+// A listing goes through targets: the root with all that lies below, then each custom directory by itself. What an
+// object lists never changes (UpdateCustomDirectoryList makes a successor), so listings and relistings run side by side
+// without locks; only the log of failures changes, and it locks itself.
+//
+// The order at a listing's end: entries are handed out, the log of failures is brought up to date, and last an
+// exception tells of folders that could not be listed. A caller that ignores the exception has lost nothing.
+
 namespace fs = std::filesystem;
 using detail::Depth;
 using detail::FolderListing;
@@ -33,6 +40,7 @@ struct LocalGraphicsSource::Target {
 namespace {
 
 // The last thing a listing does: what could be listed has been handed out.
+// A cancelled listing throws nothing: the caller has given it up, and its failures may only be half of them.
 void TellFailures(FolderListing& listing)
 {
     if (!listing.GetFailures().empty() && !listing.IsCancelled()) {
@@ -78,6 +86,7 @@ LocalGraphicsSource::~LocalGraphicsSource() = default;
 std::shared_ptr<LocalGraphicsSource>
 LocalGraphicsSource::MakeSuccessor(const std::vector<std::pair<UTF8String, UTF8String>>& customDirectories) const
 {
+    // By the exact class: a derived one that does not override this must not turn into its base without a word.
     return typeid(*this) == typeid(LocalGraphicsSource)
                ? std::make_shared<LocalGraphicsSource>(rootFolder_, customDirectories)
                : nullptr;
@@ -122,6 +131,7 @@ void LocalGraphicsSource::GetFilter(GraphicFilterID& filter)
     const auto byName = [](const SubFilter& one, const SubFilter& other) {
         return std::tie(one.name, one.id) < std::tie(other.name, other.id);
     };
+    // The root stays first, as the interface promises.
     std::sort(filter.subFilters.begin() + 1, filter.subFilters.end(), byName);
 }
 
@@ -131,9 +141,12 @@ std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
     if (!root_.empty()) {
         directories.insert(orvcore::PathToUTF8(root_));
     }
+    // A host watches these folders. It needs those that hold packages, so the whole tree is walked on the caller's
+    // thread; only the end of the process cuts that short.
     const detail::FoundPackages found = detail::FindPackages(
         root_, Depth::AllBelow, [](const auto&, const auto&) {}, [] { return orvcore::IsTerminating(); });
     for (const FolderFailure& failure : found.failures) {
+        // An incomplete answer would make the host end its watching of folders that are still there.
         if (detail::ConcernsWholeWalk(failure.reason) || orvcore::PathFromUTF8(failure.folder) == root_) {
             throw unlisted_folders_exception({failure});
         }
@@ -179,6 +192,8 @@ std::vector<LocalGraphicsSource::Target> LocalGraphicsSource::AllTargets() const
     return targets;
 }
 
+// The root is listed also when it is missing, so that a host gets its (empty) directory call. A custom directory that
+// cannot be asked about counts as there: its failure is then told by the listing.
 std::vector<LocalGraphicsSource::Target> LocalGraphicsSource::ExistingTargets() const
 {
     std::vector<Target> targets = AllTargets();
@@ -207,8 +222,11 @@ LocalGraphicsSource::Target LocalGraphicsSource::FindTarget(const UTF16String& d
     }
     if (target != targets.end()) {
         found = *target;
+        // The caller gets back the name that it used, whatever the target's own spelling.
         found.directory = directory;
     } else {
+        // The path as the walk of the whole tree would spell it: another spelling would make a second entry, with rows
+        // of its own in the index, of the same package.
         found.folder = detail::PathInWalk(wanted, root_);
         found.key = kDefaultLocalSourceID;
     }
@@ -231,6 +249,8 @@ void LocalGraphicsSource::Search(const std::vector<UTF16String>& terms,
     const std::size_t before = results.size();
     FolderListing listing(GetSourceID(), std::move(cancel));
     try {
+        // Terms are SearchDB's business, which asks the index; this operation has them because sources that page need
+        // them.
         if (terms.empty()) {
             const std::vector<Target> targets = ExistingTargets();
             const double step = BeginListing(listing, targets.size());
@@ -288,6 +308,7 @@ void LocalGraphicsSource::SearchDirectory(OnDirectory onDirectory, const UTF16St
     if (listing.IsCancelled()) {
         return;
     }
+    // Before the call: a host that shows the folder asks for its failures there.
     failures_->Replace(target.folder, target.depth, listing.GetFailures());
     onDirectory(entries, directory, true);
     TellFailures(listing);
@@ -300,6 +321,7 @@ std::vector<FolderFailure> LocalGraphicsSource::GetFolderFailures() const
 
 std::vector<FolderState> LocalGraphicsSource::GetFolderStates() const
 {
+    // Asks the file system now and looks at no listing: a disk may have come or gone since the last one.
     std::vector<FolderState> states;
     if (!root_.empty()) {
         states.push_back(StateOf(FilterName(), kDefaultLocalSourceID, root_));

@@ -8,6 +8,11 @@
 
 #include <algorithm>
 
+// Nothing is kept between two calls: the library manager is asked each time, because synchronisation may add, change or
+// remove a library at any moment. Between the list of libraries and the look at one of them a library may go; it then
+// has no elements, which is an answer like any other. Previews and packages are files of the manager's, used where they
+// lie.
+
 namespace orvcapsule {
 
 namespace libraries = ILumoLibrariesWrapper;

@@ -6,6 +6,7 @@ namespace orvcapsule {
 
 namespace {
 
+// Each listing looks once, when it begins (LocalEntryMaker), so a listing is never half with previews.
 std::atomic<bool> thePreviewsAreExtracted = true;
 
 } // namespace

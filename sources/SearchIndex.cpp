@@ -19,6 +19,21 @@
 #include <optional>
 #include <utility>
 
+// One index a process, used from any thread. The mutex guards the fields of Singleton and nothing else: it is never
+// held while the database is asked, because a query may take long and an open may wait for another process.
+//
+// Ownership. Each call copies the handle under the mutex and works on the copy, so the database closes with the last
+// call that is in it, on whatever thread that ends. The handle's deleter takes the mutex: no handle may be dropped
+// under it. Replacing or closing the index interrupts calls that are in the old one, which then end soon with an error
+// that is passed over; a new database waits for that (two seconds at most) before it opens the file, since two
+// databases of one process on one file would write their changes in any order.
+//
+// Sessions. A session is the time between two closings; opening another file goes on with it. A task of a manager that
+// was shut down may come to its end seconds later, when the next manager has opened the index: its session is over, so
+// TheDatabase gives it nothing, and it cannot empty what the new one has listed.
+//
+// Nothing throws and nothing waits for ever: an index that fails costs the search, never the host.
+
 namespace orvcapsule {
 
 namespace {
@@ -26,7 +41,11 @@ namespace {
 using orvmetadatadb::RapidFindDB;
 using Handle = std::shared_ptr<RapidFindDB>;
 
+// The interface promises the number.
 constexpr int kMostTags = 100;
+// An interrupted call ends at its next look at the progress handler. One that hangs in the file system does not, and
+// the host's start must not hang with it: its late changes may then come after the new ones, and a relisting sets them
+// right.
 constexpr std::chrono::seconds kCloseTimeout{2};
 
 struct Singleton {
@@ -78,12 +97,14 @@ Handle MakeDatabase()
         }
         TheSingleton().closed.notify_all();
     };
+    // The count goes down in the deleter, also when no memory is left for the handle's own block.
     return Handle(database.release(), close);
 }
 
 Handle ExchangeDatabase(Handle handle)
 {
     const std::lock_guard lock(TheSingleton().mutex);
+    // Only a closing ends a session: two managers that are alive at one time share it.
     TheSingleton().session += handle ? 0U : 1U;
     return std::exchange(TheSingleton().handle, std::move(handle));
 }
@@ -97,12 +118,15 @@ void AwaitEarlierDatabases()
     singleton.closed.wait_for(lock, kCloseTimeout, [&] { return singleton.open <= 1; });
 }
 
+// One table for names and tags alike: a term may stand in either.
 const std::vector<orvcore::UTF16String>& Tables()
 {
     static orvcore::NoDestructor<std::vector<orvcore::UTF16String>> tables(1U, u"nametable");
     return *tables;
 }
 
+// In steps of SQLite. 0 switches the handler off, and with it the interruption of running calls: opening the index
+// again then waits up to two seconds for them.
 int ProgressInterval()
 {
     const std::int64_t interval = orvcore::DebugSettings::GetInt("ORV.graphicfindinterval", 50000);
@@ -135,11 +159,13 @@ int Prepare(RapidFindDB& database, const orvcore::UTF16String& path)
     if (database.Open(path) < 0) {
         return database.GetSQLiteErrorCode();
     }
+    // The index is a cache: what a crash of the system loses, the next listing finds again.
     database.SetSynchronousMode(false);
     database.RegisterSQLiteProgressHandler(ProgressInterval(), nullptr, nullptr);
     return database.UpdateTable(Tables()) < 0 ? database.GetSQLiteErrorCode() : orvstorage::sqlite::kOk;
 }
 
+// Only what a host can tell its user apart; every other code of SQLite counts as one.
 SearchIndexState StateOf(int failure)
 {
     switch (failure) {
@@ -165,6 +191,7 @@ void Insert(std::optional<std::uint64_t> session, const orvcore::UTF8String& pat
         return;
     }
     OnDatabase(session, [&](RapidFindDB& database) {
+        // Insert and Clear must make the key in the same way, or a row could not be removed.
         const auto key = orvmetadatadb::FixEscapeSequences(orvcore::PathTextToUTF16(path));
         database.InsertRow(key, {orvcore::ToUTF16(text)});
     });
@@ -174,6 +201,8 @@ void ClearPaths(std::optional<std::uint64_t> session, const std::vector<orvcore:
 {
     OnDatabase(session, [&](RapidFindDB& database) {
         if (paths.empty()) {
+            // A file that was of no use when it was opened is empty and sound after this, so that failure no longer
+            // holds.
             database.DeleteTable();
             if (database.UpdateTable(Tables()) >= 0) {
                 NoteOpenFailure(orvstorage::sqlite::kOk);
@@ -211,6 +240,8 @@ void InitializeRapidFindDB(const orvcore::UTF16String& path)
     static orvcore::NoDestructor<std::mutex> opening; // two at once would wait for each other's new database
     try {
         const std::lock_guard one(*opening);
+        // The new handle takes the old one's place before it is opened, so that no new call gets into the old one. A
+        // call in between finds a database that is not open yet and finds nothing.
         const Handle database = MakeDatabase();
         Release(ExchangeDatabase(database));
         AwaitEarlierDatabases();
@@ -231,6 +262,7 @@ SearchIndexStatus GetSearchIndexStatus()
     if (!database) {
         return {};
     }
+    // The failure of the opening goes first: an index that was never open has written nothing.
     return {StateOf(failure != orvstorage::sqlite::kOk ? failure : database->GetWriteFailure()),
             database->WasSetAside()};
 }

@@ -10,6 +10,8 @@ namespace {
 
 // Never destroyed: a function may come from a part of the host that has been unloaded when the process exits.
 template <class Function>
+// No lock, as the header says: the three are set while the host starts. The types differ, so each function type has a
+// slot of its own.
 std::shared_ptr<Function>& Slot()
 {
     static orvcore::NoDestructor<std::shared_ptr<Function>> slot;

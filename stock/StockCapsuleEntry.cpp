@@ -5,6 +5,10 @@
 #include <mutex>
 #include <utility>
 
+// Two members change after an entry was handed out: the preview's path (set when its download ends) and the description
+// (set by DownloadJSON). All other members are only read from then on and have no lock. A host that copies an entry
+// while one of the two is set has to wait for that itself, because copying takes no lock.
+
 namespace orvcapsule {
 
 namespace {

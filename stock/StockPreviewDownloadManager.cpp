@@ -14,6 +14,13 @@
 #include <mutex>
 #include <utility>
 
+// Who may ask for a preview: every view that shows the entry, at any time. `pending_` maps a file to the entry whose
+// download is under way, so a second view starts none; its mutex is also held while `onReady` runs, which is why that
+// may neither block nor ask for a preview.
+//
+// The download's handler holds the object, and Terminate flushes the downloads after it has let go of it: when
+// Terminate returns no handler runs any more, and the object goes with the last one.
+
 namespace orvcapsule {
 
 namespace {

@@ -19,6 +19,14 @@
 #include <algorithm>
 #include <utility>
 
+// What waits and what does not. Search returns at once, and its answer comes on the client's thread, where all
+// transfers of the process wait meanwhile; so the handler only makes entries and calls on. GetThumbnailPath and
+// DownloadJSON fetch on the calling thread and block; they are for workers.
+//
+// Files in the stock folder are shared by all hosts. One that is there is used and never fetched again, so nothing is
+// stored that was not looked at: a still has an image's content type, a description is JSON. They are stored in one
+// step, since another host may read a file while this one writes it.
+
 namespace orvcapsule {
 
 namespace search = orvappsupport::search;

@@ -2,6 +2,10 @@
 
 #include <orvstorage/ZipEntry.h>
 
+// A look at the first bytes only, where each format has fixed ones: a PNG its signature and then the IHDR chunk, an MP4
+// the type "ftyp" of its first box and behind that the brand. "qt  " is QuickTime's brand, whose files are no MP4. The
+// files come from strangers, so nothing here decodes them.
+
 namespace orvcapsule {
 
 namespace {

@@ -12,6 +12,8 @@ Findings ValidateTemplate(const std::filesystem::path& path, const std::string& 
 {
     detail::FindingList findings;
     try {
+        // Any other name is taken for a package: a host asks why a file is not usable, and "it is no archive" is the
+        // answer then.
         if (orvcore::IsDirectory(path)) {
             detail::JudgeFolder(path, findings);
         } else if (path.extension() == u8".json") {

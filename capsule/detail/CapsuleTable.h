@@ -82,6 +82,11 @@ struct CapsuleTable {
             [member](JSONSink& sink, const Capsule& capsule) { json::Codec<Map>::Write(sink, capsule.*member); });
     }
 
+    // Every row is lenient: a value of a wrong type at the top level costs that value and not the template. What makes
+    // a host refuse a template lies deeper, in compositions and controls.
+    //
+    // A new row also goes into docs/definition.schema.json, from which validation learns what may stand where; a test
+    // holds the two together.
     static constexpr auto Rows()
     {
         using json::Lenient;

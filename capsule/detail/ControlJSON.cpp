@@ -33,6 +33,7 @@ UIString NoText()
 
 // One control of a kind in each direction. The settings after the shared three are placeholders that the table's
 // required keys replace.
+// Long lists are read on several workers at a time, so nothing here may keep state between two controls.
 template <class Control, const auto& Table>
 struct KindCodec {
     template <class... Settings>
@@ -82,6 +83,8 @@ ControlPtr ReadControl(const JSONNode& node, ClientControlType type)
     case ClientControlType::kSpreadsheet:
         return KindCodec<SpreadsheetControl, kSpreadsheet>::Read(node, 0U, 0U, std::vector<SpreadsheetColumnInfoLoc>(),
                                                                  kinlet::SpreadsheetValue());
+    // A document holds the shared part of such a control only, of which no drop zone could be made again: it reads as
+    // none.
     case ClientControlType::kGroupDropZone:
         break;
     }
@@ -130,6 +133,7 @@ bool ControlListCodec::Read(const JSONNode& node, List& out)
     if (!json::Codec<List>::Read(node, read)) {
         return false;
     }
+    // Elements that are no control of a known kind have been read as null pointers, which hosts need not ask for.
     read.erase(std::remove(read.begin(), read.end(), nullptr), read.end());
     out = std::move(read);
     return true;
@@ -137,6 +141,7 @@ bool ControlListCodec::Read(const JSONNode& node, List& out)
 
 void ControlListCodec::Write(JSONSink& sink, const List& value)
 {
+    // The list is copied only when a host put a null pointer into it.
     if (std::find(value.begin(), value.end(), nullptr) == value.end()) {
         return json::Codec<List>::Write(sink, value);
     }
@@ -165,6 +170,7 @@ bool Codec<std::shared_ptr<orvcapsule::ClientControl>>::Read(const JSONNode& nod
     }
     if (out == nullptr) {
         // The keys that every control has are required of those that are passed over, too.
+        // A control of an unknown kind is passed over, one that lacks what every control has is damage.
         orvcapsule::ClientControl scratch({}, {}, {}, {}, {});
         TableWalker<orvcapsule::ClientControl, capsule::kBeforeType>::Read(node, scratch, nullptr);
         if (typeNode == nullptr) {

@@ -68,6 +68,7 @@ struct ControlTables {
             [](JSONSink& sink, const ClientControl&) { json::Codec<UIString>::Write(sink, UIString()); });
     }
 
+    // Apart from Common, because these keys are also read of a control whose kind nobody knows here.
     static constexpr auto BeforeType()
     {
         return Fields(
@@ -75,6 +76,8 @@ struct ControlTables {
             json::CustomField(
                 CAPSULE_CONTROL_UINAME_STR, Presence::kLenient,
                 [](const JSONNode& node, ClientControl& control) {
+                    // An unusable label becomes the empty text, as an absent one is; NoText, which the control was
+                    // built with, is none.
                     if (!json::Codec<UIString>::Read(node, control.locName_)) {
                         control.locName_ = UIString();
                     }

@@ -24,6 +24,7 @@ auto FindForLanguage(const std::map<orvcore::UTF16String, T>& map, std::u16strin
     if (found == map.end() && !fallback.empty()) {
         found = map.find(orvcore::UTF16String(fallback));
     }
+    // The first in key order, so that every host falls back to the same one.
     return found != map.end() ? found : map.begin();
 }
 

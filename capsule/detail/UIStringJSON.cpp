@@ -54,6 +54,7 @@ bool Codec<orvcapsule::UIString>::Read(const JSONNode& node, orvcapsule::UIStrin
         // An entry without a locale is from the time when every text was American English.
         ReadEntry entry{{UTF16String(orvcapsule::detail::kFallbackLocale), {}}};
         TableWalker<ReadEntry, kEntryFields>::Read(element, entry, nullptr);
+        // One broken part spoils the whole text. Validation judges by the same rule (IsUsable in TextChecks.cpp).
         if (!entry.isUsable) {
             return false;
         }

@@ -10,9 +10,12 @@ namespace orvcapsule::serialization::detail {
 
 namespace {
 
+// Readers of all releases look at three characters, so the format's versions are "a.b": to them "2.10" would be "2.1".
 constexpr std::size_t kVersionLength = 3;
 
 // The number at the beginning of a text in single precision, or 0.
+// Read without regard to the locale of the process, where a comma may separate the decimals. Both sides of the
+// comparison come through here, so that equal texts give equal numbers.
 float LeadingNumber(std::string_view text)
 {
     while (!text.empty() && (text.front() == ' ' || (text.front() >= '\t' && text.front() <= '\r'))) {
@@ -22,6 +25,8 @@ float LeadingNumber(std::string_view text)
         text.remove_prefix(1);
     }
     float number = 0;
+    // Out of range or no number at all: `number` stays 0, and the document counts as an old one, which the tables then
+    // judge.
     std::from_chars(text.data(), text.data() + text.size(), number);
     return std::isfinite(number) ? number : 0; // "inf" and "nan" are words here
 }
@@ -46,6 +51,7 @@ bool PassesVersionGate(std::u8string_view json)
 {
     const DeclaredVersion declared = FindDeclaredVersion(json);
     const std::string current = Capsule::GetCurrentAPIVersion();
+    // A text without the word is no definition. One whose version is not a number passes: as 0 it is not newer.
     return declared.found && !(LeadingNumber(orvcore::AsNarrow(declared.text)) > LeadingNumber(current));
 }
 

@@ -2,6 +2,11 @@
 
 #include <string_view>
 
+// The places in their order: the 32-bit common files, the common files, the registry. A host may start what is found,
+// so a path counts only when it names the broker's file and that file exists.
+//
+// `machine` stands for the system, so that all places can be tried on a system without a registry.
+
 namespace orvcapsule::detail {
 
 namespace {

@@ -8,6 +8,18 @@
 #include <chrono>
 #include <system_error>
 
+// The path of an entry: a worker of a source announces it (Add, through the token's onEntryFound), it waits in
+// `pending_`, and a batch of what waits is queued for the main thread by whichever comes first: the worker whose entry
+// makes the batch large enough, the thread that wakes every 25 ms, or the task when its source is listed.
+//
+// Locks. `mutex_` guards the lists and is held for a few instructions. FoundDelivery's `order_` is held from taking a
+// batch until it is queued, so that batches reach the main thread in the order in which they were taken, and a source's
+// partial completion, which the task queues after its own batch, comes after all of them. `order_` is taken first,
+// always.
+//
+// Each entry is delivered once: an entry that was announced is kept in `announced_` until its source ends, because the
+// task offers all entries of the source again for sources that announce nothing.
+
 namespace orvcapsule::detail {
 
 namespace {
@@ -34,6 +46,7 @@ void FoundEntries::Add(const EntryList::value_type& entry)
             return;
         }
     }
+    // Outside the lock: it takes the batch, and with it the lock.
     if (onEnough_) {
         onEnough_();
     }
@@ -53,6 +66,7 @@ EntryList FoundEntries::TakeBatch()
 
 bool FoundEntries::Pause()
 {
+    // The header promises the first entries after 50 ms at most: two turns.
     constexpr std::chrono::milliseconds kInterval(25);
     std::unique_lock lock(mutex_);
     return !changed_.wait_for(lock, kInterval, [this] { return ended_; });
@@ -96,6 +110,9 @@ FoundDelivery::~FoundDelivery()
     if (!found_) {
         return;
     }
+    // In this order: the thread is joined before anything that it uses goes, and then the function that points to this
+    // object is taken away. That needs no lock, because a source announces nothing after its listing has ended
+    // (CheckCancel.h).
     found_->End();
     if (thread_.joinable()) {
         thread_.join();

@@ -32,6 +32,7 @@ private:
     std::function<void()> onEnough_;
     std::mutex mutex_; // guards all below
     std::condition_variable changed_;
+    // Holds the entries, too: an address that was freed and used again would pass for one that is known.
     std::unordered_set<EntryList::value_type> announced_;
     EntryList pending_;
     std::size_t taken_ = 0;

@@ -44,7 +44,9 @@ void ReindexEntries(const IndexSession& index, const EntryList& entries, CheckCa
         if (MustEnd(token)) {
             return;
         }
+        // With one path: no path at all would empty the index.
         index.Clear({entry->path});
+        // Not interrupted: between the removal and the last insertion the template has only some of its texts.
         IndexTexts(index, *entry, [] { return false; });
     }
 }

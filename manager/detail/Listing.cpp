@@ -11,6 +11,15 @@
 #include <algorithm>
 #include <optional>
 
+// One full listing is one task. Its order: look at the token, empty the index, then for each local source list it,
+// queue its entries, index them; last sort all, end the progress, queue the whole. A manager empties the index here and
+// nowhere else, after the look at the token: a listing that was replaced while it waited must leave alone what the
+// newer one has filled.
+//
+// Entries are queued for the host before they are indexed, which takes as long again for packages that have not
+// changed. The whole result comes after the index is complete, so that a host that cancels when it has everything
+// leaves no gap.
+
 namespace orvcapsule::detail {
 
 namespace {
@@ -30,6 +39,8 @@ bool IsLocal(const SourcePtr& source)
 }
 
 // A source that does not tell its weight counts as one that is not there.
+// Asked for the sum before the listing and again while it runs; the sources are a host's own code, and any of their
+// calls may throw.
 double WeightOf(const IGraphicSource& source)
 {
     try {
@@ -40,6 +51,8 @@ double WeightOf(const IGraphicSource& source)
     }
 }
 
+// Sources that cannot be listed count as well, and are done when their turn comes: the bar ends full
+// (docs/decisions/manager-progress-range.md).
 double SumOfWeights(const ManagerState& state)
 {
     double sum = 0;
@@ -78,7 +91,9 @@ bool ListEachSource(const ManagerState& state, const Request& request, const Lis
             continue;
         }
         EntryList entries = ListSource(dynamic_cast<ILocalGraphicSource&>(*source), list);
+        // Pointers are copied: each delivery has a list of its own, which the host may keep.
         all.insert(all.end(), entries.begin(), entries.end());
+        // A source that was cancelled hands out nothing whole, so nothing of it is shown or indexed.
         if (MustEnd(*token)) {
             return false;
         }
@@ -134,6 +149,7 @@ void GetLocalGraphics(const ManagerState& state, const Request& request)
 {
     ListSources(state, request, [&](ILocalGraphicSource& source, EntryList& entries) {
         int total = 0;
+        // No terms and no limit: everything. `total` is the source's count, which the entries themselves tell here.
         source.Search({}, entries, 0, -1, total, request.token);
     });
 }
@@ -165,8 +181,11 @@ void PostListing(ManagerState& state, const std::vector<GraphicSourceState>& fol
     Request request{token, state.CopyCallbacks(), nullptr};
     if (request.callbacks.entriesFound) {
         request.found = std::make_shared<FoundEntries>();
+        // Set before the task is posted: from then on the token is only read. The token may outlive the task, so it
+        // holds the list as well.
         token->onEntryFound = [found = request.found](const auto& entry) { found->Add(entry); };
     }
+    // With progress a source is handed its folders and tells of one after the other; without it only the whole counts.
     if (showProgress) {
         OpenProgress(*token, SumOfWeights(state), kProgressAllItemTitle);
         state.Post(token, [&state, folders, request = std::move(request)] {

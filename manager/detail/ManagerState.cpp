@@ -7,10 +7,20 @@
 
 #include <algorithm>
 
+// What lives how long. The host owns the manager, the manager owns this state, and each queued task owns the manager:
+// so the state outlives its tasks without any task being waited for, and the last reference may go on a worker. A host
+// that drops its own reference without Shutdown therefore gets callbacks for some time yet.
+//
+// Locks. `lock_` guards the list of sources and the sort function; `callbackLock_` the callbacks. Neither is held while
+// a source or a host's function runs, except for a source's Terminate (see EndSources), so what those call in turn
+// cannot wait for this thread. The tokens have no lock: only the main thread looks at the fields, and each task holds
+// its own.
+
 namespace orvcapsule::detail {
 
 namespace {
 
+// The session is taken after the index was opened: it is the one whose rows this manager's tasks may change.
 IndexSession OpenIndex(const orvcore::UTF16String& databasePath)
 {
     if (!databasePath.empty()) {
@@ -41,6 +51,9 @@ void RenewToken(TokenPtr& token)
 
 ManagerState::ManagerState(GraphicSourceManager& owner, const orvcore::UTF16String& databasePath)
     : owner_(owner)
+    // One task at a time: a search sees the index that the listing before it has made, and two listings never fill it
+    // at once. A task waits for workers of the same pool, which a parallel loop may do
+    // (docs/decisions/executor-shutdown.md).
     , executor_(orvcore::CreateSubExecutor(orvcore::GetCPUBoundExecutor(), 1))
     , databasePath_(databasePath)
     , hasIndex_(!databasePath.empty())
@@ -67,6 +80,7 @@ void ManagerState::EndSources()
     // A source leaves the list before it is asked to end: one whose end fails every time does not keep a further call
     // from ending the others and closing the index.
     while (!sources_.empty()) {
+        // Held over its end: a task that still uses it holds it as well, and the last of them destroys it.
         const SourcePtr source = sources_.front();
         sources_.erase(sources_.begin());
         source->Terminate();
@@ -74,6 +88,7 @@ void ManagerState::EndSources()
     if (!databasePath_.empty()) {
         TerminateRapidFindDB();
         databasePath_.clear();
+        // Requests after a shutdown are those of stock mode, which the stopped executor refuses.
         hasIndex_ = false;
     }
 }
@@ -123,6 +138,7 @@ void ManagerState::Sort(GraphicSourceManager::EntryList& entries) const
     if (!sort || !*sort) {
         return;
     }
+    // A copy, because a sort that is interrupted by an exception may leave an entry twice and lose another.
     GraphicSourceManager::EntryList sorted = entries;
     try {
         std::stable_sort(sorted.begin(), sorted.end(), *sort);
@@ -161,6 +177,8 @@ std::shared_ptr<GraphicSourceManager> ManagerState::ShareOwner() const
 
 void ManagerState::StopTasks()
 {
+    // Queued tasks are destroyed here, each with its reference to the manager. The task in progress and a stock page on
+    // its way keep theirs.
     executor_->Stop();
     executor_->Release();
 }

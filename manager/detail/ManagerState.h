@@ -98,6 +98,7 @@ public:
     /// Starts no further task.
     void StopTasks();
 
+    // For the main thread alone.
     RequestTokens tokens;
 
 private:
@@ -108,7 +109,9 @@ private:
     mutable std::mutex callbackLock_;
     Callbacks callbacks_;
     orvcore::UTF16String databasePath_; // the main thread's; the tasks look at hasIndex_
+    // Read by tasks, written by Shutdown on the main thread.
     std::atomic<bool> hasIndex_;
+    // Taken once: a manager that is replaced must not get the session of its successor.
     const IndexSession index_;
     std::shared_ptr<GraphicSourceManager::SortFunction> sort_;
 };

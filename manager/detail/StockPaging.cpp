@@ -5,6 +5,11 @@
 
 #include <algorithm>
 
+// A search is a chain: a task asks for one page and ends; the page arrives on the client's thread, which queues the
+// delivery and posts the task for the next page. No thread waits for the service. The chain ends with the last page, an
+// empty one, an error, an aborted token, or when Shutdown makes Post refuse the next task. Each link holds the request,
+// and the request the manager, so the state is there whenever a page arrives.
+
 namespace orvcapsule::detail {
 
 namespace {

@@ -16,6 +16,7 @@ inline bool MustEnd(CheckCancel& token)
 }
 
 /// Tells the host (`orvcore::SetTaskExceptionHandler`) of the exception that is being handled, where the task goes on.
+/// The handler is called on this thread, and what it throws is dropped.
 inline void ReportCurrentException()
 {
     orvcore::OneTimeInvocation rethrow([exception = std::current_exception()] { std::rethrow_exception(exception); });

@@ -9,8 +9,24 @@
 
 namespace orvcapsule::detail {
 
+// The protocol. Two locks show that a process uses a folder, both held shared: one on "<folder>.lock", one on the
+// folder itself. Whoever wants to delete the folder takes both exclusively, which fails while anybody else holds one of
+// them.
+//
+// A lock that is held shared must be given up for a moment to be taken exclusively; no system changes it in one step.
+// In that moment another process that asks too would find the lock free. So asking needs "<folder>.ask.lock"
+// exclusively first, and whoever does not get that at once leaves the folder alone. A start waits for the asking lock
+// (shared) before it takes the use locks, so that its short shared lock does not make the other's attempt fail.
+//
+// The order is always: this process's mutex, the asking lock, the lock beside, the lock on the folder. Every wait for a
+// lock has a limit, and a lock that cannot be had is left out: a folder whose file system has no locks is still used,
+// only not guarded. The lock files are never deleted: a process that had opened one that is gone would lock a file that
+// nobody else can see.
+
 namespace {
 
+// A deletion holds the locks exclusively while it runs. InitTempDirectory is called on the host's main thread, so a
+// start does not wait for ever for a large folder on a slow disk; it then uses the folder without that lock.
 constexpr std::chrono::seconds kLockTimeout{5};
 
 // A process that uses a folder locks a file beside it, which can exist before the folder does, and the folder itself
@@ -27,6 +43,8 @@ struct UseLocks {
 };
 
 // How this process holds one folder.
+// The mutex is held during the action, a deletion for instance: threads of one process take their turn by it, because
+// two lock objects of one process exclude each other and would take each other for a foreign program.
 struct Hold {
     std::mutex mutex;
     UseLocks locks; // empty: not at all
@@ -35,6 +53,7 @@ struct Hold {
 // The system releases the locks when the process has ended.
 Hold& HoldOf(const std::filesystem::path& path)
 {
+    // Never destroyed, because the background task may be at work while the process exits.
     static orvcore::NoDestructor<std::mutex> mutex;
     static orvcore::NoDestructor<std::map<std::filesystem::path, Hold>> holds;
     const std::lock_guard guard(*mutex);
@@ -95,6 +114,7 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
     Hold& own = HoldOf(folder);
     const std::lock_guard guard(own.mutex);
     const bool holds = own.locks.beside != nullptr;
+    // `beside` tells whether this process uses the folder: it is the lock that can exist before the folder does.
     // Without a lock file no process has initialised the folder, and none is kept out.
     const bool isShared = holds || orvcore::Exists(LockPath(folder));
     const auto asking = isShared ? orvcore::FileLock::Open(AskingPath(folder), true) : nullptr;
@@ -106,11 +126,14 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
         holds ? UseLocks()
               : UseLocks{orvcore::FileLock::Open(LockPath(folder), false), orvcore::FileLock::Open(folder, false)};
     const UseLocks& locks = holds ? own.locks : others;
+    // Fails closed: where a lock file is there and cannot be opened, nobody can tell whether the folder is in use.
     const bool alone = (locks.beside || !isShared) && locks.TryExclusive();
     if (alone) {
         action();
     }
     if (holds) { // the shared locks are gone: made exclusive, or released by the attempt
+        // The asking lock is still held here (it goes with this scope), so no other process can ask before the shared
+        // locks are back.
         own.locks.beside->WaitShared(kLockTimeout);
         HoldItself(folder, own.locks);
     }

@@ -4,6 +4,13 @@
 
 namespace orvcapsule::detail {
 
+// Two archive objects, which are one for a package with a short path. `package_` is the file at the path: it is what
+// changes are made in, and what remembers which version of the file this object knows. `archive_` is what is read. For
+// a long path that is the private copy, and `package_` then reads its directory only, to learn the version.
+//
+// The two have limits and a last failure each. A host knows one archive (GetArchive), so both are carried over wherever
+// one acts for the other.
+
 namespace fs = std::filesystem;
 using orvstorage::ZipFile;
 
@@ -22,6 +29,8 @@ PackageFile::PackageFile(const fs::path& package, orvcore::UTF8String name, orvc
 
 void PackageFile::Open()
 {
+    // A package that does not exist yet has nothing to copy. It is written in its place and may then be read in place
+    // as well: the file layer opens long paths, the rule only keeps work away from them.
     if (!IsLongPath(fullPath_) || !orvcore::Exists(path_)) {
         return;
     }
@@ -32,6 +41,7 @@ void PackageFile::Open()
     orvcore::CopyOneFile(path_, copy);
     ZipFile archive(copy, password_);
     archive.SetLimits(package_.GetLimits());
+    // Only now: when the copy fails above, the exception leaves the object reading the package in its place.
     archive_ = std::move(archive);
     privateFolder_ = std::move(folder);
     workingPath_ = orvcore::PathToUTF8(copy);
@@ -54,6 +64,7 @@ bool PackageFile::Change(const std::function<bool(const ZipFile&)>& change)
     archive_.SetLastFailure(package_.GetLastFailure());
     if (changed) {
         try {
+            // Closes the copy first: some systems do not write over a file that is open.
             archive_.Reopen();
             orvcore::CopyOneFile(path_, orvcore::PathFromUTF8(workingPath_));
         } catch (const fs::filesystem_error&) { // the package is stored, and the old copy must not be read

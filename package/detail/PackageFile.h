@@ -11,6 +11,7 @@ namespace orvcapsule::detail {
 /// A package's archive. When the package's path is long, it is read through a private copy. Changes are always made in
 /// the package itself: the file layer takes paths of any length, so a change can fail in one way only, and later reads
 /// see what the package holds.
+/// All copies of a CapsuleZip share one object, and one thread at a time uses them; so nothing here is locked.
 class PackageFile {
 public:
     /// @param name the path as it was given, `fullPath` the one whose length counts
@@ -43,6 +44,8 @@ private:
 
     std::filesystem::path path_;
     orvcore::UTF8String name_;
+    // Kept for Reopen: a relative path that was made full anew would follow the process's working folder, and another
+    // rule might hold for the same package.
     orvcore::UTF8String fullPath_;
     std::string password_;
     orvcore::UTF8String workingPath_;

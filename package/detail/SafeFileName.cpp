@@ -8,6 +8,13 @@
 
 namespace orvcapsule::detail {
 
+// An identifier comes from a network service, and one file name must come of it on every system: never a way out of the
+// folder ("..", a separator), never a device ("nul"), never the name of another identifier's folder. So "%" is escaped
+// always, and an identifier that is a plain name on every system stays as it is.
+//
+// Whoever changes a rule here gives existing assets another folder: they are fetched again, and the old files stay
+// until the working folder is deleted.
+
 namespace {
 
 // Longer names, in bytes, do not fit every file system once a program adds to them.
@@ -33,6 +40,7 @@ std::string Escape(std::string_view text)
     std::string out;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
+        // One escaped character is enough to take a device name or a row of dots away from the system.
         const bool first = i == 0 && (onlyDots || orvcore::IsDeviceName(orvcore::AsUTF8(text)));
         const bool last = i + 1 == text.size() && (c == '.' || c == ' '); // Windows drops them
         if (first || last || IsForbidden(c) || (!wellFormed && static_cast<unsigned char>(c) >= 0x80)) {

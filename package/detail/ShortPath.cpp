@@ -4,6 +4,7 @@ namespace orvcapsule::detail {
 
 namespace {
 
+// Bytes and not characters, and the same number on every system, so that one package is treated alike everywhere.
 constexpr std::size_t kLongestPath = 220;
 
 } // namespace

@@ -7,6 +7,7 @@ namespace orvcapsule::detail {
 
 namespace {
 
+// The number is part of the interface; CapsuleEntry.h has its meaning.
 constexpr std::int32_t kFoundOnDisk = 2;
 
 const boost::posix_time::ptime& UnixEpoch()
@@ -35,6 +36,7 @@ std::vector<UTF16String> ToWide(const std::vector<std::string>& texts)
 
 void FillFromCapsule(CapsuleEntry& entry, const Capsule& capsule)
 {
+    // The entry has its file's name by then.
     if (UTF16String name = capsule.GetDisplayName(); !name.empty()) {
         entry.name = std::move(name);
     }
@@ -62,6 +64,8 @@ boost::posix_time::ptime ToPosixTime(orvcore::FileTime time)
     using boost::gregorian::date;
     using boost::posix_time::ptime;
     const std::int64_t sinceEpoch = time.time_since_epoch().count();
+    // The years that the date library has. A file system holds any number, and a date beyond them would throw out of a
+    // listing.
     static const std::int64_t earliest = (ptime(date(1400, 1, 1)) - UnixEpoch()).total_microseconds();
     static const std::int64_t end = (ptime(date(9999, 12, 31)) - UnixEpoch()).total_microseconds();
     return sinceEpoch < earliest || sinceEpoch >= end ? ptime()

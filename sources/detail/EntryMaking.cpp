@@ -2,6 +2,18 @@
 
 #include <sources/shared/FreeElsewhere.h>
 
+// Who does what. One thread, the listing's, finds what entries are to be made of and calls Add; workers make them in
+// pieces while it goes on. Entries are numbered as they are found. Their order is known only at the end (a walk sorts
+// by name), so each worker puts its entry into the slot of its number and Finish reads the slots in the order it is
+// given.
+//
+// The first entries are made by the finding thread, too: with all workers busy elsewhere a listing would otherwise show
+// nothing until one is free.
+//
+// A slot is written by one worker and read after GrowingLoop::Finish, which orders the two. The mutex guards only the
+// deque, whose elements stay where they are while it grows. An exception of a worker leaves Finish, or the destructor
+// waits for the pieces that run; either way no worker is left in the listing when it goes.
+
 namespace orvcapsule::detail {
 
 namespace {
@@ -68,7 +80,10 @@ void EntryMaking::MakePiece(std::size_t begin, std::size_t end)
 {
     for (std::size_t i = begin; i < end && !listing_.IsCancelled(); ++i) {
         Work::Slot& slot = work_->At(i);
+        // The function goes with its call: what it holds (a path for each of 100,000 packages) is not kept until the
+        // end.
         slot.made.entry = std::exchange(slot.make, {})(work_->known, slot.made.noted);
+        // As soon as it is whole, on this worker, so that a host can show it while others are made.
         listing_.Announce(slot.made.entry);
         CountMade();
     }
@@ -78,6 +93,7 @@ void EntryMaking::CountMade()
 {
     {
         const std::lock_guard lock(progress_);
+        // How far one entry advances the line is unknown until the walk has counted them all.
         if (step_ < 0) {
             ++made_;
             return;
@@ -92,6 +108,7 @@ void EntryMaking::SetStep(double step)
         const std::lock_guard lock(progress_);
         step_ = step;
     }
+    // Read without the lock: once step_ is set nobody counts made_ any more.
     listing_.Advance(step * static_cast<double>(made_));
 }
 
@@ -107,6 +124,7 @@ void EntryMaking::Finish(const std::vector<std::size_t>& order, Listing::Entries
             }
         }
     }
+    // The slots of a large folder take milliseconds to destroy, which the first screen would wait for.
     FreeElsewhere(std::move(work_));
 }
 

@@ -11,6 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// What is below a folder that was listed alone was not looked at, so its failures still hold.
 bool WasListed(const fs::path& folder, const fs::path& top, Depth depth)
 {
     return depth == Depth::OneFolder || top.empty() ? folder == top : orvcore::IsWithin(folder, top);

@@ -46,9 +46,12 @@ public:
         std::error_code error;
         List(folder, error);
         if (error && !IsNothingThere(error)) {
+            // Costs this folder's rest and nothing else; what was found in it so far stands.
             found_.failures.push_back({orvcore::PathToUTF8(path), error});
         }
         std::sort(folder.subFolders.begin(), folder.subFolders.end());
+        // By the bytes (on Windows code units) of the names, so that the order does not depend on the file system or
+        // the locale.
         std::sort(folder.packages.begin(), folder.packages.end());
         for (auto at = folder.subFolders.begin(); at != folder.subFolders.end() && !stopped_; ++at) {
             Visit(path / *at);
@@ -89,6 +92,8 @@ private:
     {
         FileName name = path.filename().native();
         if (kind == FileKind::Directory) {
+            // A link to a folder could lead above the root and make the walk endless, and would give a package two
+            // paths.
             if (depth_ == Depth::AllBelow && !isLink) {
                 folder.subFolders.push_back(std::move(name));
             }
@@ -101,6 +106,7 @@ private:
         }
     }
 
+    // A file named ".zelt" has no stem, and is a hidden file on some systems.
     bool IsPackageName(const FileName& name) const
     {
         return name.size() > extension_.size() && name.ends_with(extension_);
@@ -153,9 +159,11 @@ bool CanBeListed(const fs::path& folder)
 bool MayBeThere(const fs::path& folder)
 {
     std::error_code error;
+    // Where the question fails, listing the folder tells why; counted as missing it would silently vanish.
     return orvcore::InspectTarget(folder, error).kind == FileKind::Directory || error;
 }
 
+// Every further folder would fail in the same way, so what is missing is not one folder's content.
 bool ConcernsWholeWalk(const std::error_code& error)
 {
     return error == std::errc::too_many_files_open || error == std::errc::too_many_files_open_in_system ||
@@ -165,6 +173,7 @@ bool ConcernsWholeWalk(const std::error_code& error)
 fs::path FullFolderPath(const fs::path& folder)
 {
     std::error_code error;
+    // An empty path made absolute would be the process's working folder, whose templates nobody asked for.
     fs::path full = folder.empty() ? folder : fs::absolute(folder, error);
     return orvcore::WithoutClosingSeparators(error ? folder : full);
 }
@@ -174,6 +183,7 @@ bool IsSamePath(const fs::path& one, const fs::path& other)
     return PlainPath(one) == PlainPath(other);
 }
 
+// An unusable path (empty, or with a NUL in it) would be cut short by the system and lead to another folder.
 bool LeadToSameFolder(const fs::path& one, const fs::path& other)
 {
     return orvcore::IsUsablePath(one) && orvcore::IsUsablePath(other) && orvcore::IsSameFile(one, other);

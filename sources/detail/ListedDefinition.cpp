@@ -13,6 +13,13 @@
 
 namespace orvcapsule::detail {
 
+// A listing reads definitions on all workers, and a hostile one of 8 MiB may take half a gigabyte while it is read. So
+// workers take bytes from one budget before they unpack a text, and wait where there are not enough. The budget is for
+// the process, not for a listing: several listings may run.
+//
+// A worker holds at most one share at a time, and waits meanwhile for nothing that needs a share itself, so the shares
+// always come back. A text as large as the budget or larger takes all of it and is read alone.
+
 namespace {
 
 // Bytes of definition text that all threads may have in hand. While it is read, a text that is made for the purpose
@@ -31,9 +38,12 @@ public:
             const std::lock_guard lock(mutex_);
             left_ += bytes;
         }
+        // All: those that wait want different amounts.
         given_.notify_all();
     }
 
+    // Room for 64 definitions of the first size (32 KiB) at one time: more than most machines have workers, so that
+    // ordinary packages hardly wait.
     static constexpr std::uint64_t kAll = std::uint64_t{2} << 20U;
 
 private:
@@ -80,6 +90,7 @@ bool TryFill(CapsuleEntry& entry, const orvcore::UTF8String& text)
         }
         return capsule != nullptr;
     } catch (const std::exception&) { // what its reader gives up
+        // Lack of memory is among them: one monstrous definition then costs its own entry.
         return false;
     }
 }
@@ -102,7 +113,10 @@ bool FillFromDefinition(CapsuleEntry& entry, const CapsuleZip& package, const st
     // Nearly all definitions are of the first size; the size of one is known when it was found too large.
     for (const std::uint64_t size :
          {std::uint64_t{32} << 10U, std::uint64_t{512} << 10U, std::uint64_t{orvcore::serialization::kMaxJSONSize}}) {
+        // The size is that of the attempt, not of the text, which nobody knows before the entry is found: an archive's
+        // directory may lie about it, and unpacking ends at the limit.
         const BudgetShare share(size);
+        // After the wait, which may have been long.
         if (stop()) {
             return false;
         }

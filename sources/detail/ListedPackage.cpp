@@ -13,6 +13,8 @@ ListedPackage::ListedPackage(const std::filesystem::path& path)
 {
 }
 
+// A package that is known from the notes, with previews that are there, is never opened at all; that is what makes a
+// second listing fast.
 const CapsuleZip& ListedPackage::Content()
 {
     if (!zip_) {

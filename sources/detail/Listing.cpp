@@ -2,6 +2,11 @@
 
 #include <orvcore/tasks/Executor.h>
 
+// Two lines of progress may move: the request's own (the token's item), which all sources advance by their weights, and
+// one of this listing, where the source opened it. Workers advance both.
+//
+// The token outlives the listing, because the caller holds it; its members are only read from the time it is shared.
+
 namespace orvcapsule::detail {
 
 Listing::Listing(const std::string& sourceID, boost::shared_ptr<CheckCancel> cancel)
@@ -43,6 +48,8 @@ void Listing::Advance(double step)
 
 bool Listing::IsCancelled()
 {
+    // Kept once it is true: the parts of one listing must agree on whether it was cancelled, or a half list would be
+    // handed out.
     if (!cancelled_ && ((cancel_ && cancel_->GetAbort()) || orvcore::IsTerminating())) {
         cancelled_ = true;
     }

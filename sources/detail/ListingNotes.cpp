@@ -14,6 +14,17 @@
 
 namespace orvcapsule::detail {
 
+// When a note is good: its file's size, time of change and system's change time are those noted, and the file lies
+// under a name that stands for everything else an entry depends on (the format, the newest definition version that is
+// read, the source, the language, the place). So no note is ever wrong for want of a version number inside.
+//
+// A file that changed less than two seconds before the listing is not noted: a second change in the same tick of a
+// coarse clock would leave size and times as they are. Neither is one that could not be read whole, whose fault may
+// have been the disk's.
+//
+// Several processes may list one place: each replaces the file in one step, and the last one stays. Nothing here is
+// told to anybody when it fails.
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -64,6 +75,7 @@ bool ListingNotes::Recall(CapsuleEntry& entry, NotedFile& state) const
     if (note.empty() || !TakeState(fields, stored) || stored.facts != state.facts) {
         return false;
     }
+    // ReadFields may stop half-way in a damaged note; the entry changes only when all was read.
     CapsuleEntry filled = entry;
     if (!ReadFields(fields, filled)) {
         return false;
@@ -83,6 +95,7 @@ void ListingNotes::Save(const std::vector<const NotedEntry*>& entries)
         return noted.isKnown && noted.facts.modified < settled_ && noted.facts.replaced < settled_;
     });
     const std::size_t known = notes_ ? notes_->Count() : 0;
+    // Every note was used and every entry came from one: the file would be written as it is.
     const bool nothingNew = recalled_ == lasting.size() && recalled_ == known;
     // A language that changed meanwhile leaves names of both.
     if (!isUsed_ || lasting.empty() || nothingNew || file_ != FileFor(sourceID_, place_)) {
@@ -101,6 +114,7 @@ void ListingNotes::Save(const std::vector<const NotedEntry*>& entries)
     orvcore::AtomicFile file(file_);
     if (file.Write(table.data(), table.size(), error) && file.Write(notes.data(), notes.size(), error)) {
         notes_.reset(); // not every system replaces a file that is open
+        // Not flushed to the disk: a crash may cost the notes, whose checksums show it.
         static_cast<void>(file.Commit(orvcore::AtomicFile::Durability::Cached, error));
     }
 }

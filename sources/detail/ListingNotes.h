@@ -42,6 +42,7 @@ private:
     std::unique_ptr<const NoteFile> notes_;
     orvcore::FileTime settled_; ///< files changed before this can be trusted
     bool isUsed_ = true;
+    // Counted by several workers.
     mutable std::atomic<std::size_t> recalled_ = 0;
 };
 

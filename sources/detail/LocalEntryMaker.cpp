@@ -10,6 +10,14 @@
 
 namespace orvcapsule::detail {
 
+// The steps for one package: ask the system for the file's facts, take the definition's fields from the notes or else
+// from the package, then look for each preview in the working folder and extract it only when it is not there. The
+// package is opened at the first step that needs its content.
+//
+// `state` collects what the next listing may rely on. `isKnown` stays true only where everything was read or is known
+// to be missing; has...: false means that the package has no such preview, so nobody looks for it again until it
+// changes.
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -35,6 +43,8 @@ boost::shared_ptr<CapsuleEntry> LocalEntryMaker::Make(const fs::path& package, c
                                                       const ListingNotes& known, NotedFile& state) const
 {
     std::error_code ignored;
+    // Taken before the package is read. If another program replaces it in between, the facts are older than the content
+    // and will not be those of the next listing, which then reads the package again.
     const orvcore::FileInfo facts = orvcore::InspectTarget(package, ignored);
     if (facts.kind != orvcore::FileKind::File) {
         return nullptr;
@@ -71,6 +81,7 @@ void LocalEntryMaker::FillFromContent(CapsuleEntry& entry, ListedPackage& packag
     if (!hasDefinition) {
         hasDefinition = FillFromDefinition(entry, package.Content(), stop_);
         state.hasStill = hasDefinition;
+        // A package whose definition cannot be read keeps its film, which needs no definition to be shown.
         state.hasVideo = true; // until it is looked for
         state.isKnown = hasDefinition && entry.refusal == nullptr;
     }

@@ -10,11 +10,21 @@
 
 namespace orvcapsule::detail {
 
+// The file, all numbers 8 bytes, little-endian:
+// - the number of notes, then one row of four numbers for each, ascending by the first:
+// - a hash of the note's subject, its offset behind the table, its size, a hash of its bytes;
+// - the notes (NoteFormat.h).
+//
+// Everything read from it is taken for damaged: it lies in a temporary folder, and a crash may leave it half written.
+// The table is bounded by the file's size before memory is taken, and a note counts only with its checksum.
+
 namespace {
 
 constexpr std::size_t kNumber = sizeof(std::uint64_t); // every number in a table
 constexpr std::size_t kPlaceSize = 4 * kNumber;
+// 128 MB of table; a folder with more packages is listed without notes.
 constexpr std::uint64_t kMostNotes = 4'000'000;
+// Above the fields of the largest definition (8 MiB of text, two bytes a character in an entry).
 constexpr std::uint64_t kLargestNote = std::uint64_t{64} << 20;
 
 std::uint64_t HashOf(std::string_view bytes)
@@ -84,6 +94,7 @@ std::string NoteFile::Find(std::u8string_view subject) const
     const std::uint64_t hash = HashOf(orvcore::AsNarrow(subject));
     const auto isLess = [](const Place& place, std::uint64_t wanted) { return place.hash < wanted; };
     auto place = std::lower_bound(table_.begin(), table_.end(), hash, isLess);
+    // Two subjects may have one hash, so the subject in the note decides.
     for (; place != table_.end() && place->hash == hash; ++place) {
         const std::string note = Read(*place);
         std::string_view left = note;
@@ -103,6 +114,7 @@ std::string NoteFile::Read(const Place& place) const
     }
     std::string note(static_cast<std::size_t>(place.size), '\0');
     std::error_code error;
+    // ReadAt has no position that threads would share, so workers read at one time without a lock.
     const bool isWhole = file_.ReadAt(notesStart_ + place.offset, note.data(), note.size(), error) == note.size();
     return isWhole && HashOf(note) == place.checksum ? note : std::string();
 }

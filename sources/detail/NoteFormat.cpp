@@ -6,8 +6,15 @@
 
 namespace orvcapsule::detail {
 
+// Both directions walk the same list of fields, so they cannot drift apart. A change of that list, or of what an entry
+// says of a package, needs a new kFormat in ListingNotes.cpp: old notes carry no version of their own and would be
+// misread.
+
 namespace {
 
+// Integers have their own width, truth values one byte, times eight. A text is a count of 4 bytes and its UTF-16 units,
+// a list a count and its texts. A note is the subject's size and bytes, then the rest's size and bytes: so a reader
+// finds the next note without knowing what is in this one.
 class Writer {
 public:
     explicit Writer(std::string& bytes)
@@ -94,6 +101,7 @@ public:
         failed_ = failed_ || count > bytes_.size() / each;
         return failed_ ? 0 : count;
     }
+    // Bytes that are left over are a sign of another format, or of damage.
     bool IsWhole() const
     {
         return !failed_ && bytes_.empty();

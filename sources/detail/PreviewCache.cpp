@@ -10,6 +10,10 @@
 
 namespace orvcapsule::detail {
 
+// Several workers and several hosts extract into one folder without locks. The file's name is a hash of the package's
+// state, so two that make the same file make the same content; each writes a private file and renames it, and the one
+// that comes second throws its own away. Nothing is ever written over.
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -46,6 +50,7 @@ fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& caps
 {
     const std::u8string_view extension = ExtensionOf(kind);
     orvcore::HashMixer mixer;
+    // A change of what is mixed here leaves the files of earlier releases unused until the working folder is deleted.
     mixer.AddBytes("tmpzlt", 6)
         .Add(extension)
         .Add(sourceID_)
@@ -61,6 +66,7 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
                                             const fs::path& target) const
 {
     const CapsuleZip& zip = package.Content();
+    // As the archive's directory tells; unpacking checks it against the data.
     const std::uint64_t size = LargestPreview(zip, ExtensionOf(kind));
     if (size / kLikelyRatio > packageSize && !TakeFromAllowance(size)) {
         return Outcome::None;
@@ -86,6 +92,7 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
 bool PreviewCache::TakeFromAllowance(std::uint64_t bytes) const
 {
     std::uint64_t left = allowance_;
+    // Workers take from it at the same time; `left` is read anew whenever another one was quicker.
     while (left >= bytes) {
         if (allowance_.compare_exchange_weak(left, left - bytes)) {
             return true;

@@ -12,6 +12,10 @@
 #include <span>
 #include <string_view>
 
+// The list of columns is sent with the search, and a row's values come in the order in which they were asked for; so
+// one table serves both, and the position of a column in it is its position in each row. Values are hostile: a value of
+// another kind than wanted counts as none.
+
 namespace orvcapsule::detail {
 
 using namespace orvappsupport::search;

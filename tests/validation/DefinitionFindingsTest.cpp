@@ -240,6 +240,7 @@ TEST(DefinitionFindings, TextsThatAreNoUsableDocument)
         {"{\"apiVersion\":\"2.2\",}", "MalformedJSON", 1, 21},
         {"{\"apiVersion\":\"2.2\" // remark\n}", "MalformedJSON", 1, 21},
         {std::string("{\0\"\0", 4), "MalformedJSON", 0, 0},
+        {"", "MalformedJSON", 1, 1},
         {"[\"apiVersion\"]", "MalformedJSON", 0, 0},
         {"{}", "NoVersion", 0, 0},
         {R"({"apiVersion":"2.2","apiVersion":"2.1"})", "RepeatedKey", 1, 21},
@@ -259,9 +260,11 @@ TEST(DefinitionFindings, KeepsTheFirstOfEachSeverityAndCountsTheRest)
 {
     std::string tags = "[\"a\"";
     std::string members = "[\"a\"";
+    std::string unknown;
     for (int i = 0; i < 300; ++i) {
         tags += ",\"a\"";
         members += ",\"x\"";
+        unknown += R"({"type":"x","canAnimate":true},)";
     }
     const std::string control =
         R"({"type":10,"id":"g","canAnimate":false,"groupexpanded":true,"value":)" + members + "]}";
@@ -270,6 +273,10 @@ TEST(DefinitionFindings, KeepsTheFirstOfEachSeverityAndCountsTheRest)
     EXPECT_EQ(found.list.size(), 2 * Findings::kMostKept);
     EXPECT_EQ(found.moreErrors, 301 - Findings::kMostKept);
     EXPECT_GE(found.moreWarnings, 300 - Findings::kMostKept);
+    // A refusal has a reason, also where that comes after as many other errors as are kept.
+    const std::string refused =
+        R"({"apiVersion":"2.2","clientControls":[)" + unknown + R"({"type":2,"canAnimate":true}]})";
+    EXPECT_EQ(ReadDefinition(orvcore::ToUTF8(refused)).refusals.size(), 1U);
 }
 
 TEST(DefinitionFindings, SaysWhichRecordAndWhatIsExpected)

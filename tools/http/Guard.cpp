@@ -7,6 +7,10 @@
 
 namespace orvtools::http {
 
+// Who attacks: any page that the user's browser shows. It can send requests to 127.0.0.1, and by a name of its own that
+// leads there (which changes after the page was loaded) it can read the answers. `Host` shows the second, `Origin` and
+// `Sec-Fetch-Site` the first. Neither helps against other programs of the machine; that is what the secret is for.
+
 namespace {
 
 struct Header {
@@ -14,6 +18,8 @@ struct Header {
     std::string_view value;
 };
 
+// Defence in depth: a text of a hostile template that a page put into its own document by mistake could still run no
+// script and load nothing from elsewhere.
 constexpr auto kProtection = std::to_array<Header>({
     {"Content-Security-Policy",
      "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; media-src 'self'; connect-src 'self'; "
@@ -27,6 +33,7 @@ constexpr auto kProtection = std::to_array<Header>({
 
 } // namespace
 
+// A request without a port in its Host is one to port 80. A missing Host is refused: browsers always send one.
 bool IsHostLoopback(const Request& request, std::uint16_t port)
 {
     const std::string* const host = request.FindHeader("Host");
@@ -43,12 +50,15 @@ bool IsSameOrigin(const Request& request)
     const std::string* const origin = request.FindHeader("Origin");
     const std::string* const host = request.FindHeader("Host");
     const std::string* const site = request.FindHeader("Sec-Fetch-Site");
+    // Absent is fine: programs other than browsers send neither, and older browsers no `Sec-Fetch-Site`. "none" is an
+    // address that the user has typed.
     return (!origin || (host && detail::EqualsNoCase(*origin, "http://" + *host))) &&
            (!site || *site == "same-origin" || *site == "none");
 }
 
 bool IsSecret(std::string_view given, std::string_view secret) noexcept
 {
+    // No early end: the time of a refusal would tell how many characters were right, one after the other.
     unsigned differences = given.size() == secret.size() ? 0 : 1;
     for (std::size_t i = 0; i < std::min(given.size(), secret.size()); ++i) {
         differences |=

@@ -10,6 +10,14 @@
 #include <mutex>
 #include <thread>
 
+// Two kinds of threads. One runs `context_`: it accepts, reads, writes and owns every connection, so nothing there is
+// locked. A few run handlers (Workers), which may wait; their answer is posted back to the first.
+//
+// The order of an end. First the context's thread is stopped and joined: from then on its objects belong to the thread
+// that stops. Then the sockets are closed, then handlers that run are waited for, since their answers would be posted
+// into the context. Last the context is polled once more here, so that the operations that were under way end (with
+// errors) and let go of their connections.
+
 namespace orvtools::http {
 
 namespace asio = boost::asio;
@@ -93,6 +101,7 @@ void Server::Impl::OnAccepted(const boost::system::error_code& error, tcp::socke
         pause_.async_wait([this](const boost::system::error_code&) { Accept(); });
         return;
     }
+    // One more is closed by its socket's destructor: refused in words it would already cost what the limit is to save.
     if (shared_.connections.size() < shared_.options.limits.connections) {
         std::make_shared<detail::Connection>(std::move(socket), shared_)->Start();
     }

@@ -1,5 +1,10 @@
 #include <tools/http/Stream.h>
 
+// Two sides share a stream: whoever writes events, on any thread, and the connection that sends them, on the server's.
+// The writer never waits: bytes are kept up to a limit, beyond which the client counts as gone. `wake_` posts to the
+// connection's thread and is called under the lock, because Abandon (the connection's last word) takes it away under
+// the same lock: after that no call can reach a connection that is no more.
+
 namespace orvtools::http {
 
 Stream::Stream(std::size_t maxUnsent)
@@ -13,6 +18,7 @@ bool Stream::Write(std::string_view bytes)
     if (state_ != State::Open) {
         return false;
     }
+    // All or nothing: half an event would spoil the next one.
     if (bytes.size() > maxUnsent_ - unsent_.size()) {
         unsent_.clear();
         state_ = State::Abandoned;

@@ -8,6 +8,11 @@
 
 namespace orvtools::http {
 
+// A target is decoded exactly once, here, and what could be read in two ways is refused and not repaired: an escaped
+// slash (one part or two?), "." and ".." (which client has resolved them?), an empty part, a back-slash (a separator on
+// Windows), a control character, ill-formed UTF-8. So a handler that compares with names cannot be got round by another
+// spelling.
+
 namespace {
 
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";

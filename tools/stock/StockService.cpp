@@ -11,6 +11,12 @@
 #include <orvcore/text/Strings.h>
 #include <package/CapsuleZip.h>
 
+// The service answers well first and is spoilt afterwards (detail/Spoil): so what a client is tried with is a right
+// answer in all but what the faults say. Only a status and a redirect take the answer's place.
+//
+// A browser may run on the same machine, so a loopback service refuses foreign names (http/Guard.h). One that was told
+// to listen elsewhere is asked by names that it cannot know.
+
 namespace orvtools::stock {
 
 namespace {
@@ -21,6 +27,7 @@ using detail::Preview;
 using http::Request;
 using http::Response;
 
+// The contract's limit; the client has the same (kMaxURLBytes).
 constexpr std::size_t kMaxURL = 8192;
 constexpr std::size_t kMaxHeader = 64 << 10; // a URL that is too long is to be answered with its own status
 
@@ -154,6 +161,7 @@ Response StockService::Impl::File(const Request& request)
     if (file != "metadata") {
         return ErrorAnswer(404, "There is no such route");
     }
+    // Opened for each request: an object is used by one thread at a time, and requests come on several.
     const orvcapsule::CapsuleZip package(asset->content->package);
     return http::TextResponse(200, "application/json", orvcore::ToNarrow(package.GetZELTDescriptionJSON()));
 }

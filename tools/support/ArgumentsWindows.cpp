@@ -14,6 +14,7 @@ std::vector<std::string> UTF8Arguments(int argc, const char* const* argv)
     int count = 0;
     const std::unique_ptr<LPWSTR, decltype(&LocalFree)> arguments(CommandLineToArgvW(GetCommandLineW(), &count),
                                                                   &LocalFree);
+    // No memory: arguments of plain letters still work.
     if (!arguments) {
         return {argv, argv + argc};
     }

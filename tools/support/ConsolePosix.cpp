@@ -52,6 +52,7 @@ private:
     int handle_;
 };
 
+// A write may take less than it was given, and a signal may end it before it has taken anything.
 bool WriteAll(int handle, std::string_view text) noexcept
 {
     while (!text.empty()) {
@@ -65,6 +66,8 @@ bool WriteAll(int handle, std::string_view text) noexcept
 }
 
 // The whole lines at the beginning that a pipe takes as one, or one line that is longer.
+// The system writes up to PIPE_BUF bytes into a pipe without mixing them with another writer's; more may be torn apart,
+// also in the middle of a line.
 std::string_view NextPiece(std::string_view lines) noexcept
 {
     if (lines.size() <= PIPE_BUF) {
@@ -94,6 +97,7 @@ std::size_t TerminalWidth(StandardStream stream) noexcept
     return ::ioctl(HandleOf(stream), TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
+// "dumb" is what editors and build tools set for a terminal that shows escape sequences as they are.
 bool TakesColour(StandardStream stream) noexcept
 {
     const char* terminal = std::getenv("TERM");

@@ -12,6 +12,8 @@ namespace orvtools {
 
 namespace {
 
+// The console is shared with the shell that started the program, so its code page must be as it was at the end. A
+// program that is killed leaves it changed.
 UINT theFirstCodePage = 0;
 
 void RestoreConsole()
@@ -39,6 +41,7 @@ void SetBinary(StandardStream stream) noexcept
 void SetConsoleUTF8()
 {
     const UINT now = GetConsoleOutputCP();
+    // 0 is what a process without a console gets.
     if (now != 0 && now != CP_UTF8 && theFirstCodePage == 0) {
         theFirstCodePage = now;
         SetConsoleOutputCP(CP_UTF8);

@@ -16,6 +16,7 @@ int main(int argc, char** argv)
     } catch (const std::exception& error) {
         zelt::ReportError(error.what());
     }
+    // The last thing: a full disk or a closed pipe may show only now, and the exit code is what scripts look at.
     if (!zelt::FlushOutput()) {
         zelt::ReportError("standard output cannot be written");
         exit = zelt::ExitCode::kBadFile;

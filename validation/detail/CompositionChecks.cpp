@@ -8,6 +8,7 @@ namespace orvcapsule::detail {
 namespace {
 
 // Members that count something of which there must be some.
+// A 0 is a duration or a size of nothing, or the divisor of one.
 void NeedPositive(const PlacedValue& record, std::initializer_list<std::string_view> keys, DefinitionReport& report)
 {
     for (const std::string_view key : keys) {
@@ -35,6 +36,7 @@ void CheckSecrets(const PlacedValue& composition, DefinitionReport& report)
     }
 }
 
+// FromString of a text that is no GUID is empty and not the nil one: that mistake is CheckShape's to tell.
 void CheckIdentities(const PlacedValue& composition, DefinitionReport& report)
 {
     const PlacedValue id = composition.Find("id");
@@ -75,6 +77,7 @@ void CheckCompositions(const PlacedValue& root, DefinitionReport& report)
     for (std::size_t i = 0; isMap && i < localized.size(); ++i) {
         CheckComposition(localized[i], report);
     }
+    // A value that is no object was told of already, and passed over by readers; a second finding would say the same.
     if (!older && (!localized || (isMap && localized.size() == 0))) {
         Note note{Severity::Warning, "NoComposition",
                   "the template has no composition: hosts know no size and no duration",

@@ -10,6 +10,12 @@
 
 namespace orvcapsule::detail {
 
+// Rules between the values of one control, and between controls. A value that the schema refuses is left out here: each
+// rule asks for its values by type and does nothing without them, so that one mistake gives one finding.
+//
+// An error is what a host shows otherwise than it was written (a slider's value outside its range), a warning what it
+// shows as written though it can hardly be meant.
+
 namespace {
 
 using orvcore::serialization::ToJSON;
@@ -60,6 +66,7 @@ void CheckMenu(const PlacedValue& control, DefinitionReport& report)
     if (!entries || !entries->IsArray() || !control.Get(CAPSULE_CONTROL_VALUE_STR, wide)) {
         return;
     }
+    // A number beyond 32 bits is unusable to readers, and told by CheckShape.
     index = static_cast<std::int32_t>(wide);
     const auto count = static_cast<std::int64_t>(entries.size());
     if (index == wide && (wide < 0 || wide >= count)) {
@@ -89,6 +96,8 @@ void CheckScale(const PlacedValue& control, DefinitionReport& report)
 }
 
 // Ids, and what is said by them.
+// Views into the definition's text serve as keys, because a hostile definition may have hundreds of thousands of ids.
+// Each of them is looked at a fixed number of times: no pass over all controls for each control.
 class ControlIds {
 public:
     ControlIds(const PlacedValue& controls, DefinitionReport& report)
@@ -126,6 +135,8 @@ public:
     }
 
     // A group that is a member of itself, by way of others perhaps. Goes through every group once.
+    // A member that is `Open` lies on the way from the first group to this one, so it closes a circle; one that is
+    // `Done` was searched and is in none that leads here. A host that draws groups as a tree would not come to an end.
     void CheckCircles() const
     {
         std::vector<State> states(controls_.size(), State::Unseen);
@@ -151,6 +162,8 @@ private:
 
     void TellUnknown(const PlacedValue& member) const
     {
+        // Finding the nearest name compares with every id. The limit on ids and the one on kept findings bound the
+        // product.
         constexpr std::size_t kMostCompared = 1000;
         const bool isCompared = names_.size() <= kMostCompared && report_.HasRoom(Severity::Error);
         report_.At(member,

@@ -10,6 +10,14 @@
 
 #include <optional>
 
+// One text, three views. CapsuleFromJson says whether hosts take the definition; it is the judge, and what follows only
+// says why. DefinitionText has the values with their places. The schema's shapes say what may stand at each place.
+//
+// The first two agree because they use the same parser. The schema is a description beside them, so a test
+// compares it with the readers, and where it still finds no reason for a refusal, TellRefusals asks the readers of
+// single records. A finding whose code is in IsRefusal is therefore one for which readers refuse, and no other may have
+// such a code: ReadDefinition picks the reasons by it.
+
 namespace orvcapsule::detail {
 
 namespace {
@@ -25,7 +33,9 @@ Finding Malformed(std::string_view text, const json::json_parse_exception& error
 {
     Finding finding = OfText("MalformedJSON", std::string("definition.json is malformed: ") + error.what());
     finding.expected = "a JSON object in UTF-8";
-    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || text.substr(1).starts_with('\0')) {
+    // The two byte-order marks, or the second byte of a Latin character: editors write UTF-16, and the parser's own
+    // complaint about a byte would help nobody.
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || (text.size() > 1 && text[1] == '\0')) {
         finding.text = "definition.json is malformed: it is UTF-16, not UTF-8";
     } else if (const auto* placed = dynamic_cast<const json::json_outline_exception*>(&error)) {
         json::TextPlace place;
@@ -84,6 +94,8 @@ Reading Read(std::string_view text, Finding& refusal)
 }
 
 // The first value under `key` in a record.
+// Readers name the key alone. Where a record has it in several places this may be another than the one refused; the
+// finding names the key all the same.
 PlacedValue FindBelow(const PlacedValue& record, std::string_view key)
 {
     PlacedValue found = record.Find(key);
@@ -97,6 +109,8 @@ template <class ReadRecord>
 void TellRefusal(const PlacedValue& record, DefinitionReport& report, const ReadRecord& read)
 {
     try {
+        // A tree of one record at a time: the tree of a whole definition takes several times the memory of the compact
+        // document.
         read(record->ToTree());
     } catch (const json::missing_key_exception& error) {
         const PlacedValue value = FindBelow(record, error.GetKey());

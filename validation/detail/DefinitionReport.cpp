@@ -8,6 +8,11 @@
 
 #include <algorithm>
 
+// A finding is gathered with two offsets into the text and nothing else of its place. Line, column, pointer and the
+// record it lies in are worked out in Finish, for at most two hundred findings: one pass over the text for the lines,
+// and a binary search on each level of the outline for the rest. Worked out at once, a hostile definition's hundred
+// thousand mistakes would each cost a pass.
+
 namespace orvcapsule::detail {
 
 namespace {
@@ -15,6 +20,8 @@ namespace {
 using orvcore::serialization::JSONOutline;
 
 // The values from the root's member to the one that begins at `begin`.
+// Children stand in the order of the text and do not overlap, so the one that holds an offset is the last that begins
+// at or before it.
 std::vector<const JSONOutline*> WayTo(const JSONOutline& root, std::size_t begin)
 {
     std::vector<const JSONOutline*> way;
@@ -32,6 +39,7 @@ void AppendStep(std::string& pointer, std::string_view step)
 {
     pointer += '/';
     for (const char c : step) {
+        // RFC 6901.
         pointer += c == '~' ? std::string("~0") : c == '/' ? std::string("~1") : std::string(1, c);
     }
 }
@@ -135,6 +143,8 @@ void DefinitionReport::Absent(const PlacedValue& object, std::string_view key, N
 std::string DefinitionReport::Found(const PlacedValue& value) const
 {
     const JSONOutline& outline = value.Outlined();
+    // White space becomes one space, and the text is shortened first: a finding is one line in a terminal, and a value
+    // may be megabytes.
     std::string found;
     for (const char c : orvcore::Shortened(text_.substr(outline.begin, outline.end - outline.begin))) {
         const bool isSpace = c == '\n' || c == '\r' || c == '\t' || c == ' ';
@@ -147,6 +157,7 @@ std::string DefinitionReport::Found(const PlacedValue& value) const
 
 void DefinitionReport::Add(Pending pending)
 {
+    // Counted also when not kept: the number of refusals decides whether more reasons are looked for.
     const bool isKept = HasRoom(pending.finding.severity);
     ++(pending.finding.severity == Severity::Error ? errors_ : warnings_);
     refusals_ += IsRefusal(pending.finding.code) ? 1U : 0U;
@@ -169,6 +180,7 @@ void DefinitionReport::Place(Pending& pending) const
 
 void DefinitionReport::Finish(FindingList& to)
 {
+    // Stable, so that several findings at one place stay in the order of the checks.
     std::stable_sort(pending_.begin(), pending_.end(),
                      [](const Pending& a, const Pending& b) { return a.offset < b.offset; });
     orvcore::serialization::TextPlace place;
@@ -181,6 +193,7 @@ void DefinitionReport::Finish(FindingList& to)
         Place(pending);
         to.Add(std::move(pending.finding));
     }
+    // Those that were not kept here must not be lost to the count.
     for (std::size_t more = Findings::kMostKept; more < errors_; ++more) {
         to.Count(Severity::Error);
     }

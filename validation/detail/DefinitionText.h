@@ -8,6 +8,8 @@
 namespace orvcapsule::detail {
 
 /// One value of a definition's text with the place where it stands. Points into its `DefinitionText`.
+/// The document and the outline are made of one text by two scanners, and both keep repeated members in the text's
+/// order; so a child has the same number in both.
 class PlacedValue {
 public:
     using Node = orvcore::serialization::JSONNode;

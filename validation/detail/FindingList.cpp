@@ -14,7 +14,9 @@ bool FindingList::HasRoom(Severity severity) const noexcept
 
 void FindingList::AddOnce(Finding finding)
 {
+    // The text may differ between two ways of reading one damaged entry, so the entry's name tells them to be one.
     const std::string_view what = finding.entry.empty() ? finding.text : orvcore::AsNarrow(finding.entry);
+    // Two findings with one hash lose one of them, which is rare and costs a line of a report; the first of them stays.
     if (known_.insert(std::hash<std::string>()(finding.code + '\0' + std::string(what))).second) {
         Add(std::move(finding));
     }

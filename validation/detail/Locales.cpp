@@ -7,6 +7,9 @@
 
 namespace orvcapsule::detail {
 
+// Lists of our own and not the system's: what a host has depends on its installation, and a template must be judged
+// alike on every machine. Languages of three letters and numbered regions are accepted by their form.
+
 namespace {
 
 // Codes of two letters, one after the other.
@@ -63,6 +66,7 @@ bool IsScript(std::string_view part) noexcept
 // The letters of a short name, small ones.
 std::string Letters(std::string_view name)
 {
+    // A name in the text may be of any length; nothing usual has more letters than five.
     constexpr std::size_t kLongest = 8;
     std::string letters;
     for (const char c : name.substr(0, kLongest)) {

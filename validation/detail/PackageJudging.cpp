@@ -15,6 +15,11 @@
 
 namespace orvcapsule::detail {
 
+// A package and a folder that is to be packed are judged by the same rules, so both become a list of parts. Of a folder
+// what packing would refuse is told in packing's own words (ZipError), before anybody packs it.
+//
+// The archive goes first. One that cannot be read gives its failure alone: what else might be said of it is guesswork.
+
 namespace fs = std::filesystem;
 using orvcore::FileKind;
 using orvstorage::ZipError;
@@ -27,6 +32,7 @@ bool IsPicturesOrFilms(std::u8string_view name)
     return name.ends_with(u8".png") || name.ends_with(u8".mp4");
 }
 
+// In the form of a failure of packing, so that one text says the same of a folder's file and of an archive's entry.
 ZipFailure Refused(ZipError error, const orvcore::UTF8String& name, const std::error_code& reason = {})
 {
     return {error, orvstorage::ZipAction::Pack, {}, name, reason ? reason.message() : std::string()};
@@ -68,12 +74,15 @@ private:
 
     orvcore::WalkNext Visit(const fs::path& path, FileKind kind)
     {
+        // Files that a killed program left half made; packing passes over them, too.
         if (orvcore::IsPrivateName(path.filename())) {
             return orvcore::WalkNext::PassOver;
         }
         if (kind != FileKind::Directory) {
             Take(path, kind);
         }
+        // More files than an archive may have are refused by packing anyway. A user may name a folder such as the root
+        // of a disk.
         return parts_.size() < orvstorage::ZipLimits().maxEntries ? orvcore::WalkNext::GoOn : orvcore::WalkNext::End;
     }
 
@@ -97,6 +106,7 @@ private:
         if (error != ZipError::None) {
             findings_.AddOnce(DescribeFailure(Refused(error, part.name, unread)));
         }
+        // Also one that cannot be packed: it is there, so it does not count as missing.
         parts_.push_back(std::move(part));
     }
 
@@ -120,6 +130,7 @@ void JudgeDefinitionFile(const fs::path& path, FindingList& findings)
     if (error == std::errc::no_such_file_or_directory) {
         return findings.AddOnce(NoDefinition());
     }
+    // A file that another program writes meanwhile may end early; half of it is not judged.
     if (error || text.size() != size) {
         return findings.AddOnce(
             DescribeFailure(Refused(error ? ZipError::ReadFailed : ZipError::EntryTooLarge, kJSONFileName, error)));
@@ -141,6 +152,8 @@ void JudgePackage(const CapsuleZip& package, FindingList& findings)
     if (const ZipFailure failure = package.GetLastFailure()) {
         return findings.AddOnce(DescribeFailure(failure));
     }
+    // Called while CheckContents has the entry's bytes in hand anyway; the entries' numbers are those of GetEntries
+    // above.
     const auto keep = [&parts](std::size_t entry, std::string_view head) {
         if (IsPicturesOrFilms(parts[entry].name)) {
             parts[entry].head = head;

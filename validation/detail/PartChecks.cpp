@@ -12,6 +12,9 @@
 
 namespace orvcapsule::detail {
 
+// Everything here is about names and first bytes; what a part holds is its host's business. Unknown parts are legal,
+// and packages do hold things of their authors', so only a name that is nearly a known one is told.
+
 namespace {
 
 constexpr std::string_view kPictureFolder = "Thumbnails/";
@@ -39,10 +42,12 @@ LocalizedName Split(std::string_view name)
 {
     for (const std::string_view stem : {"thumb", "project"}) {
         for (const std::string_view extension : kLocalizedExtensions) {
+            // Pictures and films (".png", ".mp4") are previews, the two long extensions are projects.
             const bool goesWith = (stem == "thumb") == (extension.size() == 4);
             if (goesWith && name.starts_with(stem) && name.ends_with(extension) &&
                 name.size() >= stem.size() + extension.size()) {
                 const std::string_view rest = name.substr(stem.size(), name.size() - stem.size() - extension.size());
+                // "thumb-de.png" was meant as a variant; "thumbnails.png" is another file.
                 const bool isSeparate = rest.empty() || std::string_view("_-. ").find(rest[0]) != rest.npos;
                 return isSeparate ? LocalizedName{stem, rest.substr(0, 1),
                                                   rest.substr(std::min<std::size_t>(1, rest.size())), extension}
@@ -62,6 +67,7 @@ Finding About(const Part& part, Severity severity, const char* code, const std::
 void CheckContent(const Part& part, std::string_view extension, FindingList& findings)
 {
     const bool isPicture = extension == ".png";
+    // A head that is empty belongs to a damaged part, which was told of as such.
     if (part.size == 0 || part.head.empty() || (!isPicture && extension != ".mp4") ||
         (isPicture ? IsPNG(part.head) : IsMP4(part.head))) {
         return;

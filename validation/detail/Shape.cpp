@@ -10,6 +10,13 @@
 
 namespace orvcapsule::detail {
 
+// The schema is compiled in and so trusted: a word it lacks is a fault of this project that the first test shows, and
+// nothing is checked here. Shapes hold views into the schema's text, and pointers to each other, because a definition
+// of the schema may refer to itself; so neither they nor the document may move, and all live until the process ends.
+//
+// Of JSON Schema only the words in `Take` are known. A new one in docs/definition.schema.json needs a branch there: an
+// unknown word is passed over, and its rule would silently not hold.
+
 namespace {
 
 using orvcore::serialization::JSONDocument;
@@ -80,9 +87,11 @@ private:
         if (const auto known = named_.find(name); known != named_.end()) {
             return known->second;
         }
+        // Known by its name before it is filled: a reference to itself on the way finds it.
         Shape& shape = shapes_.emplace_back();
         shape.name = name;
         named_.emplace(name, &shape);
+        // Everything below a localised text is a part of it: a fault there spoils the text as a whole.
         const bool wasInText = std::exchange(isInText_, isInText_ || name == "localizedText");
         Fill(shape, *document_.Root().Find("$defs")->Find(name));
         isInText_ = wasInText;
@@ -104,6 +113,10 @@ private:
         }
     }
 
+    // How the definition's schema uses the words: "anyOf" lists known values beside a way that allows any other;
+    // "allOf" says by a control's type which further keys it has; "then" alone is of a value that may be an object
+    // beside other kinds. "additionalProperties" is true (unknown keys are kept) or the shape of members by locale;
+    // false, which the schema does not use, would be taken for true.
     void Take(Shape& shape, const JSONNode& word)
     {
         const std::string_view name = word.Key();
@@ -222,6 +235,7 @@ std::string WantedObject(const Shape& shape)
 
 const Shape& DefinitionShape()
 {
+    // A worker may judge a template while the process exits.
     static orvcore::NoDestructor<Schema> schema;
     return schema->Root();
 }

@@ -10,11 +10,17 @@
 
 namespace orvcapsule::detail {
 
+// Goes through the values of a definition beside the shapes of the schema. The difficult part is to say what a mistake
+// costs as readers would have it: the whole definition (a required key of a control), one top-level value (which
+// readers ignore), or a value that encloses the broken one (a localised text with a broken entry). Owner carries that
+// down, and must be kept in step with the presence of keys in the tables (capsule/detail, platform/kinlet).
+
 namespace {
 
 using orvcore::serialization::JSONKind;
 using orvcore::serialization::JSONNode;
 
+// Two readings, because the format has unsigned 64-bit numbers beside signed ones, and neither type holds both ranges.
 bool FitsInteger(const JSONNode& node, const Shape& shape)
 {
     std::int64_t number = 0;
@@ -163,6 +169,7 @@ private:
         const auto role = owner.key == CAPSULE_LOCCAPNAME_STR      ? MetText::Role::Name
                           : owner.key == CAPSULE_CONTROL_VALUE_STR ? MetText::Role::Value
                                                                    : MetText::Role::Label;
+        // Judged later, when all texts are known: whether a language is missing depends on the others.
         texts_.push_back({text, role});
         return true;
     }
@@ -192,6 +199,7 @@ private:
                      const Owner& owner)
     {
         const std::string_view key = member->Key();
+        // By address: Find gives the member that readers take.
         if (&*object.Find(key) != &*member) {
             return; // a later one counts
         }
@@ -205,6 +213,8 @@ private:
         if (own != nullptr) {
             Judge(member, *own, shape.isPart ? owner : Owner{key, IsPassedOver(shape, key), {}});
         } else if (ofKind != nullptr) {
+            // These two are lenient in the reader's table of text controls; everything else of a kind's own is
+            // required.
             const bool isOptional =
                 key == CAPSULE_STRING_FONTEDITINFO_STR || key == CAPSULE_STRING_ALTERNATERECTINFO_STR;
             Judge(member, *ofKind, {key, isOptional, {}});
@@ -219,15 +229,20 @@ private:
         return found != shape.members.end() ? found->second : nullptr;
     }
 
+    // The rows that the tables call lenient: all at the top level, and of a control all but its type and
+    // canAnimate.
     static bool IsPassedOver(const Shape& shape, std::string_view key)
     {
         return &shape == &DefinitionShape() || (shape.name == "control" && key != CAPSULE_CONTROL_TYPE_STR &&
                                                 key != CAPSULE_CONTROLPROPS_CANANIMATE_STR);
     }
 
+    // Unknown keys are legal. Where readers keep them only one that looks like a known key is told, elsewhere each,
+    // because its value is lost.
     void TellUnknown(const PlacedValue& member, const Shape& shape, const Shape* kind)
     {
         const std::string_view key = member->Key();
+        // Nobody knows which keys such a control may have.
         const bool isOfUnknownKind = shape.name == "control" && kind == nullptr;
         const bool isForEditors = &shape == &DefinitionShape() && key == "$schema";
         const bool isMediaValue = kind != nullptr && kind->name == "media" && key == CAPSULE_CONTROL_VALUE_STR;

@@ -34,6 +34,7 @@ void CheckCell(const PlacedValue& cell, const PlacedValue& column, DefinitionRep
 {
     std::uint32_t kind = 0;
     std::uint64_t wide = 0;
+    // A null cell is one that the user has not filled in.
     if (!column.Get("columnDataType", wide) || cell->Kind() == JSONKind::kNull) {
         return;
     }
@@ -47,6 +48,7 @@ void CheckCell(const PlacedValue& cell, const PlacedValue& column, DefinitionRep
     double number = 0;
     const bool isLimited = kind == static_cast<std::uint32_t>(SpreadsheetColumnDataType::kNumber) &&
                            column.Get("columnMinValue", least) && column.Get("columnMaxValue", most) &&
+                           // Both limits 0 mean that there is none: columns without limits are stored so.
                            (least != 0 || most != 0) && cell->Get(number);
     if (isLimited && least <= most && (number < least || number > most)) {
         report.At(cell, {Severity::Warning, "CellOutOfRange", "a cell's number is outside its column's range",

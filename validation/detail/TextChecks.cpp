@@ -8,6 +8,9 @@
 
 namespace orvcapsule::detail {
 
+// What counts as a language of the template: a locale that any usable text has. A text that falls back to American
+// English needs only the languages that most texts have, since templates translate a few texts on purpose.
+
 namespace {
 
 constexpr std::string_view kFallback = "en_US";
@@ -105,6 +108,7 @@ Languages LanguagesOf(const LocaleCounts& counts, std::size_t texts)
 void TellMissing(const PlacedValue& text, const std::set<std::string_view>& locales, const Languages& languages,
                  DefinitionReport& report)
 {
+    // Bytes of a list of languages in one line; a hostile text may have thousands.
     constexpr std::size_t kLongEnough = 100;
     const bool fallsBack = locales.contains(kFallback);
     std::string missing;
@@ -139,6 +143,7 @@ void CheckTexts(const std::vector<MetText>& texts, DefinitionReport& report)
 {
     LocaleCounts counts;
     std::vector<std::pair<PlacedValue, std::set<std::string_view>>> usable;
+    // Texts that readers do not take as a whole have been told of by CheckShape and show nothing, so they do not count.
     for (const MetText& text : texts) {
         if (IsUsable(text.value)) {
             usable.emplace_back(text.value, CheckEntries(text, report));

@@ -7,6 +7,9 @@
 
 namespace orvcapsule::detail {
 
+// Readers take almost anything at the top level, so what is told here are warnings: the template is shown, but not as
+// its author means it (without a name, by no host, in a substitute font).
+
 namespace {
 
 bool IsList(const PlacedValue& value)
@@ -122,6 +125,7 @@ bool HasTextControl(const PlacedValue& root)
     const PlacedValue controls = root.Find(CAPSULE_CONTROLS_STR);
     for (std::size_t i = 0; IsList(controls) && i < controls.size(); ++i) {
         std::int64_t type = 0;
+        // 6 is ClientControlType::kText.
         if (controls[i].Get(CAPSULE_CONTROL_TYPE_STR, type) && type == 6) {
             return true;
         }
@@ -130,6 +134,7 @@ bool HasTextControl(const PlacedValue& root)
 }
 
 // Fonts have no common language to fall back to: a text needs some.
+// GetUsedFonts falls back to the first language in order, which may have other fonts than the text needs.
 void CheckFonts(const PlacedValue& root, DefinitionReport& report)
 {
     const PlacedValue fonts = root.Find(CAPSULE_USED_FONTS_LOC_STR);

@@ -39,6 +39,7 @@ Next FilePart::Read(std::string& out)
     const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(kBlock, left_));
     const std::size_t before = out.size();
     out.resize(before + size);
+    // The length was announced before the file was read; one that has become shorter cannot be made good, only cut off.
     if (size > 0 && !file_.read(out.data() + before, static_cast<std::streamsize>(size))) {
         return Next::Broken;
     }
@@ -54,6 +55,7 @@ StreamBody::StreamBody(std::shared_ptr<Stream> stream, bool chunked)
 
 StreamBody::~StreamBody()
 {
+    // The connection is gone, or the response was never sent: the writer learns it at its next Write.
     stream_->Abandon();
 }
 
@@ -63,6 +65,7 @@ Next StreamBody::Read(std::string& out)
     Stream::State state;
     {
         const std::lock_guard lock(stream_->mutex_);
+        // Taken in one go, so that the lock is not held while bytes are framed.
         bytes.swap(stream_->unsent_);
         state = stream_->state_;
     }
@@ -77,6 +80,7 @@ Next StreamBody::Read(std::string& out)
         out += bytes;
     }
     if (state == Stream::State::Closed) {
+        // The empty chunk is the body's end; without chunks (HTTP/1.0) the closed connection is.
         out += chunked_ ? "0\r\n\r\n" : "";
         return Next::End;
     }

@@ -8,6 +8,17 @@
 #include <boost/beast/http/error.hpp>
 #include <boost/beast/http/read.hpp>
 
+// A connection's life, each step started by the end of the one before: await a request's first byte (idle time), read
+// it whole (request time), have a worker answer it, wait for the answer's delay, write head and body block by block,
+// then the next request or the end. Exactly one step is under way at a time, except for a stream, whose client is also
+// watched for leaving.
+//
+// What keeps it alive: the operation under way holds a shared pointer. When the last one has ended and started no
+// other, the connection is destroyed, and its place in the server's set with it. Drop only closes the socket; the
+// operations then end with errors and do the rest.
+//
+// Limits are enforced here: header and body bytes by the parser, time by the stream's timer, which each step sets anew.
+
 namespace orvtools::http::detail {
 
 namespace {
@@ -20,6 +31,7 @@ using namespace std::chrono_literals;
 // After the last byte of an answer, for the client to take it: a socket that is closed with bytes of the client unread
 // takes back what is still under way.
 constexpr auto kLingerTime = 1s;
+// More than a request that was refused for its size still has under way, and not without end.
 constexpr std::size_t kLingerBytes = std::size_t{16} << 20;
 
 using Message = wire::request<wire::string_body>;
@@ -68,6 +80,8 @@ Connection::Connection(Tcp::socket socket, Shared& shared)
     : shared_(shared)
     , stream_(std::move(socket))
     , delay_(stream_.get_executor())
+    // The buffer has a limit of its own: a client that sends headers without end would fill the memory before the
+    // parser saw them.
     , received_(shared.options.limits.headerBytes + Body::kBlock)
 {
     shared_.connections.insert(this);
@@ -207,6 +221,8 @@ void Connection::Pump()
     } else if (atEnd_) {
         Finish();
     } else {
+        // On the connection's thread, as is the posted wake that asks for it: a wake that comes between the last Read
+        // and this line is posted behind it and finds the flag.
         waits_ = true;
     }
 }

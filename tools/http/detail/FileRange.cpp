@@ -20,6 +20,7 @@ RangeAnswer Suffix(std::optional<std::uint64_t> count, std::uint64_t size)
     if (!count) {
         return {};
     }
+    // More than there is means all of it.
     const std::uint64_t length = std::min(*count, size);
     return length == 0 ? RangeAnswer{RangeAnswer::Kind::Unsatisfiable, {}}
                        : RangeAnswer{RangeAnswer::Kind::Part, {size - length, size - 1}};
@@ -31,6 +32,7 @@ RangeAnswer SelectRange(std::string_view header, std::uint64_t size)
 {
     std::string_view rest = header;
     const std::string_view unit = Trimmed(TakeUntil(rest, '='));
+    // Several ranges would need an answer of many parts; video players ask for one.
     if (!EqualsNoCase(unit, "bytes") || rest.find(',') != rest.npos || rest.find('-') == rest.npos) {
         return {};
     }
@@ -52,6 +54,7 @@ bool NamesTag(std::string_view list, std::string_view tag)
 {
     while (!list.empty()) {
         std::string_view one = Trimmed(TakeUntil(list, ','));
+        // If-None-Match compares weakly: a proxy may have marked our tag as weak.
         one.remove_prefix(one.starts_with("W/") ? 2 : 0);
         if (one == tag || one == "*") {
             return true;

@@ -9,6 +9,10 @@
 #include <algorithm>
 #include <array>
 
+// How the client learns where the body ends: by its length where that is known, by chunks for a stream, by the closed
+// connection for a stream to an HTTP/1.0 client. A length that was made wrong on purpose always closes the connection,
+// since nobody could tell where the next answer begins.
+
 namespace orvtools::http::detail {
 
 namespace {
@@ -24,6 +28,8 @@ struct Content {
     std::optional<std::uint64_t> length;
 };
 
+// Size and time in microseconds: a preview that was made anew has another tag, and a player that resumes (If-Range)
+// starts from the beginning.
 std::string TagOf(const FileInfo& info)
 {
     return '"' + std::to_string(info.size) + '-' + std::to_string(info.modified.time_since_epoch().count()) + '"';
@@ -33,6 +39,7 @@ RangeAnswer RangeOf(const Request& request, std::string_view tag, std::uint64_t 
 {
     const std::string* const range = request.FindHeader("Range");
     const std::string* const only = request.FindHeader("If-Range");
+    // If-Range with another tag: the client has parts of another file, so it gets the whole of this one.
     return range && (!only || *only == tag) ? SelectRange(*range, size) : RangeAnswer{};
 }
 
@@ -73,6 +80,7 @@ Content FileContent(const Request& request, Response& response, const std::files
 Content ContentOf(const Request& request, Response& response, const Exchange& exchange)
 {
     if (const auto* const stream = std::get_if<std::shared_ptr<Stream>>(&response.body)) {
+        // A length that was announced on purpose takes the chunks' place.
         const bool chunked = exchange.isHTTP11 && !response.announcedLength;
         return {std::make_unique<StreamBody>(*stream, chunked), std::nullopt};
     }
@@ -83,6 +91,7 @@ Content ContentOf(const Request& request, Response& response, const Exchange& ex
     std::error_code error;
     const FileInfo info = orvcore::InspectTarget(path, error);
     if (error || info.kind != orvcore::FileKind::File) {
+        // Asked now and not by the handler: the file may go between the two.
         response = ErrorResponse(404, "there is no such file");
         return SetText(response, std::get<std::string>(response.body));
     }
@@ -92,10 +101,12 @@ Content ContentOf(const Request& request, Response& response, const Exchange& ex
 void AppendField(std::string& head, std::string_view name, std::string_view value)
 {
     head.append(name).append(": ");
+    // A value may be a text of a template or of the request; a line feed in it would begin a header of its own.
     std::remove_copy_if(value.begin(), value.end(), std::back_inserter(head), &IsControl);
     head += "\r\n";
 }
 
+// By hand, because the C library's forms follow the locale of the process.
 std::string DateNow()
 {
     const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
@@ -188,6 +199,7 @@ Reply MakeReply(const Request& request, Response response, Exchange exchange)
     reply.head += "\r\n";
     if (framing != Framing::NoBody && request.method != "HEAD") {
         reply.body = std::move(content.body);
+        // Not for HEAD: its stream is destroyed here, which tells the writer that nobody reads.
         reply.isStream = isStream;
     }
     return reply;

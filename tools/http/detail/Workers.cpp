@@ -32,6 +32,7 @@ void Workers::Stop()
         dropped.swap(queue_);
     }
     wake_.notify_all();
+    // A handler that runs is waited for, as Server::Stop promises; its answer then finds a closed socket.
     for (std::thread& thread : threads_) {
         thread.join();
     }

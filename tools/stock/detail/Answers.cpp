@@ -31,6 +31,7 @@ std::string_view CodeOf(unsigned status)
 
 } // namespace
 
+// Also for requests that the server refuses by itself (ServerOptions::refuse): a client reads one form of error.
 http::Response ErrorAnswer(unsigned status, std::string_view message)
 {
     orvcore::serialization::JSONTextWriter writer;

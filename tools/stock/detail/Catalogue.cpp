@@ -13,6 +13,9 @@
 
 namespace orvtools::stock::detail {
 
+// Read once, at the start, and never changed: requests look at it on several threads without a lock. Terms are matched
+// by the library's own search index, so that the development service finds what local search finds.
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -62,6 +65,7 @@ std::shared_ptr<Template> ReadTemplate(const fs::path& package)
 }
 
 // The path below the folder, without the extension, as text that can be one part of a URL's path.
+// The server refuses escaped slashes and back-slashes in a path, so an identifier holds none.
 std::string NameOf(const fs::path& package, const fs::path& folder)
 {
     const fs::path relative = package.lexically_relative(folder).replace_extension();
@@ -106,6 +110,7 @@ Catalogue::Catalogue(const fs::path& folder, std::uint32_t copies)
 void Catalogue::Read(const fs::path& folder, std::uint32_t copies)
 {
     std::uint32_t categories = 0;
+    // The walk goes depth first, so all that follows a direct sub-folder lies in it until the next one comes.
     std::uint32_t category = 0; // of the sub-folder that is walked
     orvcore::TreeVisitor visitor;
     visitor.visit = [&](const fs::path& path, orvcore::FileKind kind) {
@@ -135,6 +140,7 @@ void Catalogue::Read(const fs::path& folder, std::uint32_t copies)
 
 void Catalogue::Add(const std::shared_ptr<Template>& content, std::string name, std::uint32_t copies)
 {
+    // Copies share one template, and the index has it once: a thousand copies cost no thousand rows.
     content->number = templates_++;
     Index(*content);
     for (std::uint32_t copy = 1; copy <= copies; ++copy) {

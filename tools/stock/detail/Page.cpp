@@ -9,6 +9,9 @@
 
 namespace orvtools::stock::detail {
 
+// A column that was not asked for is left out, and so is one whose value is not known: the contract lets a client take
+// an absent value for none. The order of the table is the order of the members.
+
 namespace {
 
 using Writer = orvcore::serialization::JSONTextWriter;

@@ -36,6 +36,8 @@ Preview LookAtPicture(const fs::path& file)
     return head.starts_with("\xff\xd8\xff") ? Preview{file, "image/jpeg", 0, 0} : Preview{};
 }
 
+// Under the lock, extraction included: two requests for one preview must not write the same file at once. A template
+// without one is remembered as well.
 Preview Once(std::map<std::uint32_t, Preview>& known, const Template& content, const std::function<Preview()>& make)
 {
     const auto found = known.find(content.number);

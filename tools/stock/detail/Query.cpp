@@ -8,6 +8,7 @@ namespace orvtools::stock::detail {
 
 namespace {
 
+// Clients hold positions and totals in signed 32 bits.
 constexpr std::uint32_t kMaxNumber = std::numeric_limits<std::int32_t>::max();
 constexpr std::uint32_t kMaxCount = 100;
 
@@ -87,6 +88,7 @@ Query ParseQuery(const http::Request& request)
             query.terms.push_back(value);
         }
     }
+    // The contract has two names for one filter: which of them counts depends on whether there are terms.
     query.premium = PremiumOf(request, query.terms.empty() ? "gallery_premium" : "search_premium");
     NeedOneOf(request, "content_template", "1");
     NeedOneOf(request, "source", "zelt");

@@ -15,6 +15,7 @@ namespace {
 constexpr std::uint64_t kLie = 10; // bytes
 
 // The body as text.
+// A file is read whole to be spoilt: its length and its half must be known.
 std::string& Text(http::Response& response)
 {
     if (const auto* const file = std::get_if<http::FileBody>(&response.body)) {
@@ -36,6 +37,8 @@ void Break(http::Response& response, Faults::SecondHalf secondHalf)
     response.announcedLength = response.announcedLength.value_or(text.size());
     text.resize(text.size() / 2);
     if (secondHalf == Faults::SecondHalf::Withheld) {
+        // A stream that nobody closes: the client waits until its own time-out, and no thread of the server waits with
+        // it.
         const auto stream = std::make_shared<http::Stream>(text.size() + 1);
         stream->Write(text);
         response.body = stream;

@@ -25,6 +25,7 @@ void AddNames(const FcPattern* font, std::set<std::string>& names)
 
 std::optional<std::set<std::string>> InstalledFontNames()
 {
+    // A configuration of its own, which is freed: the library's global one would stay until the process ends.
     const Owned<FcConfig> config(FcInitLoadConfigAndFonts(), &FcConfigDestroy);
     const Owned<FcPattern> all(FcPatternCreate(), &FcPatternDestroy);
     const Owned<FcObjectSet> properties(FcObjectSetBuild(FC_POSTSCRIPT_NAME, FC_FULLNAME, FC_FAMILY, nullptr),

@@ -4,6 +4,10 @@
 #include <array>
 #include <charconv>
 
+// A command is described once, by forms such as "-o, --output FILE" that people read in the help as they stand.
+// Parsing, completions and the man page take them apart here. The word for a value decides what is offered and refused,
+// so a new word for a path must be added to TakesOf.
+
 namespace zelt {
 
 namespace {

@@ -5,6 +5,9 @@
 #include <functional>
 #include <set>
 
+// The scripts are made from the commands' descriptions when the program is built, so they never lack an option.
+// Help texts pass through Quoted: shells run these scripts.
+
 namespace zelt {
 
 namespace {

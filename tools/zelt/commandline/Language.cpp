@@ -22,6 +22,8 @@ std::string ChosenLanguage(const std::string& option)
         return option;
     }
     if (const std::string ours = Variable("ZELT_LANGUAGE"); !ours.empty()) {
+        // A wrong name shows another language's texts without any error, so it is told. The system's variables have
+        // other forms by right and are only translated.
         WarnOfLocale("ZELT_LANGUAGE", ours);
         return ours;
     }

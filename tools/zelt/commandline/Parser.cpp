@@ -39,6 +39,9 @@ void Give(const Parameter& parameter, const std::string& value)
     }
 }
 
+// Words are given to the command as they come, but its arguments only when all were read: which of them a repeated
+// argument takes depends on how many there are. After "--" a word is no option; a command that has an argument behind
+// "--" gets those words there alone.
 class Reader {
 public:
     Reader(const Program& program, const Words& words, std::string& name)

@@ -8,6 +8,9 @@
 #include <charconv>
 #include <limits>
 
+// A broker for development: it takes one client after the other on this thread and prints what they send. A client that
+// stops in the middle of its message holds up the others for the time-out at most.
+
 namespace zelt {
 
 namespace {

@@ -34,10 +34,12 @@ ExitCode Browse(const Places& places, bool progressive, Work&& work)
         exit = std::max({exit, ReportFailures(browser.GetFolderFailures()), ReportLeftOut(browser.GetLeftOut())});
         work(browser, entries);
     });
+    // The worse of the two: exit codes ascend with what went wrong.
     return std::max(exit, listed);
 }
 
 // The entries whose paths were found.
+// The search tells paths; the entries come from the listing, in its order.
 Entries WithPaths(const Entries& entries, const Browser::Texts& paths)
 {
     Entries found;

@@ -30,6 +30,9 @@ std::string NewSecret()
     return orvcore::Guid::Create().ToString();
 }
 
+// The order of the objects is that of their use: routes use the panel, the panel the browser, and the server's threads
+// all three. So the server ends first, in words as well, because its threads may wait in the panel for the stock
+// service.
 void Serve(const Places& places, const BrowseOptions& options)
 {
     Browser browser(places);
@@ -50,6 +53,8 @@ void Serve(const Places& places, const BrowseOptions& options)
         orvtools::OpenInBrowser(address);
     }
     panel.Refresh();
+    // The main thread of this host: it runs the manager's callbacks, and tells the pages of what has changed meanwhile,
+    // at most twenty times a second.
     while (!browser.GetInterrupt().IsRaised()) {
         browser.RunCalls(kTellInterval);
         panel.Tell();

@@ -10,6 +10,7 @@ namespace zelt {
 ExitCode RunCheck(const CheckOptions& options)
 {
     bool areGood = true;
+    // Runs on several threads at a time; the findings are printed on this one, in the order of the files.
     const auto judge = [](const std::string& file) {
         return orvcapsule::ValidateTemplate(ToPath(file), GetPassword());
     };

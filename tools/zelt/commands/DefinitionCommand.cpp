@@ -11,6 +11,7 @@ namespace zelt {
 ExitCode RunDefinition(const DefinitionOptions& options)
 {
     return OnFile(options.file, [&] {
+        // As it is stored, a broken document is printed, too: whoever repairs it must see it.
         const Template read = options.canonical ? NeedCapsule(options.file) : NeedText(options.file);
         const auto text =
             options.canonical ? orvcapsule::serialization::CapsuleToJson(read.definition.capsule) : read.text;

@@ -125,6 +125,8 @@ void Deliver(const Extracted& extracted, const ExtractOptions& options, const In
 
 } // namespace
 
+// Extracted to a folder of the program's own and then put in place: the library writes a preview over the file that
+// stands there, and a failure would cost the user that file.
 ExitCode RunExtract(const ExtractOptions& options)
 {
     return OnFile(options.file, [&] {

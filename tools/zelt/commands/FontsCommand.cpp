@@ -118,6 +118,7 @@ void Report(const std::set<std::string>& fonts, const std::string& document)
 
 ExitCode RunFonts(const FontsOptions& options)
 {
+    // Once for all packages: the system's whole table is read.
     const FontNames installed = orvtools::InstalledFontNames();
     std::set<std::string> needed;
     const auto read = [&](const std::string& file) {

@@ -74,6 +74,7 @@ std::set<orvcore::UTF16String> PathsFor(const std::vector<std::string>& terms)
     return paths;
 }
 
+// A package that is indexed again may have lost tags, so its old rows go first.
 void AddToIndex(const Row& row)
 {
     orvcapsule::ClearRapidFindDB({row.path});

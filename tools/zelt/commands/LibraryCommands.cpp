@@ -14,6 +14,7 @@ namespace {
 namespace libraries = orvcapsule::ILumoLibrariesWrapper;
 using orvcore::serialization::JSONTextWriter;
 
+// The library has one manager for the process, as in a host; a command works on one root.
 void Install(const std::string& root)
 {
     lumolibmanager::SetLumoLibManager(std::make_shared<lumolibmanager::FolderLibManager>(ToPath(root)));

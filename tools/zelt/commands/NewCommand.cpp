@@ -22,6 +22,10 @@
 #include <package/PackageNames.h>
 #include <validation/Validation.h>
 
+// Stage, write the definition, pack, judge, and only then put in place: a package that hosts would refuse never stands
+// at the output's path, and the author's folder is only read. Everything happens in a folder of the program's own,
+// which goes with the command, also after an interruption.
+
 namespace zelt {
 
 namespace {

@@ -17,6 +17,7 @@ ExitCode RunPack(const PackOptions& options)
             throw FileError(options.directory, "there is no such folder");
         }
         NeedFree(ToPath(options.file), options.form);
+        // Before the work, which may take long, and in the words of the output's path.
         NeedReplaceable(ToPath(options.file));
         PackFolder(directory, options.file, InterruptWatch());
         const orvcapsule::CapsuleZip package = OpenPackage(ToPath(options.file));

@@ -32,6 +32,7 @@ void Change(CapsuleZip& package, const std::string& file, const std::function<bo
         if (package.GetLastFailure().error != orvstorage::ZipError::ArchiveChanged || attempt == kMostAttempts) {
             throw FileError(file, package.GetLastFailure().Reason());
         }
+        // Another program has changed the package: look at it again and make the same change there.
         package.Reopen();
     }
 }

@@ -55,6 +55,7 @@ ExitCode RunSet(const SetOptions& options)
     ExitCode exit = ExitCode::kDone;
     const ExitCode done = OnFile(options.file, [&] {
         const std::string& output = options.output.empty() ? options.file : options.output;
+        // --no-clobber is about other files; the package itself is what is to be changed.
         if (!options.output.empty()) {
             NeedFree(ToPath(output), options.form);
         }

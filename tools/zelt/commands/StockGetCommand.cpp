@@ -33,6 +33,8 @@ struct AssetURLs {
 AssetURLs FindAsset(const StockGetOptions& options, const InterruptWatch& interrupt)
 {
     const UTF8String id = orvcore::ToUTF8(options.id);
+    // The handler refers to it, and is called exactly once, also after an interruption; so it is waited for without a
+    // limit of its own. The client's time-outs end a service that is silent.
     std::promise<std::pair<search::Error, search::Results>> promise;
     search::Search(
         {}, {{search::kSearchParameter_ID, id}},

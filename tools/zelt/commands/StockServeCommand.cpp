@@ -82,8 +82,11 @@ ServiceOptions ServiceOf(const StockServeOptions& options)
 ExitCode RunStockServe(const StockServeOptions& options)
 {
     return OnFile(options.folder, [&] {
+        // Scripts end a service by SIGTERM, and its temporary folders must go then as well.
         const InterruptWatch interrupt(InterruptWatch::Of::InterruptAndTermination);
         const orvtools::stock::StockService service(ServiceOf(options));
+        // Alone on standard output and at once: a script reads the address from there, and the port may be one that was
+        // free.
         PrintLine(service.Origin());
         if (!FlushOutput()) {
             throw std::runtime_error("standard output cannot be written");

@@ -20,6 +20,8 @@ void PrintTexts(const TextsOptions& options)
 // Texts that are so already keep their bytes. False when one of the others is for none of the document's.
 bool PutTexts(const TextTable& table, const std::string& file, DefinitionEditor& editor)
 {
+    // A translator hands the whole table back, of which most is unchanged: what is so already must not touch the
+    // document.
     std::map<std::string, std::map<std::string, std::string>> present;
     for (TextTable::Row& row : ReadTexts(editor.Document()).rows) {
         present[row.key] = std::move(row.texts);

@@ -49,6 +49,8 @@ ExitCode RunUnpack(const UnpackOptions& options)
 {
     return OnFile(options.file, [&] {
         const std::filesystem::path directory = ToPath(options.directory);
+        // Asked before and not left to the archive: unpacking into a folder that was named by mistake would mix the
+        // two.
         if (!options.overwrite && !IsEmptyFolder(directory)) {
             throw FileError(options.directory, "the folder is not empty; --overwrite unpacks into it all the same");
         }

@@ -23,6 +23,7 @@ std::optional<Number> Parse(std::string_view text)
 
 std::optional<kinlet::Point> ParseFrame(std::string_view text)
 {
+    // Limits of this command line and not of the format: they catch a slip of the finger before it is stored.
     constexpr std::int32_t kLargest = 65535;
     const std::size_t cross = std::min(text.find('x'), text.size());
     const auto width = Parse<std::int32_t>(text.substr(0, cross));
@@ -39,6 +40,7 @@ std::optional<Rational> FromDecimal(double rate)
         return std::nullopt;
     }
     const double whole = std::ceil(rate);
+    // Half of the last digit that people write: 23.98 stands for 24000/1001 as 23.976 does.
     if (std::abs(whole * 1000 / 1001 - rate) < 0.005 && whole != rate) {
         return Rational(static_cast<std::int64_t>(whole) * 1000, 1001);
     }
@@ -91,6 +93,7 @@ kinlet::SourceInfo MakeComposition(const std::string& frame, const std::string& 
     };
     const auto size = ParseFrame(frame);
     const auto frameRate = ParseRate(rate);
+    // Any rate will do where the given one is wrong: the result is not used, only whether the text has the form.
     const auto time = ParseDuration(duration, frameRate.value_or(kinlet::FrameRate{1}));
     need(size.has_value(), "--frame", frame, "WIDTHxHEIGHT in pixels");
     need(frameRate.has_value(), "--rate", rate, "a number of frames a second");

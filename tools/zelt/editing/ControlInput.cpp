@@ -13,6 +13,10 @@
 
 namespace zelt {
 
+// What a person types is turned into JSON text and not into a control's value: the text goes into the document in the
+// place of the old one, and everything beside it keeps its bytes. The record is only asked what the control is and what
+// its limits are.
+
 namespace {
 
 using namespace orvcapsule;
@@ -136,6 +140,7 @@ std::string Colour(const ClientControl& control, std::string_view input, bool fo
         NeedInRange(part, 0, 1, force);
     }
     if (parts.size() == 3) {
+        // Whoever names three parts means the colour, not that it becomes opaque.
         parts.push_back(std::get<ColorRGBA>(control.GetVal()).alpha);
     }
     return List(parts);
@@ -163,6 +168,7 @@ std::string Scale(const ScaleControl& scale, std::string_view input, bool force)
 std::string Menu(const MenuControl& menu, std::string_view input, bool force)
 {
     const auto& entries = menu.GetEntries();
+    // An index goes before an entry of the same digits; such an entry has an index of its own.
     const auto index = ParseWhole<std::int32_t>(input);
     if (index && *index >= 0 && static_cast<std::size_t>(*index) < entries.size()) {
         return std::to_string(*index);
@@ -176,6 +182,7 @@ std::string Menu(const MenuControl& menu, std::string_view input, bool force)
             }
         }
     }
+    // Readers keep an index outside the list, so an author may want one.
     if (index && force) {
         return std::to_string(*index);
     }

@@ -4,8 +4,13 @@
 
 namespace zelt {
 
+// Read, edit, store; again from the beginning where the store finds that another program has changed the package since
+// it was read. The edits are a function and not a result, so that they can be made once more on the new text: what the
+// other program has written stays.
+
 namespace {
 
+// For a definition that is replaced as a whole: the stored one may be broken, which is why it is replaced.
 Template ReadArchive(const std::string& file)
 {
     Template read = ReadTemplate(file);
@@ -31,6 +36,8 @@ ExitCode ChangeDefinition(const DefinitionChange& change)
         if (editor.Text() == orvcore::AsNarrow(read.text) && change.output == change.file) {
             return ExitCode::kDone; // what is so already needs no new archive
         }
+        // The last look before anything is written: an edit that made the definition unreadable would cost the
+        // template.
         NeedReadable(change.file, editor.Text());
         if (StoreDefinition(read, change.output, editor.Text(), interrupt)) {
             return ExitCode::kDone;

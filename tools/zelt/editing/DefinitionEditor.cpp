@@ -15,6 +15,10 @@
 
 namespace zelt {
 
+// All edits go through one JSONSplice, which takes places of the text as it was read and makes the collected edits in
+// one pass when the text is next asked for. So an outline pointer is good until then, and each edit must be for a place
+// of its own: several rows for one text are put together before they become an edit.
+
 namespace {
 
 using namespace orvcapsule;
@@ -66,6 +70,7 @@ struct NamedPlaces {
             throw UsageError("there is no text \"" + key + '"' +
                              (nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?"));
         }
+        // Two controls may have one id; to change the first of them could be the wrong one.
         if (count > 1) {
             throw UsageError("several texts are called \"" + key + '"');
         }
@@ -122,6 +127,7 @@ bool DefinitionEditor::Apply(const EditOptions& edit, const std::string& file)
         SetList(CAPSULE_TAGS_STR, edit.tags);
     }
     bool all = true;
+    // All mistakes of a command line are reported at once, and nothing is stored then.
     const auto attempt = [&](const auto& change) {
         try {
             change();
@@ -221,6 +227,7 @@ void DefinitionEditor::SetEntry(const JSONOutline& list, const std::string& loca
         }
     }
     std::size_t index = 0;
+    // Where the library's writer would put it: locales ascend.
     while (index < entries.size() && LocaleOfEntry(splice_, entries[index]) < locale) {
         ++index;
     }
@@ -282,6 +289,7 @@ const JSONOutline& DefinitionEditor::FindControl(std::string_view assignment, st
 void DefinitionEditor::SetValue(const JSONOutline& control, std::string_view input, const std::string& locale,
                                 bool force)
 {
+    // The control as it is now, with the edits made before in this run.
     const auto record = serialization::ClientControlFromJson(json::JSONParse(orvcore::AsUTF8(splice_.TextOf(control))));
     if (record == nullptr) {
         throw UsageError("a control of this kind has no value to set");
@@ -295,6 +303,7 @@ void DefinitionEditor::SetValue(const JSONOutline& control, std::string_view inp
     const bool isMedia = type == ClientControlType::kMedia;
     const std::string_view key = isMedia ? CAPSULE_MEDIA_CACHE_VALUE_STR : CAPSULE_CONTROL_VALUE_STR;
     const std::string value = ValueAsJSON(*record, input, force);
+    // A point may have members that this library does not know, beside x and y.
     const JSONOutline* old = control.Find(key);
     splice_.SetMember(control, key, type == ClientControlType::kPoint2D ? Merged(splice_.TextOf(*old), value) : value);
 }

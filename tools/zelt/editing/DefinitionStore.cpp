@@ -27,6 +27,7 @@ bool StoreIn(orvcapsule::CapsuleZip& package, const std::string& name, std::stri
     if (package.SetZELTDescriptionJSON(orvcore::PathToUTF16(folder.Path()), report, nullptr)) {
         return true;
     }
+    // A store fails with `Cancelled` after an interruption, which is told here rather than as a failure of the archive.
     interrupt.Check();
     const orvstorage::ZipFailure failure = package.GetLastFailure();
     if (failure.error != orvstorage::ZipError::ArchiveChanged) {
@@ -64,6 +65,8 @@ bool StoreDefinition(Template& from, const std::string& to, std::string_view def
     const fs::path source = ToPath(from.file);
     const fs::path target = ToPath(to);
     interrupt.Check();
+    // In its own place the package is changed only if it is still the version that was read. Another target is made as
+    // a draft and replaced whole: there is nothing in it to be kept.
     if (from.file == to || orvcore::IsSameFile(source, target)) {
         return StoreIn(from.package, to, definition, interrupt);
     }

@@ -59,6 +59,8 @@ void VisitControl(const JSONSplice& document, const JSONOutline& control, const 
         HasType(document, control, ClientControlType::kComment)) {
         member(control, CAPSULE_CONTROL_VALUE_STR, "value");
     }
+    // Entries and columns have no ids, so their number in the list names them; a translator's table is good as long as
+    // the list keeps its order.
     std::size_t number = 0;
     for (const JSONOutline& entry : Elements(control, CAPSULE_MENU_CONTENT_STR)) {
         visit(id + "entry/" + std::to_string(number++), {nullptr, {}, &entry});

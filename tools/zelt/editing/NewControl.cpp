@@ -143,6 +143,7 @@ const ControlKind& FindKind(const std::string& name)
 
 NewControl ParseNewControl(std::string_view text, const std::string& locale)
 {
+    // The value may hold any character, colons included, so it is cut off first.
     const std::size_t equals = std::min(text.find('='), text.size());
     const std::string_view head = text.substr(0, equals);
     const std::size_t colon = std::min(head.find(':'), head.size());

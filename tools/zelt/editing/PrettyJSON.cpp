@@ -12,6 +12,7 @@ using orvcore::serialization::JSONOutline;
 using Kind = JSONOutline::Kind;
 
 // Numbers that belong together read best side by side: a colour, a scale.
+// Values are copied from the text and never read as numbers: a formatted document has the digits of the stored one.
 bool StaysOnALine(const JSONOutline& value)
 {
     constexpr std::size_t kMostNumbers = 8;

@@ -12,6 +12,11 @@
 
 namespace zelt {
 
+// The table goes to a translator and comes back through a spreadsheet program, which may change the separator (";" or a
+// tabulator in some languages), the line ends and the byte-order mark. A gap and an empty text differ: a gap changes
+// nothing when it is read back, an empty text replaces one. CSV tells them apart by the quotation marks, which some
+// programs drop; the JSON form does not depend on that.
+
 namespace {
 
 using orvcore::serialization::JSONOutline;
@@ -34,6 +39,7 @@ std::string CSVField(const std::string& text)
 }
 
 // Takes fields off a text one after the other.
+// A quoted field may hold line feeds, so lines are counted here and not taken apart first.
 class CSVReader {
 public:
     CSVReader(std::string_view text, char separator)
@@ -108,6 +114,7 @@ private:
 TextTable ParseCSV(std::string_view text)
 {
     const std::size_t keySize = sizeof kKeyColumn - 1;
+    // Told by the first line, whose first field is known.
     const char separator = text.size() > keySize ? text[keySize] : ',';
     if (!text.starts_with(kKeyColumn) || std::string_view(",;\t").find(separator) == std::string_view::npos) {
         throw UsageError("line 1: the first column is not \"key\"");
@@ -254,6 +261,7 @@ std::string TextsAsJSON(const TextTable& table)
 
 TextTable ParseTexts(std::string_view text)
 {
+    // Spreadsheet programs put one in front.
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     text.remove_prefix(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
     return text.starts_with('{') ? ParseObjects(text) : ParseCSV(text);

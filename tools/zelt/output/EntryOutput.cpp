@@ -8,6 +8,10 @@
 
 #include <cstdio>
 
+// Three forms for three readers. Tables and details are for people and pass through Printable: a name from a package
+// could otherwise steer the terminal. JSON is for programs: its keys are always there. A path alone is for other
+// programs' arguments and therefore the path's own bytes, also those that no terminal should see.
+
 namespace zelt {
 
 namespace {
@@ -33,6 +37,7 @@ std::string Size(std::uint64_t bytes)
         return std::to_string(bytes) + " B";
     }
     const auto number = static_cast<double>(bytes);
+    // From here on one decimal would round to "1000.0 kB".
     return bytes < 999'950 ? Fixed(number / 1e3, 1) + " kB" : Fixed(number / 1e6, 1) + " MB";
 }
 

@@ -32,6 +32,8 @@ ExitCode ReportLeftOut(const std::vector<lumolibmanager::LeftOut>& leftOut)
     return leftOut.empty() ? ExitCode::kDone : ExitCode::kBadFile;
 }
 
+// One place for all commands, so that each kind of failure has one form and one exit code. The order of the handlers
+// matters: a UsageError is a runtime_error, too.
 ExitCode ReportCurrentException(const std::string& file)
 {
     try {

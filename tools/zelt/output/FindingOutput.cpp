@@ -36,6 +36,7 @@ const char* NameOf(Severity severity)
     return severity == Severity::Error ? "error" : "warning";
 }
 
+// All keys are there in each object, with null for what a finding has not: a program need not ask whether a key exists.
 void WriteText(orvcore::serialization::JSONTextWriter& writer, std::string_view key, std::string_view text)
 {
     writer.Key(key);
@@ -87,6 +88,8 @@ std::string FindingText(const Finding& finding)
 
 std::string FindingsText(const std::string& file, const Findings& findings, bool isStrict)
 {
+    // What decides stands on the first line, so that scripts may take one line a file; warnings follow on lines of
+    // their own.
     std::string line = file + (IsGood(findings, isStrict) ? ": OK" : ": BAD");
     std::string others;
     const char* separator = ": ";

@@ -6,6 +6,9 @@
 
 #include <map>
 
+// The keys, their order and their kinds are the same for every template, a refused one included, so that programs can
+// rely on them.
+
 namespace zelt {
 
 namespace {

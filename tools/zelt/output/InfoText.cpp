@@ -3,6 +3,8 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/output/TextLayout.h>
 
+// For people alone: lines without a value are left out. Everything from a package passes through Printable.
+
 namespace zelt {
 
 namespace {

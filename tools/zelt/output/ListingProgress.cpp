@@ -17,6 +17,8 @@ ListingProgress::~ListingProgress()
 
 void ListingProgress::Show(const orvappsupport::ProgressReport& report)
 {
+    // The request's own item begins first, and its sources add lines of their own in the same category; the first one
+    // tells the whole.
     item_ = item_ == 0 ? report.itemID : item_;
     if (report.itemID != item_) {
         return;

@@ -9,6 +9,10 @@
 #include <algorithm>
 #include <fstream>
 
+// Standard output may be shared with other programs (`xargs -P`, `make -j`), so it is written in whole lines and past
+// the C library's buffer. A failure is remembered and told at the end by FlushOutput: a full disk or a closed pipe must
+// not look like success. One thread at a time writes.
+
 namespace zelt {
 
 namespace {
@@ -42,6 +46,7 @@ void Print(std::string_view text)
 {
     waiting += text;
     if (waiting.size() >= enough) {
+        // A line that is not complete waits for its end.
         WriteWaiting(waiting.rfind('\n') + 1);
     }
 }
@@ -122,6 +127,7 @@ std::filesystem::path ToPath(std::string_view argument)
 std::filesystem::path ToFullPath(std::string_view argument)
 {
     const std::filesystem::path full = std::filesystem::absolute(ToPath(argument));
+    // "a/link/.." is not "a" where the link leads elsewhere, so ".." is never taken away by the rules of texts.
     if (std::find(full.begin(), full.end(), "..") == full.end()) {
         return full.lexically_normal();
     }

@@ -5,6 +5,12 @@
 #include <algorithm>
 #include <cstdio>
 
+// The bar is drawn by a thread of its own, because the work calls Set at any rate or not at all, on any thread. The
+// mutex is held while the bar is drawn and while it is taken away, so that a line printed after Clear does not end up
+// behind it; the bar comes back at the next step.
+//
+// No thread is started where standard error is no terminal.
+
 namespace zelt {
 
 namespace {

@@ -15,6 +15,7 @@ using orvtools::StandardStream;
 
 bool UsesColour(StandardStream stream)
 {
+    // Asked once: on Windows the question switches the console to take colours.
     static const char* const kRefused = std::getenv("NO_COLOR");
     static const std::array<bool, 2> kTakes = {orvtools::TakesColour(StandardStream::Output),
                                                orvtools::TakesColour(StandardStream::Error)};
@@ -55,6 +56,7 @@ std::size_t OutputWidth()
     return std::max(width == 0 ? kUsual : width, kNarrowest);
 }
 
+// Columns and not bytes: a letter may take several bytes, or two columns.
 std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent)
 {
     std::string lines;

@@ -35,6 +35,7 @@ std::string Fixed(double number, int decimals)
 
 std::string Table(const std::vector<std::vector<std::string>>& rows, std::string_view indent)
 {
+    // One very long name would otherwise push all other rows' columns out of sight.
     constexpr std::size_t kWidestColumn = 60;
     std::vector<std::size_t> widths;
     for (const auto& row : rows) {

@@ -2,6 +2,10 @@
 
 #include <tools/http/Stream.h>
 
+// A page that has gone does not say so. Its stream ends when a write to it fails, so a comment is written when nothing
+// else was for some time; an ended stream is dropped at the next write. The megabyte for each stream is far more than
+// the states of a page that is merely slow: one that is further behind is cut off, and its EventSource connects again.
+
 namespace zelt {
 
 namespace {

@@ -9,6 +9,9 @@
 
 #include <algorithm>
 
+// Numbers and labels are only added, never changed: rows that a page has already been told refer to them. Two listed
+// folders with one name get different labels, so that a user can tell them apart.
+
 namespace zelt {
 
 namespace {

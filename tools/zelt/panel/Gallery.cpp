@@ -22,6 +22,17 @@
 #include <mutex>
 #include <set>
 
+// A page that is opened from a disk may load neither modules nor data, only scripts. So the page's modules are joined
+// into one script, and all data are scripts that call one function, in parts: a browser would stand still over one
+// script of a hundred thousand rows, and some disks over one folder with as many files.
+//
+// The gallery is made under a private name beside its place and then renamed. An earlier one is moved aside first and
+// comes back when the second rename fails; killed between the two, the old gallery stays under its private name. A
+// place that holds anything else is refused, because what stands there is deleted in the end: by the mark, which is
+// written last, a gallery is known for one.
+//
+// Templates are written on all processors; only the set of languages is shared, and locked.
+
 namespace zelt {
 
 namespace {

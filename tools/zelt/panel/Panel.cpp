@@ -12,6 +12,15 @@
 #include <algorithm>
 #include <iterator>
 
+// Threads. The main thread runs everything that asks the manager, and all of its callbacks. The watchers' threads and
+// the server's only queue calls for it, or read: the catalogue and the events lock themselves, and `mutex_` guards the
+// state that both sides look at. Calls that are queued refer to this object, which is why its end stops them all.
+//
+// Changes of folders. What a watcher tells is gathered in `changed_` and waits while everything is listed, because a
+// relisting and a full listing would mix in the catalogue; the end of the listing looks at it again. A full listing
+// reads what the folders are by then, so it forgets the changes that came before it. After a cancel changes wait for
+// the user's next refresh.
+
 namespace zelt {
 
 namespace {

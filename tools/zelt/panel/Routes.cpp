@@ -18,6 +18,14 @@
 #include <algorithm>
 #include <charconv>
 
+// Who may ask. The path begins with a secret that only the page that `zelt browse` opened knows; `Host` and `Origin`
+// are checked before it, so that another page of the browser cannot even try secrets (http/Guard.h). A POST needs the
+// type application/json besides, which a form of another page cannot send without the browser asking first.
+//
+// What a request names is a number of the catalogue or a file of the page, never a path: nothing that a client sends
+// becomes a path of the disk but the name of a copy, which Saving judges. Requests that change something for the
+// manager are queued for the main thread and answered at once; the page learns the outcome by its events.
+
 namespace zelt {
 
 namespace {

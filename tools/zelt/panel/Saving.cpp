@@ -14,6 +14,11 @@
 #include <algorithm>
 #include <mutex>
 
+// A page may be old: the template may have changed or gone since it was shown, and another page may save at the same
+// time. So the definition is read again for each save, the changes are made in that text, and the store is refused when
+// another program comes in between. Saves run one at a time, which makes "this name is free" hold until the copy is
+// there; another program is not kept out by that.
+
 namespace zelt {
 
 namespace {

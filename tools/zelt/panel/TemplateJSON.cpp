@@ -15,6 +15,10 @@
 #include <optional>
 #include <set>
 
+// Details are read from the package at each request and not kept: a user looks at a few of many, and what is shown
+// should be what the package holds now. Controls travel as the document has them, so that the page needs no second form
+// of each kind.
+
 namespace zelt {
 
 namespace {

@@ -22,6 +22,11 @@
 #include <stdexcept>
 #include <utility>
 
+// A host in small: this thread is the main thread, and each operation pumps it until its answer has come. Callbacks run
+// in that pump, inside the operation, so they may refer to its local variables; they are taken away before it returns,
+// because a late delivery would write to variables that are gone. Where it throws instead, Shutdown drops what is still
+// to come.
+
 namespace zelt {
 
 using orvcapsule::GraphicSourceManager;
@@ -123,6 +128,8 @@ void Browser::CatchFailures()
 
 Browser::~Browser()
 {
+    // In this order: no request goes on, nothing keeps the manager, no task is left that may use the index in the
+    // folder, no call is left that holds entries. Then the members go, the folder among them.
     manager_->Shutdown();
     manager_.reset();
     // A task in progress still uses the index until its next check; the folder can go only when it has ended.
@@ -139,6 +146,7 @@ Browser::Entries Browser::List(bool progressive)
     Entries entries;
     manager_->SetLocalRequestCallback(std::make_shared<GraphicSourceManager::RequestCallback>(
         [&](GraphicSourceManager::ResultMap& results, int /*first*/, int /*total*/) {
+            // Two of the places may hold one folder.
             std::set<orvcore::UTF8String> known;
             for (auto& [position, entry] : results) {
                 if (known.insert(entry->path).second) {
@@ -259,6 +267,7 @@ void Browser::Await(const bool& answered)
         }
         orvcore::WaitForMainThreadCalls(kInterruptInterval);
         orvcore::RunMainThreadCalls();
+        // A task that ended with an exception answers nothing any more, so waiting on would be for ever.
         failure_->Throw();
     }
 }

@@ -27,6 +27,8 @@ void NeedFile(const fs::path& path, FileKind kind)
 
 } // namespace
 
+// The same choice as the library's packing makes, and the same refusals, but with the author's own paths in the
+// messages: what is packed is a copy.
 std::vector<fs::path> FilesToPack(const fs::path& folder, const fs::path& exclude)
 {
     std::vector<fs::path> files;

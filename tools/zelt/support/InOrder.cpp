@@ -11,6 +11,9 @@ namespace zelt {
 namespace {
 
 // The workers take the numbers from `next_` on; what is done waits until everything before it is taken.
+// Workers are threads of their own and not the library's, because the user says how many there are (--jobs). They run
+// at most 64 numbers for each of them ahead of what was taken: one slow file at the front would otherwise have the
+// results of all others held in memory.
 class Crew {
 public:
     Crew(std::size_t count, std::size_t jobs, const std::function<void(std::size_t)>& work)
@@ -28,6 +31,8 @@ public:
     {
         {
             const std::lock_guard lock(mutex_);
+            // Also when `take` has thrown: work that has not begun is left out, and what has begun still uses the
+            // caller's objects.
             next_ = done_.size();
         }
         mayBegin_.notify_all();
@@ -67,6 +72,7 @@ private:
             work_(number);
             lock.lock();
             done_[number] = true;
+            // Only this one wakes the taker, which waits for no other.
             if (number == awaited_) {
                 isDone_.notify_one();
             }
@@ -92,6 +98,7 @@ void DoInOrder(std::size_t count, std::size_t jobs, const std::function<void(std
                const std::function<void(std::size_t)>& take)
 {
     const std::size_t processors = std::max(std::thread::hardware_concurrency(), 1U);
+    // A number from the command line may be anything.
     jobs = std::min({jobs == 0 ? processors : jobs, count, processors * 16});
     if (jobs <= 1) {
         for (std::size_t i = 0; i < count; ++i) {

@@ -55,6 +55,8 @@ void CheckIndexFile(const std::string& file, bool mustExist)
         throw FileError(file, "there is no such file");
     }
     const std::filesystem::path aside = ToPath(file + ".damaged");
+    // The library sets a damaged file aside without a word, because search is a convenience to a host. To somebody who
+    // named the file it is not, so the change of the ".damaged" file tells.
     const auto before = TimeOf(aside);
     orvmetadatadb::RapidFindDB index;
     if (index.Open(orvcore::PathToUTF16(ToPath(file))) < 0) {

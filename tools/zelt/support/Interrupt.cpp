@@ -19,6 +19,8 @@ extern "C" {
 static void OnInterrupt(int /*signal*/)
 {
     raised = true;
+    // The second Ctrl-C ends the program at once: cancelling in good order may take long, and the user must have a way
+    // out.
     std::signal(SIGINT, SIG_DFL);
 }
 

@@ -43,6 +43,8 @@ public:
     {
         return path_;
     }
+    // A folder cannot be replaced in one step, but it can appear in one: the name is a new identifier, so nothing
+    // stands there.
     void PutInPlace() const
     {
         fs::rename(orvcore::ToSystemPath(path_), orvcore::ToSystemPath(target_));
@@ -69,6 +71,7 @@ void WriteElement(JSONTextWriter& writer, const fs::path& draft, const std::stri
     const auto inFolder = [&](const UTF8String& leaf) { return name + '/' + orvcore::ToNarrow(leaf); };
     const auto pathOf = [&](const UTF8String& leaf) { return orvcore::PathToUTF8(folder / leaf); };
     const UTF8String package = u8"package" + orvcapsule::kCapsuleExtn;
+    // Flushed before the rename, which may otherwise reach the disk first.
     CopyWatched(ToPath(file), folder / package, orvcore::Durability::OnDisk, "copying", &interrupt);
     WriteText(folder / orvcapsule::kJSONFileName, orvcore::AsNarrow(from.text));
 

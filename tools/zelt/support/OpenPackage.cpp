@@ -6,6 +6,7 @@ namespace zelt {
 
 namespace {
 
+// Set once before the first package is opened; threads that open packages later only read it.
 std::string thePassword;
 
 } // namespace

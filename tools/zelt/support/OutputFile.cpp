@@ -19,6 +19,7 @@ void NeedReplaceable(const std::filesystem::path& to)
 
 void NeedFree(const std::filesystem::path& to, const WriteForm& form)
 {
+    // Asked, and then written: another program that comes in between is not kept out.
     if (form.noClobber && orvcore::Exists(to)) {
         throw FileError(ToText(to), "it is there already");
     }

@@ -14,6 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A device or another file without an end may be named; a list of names is far shorter.
 constexpr std::uint64_t kLongestList = std::uint64_t{1} << 30; // bytes
 
 std::string StandardInput()
@@ -32,6 +33,7 @@ void AddListed(const PackageList& list, std::vector<std::string>& names)
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = std::min(text.find(list.isNullSeparated ? '\0' : '\n', begin), text.size());
         std::string name = text.substr(begin, end - begin);
+        // A list that was written on Windows.
         if (!list.isNullSeparated && name.ends_with('\r')) {
             name.pop_back();
         }
@@ -42,6 +44,7 @@ void AddListed(const PackageList& list, std::vector<std::string>& names)
     }
 }
 
+// As a listing of the library finds them: a link to a file counts as that file.
 bool IsPackage(const fs::path& path, orvcore::FileKind kind)
 {
     return path.extension() == fs::path(orvcapsule::kCapsuleExtn) && kind != orvcore::FileKind::Directory &&

@@ -21,6 +21,8 @@ std::string FullPath(const std::string& folder, ExitCode& exit)
         if (kind != orvcore::FileKind::Directory && !failed) {
             throw FileError(folder, "it is not a folder");
         }
+        // Full, because a listing's entries and the rows of the index have full paths, and the working folder may be
+        // another one at the next start.
         path = ToText(ToFullPath(folder));
     });
     exit = named == ExitCode::kDone ? exit : named;

@@ -40,6 +40,7 @@ Template ReadTemplate(const std::string& file)
     if (!read.definition.refusals.empty()) {
         return read;
     }
+    // Before the definition, so that the last failure is the definition's.
     read.entries = read.package.GetArchive().GetEntries();
     orvcapsule::TemplateReading reading = orvcapsule::ReadTemplate(read.package);
     read.text = std::move(reading.text);
