@@ -169,6 +169,8 @@ public:
     /// none, no source made the entry, or `token` (which may be empty) was aborted. Any thread. What the source throws
     /// passes.
     orvcore::UTF8String GetThumbnailPath(const EntryPtr& entry, const TokenPtr& token) const;
+    /// The same with the reason for an empty path, as far as the entry's source tells one: the library's sources do.
+    Thumbnail GetThumbnail(const EntryPtr& entry, const TokenPtr& token) const;
     /// @}
 
 private:

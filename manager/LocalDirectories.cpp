@@ -6,6 +6,7 @@
 #include <manager/detail/TaskEnd.h>
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
+#include <stock/StockSource.h>
 
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/tasks/MainThread.h>
@@ -20,6 +21,14 @@
 namespace orvcapsule {
 
 namespace {
+
+// The source that made the entry; none once the request was aborted.
+GraphicSourceManager::SourcePtr SourceToAsk(const GraphicSourceManager& manager,
+                                            const GraphicSourceManager::EntryPtr& entry, const detail::TokenPtr& token)
+{
+    const bool isAborted = token && token->GetAbort();
+    return entry && !isAborted ? manager.FindGraphicSource(entry->GetSourceID()) : nullptr;
+}
 
 bool IsGone(const orvcore::UTF8String& file)
 {
@@ -200,15 +209,20 @@ std::vector<FolderState> GraphicSourceManager::GetFolderStates(const std::string
 
 orvcore::UTF8String GraphicSourceManager::GetThumbnailPath(const EntryPtr& entry, const TokenPtr& token) const
 {
-    for (const SourcePtr& source : state_->CopySources()) {
-        if (!entry || (token && token->GetAbort())) {
-            break;
-        }
-        if (source->GetSourceID() == entry->GetSourceID()) {
-            return source->GetThumbnailPath(entry, token);
-        }
+    const SourcePtr source = SourceToAsk(*this, entry, token);
+    return source ? source->GetThumbnailPath(entry, token) : orvcore::UTF8String();
+}
+
+Thumbnail GraphicSourceManager::GetThumbnail(const EntryPtr& entry, const TokenPtr& token) const
+{
+    const SourcePtr source = SourceToAsk(*this, entry, token);
+    if (const auto* local = dynamic_cast<const ILocalGraphicSource*>(source.get())) {
+        return local->GetThumbnail(entry, token);
     }
-    return {};
+    if (const auto* stock = dynamic_cast<const StockSource*>(source.get())) {
+        return stock->GetThumbnail(entry, token);
+    }
+    return {source ? source->GetThumbnailPath(entry, token) : orvcore::UTF8String(), nullptr};
 }
 
 } // namespace orvcapsule

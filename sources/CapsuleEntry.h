@@ -99,7 +99,8 @@ public:
     boost::posix_time::ptime modified;
     /// Why the template cannot be used; null when its definition was read. It costs no second reading of the package.
     std::shared_ptr<const Finding> refusal;
-    /// Why a poster or a video that the package has is not shown; null when nothing failed.
+    /// Why a poster or a video that the package has is not shown; null when nothing failed. Those that a listing's
+    /// allowance (PreviewLimit.h) does not reach for are left out without a failure.
     std::shared_ptr<const Finding> previewFailure;
     /// Free for the host.
     bool flag = false;

@@ -51,4 +51,14 @@ std::vector<FolderState> ILocalGraphicSource::GetFolderStates() const
     return {};
 }
 
+Thumbnail ILocalGraphicSource::GetThumbnail(const boost::shared_ptr<CapsuleEntry>& entry,
+                                            const boost::shared_ptr<CheckCancel>& cancel) const
+{
+    Thumbnail thumbnail{GetThumbnailPath(entry, cancel), nullptr};
+    if (thumbnail.path.empty() && entry) {
+        thumbnail.failure = entry->previewFailure;
+    }
+    return thumbnail;
+}
+
 } // namespace orvcapsule

@@ -31,6 +31,14 @@ struct FolderState {
     std::error_code reason; ///< of one that cannot be read
 };
 
+/// A still preview that was asked for.
+struct Thumbnail {
+    orvcore::UTF8String path; ///< of the picture file; empty when there is none to show
+    /// Why it cannot be shown: it is damaged, too large or cannot be written, the service does not answer. Null when
+    /// there is a path, when the template has no picture, and when the request was aborted.
+    std::shared_ptr<const Finding> failure;
+};
+
 /// Thrown at the end of a listing that has handed out all it could list. As a `filesystem_error` it names the first
 /// of the folders that are missing from it.
 class ORVCAPSULE_API unlisted_folders_exception : public std::filesystem::filesystem_error {
@@ -79,7 +87,7 @@ public:
     /// Full paths of the folders that the source looks into. None here.
     virtual std::set<orvcore::UTF8String> GetDirectories() const;
     /// Path of the entry's still preview, made or fetched now when it is not there yet, so this may block. Empty when
-    /// there is none or `cancel` (which may be empty) was aborted.
+    /// there is none or `cancel` (which may be empty) was aborted; `GraphicSourceManager::GetThumbnail` tells why.
     virtual orvcore::UTF8String GetThumbnailPath(const boost::shared_ptr<CapsuleEntry>& entry,
                                                  const boost::shared_ptr<CheckCancel>& cancel) const = 0;
     /// Restricts what the source offers; only a stock source knows filter types. Does nothing here.
@@ -114,6 +122,10 @@ public:
     virtual std::vector<FolderFailure> GetFolderFailures() const;
     /// The folders of the source's filter as they are now; asks the file system, which may block. None here.
     virtual std::vector<FolderState> GetFolderStates() const;
+    /// GetThumbnailPath with the reason for an empty path. Unless overridden the only reason known is the entry's
+    /// `previewFailure`. A class that derives from one that overrides it overrides both or neither.
+    virtual Thumbnail GetThumbnail(const boost::shared_ptr<CapsuleEntry>& entry,
+                                   const boost::shared_ptr<CheckCancel>& cancel) const;
 };
 
 } // namespace orvcapsule

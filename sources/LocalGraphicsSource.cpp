@@ -165,9 +165,15 @@ std::set<UTF8String> LocalGraphicsSource::GetDirectories() const
 UTF8String LocalGraphicsSource::GetThumbnailPath(const boost::shared_ptr<CapsuleEntry>& entry,
                                                  const boost::shared_ptr<CheckCancel>& cancel) const
 {
+    return LocalGraphicsSource::GetThumbnail(entry, cancel).path;
+}
+
+Thumbnail LocalGraphicsSource::GetThumbnail(const boost::shared_ptr<CapsuleEntry>& entry,
+                                            const boost::shared_ptr<CheckCancel>& cancel) const
+{
     const detail::LocalEntryMaker maker(GetSourceID(),
                                         [&] { return (cancel && cancel->GetAbort()) || orvcore::IsTerminating(); });
-    return entry ? maker.GetThumbnailPath(*entry) : UTF8String();
+    return entry ? maker.GetThumbnail(*entry) : Thumbnail();
 }
 
 float LocalGraphicsSource::GetProgressWeight() const

@@ -18,14 +18,16 @@ class FolderListing;
 ///
 /// A listing gives one entry per package in a stable order: the root folder's, then the custom directories' in the
 /// order given; within the root a folder's sub-folders come before its own files, both by name. Links to folders are
-/// not followed. A package that is damaged, unreadable or deleted meanwhile does not end a listing: a package that
+/// not followed. Packages are opened without a password: an encrypted one has an entry with the reason in `refusal`. A
+/// package that is damaged, unreadable or deleted meanwhile does not end a listing: a package that
 /// cannot be read gives an entry with what the file system tells of it. A folder that exists and cannot be read only
 /// loses its own content: the listing hands out everything else and then throws `unlisted_folders_exception`, and
 /// GetFolderFailures tells of the folder until it is listed again.
 ///
 /// Previews are extracted into the local working folder (Workspace.h) when an entry is made, and found there the next
-/// time. Where one cannot be written, the disk being full for instance, the entry goes without. What a package's
-/// definition said is noted there too: a package that has not changed since the last listing is not opened again.
+/// time. Where one cannot be had, the disk being full for instance, the entry goes without and tells why. What a
+/// package's definition said is noted there too: a package that has not changed since the last listing is not opened
+/// again.
 ///
 /// What an object lists never changes, so any operations may run at the same time. Listings use all workers of the
 /// CPU-bound executor; they poll the token before every package, on several threads, and count as aborted when the
@@ -98,6 +100,8 @@ public:
 
     std::vector<FolderFailure> GetFolderFailures() const override;
     std::vector<FolderState> GetFolderStates() const override;
+    Thumbnail GetThumbnail(const boost::shared_ptr<CapsuleEntry>& entry,
+                           const boost::shared_ptr<CheckCancel>& cancel) const override;
 
 private:
     struct Target;

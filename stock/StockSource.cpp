@@ -8,11 +8,13 @@
 #include <orvcore/json/JSON.h>
 #include <orvcore/tasks/Executor.h>
 #include <orvcore/text/shared/ASCII.h>
+#include <orvstorage/ZipFailure.h>
 #include <package/DefinitionFile.h>
 #include <package/Workspace.h>
 #include <sources/PreviewLimit.h>
 #include <stock/StockCapsuleEntry.h>
 #include <stock/detail/StockEntries.h>
+#include <validation/Finding.h>
 
 #include <boost/pointer_cast.hpp>
 
@@ -81,11 +83,33 @@ std::string ContentType(const orvappsupport::NetworkResponse& response)
 }
 
 // Other programs may read the file already while this one writes it.
-bool Store(const std::filesystem::path& path, const std::string& body)
+bool Store(const std::filesystem::path& path, const std::string& body, std::error_code& error)
 {
     orvcore::AtomicFile file(path);
-    std::error_code error;
     return file.Write(body.data(), body.size(), error) && file.Commit(orvcore::Durability::Cached, error);
+}
+
+Thumbnail NoThumbnail(std::string code, std::string text)
+{
+    return {{}, std::make_shared<const Finding>(Finding{Severity::Error, std::move(code), std::move(text)})};
+}
+
+Thumbnail StoreThumbnail(const orvappsupport::NetworkResponse& response, const UTF8String& path)
+{
+    if (!response.IsSuccess()) {
+        return NoThumbnail("DownloadFailed", "the service answers with status " + std::to_string(response.statusCode));
+    }
+    const std::string type = ContentType(response);
+    if (type != "image/jpeg" && type != "image/png") {
+        return NoThumbnail("NotAPicture", "the service answers with no JPEG or PNG picture");
+    }
+    std::error_code error;
+    if (Store(orvcore::PathFromUTF8(path), response.body, error)) {
+        return {path, nullptr};
+    }
+    orvstorage::ZipFailure failure;
+    orvstorage::TranslateWriteError(error, failure);
+    return NoThumbnail(std::string(NameOf(failure.error)), failure.Reason());
 }
 
 bool IsJSON(const std::string& text)
@@ -105,7 +129,8 @@ void FetchDescription(const UTF8String& url, const std::filesystem::path& path)
     options.maxBytes = orvcore::serialization::kMaxJSONSize;
     const auto response = orvappsupport::FetchResponseForURL(url, options);
     if (response && response->IsSuccess() && IsJSON(response->body)) {
-        static_cast<void>(Store(path, response->body)); // the caller looks whether it is there
+        std::error_code ignored; // the caller looks whether it is there
+        Store(path, response->body, ignored);
     }
 }
 
@@ -238,24 +263,32 @@ void StockSource::DownloadJSON(const boost::shared_ptr<CapsuleEntry>& entry) con
 UTF8String StockSource::GetThumbnailPath(const boost::shared_ptr<CapsuleEntry>& entry,
                                          const boost::shared_ptr<CheckCancel>& cancel) const
 {
+    return GetThumbnail(entry, cancel).path;
+}
+
+Thumbnail StockSource::GetThumbnail(const boost::shared_ptr<CapsuleEntry>& entry,
+                                    const boost::shared_ptr<CheckCancel>& cancel) const
+{
     const auto stock = boost::dynamic_pointer_cast<StockCapsuleEntry>(entry);
-    UTF8String path = stock ? GetTempStockAssetThumbPath(stock->stockID) : UTF8String();
-    if (path.empty() || orvcore::Exists(orvcore::PathFromUTF8(path))) {
-        return path;
+    const UTF8String path = stock ? GetTempStockAssetThumbPath(stock->stockID) : UTF8String();
+    if (!stock || (!path.empty() && orvcore::Exists(orvcore::PathFromUTF8(path)))) {
+        return {path, nullptr};
+    }
+    if (path.empty()) {
+        return NoThumbnail("WriteFailed", "there is no working folder");
+    }
+    const auto isAborted = [cancel] { return cancel && cancel->GetAbort(); };
+    if (isAborted()) {
+        return {};
     }
     orvappsupport::TransferOptions options;
     options.maxBytes = kMaxPreviewBytes;
-    options.progress = [cancel](auto, auto) { return !cancel || !cancel->GetAbort(); };
-    if (!options.progress(0, 0)) {
-        return {};
-    }
+    options.progress = [isAborted](auto, auto) { return !isAborted(); };
     const auto response = orvappsupport::FetchResponseForURL(stock->thumbnailURL, options);
-    if (!response || !response->IsSuccess()) {
-        return {};
+    if (!response) {
+        return isAborted() ? Thumbnail() : NoThumbnail("DownloadFailed", "the service gives no whole answer");
     }
-    const std::string type = ContentType(*response);
-    const bool isImage = type == "image/jpeg" || type == "image/png";
-    return isImage && Store(orvcore::PathFromUTF8(path), response->body) ? path : UTF8String();
+    return StoreThumbnail(*response, path);
 }
 
 } // namespace orvcapsule

@@ -51,6 +51,10 @@ public:
     /// Empty for an entry of another source, when the service gives no such image, or when `cancel` was aborted.
     orvcore::UTF8String GetThumbnailPath(const boost::shared_ptr<CapsuleEntry>& entry,
                                          const boost::shared_ptr<CheckCancel>& cancel) const override;
+    /// The same with the reason for an empty path: "DownloadFailed" (no answer, or a refusal), "NotAPicture" (the
+    /// answer is none) or, of the working folder, "WriteFailed" and "DiskFull".
+    Thumbnail GetThumbnail(const boost::shared_ptr<CapsuleEntry>& entry,
+                           const boost::shared_ptr<CheckCancel>& cancel) const;
     /// One of `kStockFilterAll` (the first filter), `kStockFilterPremium` and `kStockFilterFree`, for the searches made
     /// from now on. An empty text changes nothing; any other is sent to the service as it is.
     void SetFilterType(const orvcore::UTF8String& filterType) override;

@@ -22,11 +22,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// An extracted preview that could not be moved into its place leaves no failure of the archive's.
-Finding WhyNotWritten(const orvstorage::ZipFailure& failure)
+// No room for the private copy of a package with a long path.
+std::shared_ptr<const Finding> CannotOpen(const fs::filesystem_error& error)
 {
-    return failure ? DescribeFailure(failure)
-                   : Finding{Severity::Warning, "WriteFailed", "the working folder cannot be written"};
+    return std::make_shared<const Finding>(Finding{Severity::Error, "CannotOpen", error.code().message()});
 }
 
 } // namespace
@@ -63,10 +62,9 @@ boost::shared_ptr<CapsuleEntry> LocalEntryMaker::Make(const fs::path& package, c
     try {
         ListedPackage one(package);
         FillFromContent(*entry, one, known, state);
-    } catch (const fs::filesystem_error& error) { // no room for the private copy of a package with a long path
+    } catch (const fs::filesystem_error& error) {
         state.isKnown = false;
-        entry->refusal =
-            std::make_shared<const Finding>(Finding{Severity::Error, "CannotOpen", error.code().message()});
+        entry->refusal = CannotOpen(error);
     }
     return entry;
 }
@@ -88,31 +86,34 @@ void LocalEntryMaker::FillFromContent(CapsuleEntry& entry, ListedPackage& packag
     if (!extractsPreviews_) {
         return;
     }
-    entry.thumbnailPath = Preview(PreviewKind::Still, entry, package, state, entry.previewFailure);
-    entry.videoPreviewPath = Preview(PreviewKind::Video, entry, package, state, entry.previewFailure);
+    const Thumbnail still = Preview(PreviewKind::Still, entry, package, state);
+    const Thumbnail video = Preview(PreviewKind::Video, entry, package, state);
+    entry.thumbnailPath = still.path;
+    entry.videoPreviewPath = video.path;
+    entry.previewFailure = still.failure ? still.failure : video.failure;
 }
 
-orvcore::UTF8String LocalEntryMaker::Preview(PreviewKind kind, const CapsuleEntry& entry, ListedPackage& package,
-                                             NotedFile& state, std::shared_ptr<const Finding>& failure) const
+Thumbnail LocalEntryMaker::Preview(PreviewKind kind, const CapsuleEntry& entry, ListedPackage& package,
+                                   NotedFile& state) const
 {
     using Outcome = PreviewCache::Outcome;
     bool& has = kind == PreviewKind::Still ? state.hasStill : state.hasVideo;
-    const fs::path target = has && !stop_() ? previews_.PathOf(kind, entry.capsuleID, package, state.facts.modified)
-                                            : fs::path(); // which is empty without a working folder, too
-    if (target.empty()) {
+    if (!has || stop_()) {
         return {};
     }
+    const fs::path target = previews_.PathOf(kind, entry.capsuleID, package, state.facts.modified);
+    orvstorage::ZipFailure failure;
     const Outcome outcome =
-        orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, state.facts.size, target);
+        orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, state.facts.size, target, failure);
     has = outcome != Outcome::None;
     if (outcome == Outcome::Failed) {
-        failure = std::make_shared<const Finding>(WhyNotWritten(package.Content().GetLastFailure()));
+        state.isKnown = false;
+        return {{}, std::make_shared<const Finding>(DescribeFailure(failure))};
     }
-    state.isKnown = state.isKnown && outcome != Outcome::Failed;
-    return outcome == Outcome::There && !stop_() ? orvcore::PathToUTF8(target) : orvcore::UTF8String();
+    return {outcome == Outcome::There && !stop_() ? orvcore::PathToUTF8(target) : orvcore::UTF8String(), nullptr};
 }
 
-orvcore::UTF8String LocalEntryMaker::GetThumbnailPath(const CapsuleEntry& entry) const
+Thumbnail LocalEntryMaker::GetThumbnail(const CapsuleEntry& entry) const
 {
     ListedPackage package(orvcore::PathFromUTF8(entry.path));
     NotedFile state;
@@ -123,10 +124,9 @@ orvcore::UTF8String LocalEntryMaker::GetThumbnailPath(const CapsuleEntry& entry)
     state.facts.size = facts.size;
     state.facts.modified = facts.kind == orvcore::FileKind::File ? facts.modified : ToFileTime(entry.modified);
     try {
-        std::shared_ptr<const Finding> ignoredFailure;
-        return Preview(PreviewKind::Still, entry, package, state, ignoredFailure);
-    } catch (const fs::filesystem_error&) {
-        return {};
+        return Preview(PreviewKind::Still, entry, package, state);
+    } catch (const fs::filesystem_error& error) {
+        return {{}, CannotOpen(error)};
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sources/GraphicSource.h>
 #include <sources/detail/ListingNotes.h>
 #include <sources/detail/PreviewCache.h>
 
@@ -21,15 +22,13 @@ public:
     boost::shared_ptr<CapsuleEntry> Make(const std::filesystem::path& package, const std::string& directoryKey,
                                          const ListingNotes& known, NotedFile& state) const;
 
-    /// The path of the entry's still preview, extracted now if it was not before; empty when there is none.
-    orvcore::UTF8String GetThumbnailPath(const CapsuleEntry& entry) const;
+    /// The entry's still preview, extracted now if it was not before.
+    Thumbnail GetThumbnail(const CapsuleEntry& entry) const;
 
 private:
     void FillFromContent(CapsuleEntry& entry, ListedPackage& package, const ListingNotes& known,
                          NotedFile& state) const;
-    /// @param failure receives why a preview that is there cannot be had
-    orvcore::UTF8String Preview(PreviewKind kind, const CapsuleEntry& entry, ListedPackage& package, NotedFile& state,
-                                std::shared_ptr<const Finding>& failure) const;
+    Thumbnail Preview(PreviewKind kind, const CapsuleEntry& entry, ListedPackage& package, NotedFile& state) const;
 
     std::string sourceID_;
     PreviewCache previews_;

@@ -23,7 +23,7 @@ std::u8string_view ExtensionOf(PreviewKind kind)
     return kind == PreviewKind::Still ? u8".png" : u8".mp4";
 }
 
-// Of all languages: which of them is asked for is the package's to know.
+// The largest that is not too large. Of all languages: which of them is asked for is the package's to know.
 std::uint64_t LargestPreview(const CapsuleZip& zip, std::u8string_view extension)
 {
     std::uint64_t largest = 0;
@@ -63,21 +63,24 @@ fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& caps
 }
 
 PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& package, std::uint64_t packageSize,
-                                            const fs::path& target) const
+                                            const fs::path& target, orvstorage::ZipFailure& failure) const
 {
     const CapsuleZip& zip = package.Content();
     // As the archive's directory tells; unpacking checks it against the data.
     const std::uint64_t size = LargestPreview(zip, ExtensionOf(kind));
+    failure = {orvstorage::ZipError::WriteFailed, orvstorage::ZipAction::Unpack, package.Path(),
+               u8"thumb" + orvcore::UTF8String(ExtensionOf(kind)), "there is no working folder"};
+    if (target.empty()) {
+        return size == 0 ? Outcome::None : Outcome::Failed;
+    }
     if (size / kLikelyRatio > packageSize && !TakeFromAllowance(size)) {
         return Outcome::None;
     }
     const fs::path half = orvcore::PrivateSibling(target);
     const orvcore::UTF8String halfName = orvcore::PathToUTF8(half);
     if (!(kind == PreviewKind::Still ? zip.GetZELTThumbnailPNG(halfName) : zip.GetZELTThumbnailVideo(halfName))) {
-        const orvstorage::ZipError error = zip.GetLastFailure().error;
-        const bool hasNone =
-            error == orvstorage::ZipError::EntryMissing || error == orvstorage::ZipError::EntryTooLarge;
-        return hasNone ? Outcome::None : Outcome::Failed;
+        failure = zip.GetLastFailure();
+        return failure.error == orvstorage::ZipError::EntryMissing ? Outcome::None : Outcome::Failed;
     }
     // The name tells the content, so another worker's file serves. To replace one that is being read would disturb its
     // readers where the system does that in two steps.
@@ -85,6 +88,7 @@ PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& pac
     if (!orvcore::IsFile(target) && orvcore::RenameOver(half, target, error)) {
         return Outcome::There;
     }
+    orvstorage::TranslateWriteError(error, failure);
     orvcore::RemoveTree(half, error);
     return orvcore::IsFile(target) ? Outcome::There : Outcome::Failed; // another program may be quicker and hold it
 }

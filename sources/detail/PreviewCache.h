@@ -32,13 +32,15 @@ public:
 
     enum class Outcome {
         There,  ///< the preview is at its path
-        None,   ///< the package has none, or too large a one; too large for what the allowance still has, too
-        Failed, ///< it could not be read or written this time
+        None,   ///< the package has none, or one too large for what the allowance still has
+        Failed, ///< it is too large, or could not be read or written this time
     };
     /// Extracts a preview to `target`. Throws as ListedPackage::Content does.
     /// @param packageSize in bytes
+    /// @param target empty: there is no working folder
+    /// @param failure receives why it failed
     Outcome Extract(PreviewKind kind, ListedPackage& package, std::uint64_t packageSize,
-                    const std::filesystem::path& target) const;
+                    const std::filesystem::path& target, orvstorage::ZipFailure& failure) const;
 
     static constexpr std::uint64_t kLikelyRatio = 16;
     static constexpr std::uint64_t kAllowance = std::uint64_t{256} << 20; ///< bytes

@@ -48,10 +48,13 @@ TEST_F(ManagerTest, KnowsItsSourcesUntilShutdown)
     const auto aborted = boost::make_shared<orvcapsule::CheckCancel>();
     aborted->Abort();
     const auto stranger = boost::make_shared<CapsuleEntry>();
-    EXPECT_EQ(manager->GetThumbnailPath(first->entries[0], nullptr), u8"/a.zelt.png");
-    EXPECT_EQ(manager->GetThumbnailPath(first->entries[0], aborted), u8"");
-    EXPECT_EQ(manager->GetThumbnailPath(stranger, nullptr), u8"");
-    EXPECT_EQ(manager->GetThumbnailPath(nullptr, nullptr), u8"");
+    for (const auto& [entry, token, path] : {std::tuple(first->entries[0], FakeSource::Cancel(), u8"/a.zelt.png"),
+                                             {first->entries[0], aborted, u8""},
+                                             {stranger, nullptr, u8""},
+                                             {nullptr, nullptr, u8""}}) {
+        EXPECT_EQ(manager->GetThumbnailPath(entry, token), path);
+        EXPECT_EQ(manager->GetThumbnail(entry, token).path, path);
+    }
 
     std::vector<orvcapsule::IGraphicSource::GraphicFilterID> filters(1);
     manager->GetFilterList(filters);

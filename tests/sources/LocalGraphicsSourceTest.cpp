@@ -577,7 +577,12 @@ TEST_F(LocalGraphicsSourceTest, GoesOnWithoutPreviewsThatCannotBeHad)
     auto entry = Search(Source()).at(0);
     EXPECT_EQ(Content(entry->thumbnailPath), "still");
     EXPECT_EQ(entry->videoPreviewPath, u8"");
-    EXPECT_EQ(entry->previewFailure, nullptr);
+    for (int listing = 0; listing < 2; ++listing) { // the next one tells it, too
+        ASSERT_NE(entry->previewFailure, nullptr);
+        EXPECT_EQ(entry->previewFailure->code, "EntryTooLarge");
+        entry = Search(Source()).at(0);
+    }
+    EXPECT_EQ(Source().GetThumbnail(entry, {}).failure, nullptr) << "it has a picture";
 
     orvcore::RemoveTree(working_);
     orvcore::WriteBufferToFile(working_, "no folder", 9); // nothing can be written there
@@ -586,6 +591,17 @@ TEST_F(LocalGraphicsSourceTest, GoesOnWithoutPreviewsThatCannotBeHad)
     EXPECT_EQ(entry->thumbnailPath, u8"");
     ASSERT_NE(entry->previewFailure, nullptr);
     EXPECT_EQ(entry->previewFailure->code, "WriteFailed");
+
+    temp_.Write("root/none.zelt", test::ZipBytes().Add({.name = "definition.json", .data = "{}"}).Finish());
+    temp_.Write("root/torn.zelt", "PK");
+    for (const auto& [file, code] :
+         {std::pair("large.zelt", "WriteFailed"), {"none.zelt", ""}, {"torn.zelt", "NotAZip"}}) {
+        const auto asked = boost::make_shared<CapsuleEntry>();
+        asked->path = orvcore::PathToUTF8(temp_ / "root" / file);
+        const Thumbnail thumbnail = Source().GetThumbnail(asked, {});
+        EXPECT_EQ(thumbnail.path, u8"") << file;
+        EXPECT_EQ(thumbnail.failure ? thumbnail.failure->code : "", code) << file;
+    }
 }
 
 TEST_F(LocalGraphicsSourceTest, DefinitionsAreReadUpToTheLargestSize)

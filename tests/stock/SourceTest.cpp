@@ -175,17 +175,19 @@ TEST_F(SourceTest, TakesAThumbnailByItsType)
     struct Case {
         const char8_t *path, *id;
         const char* content; // null: none
+        const char* failure = "";
         boost::shared_ptr<CheckCancel> token = nullptr;
     };
-    for (const Case& c : std::vector<Case>{{u8"/a.png", u8"1", nullptr, cancelled},
-                                           {u8"/a.html", u8"1", nullptr},
-                                           {u8"/gone.png", u8"1", nullptr},
-                                           {u8"/a.png", u8"1", "/a.png", boost::make_shared<CheckCancel>()},
+    for (const Case& c : std::vector<Case>{{u8"/a.png", u8"1", nullptr, "", cancelled},
+                                           {u8"/a.html", u8"1", nullptr, "NotAPicture"},
+                                           {u8"/gone.png", u8"1", nullptr, "DownloadFailed"},
+                                           {u8"/a.png", u8"1", "/a.png", "", boost::make_shared<CheckCancel>()},
                                            {u8"/b.jpg", u8"1", "/a.png"},
                                            {u8"/b.jpg", u8"../1", "/b.jpg"}}) {
         const auto entry = MakeEntry(c.id);
         entry->thumbnailURL = URL(c.path);
-        const UTF8String path = source->GetThumbnailPath(entry, c.token);
+        const auto [path, failure] = source->GetThumbnail(entry, c.token);
+        EXPECT_EQ(failure ? failure->code : "", c.failure);
         EXPECT_EQ(path, c.content ? orvcapsule::GetTempStockAssetThumbPath(c.id) : u8"");
         EXPECT_EQ(c.content ? orvcore::ReadWholeFile(orvcore::PathFromUTF8(path)) : "", c.content ? c.content : "");
     }

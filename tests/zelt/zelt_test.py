@@ -9,6 +9,8 @@ import io
 import json
 import os
 import pathlib
+import re
+import select
 import shutil
 import signal
 import sqlite3
@@ -19,6 +21,9 @@ import unicodedata
 import unittest
 import unittest.mock
 import zipfile
+
+with contextlib.suppress(ImportError):
+    import pty  # POSIX's
 
 ZELT = SAMPLES = EMULATOR = None
 GOOD = ["bar-chart", "classic-title", "countdown", "lower-third", "untitled", "字幕タイトル"]
@@ -560,6 +565,10 @@ class ZeltTest(unittest.TestCase):
             with unittest.mock.patch.dict(os.environ, {"ZELT_PASSWORD": "geheim"}):
                 self.run_zelt(*arguments)
         self.assertEqual(sorted(tree_of("again")), sorted(tree_of("out")))
+        self.assertIn("  encrypted", self.run_zelt("list", ".", "--shallow", "--no-previews")[0])
+        out, err = self.run_zelt("list", ".", "--details", "--password", "geheim", warns=True)
+        self.assertIn("no password was given", out)
+        self.assertIn("uses no password and tells nothing of 1 encrypted package; zelt info does", err)
 
     def test_set_refuses_as_a_whole(self):
         before = pathlib.Path("lower-third.zelt").read_bytes()
@@ -766,15 +775,48 @@ class ZeltTest(unittest.TestCase):
             self.assertIn(".SS zelt " + name, self.run_zelt("generate", "man")[0])
         self.assertIn("definition format 2.2", self.run_zelt("--version")[0])
 
-    def test_bash_completes(self):
+    def test_shells_complete(self):
         self.need_posix()
-        script = self.run_zelt("generate", "bash")[0] + 'COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _zelt; echo ${COMPREPLY[@]}'
-        for words, found in [(["che"], "check"), (["index", "b"], "build"), (["info", "--js"], "--json"),
-                             (["--language", "de", "index", "build", "--js"], "--json"), (["info", "untitled"], "untitled.zelt"),
-                             (["list", "dam"], "damaged"), (["list", "untitled"], ""), (["extract", "x", "pos"], "poster"),
-                             (["set", "x", "-o", "bar"], "bar-chart.zelt"), (["new", "--platform", "c"], "crvd")]:
-            done = subprocess.run(["bash", "-c", script, "bash", "zelt", *words], capture_output=True, text=True, check=True)
-            self.assertEqual((done.stdout.strip(), done.stderr), (found, ""), words)
+        pathlib.Path("build").mkdir()  # a command's name is no folder
+        rows = [("che", "check"), ("index b", "build"), ("info --js", "--json"), ("--language de index build --js", "--json"),
+                ("--language=de --vers", "--version"), ("info untitled", "untitled.zelt"), ("list dam", "damaged/"), ("list untitled", ""),
+                ("info --password x -j 4 untitled", "untitled.zelt"), ("extract x pos", "poster"), ("set x -o bar", "bar-chart.zelt"),
+                ("new --platform c", "crvd"), ("new --platform=c", "--platform=crvd"), ("search damaged -- dam", ""), ("help lib", "library")]
+        scripts = {shell: self.run_zelt("generate", shell)[0] for shell in ("bash", "zsh", "fish")}
+        pathlib.Path("_zelt").write_text(scripts["zsh"])
+        pathlib.Path(".zshrc").write_text("fpath=($PWD $fpath); autoload -U compinit; compinit -D -u; PS1=ready\n"
+                                          "show() { print -rn -- \"<<$BUFFER>>\"; BUFFER= }; zle -N show; bindkey '^O' show\n")
+        pathlib.Path(".bashrc").write_text(scripts["bash"] + "PS1=ready\n" +
+                                           "bind -x '\"\\C-o\": printf \"<<%s>>\" \"$READLINE_LINE\"; READLINE_LINE='\n")
+        for shell, options in {"bash": ["--rcfile", ".bashrc", "-i"], "zsh": ["-d", "-i"]}.items():
+            for (typed, found), line in zip(rows, self.lines_after_tab([shell, *options], [typed for typed, _ in rows])):
+                whole = (typed.rsplit(" ", 1)[0] + " " if " " in typed else "") + found
+                self.assertEqual(line.rstrip(), "zelt " + (whole if found else typed), shell)
+        for typed, found in rows if shutil.which("fish") else []:
+            done = subprocess.run(["fish", "--no-config", "-c", scripts["fish"] + "complete -C $argv[1]", "zelt " + typed],
+                                  capture_output=True, text=True, check=True)
+            self.assertEqual(([line.split("\t")[0] for line in done.stdout.splitlines()], done.stderr), ([found] if found else [], ""), typed)
+
+    def lines_after_tab(self, shell, lines):
+        """What each command line of zelt has become in a terminal when Tab was pressed; none where there is no such shell."""
+        if not shutil.which(shell[0]):
+            return []
+        terminal, ours = pty.openpty()
+        with subprocess.Popen(shell, stdin=ours, stdout=ours, stderr=ours, start_new_session=True,
+                              env={**os.environ, "TERM": "dumb", "ZDOTDIR": "."}) as process:
+            os.close(ours)
+            found = []
+            for line in [None, *lines]:  # first it waits for the prompt
+                seen = b""
+                if line is not None:
+                    os.write(terminal, f"zelt {line}\t\x0f".encode())
+                while not (marked := re.search(rb"(ready)" if line is None else rb"<<(.*?)>>", seen)):
+                    self.assertTrue(select.select([terminal], [], [], 60)[0], seen)
+                    seen += os.read(terminal, 4096)
+                found.append(marked[1].decode())
+            process.kill()
+        os.close(terminal)
+        return found[1:]
 
     def test_language(self):
         german = expected_info("lower-third.zelt", "de_DE")["name"]

@@ -28,6 +28,7 @@ namespace orvcore {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
+using Watched = detail::FolderNotices::Watched;
 
 namespace {
 
@@ -60,6 +61,7 @@ public:
     Impl(Settings settings, Callback callback)
         : settings_(std::move(settings))
         , callback_(std::move(callback))
+        , notices_(detail::MakeFolderNotices(settings_.folder, settings_.withSubFolders))
     {
         known_ = Look(); // here, so that what happens once the watcher is made is told
         thread_ = std::thread([this] { Run(); });
@@ -69,7 +71,7 @@ public:
     ~Impl()
     {
         isEnding_ = true;
-        notices_.Wake();
+        notices_->Wake();
         thread_.join();
     }
 
@@ -79,32 +81,31 @@ private:
         auto nextLook = Clock::now() + settings_.interval;
         while (!isEnding_) {
             const auto left = std::chrono::duration_cast<milliseconds>(nextLook - Clock::now());
-            const bool isQuiet = !Hear(std::clamp(left, milliseconds(0), settings_.interval));
+            const bool isQuiet = !notices_->Wait(std::clamp(left, milliseconds(0), settings_.interval));
             if (isEnding_ || (isQuiet && Clock::now() < nextLook)) {
                 continue;
             }
             if (!isQuiet) {
                 AwaitQuiet();
             }
-            if (!isQuiet || !isAllWatched_) {
+            if (!isQuiet || !isAllWatched_ || HasOtherFolder()) {
                 Compare();
             }
             nextLook = Clock::now() + settings_.interval;
         }
     }
 
-    // @return whether something happened
-    bool Hear(milliseconds longest)
+    // Whether another folder has taken the watched one's name, unnoticed: the folder around it was renamed, or a link.
+    bool HasOtherFolder()
     {
-        const detail::FolderNotices::Heard heard = notices_.Wait(longest);
-        return heard.isIncomplete || !heard.folders.empty();
+        return notices_->Watch(settings_.folder) != Watched::Still;
     }
 
     // No longer than the interval: a file that is written all day is told now and then.
     void AwaitQuiet()
     {
         const auto end = Clock::now() + std::max(settings_.interval, settings_.quietTime);
-        while (!isEnding_ && Clock::now() < end && Hear(settings_.quietTime)) {
+        while (!isEnding_ && Clock::now() < end && notices_->Wait(settings_.quietTime)) {
         }
     }
 
@@ -139,8 +140,11 @@ private:
     {
         Folders folders;
         const std::set<fs::path> before = std::exchange(watched_, {});
-        isAllWatched_ = settings_.asksSystem;
-        Enter(settings_.folder, folders);
+        folders[settings_.folder];
+        isAllWatched_ = Watch(settings_.folder);
+        if (!isAllWatched_ && Watch(settings_.folder.parent_path())) { // there it will come
+            Watch(settings_.folder);                                   // or has come meanwhile
+        }
         TreeVisitor visitor;
         visitor.visit = [&](const fs::path& path, FileKind kind) {
             if (isEnding_) {
@@ -153,27 +157,27 @@ private:
             if (!settings_.withSubFolders) {
                 return WalkNext::PassOver;
             }
-            Enter(path, folders);
+            folders[path];
+            isAllWatched_ = Watch(path) && isAllWatched_;
             return WalkNext::GoOn;
         };
         visitor.fail = [](const fs::path&, const std::error_code&) { return WalkNext::GoOn; };
         WalkTree(settings_.folder, visitor);
         for (const fs::path& folder : before) {
             if (!watched_.contains(folder)) {
-                notices_.Forget(folder);
+                notices_->Forget(folder);
             }
         }
         return folders;
     }
 
-    void Enter(const fs::path& folder, Folders& folders)
+    bool Watch(const fs::path& folder)
     {
-        folders[folder];
-        if (settings_.asksSystem && notices_.Watch(folder)) {
+        const bool isWatched = settings_.asksSystem && notices_->Watch(folder) != Watched::No;
+        if (isWatched) {
             watched_.insert(folder);
-        } else {
-            isAllWatched_ = false;
         }
+        return isWatched;
     }
 
     void Take(const fs::path& path, Folders& folders) const
@@ -190,7 +194,7 @@ private:
 
     const Settings settings_;
     const Callback callback_;
-    detail::FolderNotices notices_;
+    const std::unique_ptr<detail::FolderNotices> notices_;
     std::set<fs::path> watched_;
     bool isAllWatched_ = false; ///< otherwise folders are compared at the interval, too
     Folders known_;

@@ -19,13 +19,17 @@ class ORVPLATFORM_API FolderWatcher {
 public:
     /// What is watched, and how.
     struct Settings {
-        std::filesystem::path folder;         ///< need not exist yet; what it holds is told when it comes
+        /// Need not exist yet; what it holds is told when it comes. A folder that takes its name, as a delivery does
+        /// that renames the old one away, is watched from then on, and told of by the files in which the two differ.
+        std::filesystem::path folder;
         bool withSubFolders = true;           ///< links to folders are not followed
         std::filesystem::path extension = {}; ///< of the files of interest, with its dot, ".zelt"; empty: all files
         bool asksSystem = true; ///< false: only compares, for a folder whose system is known to tell nothing
         /// How long it must be quiet before changes are told: a file that is being copied changes many times.
         std::chrono::milliseconds quietTime{300};
-        std::chrono::milliseconds interval{5000}; ///< between comparisons where the system tells nothing
+        /// Between comparisons where the system tells nothing. It tells nothing of links to the folder and of the
+        /// folders around it either: whether another folder has the name by way of these is looked at as often.
+        std::chrono::milliseconds interval{5000};
     };
 
     /// What changed in one folder.

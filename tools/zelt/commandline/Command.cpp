@@ -25,6 +25,9 @@ Takes TakesOf(std::string_view value)
     if (value.starts_with("LOCALE")) {
         return Takes::LocaleFirst;
     }
+    if (value == "COMMAND") {
+        return Takes::CommandName;
+    }
     return isIn(kFiles) ? Takes::File : isIn(kFolders) ? Takes::Folder : Takes::Text;
 }
 

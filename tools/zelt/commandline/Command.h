@@ -25,6 +25,7 @@ enum class Takes : std::uint8_t {
     Folder,      ///< a path, not empty
     Locale,      ///< not empty
     LocaleFirst, ///< "LOCALE=...", "LOCALE:..."
+    CommandName, ///< one of this program's commands, anything
 };
 
 /// An option or an argument of a command.

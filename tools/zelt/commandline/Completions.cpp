@@ -62,13 +62,6 @@ std::vector<std::string> NextWords(const Program& program, const std::string& gr
     return {words.begin(), words.end()};
 }
 
-std::vector<Parameter> AllOptions(const Program& program, const Command& command)
-{
-    std::vector<Parameter> options = command.Options();
-    options.insert(options.end(), program.common.Options().begin(), program.common.Options().end());
-    return options;
-}
-
 std::vector<std::string> Spellings(const Parameter& option)
 {
     std::vector<std::string> spellings;
@@ -91,41 +84,79 @@ Takes TakesOfArguments(const Command& command)
     return takes;
 }
 
-std::vector<std::string> ChoicesOfArguments(const Command& command)
+std::vector<std::string> ChoicesOf(const Program& program, const Parameter& argument)
 {
-    std::vector<std::string> choices;
-    for (const Parameter& argument : command.Arguments()) {
-        choices.insert(choices.end(), argument.choices.begin(), argument.choices.end());
+    if (argument.takes != Takes::CommandName) {
+        return argument.choices;
     }
-    return choices;
+    std::vector<std::string> words = NextWords(program, "");
+    for (const std::string& group : Groups(program)) {
+        const auto next = NextWords(program, group);
+        words.insert(words.end(), next.begin(), next.end());
+    }
+    return words;
 }
 
-std::string BashWords(Takes takes, const std::vector<std::string>& choices)
+std::vector<std::string> ChoicesOfArguments(const Program& program, const Command& command)
 {
-    const std::string words = choices.empty() ? "" : " -W " + Quoted(Spaced(choices));
-    return "compgen" + words +
-           (takes == Takes::File     ? " -f"
-            : takes == Takes::Folder ? " -d"
-                                     : "") +
-           (words.empty() && takes != Takes::File && takes != Takes::Folder ? " -W ''" : "") + " -- \"$cur\"";
+    std::vector<std::string> all;
+    for (const Parameter& argument : command.Arguments()) {
+        const auto choices = ChoicesOf(program, argument);
+        all.insert(all.end(), choices.begin(), choices.end());
+    }
+    return all;
+}
+
+bool HasBehindDashes(const Command& command)
+{
+    const auto& arguments = command.Arguments();
+    return std::any_of(arguments.begin(), arguments.end(), [](const auto& one) { return one.isBehindDashes; });
+}
+
+// Those of all commands, which stand before the command's name, too, and are not to be taken for it with their values.
+std::vector<std::string> CommonSpellings(const Program& program, bool haveValues)
+{
+    std::vector<std::string> found;
+    for (const Parameter& option : program.common.Options()) {
+        if (!haveValues || option.takes != Takes::Nothing) {
+            const auto spellings = Spellings(option);
+            found.insert(found.end(), spellings.begin(), spellings.end());
+        }
+    }
+    return found;
+}
+
+// What is offered: words, and files or folders.
+std::string BashOffer(const std::vector<std::string>& words, Takes takes)
+{
+    const std::string files = takes == Takes::File ? "-f" : takes == Takes::Folder ? "-d" : "";
+    return "words=" + Quoted(Spaced(words)) + " files=" + files;
+}
+
+std::string BashValues(const Command& command, const std::string& pattern)
+{
+    std::string lines;
+    for (const Parameter& option : command.Options()) {
+        for (const std::string& spelling :
+             option.takes == Takes::Nothing ? std::vector<std::string>() : Spellings(option)) {
+            lines +=
+                "    " + pattern + Quoted(' ' + spelling) + ") " + BashOffer(option.choices, option.takes) + " ;;\n";
+        }
+    }
+    return lines;
 }
 
 std::string BashCommand(const Program& program, const Command& command)
 {
-    std::vector<std::string> words;
-    std::string values;
-    for (const Parameter& option : AllOptions(program, command)) {
+    std::vector<std::string> options = CommonSpellings(program, false);
+    for (const Parameter& option : command.Options()) {
         const auto spellings = Spellings(option);
-        words.insert(words.end(), spellings.begin(), spellings.end());
-        for (const std::string& spelling : option.takes == Takes::Nothing ? std::vector<std::string>() : spellings) {
-            values += "    " + Quoted(command.Name() + ' ' + spelling) + ") found=$(" +
-                      BashWords(option.takes, option.choices) + ") ;;\n";
-        }
+        options.insert(options.end(), spellings.begin(), spellings.end());
     }
-    const std::string name = Quoted(command.Name() + ' ');
-    return values + "    " + name + "*) if [[ $cur == -* ]]; then found=$(compgen -W " + Quoted(Spaced(words)) +
-           " -- \"$cur\"); else found=$(" + BashWords(TakesOfArguments(command), ChoicesOfArguments(command)) +
-           "); fi ;;\n";
+    return BashValues(command, Quoted(command.Name())) + "    " + Quoted(command.Name() + ' ') + "*)\n      if " +
+           (HasBehindDashes(command) ? "[[ $dashes ]]; then :; elif " : "") +
+           "[[ $cur == -* ]]; then words=" + Quoted(Spaced(options)) + "; else " +
+           BashOffer(ChoicesOfArguments(program, command), TakesOfArguments(command)) + "; fi ;;\n";
 }
 
 // A description as `_arguments` takes it.
@@ -142,89 +173,130 @@ std::string ZshValue(const std::string& what, Takes takes, const std::vector<std
 {
     return ':' + Described(what) + ':' +
            (takes == Takes::File     ? "_files"
-            : takes == Takes::Folder ? "_files -/"
+            : takes == Takes::Folder ? "_path_files -/"
             : choices.empty()        ? " "
                                      : '(' + Spaced(choices) + ')');
 }
 
-std::string ZshCommand(const Program& program, const Command& command)
+// The spellings of an option as `_arguments` takes them: each excludes the others, and its value may stand in the same
+// word or in the next one.
+std::string ZshOptions(const Command& command)
 {
-    std::string line = "  " + Quoted(command.Name()) + ") _arguments -S";
-    for (const Parameter& option : AllOptions(program, command)) {
-        const std::string value =
-            option.takes == Takes::Nothing ? "" : ZshValue(option.value, option.takes, option.choices);
+    std::string lines;
+    for (const Parameter& option : command.Options()) {
+        const bool hasValue = option.takes != Takes::Nothing;
+        const std::string begin = option.repeats ? "*" : '(' + Spaced(Spellings(option)) + ')';
+        const std::string end =
+            '[' + Described(option.help) + ']' + (hasValue ? ZshValue(option.value, option.takes, option.choices) : "");
         for (const std::string& spelling : Spellings(option)) {
-            line += " \\\n    " +
-                    Quoted((option.repeats ? "*" : "") + spelling + '[' + Described(option.help) + ']' + value);
+            const std::string join = !hasValue ? "" : spelling.starts_with("--") ? "=" : "+";
+            lines += " \\\n    " + Quoted(begin + spelling + join + end);
         }
     }
+    return lines;
+}
+
+std::string ZshCommand(const Program& program, const Command& command)
+{
+    std::string line = "  " + Quoted(command.Name()) + ") _arguments -S $common" + ZshOptions(command);
     for (const Parameter& argument : command.Arguments()) {
-        line += " \\\n    " +
-                Quoted((argument.repeats ? "*" : "") + ZshValue(argument.name, argument.takes, argument.choices));
+        if (argument.isBehindDashes) {
+            continue; // any text
+        }
+        std::string value = ZshValue(argument.name, argument.takes, ChoicesOf(program, argument));
+        if (argument.repeats && HasBehindDashes(command)) { // `-S` takes what follows "--" for more of these
+            const std::size_t action = value.rfind(':') + 1;
+            value = value.substr(0, action) + "{(( ${words[(I)--]} )) || " + value.substr(action) + '}';
+        }
+        line += " \\\n    " + Quoted((argument.repeats ? "*" : "") + value);
     }
     return line + " ;;\n";
 }
 
-std::string FishCommand(const Program& program, const Command& command)
+// Completes one word of a command's name, and goes on behind it.
+std::string ZshName(const Program& program, const std::string& group)
 {
-    const std::string begin = "complete -c zelt -n " + Quoted("__zelt_is " + command.Name());
+    return "_arguments -C -A '-*' $common ':command:(" + Spaced(NextWords(program, group)) +
+           ")' '*:: :->more'\n  [[ $state == more ]] || return\n";
+}
+
+// What is offered in a place: words, and files or folders.
+std::string FishOffer(const std::vector<std::string>& words, Takes takes)
+{
+    const std::string all = Spaced(words) + (takes == Takes::Folder ? "(__fish_complete_directories)" : "");
+    return (takes == Takes::File ? " -F" : "") + (all.empty() ? "" : " -a " + Quoted(all));
+}
+
+// @param place  "-n ..." of one command; empty: everywhere
+std::string FishOptions(const Command& command, const std::string& place)
+{
     std::string lines;
-    for (const Parameter& option : AllOptions(program, command)) {
-        lines += begin + (option.letter == 0 ? "" : " -s " + std::string(1, option.letter)) +
+    for (const Parameter& option : command.Options()) {
+        lines += "complete -c zelt" + place + (option.letter == 0 ? "" : " -s " + std::string(1, option.letter)) +
                  (option.name.empty() ? "" : " -l " + option.name.substr(2));
-        lines += option.takes == Takes::Nothing                                 ? ""
-                 : option.takes == Takes::File || option.takes == Takes::Folder ? " -rF"
-                                                                                : " -x";
+        lines += option.takes == Takes::Nothing
+                     ? ""
+                     : (option.takes == Takes::File ? " -r" : " -x") + FishOffer(option.choices, option.takes);
         lines += " -d " + Quoted(option.help) + '\n';
     }
-    const auto choices = ChoicesOfArguments(command);
-    lines += choices.empty() ? "" : begin + " -a " + Quoted(Spaced(choices)) + '\n';
-    const Takes takes = TakesOfArguments(command);
-    return lines + (takes == Takes::File || takes == Takes::Folder ? begin + " -F\n" : "");
+    return lines;
+}
+
+std::string FishCommand(const Program& program, const Command& command)
+{
+    const std::string place = "__zelt_is " + command.Name();
+    const std::string offer = FishOffer(ChoicesOfArguments(program, command), TakesOfArguments(command));
+    const std::string before = HasBehindDashes(command) ? "; and not contains -- -- (commandline -opc)" : "";
+    return FishOptions(command, " -n " + Quoted(place)) +
+           (offer.empty() ? "" : "complete -c zelt -n " + Quoted(place + before) + offer + '\n');
 }
 
 } // namespace
 
 std::string BashCompletion(const Program& program)
 {
-    const std::string groups = Quoted(' ' + Spaced(Groups(program)) + ' ');
+    // Bash takes "--name=value" for three words.
     std::string script =
         "# bash completion of zelt\n_zelt() {\n"
-        "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]} command= found= word i\n"
+        "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]} command= dashes= words= files= word i\n"
+        "  if [[ $cur == = ]]; then cur=; elif [[ $prev == = ]]; then prev=${COMP_WORDS[COMP_CWORD-2]}; fi\n"
         "  for ((i = 1; i < COMP_CWORD; i++)); do\n"
         "    word=${COMP_WORDS[i]}\n"
+        "    [[ $word == -- ]] && dashes=1\n"
+        "    [[ ' " +
+        Spaced(CommonSpellings(program, true)) +
+        " ' == *\" $word \"* ]] && ((i++)) && [[ ${COMP_WORDS[i]} == = ]] && ((i++))\n"
         "    [[ $word == -* ]] && continue\n"
-        "    [[ ${COMP_WORDS[i-1]} == --language || ${COMP_WORDS[i-1]} == --password ]] && continue\n"
-        "    command+=${command:+ }$word\n"
-        "    [[ " +
-        groups +
-        " == *\" $command \"* ]] || break\n"
+        "    [[ -z $command || ' " +
+        Spaced(Groups(program)) +
+        " ' == *\" $command \"* ]] && command+=${command:+ }$word\n"
         "  done\n"
-        "  case \"$command $prev\" in\n";
+        "  case \"$command $prev\" in\n" +
+        BashValues(program.common, "*");
     for (const Command* command : Shown(program)) {
         script += BashCommand(program, *command);
     }
     for (const std::string& group : Groups(program)) {
-        script += "    " + Quoted(group + ' ') + "*) found=$(compgen -W " + Quoted(Spaced(NextWords(program, group))) +
-                  " -- \"$cur\") ;;\n";
+        script += "    " + Quoted(group + ' ') + "*) words=" + Quoted(Spaced(NextWords(program, group))) + " ;;\n";
     }
-    return script + "    *) found=$(compgen -W " + Quoted(Spaced(NextWords(program, ""))) +
-           " -- \"$cur\") ;;\n  esac\n" +
-           "  local IFS=$'\\n'\n  COMPREPLY=($found)\n}\ncomplete -o filenames -F _zelt zelt\n";
+    const std::vector<std::string> common = CommonSpellings(program, false);
+    return script + "    ' '*) words=" + Quoted(Spaced(NextWords(program, "")) + ' ' + Spaced(common)) +
+           " ;;\n  esac\n"
+           "  mapfile -t COMPREPLY < <(compgen $files -W \"$words\" -- \"$cur\")\n"
+           // Where names need quotation marks nothing was found, and bash does it its own way.
+           "  case $files in\n    -f) compopt -o filenames -o default ;;\n"
+           "    -d) compopt -o filenames -o dirnames ;;\n  esac\n}\ncomplete -F _zelt zelt\n";
 }
 
 std::string ZshCompletion(const Program& program)
 {
-    std::string script = "#compdef zelt\n_zelt() {\n  local command=${words[2]}\n  shift words; (( CURRENT-- ))\n"
-                         "  if (( CURRENT == 1 )); then compadd -- " +
-                         Spaced(NextWords(program, "")) +
-                         "; return; fi\n"
+    std::string script = "#compdef zelt\n_zelt() {\n  local curcontext=$curcontext state line command\n"
+                         "  local -a common=(" +
+                         ZshOptions(program.common) + ")\n  " + ZshName(program, "") +
+                         "  command=${words[1]} state=\n"
                          "  case $command in\n";
     for (const std::string& group : Groups(program)) {
-        script += "  " + group +
-                  ")\n    command+=\" ${words[2]}\"; shift words; (( CURRENT-- ))\n"
-                  "    if (( CURRENT == 1 )); then compadd -- " +
-                  Spaced(NextWords(program, group)) + "; return; fi ;;\n";
+        script += "  " + group + ") " + ZshName(program, group) + "    command+=\" ${words[1]}\" ;;\n";
     }
     script += "  esac\n  case $command in\n";
     for (const Command* command : Shown(program)) {
@@ -235,17 +307,21 @@ std::string ZshCompletion(const Program& program)
 
 std::string FishCompletion(const Program& program)
 {
-    std::string script = "# fish completion of zelt\nfunction __zelt_command\n"
-                         "  set -l words (commandline -opc)\n  set -l command\n"
+    std::string script = "# fish completion of zelt\nfunction __zelt_is\n"
+                         "  set -l words (commandline -opc)\n  set -l command\n  set -l isValue 0\n"
                          "  for word in $words[2..-1]\n"
+                         "    if test $isValue = 1\n      set isValue 0\n      continue\n    end\n"
+                         "    contains -- $word " +
+                         Spaced(CommonSpellings(program, true)) +
+                         "; and set isValue 1\n"
                          "    string match -q -- '-*' $word; and continue\n"
                          "    set -a command $word\n"
                          "    contains -- \"$command\" " +
                          Spaced(Groups(program)) +
                          "; or break\n"
-                         "  end\n  echo \"$command\"\nend\n"
-                         "function __zelt_is\n  set -l command (__zelt_command)\n  test \"$command\" = \"$argv\"\nend\n"
-                         "complete -c zelt -f\n";
+                         "  end\n  test \"$command\" = \"$argv\"\nend\n"
+                         "complete -c zelt -f\n" +
+                         FishOptions(program.common, "");
     std::vector<std::string> places = Groups(program);
     places.emplace_back();
     for (const std::string& place : places) {

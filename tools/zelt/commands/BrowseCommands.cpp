@@ -3,6 +3,7 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/panel/Gallery.h>
 #include <tools/zelt/support/Browser.h>
+#include <tools/zelt/support/OpenPackage.h>
 #include <tools/zelt/support/Places.h>
 
 #include <algorithm>
@@ -19,6 +20,16 @@ ExitCode ReportFailures(const std::vector<orvcapsule::FolderFailure>& failures)
     return failures.empty() ? ExitCode::kDone : ExitCode::kBadFile;
 }
 
+// A listing opens packages without a password; whoever gave one may expect it to.
+void WarnOfEncrypted(const Entries& entries)
+{
+    const auto encrypted = std::count_if(entries.begin(), entries.end(), [](const auto& e) { return IsEncrypted(*e); });
+    if (encrypted != 0 && !GetPassword().empty()) {
+        ReportError("warning: a listing uses no password and tells nothing of " +
+                    Count(static_cast<std::size_t>(encrypted), "encrypted package") + "; zelt info does");
+    }
+}
+
 // Lists the places, then does `work` with what is in them.
 template <class Work>
 ExitCode Browse(const Places& places, bool progressive, Work&& work)
@@ -32,6 +43,7 @@ ExitCode Browse(const Places& places, bool progressive, Work&& work)
         Browser browser(full);
         const Entries entries = browser.List(progressive);
         exit = std::max({exit, ReportFailures(browser.GetFolderFailures()), ReportLeftOut(browser.GetLeftOut())});
+        WarnOfEncrypted(entries);
         work(browser, entries);
     });
     // The worse of the two: exit codes ascend with what went wrong.

@@ -5,6 +5,8 @@
 #include <tools/zelt/output/TextLayout.h>
 
 #include <orvcore/json/JSONTextWriter.h>
+#include <orvstorage/ZipFailure.h>
+#include <validation/Finding.h>
 
 #include <cstdio>
 
@@ -28,7 +30,10 @@ bool IsReadable(const CapsuleEntry& entry)
 
 std::string Note(const CapsuleEntry& entry)
 {
-    return !IsReadable(entry) ? "cannot be read" : entry.needsTsUpgrade ? "needs newer host" : "";
+    if (IsReadable(entry)) {
+        return entry.needsTsUpgrade ? "needs newer host" : "";
+    }
+    return IsEncrypted(entry) ? "encrypted" : "cannot be read";
 }
 
 std::string Size(std::uint64_t bytes)
@@ -171,6 +176,7 @@ std::string EntryAsText(const CapsuleEntry& entry)
 {
     const std::string id = ToNarrow(entry.capsuleID);
     return Printable(ToNarrow(entry.name)) + '\n' + LabelledLine("Note", Note(entry)) +
+           LabelledLine("Reason", entry.refusal ? entry.refusal->text : "") +
            LabelledLine("Path", AsNarrow(entry.path)) +
            LabelledLine("Size", std::to_string(entry.fileSize) + " bytes") + LabelledLine("Modified", Modified(entry)) +
            LabelledLine("Identity", id) + LabelledLine("Description", ToNarrow(entry.description)) +
@@ -213,6 +219,11 @@ std::string EntryAsJSON(const CapsuleEntry& entry)
 }
 
 } // namespace
+
+bool IsEncrypted(const CapsuleEntry& entry)
+{
+    return entry.refusal && entry.refusal->code == NameOf(orvstorage::ZipError::PasswordNeeded);
+}
 
 void PrintEntries(const Entries& entries, const EntryForm& form)
 {

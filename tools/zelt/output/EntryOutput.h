@@ -22,6 +22,9 @@ struct EntryForm {
     bool isNullSeparated = false; ///< behind each path a NUL, and no line feed
 };
 
+/// Whether the entry's package needs a password to be read.
+bool IsEncrypted(const orvcapsule::CapsuleEntry& entry);
+
 void PrintEntries(const Entries& entries, const EntryForm& form);
 
 /// A table with one row for each stock template; empty without any.

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <map>
+#include <string_view>
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -22,7 +23,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uint32_t kEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE | IN_ATTRIB |
-                                  IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW;
+                                  IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
 // A descriptor of the system; -1 where there is none.
 class Descriptor {
@@ -48,107 +49,92 @@ private:
     int number_;
 };
 
-} // namespace
-
-class FolderNotices::Impl {
+class LinuxNotices final : public FolderNotices {
 public:
-    bool Watch(const fs::path& folder)
+    // The system numbers folders, not names: it has the same number for a folder that was renamed, and another one for
+    // the folder that took its name.
+    Watched Watch(const fs::path& folder) override
     {
-        if (numbers_.contains(folder)) {
-            return true;
-        }
         const int number = ::inotify_add_watch(queue_.Get(), folder.c_str(), kEvents);
-        if (number < 0) {
-            return false;
+        if (const auto known = numbers_.find(folder); known != numbers_.end() && known->second == number) {
+            return Watched::Still;
         }
-        folders_[number] = folder; // a folder that was renamed keeps its number
+        Forget(folder);
+        if (number < 0) {
+            return Watched::No;
+        }
+        if (const auto renamed = folders_.find(number); renamed != folders_.end()) {
+            numbers_.erase(renamed->second);
+        }
+        folders_[number] = folder;
         numbers_[folder] = number;
-        return true;
+        return Watched::Anew;
     }
 
-    void Forget(const fs::path& folder)
+    void Forget(const fs::path& folder) override
     {
-        const auto known = numbers_.find(folder);
-        if (known != numbers_.end()) {
+        if (const auto known = numbers_.find(folder); known != numbers_.end()) {
             ::inotify_rm_watch(queue_.Get(), known->second);
             folders_.erase(known->second);
             numbers_.erase(known);
         }
     }
 
-    Heard Wait(std::chrono::milliseconds longest)
+    bool Wait(std::chrono::milliseconds longest) override
     {
-        Heard heard;
         std::array<pollfd, 2> asked = {pollfd{queue_.Get(), POLLIN, 0}, pollfd{wake_.Get(), POLLIN, 0}};
         if (::poll(asked.data(), asked.size(), static_cast<int>(longest.count())) <= 0) {
-            return heard;
+            return false;
         }
         std::uint64_t count = 0;
         while (::read(wake_.Get(), &count, sizeof count) > 0) {
         }
+        bool hasHappened = false;
         alignas(inotify_event) std::array<char, 16384> bytes{};
         for (;;) {
             const ssize_t size = ::read(queue_.Get(), bytes.data(), bytes.size());
             if (size <= 0) {
-                return heard;
+                return hasHappened;
             }
-            Take({bytes.data(), static_cast<std::size_t>(size)}, heard);
+            hasHappened = Take({bytes.data(), static_cast<std::size_t>(size)}) || hasHappened;
         }
     }
 
-    void Wake() noexcept
+    void Wake() noexcept override
     {
         const std::uint64_t one = 1;
         static_cast<void>(::write(wake_.Get(), &one, sizeof one) < 0); // full: awake already
     }
 
 private:
-    void Take(std::string_view bytes, Heard& heard)
+    // @return whether a notice is among them that is not one of a folder that was forgotten
+    bool Take(std::string_view bytes)
     {
+        bool hasHappened = false;
         while (bytes.size() >= sizeof(inotify_event)) {
             const auto* event = reinterpret_cast<const inotify_event*>(bytes.data());
-            heard.isIncomplete = heard.isIncomplete || (event->mask & IN_Q_OVERFLOW) != 0;
-            if (const auto folder = folders_.find(event->wd); folder != folders_.end()) {
-                heard.folders.insert(folder->second);
-                if ((event->mask & IN_IGNORED) != 0) { // the folder is gone, and its number with it
-                    numbers_.erase(folder->second);
-                    folders_.erase(folder);
-                }
+            const auto folder = folders_.find(event->wd);
+            hasHappened = hasHappened || folder != folders_.end() || (event->mask & IN_Q_OVERFLOW) != 0;
+            if (folder != folders_.end() && (event->mask & IN_IGNORED) != 0) { // it is gone, and its number with it
+                numbers_.erase(folder->second);
+                folders_.erase(folder);
             }
             bytes.remove_prefix(sizeof(inotify_event) + event->len);
         }
+        return hasHappened;
     }
 
     const Descriptor queue_{::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)};
     const Descriptor wake_{::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)};
-    std::map<int, fs::path> folders_;
+    std::map<int, fs::path> folders_; // and the other way round; each has what the other has
     std::map<fs::path, int> numbers_;
 };
 
-FolderNotices::FolderNotices()
-    : impl_(std::make_unique<Impl>())
-{
-}
-FolderNotices::~FolderNotices() = default;
+} // namespace
 
-bool FolderNotices::Watch(const fs::path& folder)
+std::unique_ptr<FolderNotices> MakeFolderNotices(const fs::path& /*top*/, bool /*withSubFolders*/)
 {
-    return impl_->Watch(folder);
-}
-
-void FolderNotices::Forget(const fs::path& folder)
-{
-    impl_->Forget(folder);
-}
-
-FolderNotices::Heard FolderNotices::Wait(std::chrono::milliseconds longest)
-{
-    return impl_->Wait(longest);
-}
-
-void FolderNotices::Wake() noexcept
-{
-    impl_->Wake();
+    return std::make_unique<LinuxNotices>();
 }
 
 } // namespace orvcore::detail

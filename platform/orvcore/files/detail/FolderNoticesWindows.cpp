@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include <array>
-#include <map>
+#include <utility>
 
 // Each watched folder has an open handle and a request that is always pending; all are tied to one completion port,
 // from which notices, cancelled requests and calls of Wake come. The kernel writes into a folder's buffer until its
@@ -20,159 +20,121 @@ namespace {
 
 constexpr DWORD kEvents = FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_DIR_NAME | FILE_NOTIFY_CHANGE_SIZE |
                           FILE_NOTIFY_CHANGE_LAST_WRITE | FILE_NOTIFY_CHANGE_CREATION;
-constexpr ULONG_PTR kWakeKey = 0;
 
-// One folder's open handle with a request that is always pending. What the system writes into the buffer is not read:
-// that something happened is enough.
-struct WatchedFolder {
-    fs::path path;
-    ULONG_PTR key = 0;
-    HANDLE handle = INVALID_HANDLE_VALUE;
-    OVERLAPPED request{};
-    std::array<DWORD, 1024> buffer{};
-    bool isForgotten = false;
+bool IsSameFolder(HANDLE one, HANDLE other)
+{
+    BY_HANDLE_FILE_INFORMATION a{};
+    BY_HANDLE_FILE_INFORMATION b{};
+    return ::GetFileInformationByHandle(one, &a) != 0 && ::GetFileInformationByHandle(other, &b) != 0 &&
+           a.dwVolumeSerialNumber == b.dwVolumeSerialNumber && a.nFileIndexHigh == b.nFileIndexHigh &&
+           a.nFileIndexLow == b.nFileIndexLow;
+}
 
+// One open handle, of the top folder, with a request for it and all below it that is always pending: so the folders
+// below are not held. What the system writes into the buffer, or that it had no room there, does not matter: that
+// something happened is enough.
+class WindowsNotices final : public FolderNotices {
+public:
+    WindowsNotices(const fs::path& top, bool withSubFolders)
+        : top_(top)
+        , withSubFolders_(withSubFolders)
+    {
+        request_.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    }
+    ~WindowsNotices() override
+    {
+        Close();
+        ::CloseHandle(request_.hEvent);
+        ::CloseHandle(wake_);
+    }
+
+    Watched Watch(const fs::path& folder) override
+    {
+        const bool isOpen = handle_ != INVALID_HANDLE_VALUE;
+        if (folder != top_) {
+            return isOpen && withSubFolders_ ? Watched::Still : Watched::No;
+        }
+        const HANDLE now = ::CreateFileW(ToSystemPath(top_).c_str(), FILE_LIST_DIRECTORY,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED, nullptr);
+        if (isOpen && now != INVALID_HANDLE_VALUE && IsSameFolder(handle_, now)) {
+            ::CloseHandle(now);
+            return Watched::Still;
+        }
+        Close();
+        handle_ = now;
+        return handle_ != INVALID_HANDLE_VALUE && Ask() ? Watched::Anew : Watched::No;
+    }
+
+    void Forget(const fs::path& folder) override
+    {
+        if (folder == top_) {
+            Close();
+        }
+    }
+
+    bool Wait(std::chrono::milliseconds longest) override
+    {
+        const std::array<HANDLE, 2> both = {wake_, request_.hEvent};
+        const DWORD count = handle_ == INVALID_HANDLE_VALUE ? 1 : 2;
+        const auto time = static_cast<DWORD>(longest.count());
+        if (::WaitForMultipleObjects(count, both.data(), FALSE, time) != WAIT_OBJECT_0 + 1) {
+            return false;
+        }
+        isPending_ = false;
+        DWORD size = 0;
+        if (::GetOverlappedResult(handle_, &request_, &size, FALSE) != 0) {
+            Ask();
+        } else {
+            Close(); // the folder is gone, or the thread that asked has ended
+        }
+        return true;
+    }
+
+    void Wake() noexcept override
+    {
+        ::SetEvent(wake_);
+    }
+
+private:
+    // A folder that cannot be asked for is not held open.
     bool Ask()
     {
-        return ::ReadDirectoryChangesW(handle, buffer.data(), static_cast<DWORD>(sizeof buffer), FALSE, kEvents,
-                                       nullptr, &request, nullptr) != 0;
+        isPending_ = ::ReadDirectoryChangesW(handle_, buffer_.data(), static_cast<DWORD>(sizeof buffer_),
+                                             withSubFolders_ ? TRUE : FALSE, kEvents, nullptr, &request_, nullptr) != 0;
+        if (!isPending_) {
+            Close();
+        }
+        return isPending_;
     }
+
+    // The request must have ended before its buffer goes or another one begins: the system would write into it.
+    void Close()
+    {
+        if (std::exchange(isPending_, false)) {
+            DWORD size = 0;
+            ::CancelIoEx(handle_, &request_);
+            ::GetOverlappedResult(handle_, &request_, &size, TRUE);
+        }
+        if (handle_ != INVALID_HANDLE_VALUE) {
+            ::CloseHandle(std::exchange(handle_, INVALID_HANDLE_VALUE));
+        }
+    }
+
+    const fs::path top_;
+    const bool withSubFolders_;
+    const HANDLE wake_ = ::CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
+    bool isPending_ = false;
+    OVERLAPPED request_{};
+    std::array<DWORD, 1024> buffer_{};
 };
 
 } // namespace
 
-class FolderNotices::Impl {
-public:
-    Impl()
-        : port_(::CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 1))
-    {
-    }
-    Impl(const Impl&) = delete;
-    Impl& operator=(const Impl&) = delete;
-    // A buffer may go only when its request has ended: the system would write into it.
-    ~Impl()
-    {
-        for (auto& [key, folder] : folders_) {
-            End(*folder);
-        }
-        while (!folders_.empty() && TakeOne(INFINITE, nullptr)) {
-        }
-        ::CloseHandle(port_);
-    }
-
-    bool Watch(const fs::path& path)
-    {
-        if (keys_.contains(path)) {
-            return true;
-        }
-        auto folder = std::make_unique<WatchedFolder>();
-        folder->path = path;
-        folder->key = ++lastKey_;
-        folder->handle = ::CreateFileW(ToSystemPath(path).c_str(), FILE_LIST_DIRECTORY,
-                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                       FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED, nullptr);
-        if (folder->handle == INVALID_HANDLE_VALUE) {
-            return false;
-        }
-        if (::CreateIoCompletionPort(folder->handle, port_, folder->key, 0) == nullptr || !folder->Ask()) {
-            ::CloseHandle(folder->handle);
-            return false;
-        }
-        keys_[path] = folder->key;
-        folders_[folder->key] = std::move(folder);
-        return true;
-    }
-
-    void Forget(const fs::path& path)
-    {
-        if (const auto known = keys_.find(path); known != keys_.end()) {
-            End(*folders_.at(known->second));
-            keys_.erase(known);
-        }
-    }
-
-    Heard Wait(std::chrono::milliseconds longest)
-    {
-        Heard heard;
-        for (DWORD patience = static_cast<DWORD>(longest.count()); TakeOne(patience, &heard);) {
-            patience = 0; // the rest that is there
-        }
-        return heard;
-    }
-
-    void Wake() noexcept
-    {
-        ::PostQueuedCompletionStatus(port_, 0, kWakeKey, nullptr);
-    }
-
-private:
-    // Ends the pending request, which is then taken from the port like a notice.
-    static void End(WatchedFolder& folder)
-    {
-        if (!folder.isForgotten) {
-            folder.isForgotten = true;
-            ::CancelIoEx(folder.handle, &folder.request);
-        }
-    }
-
-    // @return false at the end of the time
-    bool TakeOne(DWORD patience, Heard* heard)
-    {
-        DWORD size = 0;
-        ULONG_PTR key = 0;
-        OVERLAPPED* request = nullptr;
-        const bool isGood = ::GetQueuedCompletionStatus(port_, &size, &key, &request, patience) != 0;
-        if (request == nullptr) {
-            return isGood; // a call of Wake, or the end of the time
-        }
-        const auto found = folders_.find(key);
-        if (found == folders_.end()) {
-            return true;
-        }
-        WatchedFolder& folder = *found->second;
-        if (heard != nullptr && !folder.isForgotten) {
-            heard->folders.insert(folder.path);
-        }
-        if (folder.isForgotten || !isGood || !folder.Ask()) { // a folder that is gone gives no more
-            ::CloseHandle(folder.handle);
-            if (const auto known = keys_.find(folder.path); known != keys_.end() && known->second == key) {
-                keys_.erase(known);
-            }
-            folders_.erase(found);
-        }
-        return true;
-    }
-
-    const HANDLE port_;
-    ULONG_PTR lastKey_ = kWakeKey;
-    std::map<fs::path, ULONG_PTR> keys_;
-    std::map<ULONG_PTR, std::unique_ptr<WatchedFolder>> folders_;
-};
-
-FolderNotices::FolderNotices()
-    : impl_(std::make_unique<Impl>())
+std::unique_ptr<FolderNotices> MakeFolderNotices(const fs::path& top, bool withSubFolders)
 {
-}
-FolderNotices::~FolderNotices() = default;
-
-bool FolderNotices::Watch(const fs::path& folder)
-{
-    return impl_->Watch(folder);
-}
-
-void FolderNotices::Forget(const fs::path& folder)
-{
-    impl_->Forget(folder);
-}
-
-FolderNotices::Heard FolderNotices::Wait(std::chrono::milliseconds longest)
-{
-    return impl_->Wait(longest);
-}
-
-void FolderNotices::Wake() noexcept
-{
-    impl_->Wake();
+    return std::make_unique<WindowsNotices>(top, withSubFolders);
 }
 
 } // namespace orvcore::detail

@@ -32,8 +32,9 @@ Program MakeProgram(CommonOptions& common)
     program.common.Option("--language LOCALE", common.language,
                           "Language of localised texts and parts (default: ZELT_LANGUAGE, else LC_ALL, LC_MESSAGES or "
                           "LANG, else en_US)");
-    program.common.Option("--password TEXT", common.password,
-                          "Password of the packages that are read, changed or made (default: ZELT_PASSWORD)");
+    program.common.Option(
+        "--password TEXT", common.password,
+        "Password of the packages that are read, changed or made (default: ZELT_PASSWORD); listings use none");
     program.common.Option("-h, --help", common.help, "Explain the command");
     program.common.Option("--version", common.version, "Print the versions of the program and of what it writes");
     program.common.Note("Exit codes: 0 done, 1 a file was bad, 2 the command line was wrong, 130 interrupted. NO_COLOR "
