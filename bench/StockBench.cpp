@@ -15,6 +15,8 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -32,7 +34,7 @@ constexpr int kResults = 1000;
 constexpr int kPage = 100;
 constexpr int kPreviews = 100;
 constexpr std::size_t kPreviewBytes = std::size_t{512} << 10;
-constexpr int kRounds = 20;
+constexpr std::size_t kRounds = 21;
 // What a manager asks for.
 constexpr const char* kQuery =
     "/v1/search?gallery_premium=all&content_template=1&template_type=7&source=zelt&api_version=2.2&columns="
@@ -121,7 +123,8 @@ void WriteList(const fs::path& list, const std::string& origin, const fs::path& 
     }
 }
 
-// Asks both in turn, and prints how they compare. False when one of them failed.
+// Asks both in turn, and prints the best times and the middle one of the rounds' ratios: what else the machine does
+// changes from round to round. False when one of them failed.
 template <class Own, class Floor, class Prepare>
 bool Compare(const char* what, const Own& own, const Floor& floor, const Prepare& prepare)
 {
@@ -129,12 +132,18 @@ bool Compare(const char* what, const Own& own, const Floor& floor, const Prepare
     double ownTime = 1e9;
     double floorTime = 1e9;
     bool good = own() && floor(); // not counted: connections, caches
-    for (int round = 0; round < kRounds; ++round) {
+    std::array<double, kRounds> ratios{};
+    for (double& ratio : ratios) {
         prepare();
-        floorTime = std::min(floorTime, Milliseconds([&] { good = floor() && good; }));
-        ownTime = std::min(ownTime, Milliseconds([&] { good = own() && good; }));
+        const double floorNow = Milliseconds([&] { good = floor() && good; });
+        const double ownNow = Milliseconds([&] { good = own() && good; });
+        floorTime = std::min(floorTime, floorNow);
+        ownTime = std::min(ownTime, ownNow);
+        ratio = ownNow / floorNow;
     }
-    std::printf("%s: %.1f ms, floor %.1f ms (ratio %.2f)%s\n", what, ownTime, floorTime, ownTime / floorTime,
+    const auto middle = ratios.begin() + kRounds / 2;
+    std::nth_element(ratios.begin(), middle, ratios.end());
+    std::printf("%s: at best %.1f ms, floor %.1f ms; middle ratio %.2f%s\n", what, ownTime, floorTime, *middle,
                 good ? "" : " FAILED");
     return good;
 }

@@ -202,7 +202,8 @@ bool StockSource::GetWantThumbsWithStockID() const
 
 void StockSource::Search(const std::vector<UTF16String>& terms, const std::vector<TemplateCategory>& categories,
                          int first, int count, boost::shared_ptr<CheckCancel> token,
-                         std::shared_ptr<OnResults> onResults, std::shared_ptr<OnFailure> onFailure) const
+                         std::shared_ptr<OnResults> onResults, std::shared_ptr<OnFailure> onFailure,
+                         std::shared_ptr<OnArrival> onArrival) const
 {
     const auto isWanted = [token] { return !token || !token->GetAbort(); };
     if (!isWanted()) {
@@ -217,7 +218,8 @@ void StockSource::Search(const std::vector<UTF16String>& terms, const std::vecto
     std::transform(terms.begin(), terms.end(), std::back_inserter(terms8),
                    [](const UTF16String& term) { return orvcore::ToUTF8(term); });
     const auto handler = [first, token = std::move(token), isWanted, onResults = std::move(onResults),
-                          onFailure = std::move(onFailure)](search::Error error, const search::Results& results) {
+                          onFailure = std::move(onFailure),
+                          onArrival = std::move(onArrival)](search::Error error, const search::Results& results) {
         if (!isWanted() || error == search::Error::Cancelled) {
             return;
         }
@@ -225,7 +227,12 @@ void StockSource::Search(const std::vector<UTF16String>& terms, const std::vecto
             if (onFailure && *onFailure) {
                 (*onFailure)({error, first, results.message});
             }
-        } else if (onResults && *onResults) {
+            return;
+        }
+        if (onArrival && *onArrival) {
+            (*onArrival)(static_cast<int>(results.rows.size()), results.total);
+        }
+        if (onResults && *onResults) {
             (*onResults)(detail::MakeEntries(results.rows), first, results.total, token);
         }
     };

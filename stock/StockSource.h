@@ -32,6 +32,8 @@ public:
     using Entries = std::vector<boost::shared_ptr<CapsuleEntry>>;
     /// A page's entries, the position of the first of them, the number of results of the whole query, and the token.
     using OnResults = std::function<void(const Entries&, int first, int total, boost::shared_ptr<CheckCancel>)>;
+    /// How many entries a page will have, and the number of results of the whole query.
+    using OnArrival = std::function<void(int count, int total)>;
     using OnFailure = std::function<void(const StockSearchFailure&)>;
 
     /// @param connection may not be empty; shared with other sources as the host likes
@@ -72,16 +74,17 @@ public:
     /// `onResults` is called when the page has arrived, on the client's thread, where it must not block. It is not
     /// called after an error, and not once the token has been aborted, which also ends the transfer. After an error
     /// `onFailure` is called there instead, but not once the token has been aborted, nor when the process's executors
-    /// end.
+    /// end. `onArrival` is called there before the entries are made and `onResults` is called. A caller that asks for
+    /// the next page then gets it sooner, and still `onResults` is called for one page after the other.
     /// @param terms      all of them must match; none: the whole gallery
     /// @param categories results of any of them; none: of all
     /// @param first      position of the first result, from 0
     /// @param count      1 to 100
     /// @param token      may be empty
-    /// @param onResults  may be empty, and so may `onFailure`
+    /// @param onResults  may be empty, and so may `onFailure` and `onArrival`
     void Search(const std::vector<orvcore::UTF16String>& terms, const std::vector<TemplateCategory>& categories,
                 int first, int count, boost::shared_ptr<CheckCancel> token, std::shared_ptr<OnResults> onResults,
-                std::shared_ptr<OnFailure> onFailure = nullptr) const;
+                std::shared_ptr<OnFailure> onFailure = nullptr, std::shared_ptr<OnArrival> onArrival = nullptr) const;
 
 private:
     mutable std::mutex mutex_; // guards the filter and the flag

@@ -43,16 +43,13 @@ void DeliverPage(const StockRequest& request, const StockSource::Entries& entrie
             });
 }
 
-// The service works on the next page while this one is made ready. Pages arrive one at a time, so the deliveries keep
-// their order.
-void TakePage(const RequestPtr& request, const StockSource::Entries& entries, int first, int total)
+void PostNextPage(const RequestPtr& request, int first, int arrived, int total)
 {
-    const int next = first + static_cast<int>(entries.size());
+    const int next = first + arrived;
     const int count = std::min(kPageSize, std::min(total, kMostResults) - next);
-    if (!entries.empty() && count > 0) { // an empty page would be followed by itself
+    if (arrived > 0 && count > 0) { // an empty page would be followed by itself
         PostPage(request, next, count);
     }
-    DeliverPage(*request, entries, first, total);
 }
 
 void RequestPage(const RequestPtr& request, int first, int count)
@@ -64,13 +61,17 @@ void RequestPage(const RequestPtr& request, int first, int count)
     }
     const auto onResults = std::make_shared<StockSource::OnResults>(
         [request](const StockSource::Entries& entries, int from, int total, const TokenPtr&) {
-            TakePage(request, entries, from, total);
+            DeliverPage(*request, entries, from, total);
         });
+    // The service works on the next page while this one is made ready. Pages are told one after the other on the
+    // client's thread, so the deliveries keep their order.
+    const auto onArrival = std::make_shared<StockSource::OnArrival>(
+        [request, first](int arrived, int total) { PostNextPage(request, first, arrived, total); });
     const auto onFailure = std::make_shared<StockSource::OnFailure>([request](const StockSearchFailure& failure) {
         Deliver(request->token, request->failureCallback,
                 [failure](GraphicSourceManager::StockFailureCallback& call) { call(failure); });
     });
-    source->Search(request->terms, {}, first, count, request->token, onResults, onFailure);
+    source->Search(request->terms, {}, first, count, request->token, onResults, onFailure, onArrival);
 }
 
 void PostPage(const RequestPtr& request, int first, int count)

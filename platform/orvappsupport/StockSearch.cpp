@@ -194,7 +194,7 @@ std::string_view ToText(Error error) noexcept
 
 UTF8String Results::GetText(const Row& row, std::u8string_view column) const
 {
-    return Get<UTF8String>(*this, row, column);
+    return UTF8String(Get<std::u8string_view>(*this, row, column));
 }
 
 std::uint64_t Results::GetNumber(const Row& row, std::u8string_view column) const
@@ -204,7 +204,8 @@ std::uint64_t Results::GetNumber(const Row& row, std::u8string_view column) cons
 
 std::vector<UTF8String> Results::GetList(const Row& row, std::u8string_view column) const
 {
-    return Get<std::vector<UTF8String>>(*this, row, column);
+    const auto list = Get<std::span<const std::u8string_view>>(*this, row, column);
+    return {list.begin(), list.end()};
 }
 
 void Search(const std::vector<UTF8String>& terms, const Parameters& parameters, const std::vector<UTF8String>& columns,
@@ -223,9 +224,10 @@ void Search(const std::vector<UTF8String>& terms, const Parameters& parameters, 
     } catch (const BadRequest& bad) {
         refusal = bad.what();
     }
-    const auto tell = [columns, count, refusal, handler = std::move(handler)](const TransferResult& result) {
+    auto tell = [columns = columns, count, refusal,
+                 handler = std::move(handler)](const TransferResult& result) mutable {
         Results results;
-        results.columns = columns;
+        results.columns = std::move(columns); // it is told once
         Error error = ErrorOf(result.end);
         if (result.response) {
             error = ReadAnswer(*result.response, count, results);
@@ -236,7 +238,7 @@ void Search(const std::vector<UTF8String>& terms, const Parameters& parameters, 
             handler(error, results);
         }
     };
-    detail::TransferThread::The().Submit(std::make_unique<detail::Transfer>(std::move(request), tell));
+    detail::TransferThread::The().Submit(std::make_unique<detail::Transfer>(std::move(request), std::move(tell)));
 }
 
 } // namespace orvappsupport::search

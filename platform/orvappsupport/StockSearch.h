@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <variant>
@@ -75,15 +76,15 @@ enum class Error : std::int32_t {
 ORVPLATFORM_API std::string_view ToText(Error error) noexcept;
 
 /// A value of one column: nothing where the service told none, or one that is not well-formed.
-using Value = std::variant<std::monostate, orvcore::UTF8String, std::uint64_t, std::vector<orvcore::UTF8String>>;
+using Value = std::variant<std::monostate, std::u8string_view, std::uint64_t, std::span<const std::u8string_view>>;
 
-/// One asset.
+/// One asset. Its texts and values are part of the page: they are valid as long as the `Results`, or a copy of those.
 struct Row {
-    orvcore::UTF8String id; ///< never empty; any text, so no path is made from it directly
-    orvcore::UTF8String title;
-    bool premium = false;      ///< costs money
-    bool licensed = false;     ///< the user has a licence already
-    std::vector<Value> values; ///< one for each column asked for, in that order
+    std::u8string_view id; ///< never empty; any text, so no path is made from it directly
+    std::u8string_view title;
+    bool premium = false;          ///< costs money
+    bool licensed = false;         ///< the user has a licence already
+    std::span<const Value> values; ///< one for each column asked for, in that order
 };
 
 /// One page of a query. All texts are well-formed UTF-8 of at most `kMaxColumnBytes`.
@@ -93,6 +94,7 @@ struct Results {
     std::vector<Row> rows;                    ///< at most as many as asked for
     int status = 0;                           ///< the HTTP status; 0 without an answer
     orvcore::UTF8String message;              ///< after an error: what went wrong, in plain English without a full stop
+    std::shared_ptr<const void> content;      ///< what the rows are parts of
 
     /// The row's value in this column as a text; empty when it is none. What was asked for only.
     ORVPLATFORM_API orvcore::UTF8String GetText(const Row& row, std::u8string_view column) const;

@@ -24,8 +24,8 @@ namespace {
 
 std::u8string_view TextOf(const Value& value)
 {
-    const auto* const text = std::get_if<orvcore::UTF8String>(&value);
-    return text != nullptr ? std::u8string_view(*text) : std::u8string_view();
+    const auto* const text = std::get_if<std::u8string_view>(&value);
+    return text != nullptr ? *text : std::u8string_view();
 }
 
 std::uint64_t NumberOf(const Value& value)
@@ -40,10 +40,10 @@ std::uint32_t PixelsOf(const Value& value)
         std::min<std::uint64_t>(NumberOf(value), std::numeric_limits<std::uint32_t>::max()));
 }
 
-std::span<const orvcore::UTF8String> ListOf(const Value& value)
+std::span<const std::u8string_view> ListOf(const Value& value)
 {
-    const auto* const list = std::get_if<std::vector<orvcore::UTF8String>>(&value);
-    return list != nullptr ? std::span(*list) : std::span<const orvcore::UTF8String>();
+    const auto* const list = std::get_if<std::span<const std::u8string_view>>(&value);
+    return list != nullptr ? *list : std::span<const std::u8string_view>();
 }
 
 std::vector<orvcore::UTF16String> WideListOf(const Value& value)
@@ -52,7 +52,7 @@ std::vector<orvcore::UTF16String> WideListOf(const Value& value)
     std::vector<orvcore::UTF16String> wide;
     wide.reserve(list.size());
     std::transform(list.begin(), list.end(), std::back_inserter(wide),
-                   [](const orvcore::UTF8String& text) { return orvcore::ToUTF16(text); });
+                   [](std::u8string_view text) { return orvcore::ToUTF16(text); });
     return wide;
 }
 
@@ -85,7 +85,7 @@ constexpr Column kColumns[] = {
 boost::shared_ptr<CapsuleEntry> MakeEntry(const Row& row)
 {
     auto entry = boost::make_shared<StockCapsuleEntry>();
-    entry->sourcePath = {kStockSourceID};
+    entry->sourcePath.emplace_back(kStockSourceID);
     entry->stockID = row.id;
     entry->isPremium = row.premium;
     entry->isLicensed = row.licensed;

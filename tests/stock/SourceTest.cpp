@@ -26,13 +26,19 @@ protected:
                    const std::vector<TemplateCategory>& categories = {})
     {
         std::promise<Entries> promise;
+        int arrived = -1;
         source.Search(terms, categories, 0, 10, nullptr,
                       std::make_shared<StockSource::OnResults>([&](const Entries& entries, int first, int total, auto) {
                           EXPECT_EQ(first, 0);
                           EXPECT_EQ(total, 3);
+                          EXPECT_EQ(arrived, static_cast<int>(entries.size())) << "told before";
                           promise.set_value(entries);
                       }),
-                      std::make_shared<StockSource::OnFailure>([&](const auto&) { promise.set_value({}); }));
+                      std::make_shared<StockSource::OnFailure>([&](const auto&) {
+                          EXPECT_EQ(arrived, -1) << "a page that fails has not arrived";
+                          promise.set_value({});
+                      }),
+                      std::make_shared<StockSource::OnArrival>([&](int count, int) { arrived = count; }));
         return promise.get_future().get();
     }
     /// The query of the last request without its columns and page.

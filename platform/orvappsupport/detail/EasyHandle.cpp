@@ -5,6 +5,7 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <new>
 
@@ -24,6 +25,7 @@ namespace orvappsupport::detail {
 namespace {
 
 constexpr long kBufferBytes = 128L << 10U;
+constexpr std::size_t kMostIdle = 4;
 
 // In milliseconds as libcurl takes them; it takes 0 for "none".
 long ToLong(std::chrono::milliseconds time)
@@ -50,11 +52,36 @@ std::size_t OnBody(char* data, std::size_t /*size*/, std::size_t count, void* ta
     return static_cast<AnswerTaker*>(taker)->TakeBody({data, count}) ? count : 0;
 }
 
+// To make a handle costs as much as to send a request with it, so a thread keeps some that are out of use.
+struct IdleHandles {
+    std::array<CURL*, kMostIdle> handles{};
+    std::size_t count = 0;
+
+    ~IdleHandles()
+    {
+        std::for_each_n(handles.begin(), count, &curl_easy_cleanup);
+    }
+    CURL* Take()
+    {
+        return count > 0 ? handles[--count] : curl_easy_init();
+    }
+    void Give(CURL* handle)
+    {
+        if (count == kMostIdle) {
+            curl_easy_cleanup(handle);
+        } else {
+            curl_easy_reset(handle);
+            handles[count++] = handle;
+        }
+    }
+};
+thread_local IdleHandles idleHandles;
+
 } // namespace
 
 void EasyHandle::HandleDeleter::operator()(Native* handle) const noexcept
 {
-    curl_easy_cleanup(handle);
+    idleHandles.Give(handle);
 }
 
 void EasyHandle::ListDeleter::operator()(curl_slist* list) const noexcept
@@ -64,7 +91,7 @@ void EasyHandle::ListDeleter::operator()(curl_slist* list) const noexcept
 
 // Certificates are verified unless that is switched off, which nothing here does.
 EasyHandle::EasyHandle(AnswerTaker& taker, const Settings& settings)
-    : handle_(curl_easy_init())
+    : handle_(idleHandles.Take())
 {
     CURL* const handle = handle_.get();
     if (handle == nullptr) {

@@ -15,11 +15,9 @@ namespace orvappsupport::detail {
 /// Takes what comes of an answer. A false ends the transfer.
 class AnswerTaker {
 public:
+    virtual ~AnswerTaker() = default;
     virtual bool TakeHeader(std::string_view line) noexcept = 0;
     virtual bool TakeBody(std::string_view data) noexcept = 0;
-
-protected:
-    ~AnswerTaker() = default;
 };
 
 /// libcurl's handle of one transfer, which makes one request after the other.

@@ -3,8 +3,12 @@
 #include <orvcore/json/shared/JSONDocument.h>
 #include <orvcore/text/Printable.h>
 
+#include <algorithm>
 #include <limits>
+#include <memory>
+#include <memory_resource>
 #include <optional>
+#include <span>
 #include <stdexcept>
 
 // Reads a page of results, which may be anything. A column of the wrong kind costs itself. A row without an identifier
@@ -26,55 +30,64 @@ namespace {
 
 constexpr std::size_t kMaxMessageBytes = 500;
 
+// What the rows of a page are parts of: a text is copied only by who keeps it.
+struct PageContent {
+    explicit PageContent(std::string_view json)
+        : document(JSONDocument::Parse(orvcore::AsUTF8(json)))
+    {
+    }
+
+    const JSONDocument document;
+    std::vector<Value> values; // one row's after the other's
+    std::pmr::monotonic_buffer_resource lists;
+};
+
 struct BadPage : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// A text, or a number as its decimal text.
-std::optional<orvcore::UTF8String> TextOf(const JSONNode& node)
+std::optional<std::u8string_view> TextOf(const JSONNode& node)
 {
     std::string_view text;
-    std::uint64_t number = 0;
-    if (node.Get(text) && text.size() <= kMaxColumnBytes) {
-        return orvcore::ToUTF8(text);
-    }
-    if (node.Get(number)) {
-        return orvcore::ToUTF8(std::to_string(number));
-    }
-    return std::nullopt;
+    return node.Get(text) && text.size() <= kMaxColumnBytes ? std::optional(orvcore::AsUTF8(text)) : std::nullopt;
 }
 
 // Numbers in a list are taken as their decimal texts.
-Value ListOf(const JSONNode& node)
+Value ListOf(const JSONNode& node, PageContent& page)
 {
-    std::vector<orvcore::UTF8String> texts;
-    texts.reserve(node.Children().size());
-    for (const JSONNode& element : node.Children()) {
-        auto text = TextOf(element);
-        if (!text) {
+    std::pmr::polymorphic_allocator<> allocator(&page.lists);
+    const std::size_t size = node.Children().size();
+    auto* const texts = allocator.allocate_object<std::u8string_view>(size);
+    for (std::size_t i = 0; i < size; ++i) {
+        const JSONNode& element = node.Children()[i];
+        std::uint64_t number = 0;
+        std::u8string_view text;
+        if (const auto own = TextOf(element)) {
+            text = *own;
+        } else if (element.Get(number)) {
+            const std::string decimal = std::to_string(number);
+            char8_t* const digits = allocator.allocate_object<char8_t>(decimal.size());
+            std::copy(decimal.begin(), decimal.end(), digits);
+            text = {digits, decimal.size()};
+        } else {
             return {};
         }
-        texts.push_back(std::move(*text));
+        std::construct_at(texts + i, text);
     }
-    return texts;
+    return std::span<const std::u8string_view>(texts, size);
 }
 
-Value ValueOf(const JSONNode& node)
+Value ValueOf(const JSONNode& node, PageContent& page)
 {
     std::uint64_t number = 0;
     if (node.IsArray()) {
-        return ListOf(node);
+        return ListOf(node, page);
     }
     if (node.Get(number)) {
         return number;
     }
-    auto text = node.IsString() ? TextOf(node) : std::nullopt;
-    return text ? Value(std::move(*text)) : Value();
-}
-
-orvcore::UTF8String PlainTextOf(const JSONNode& node)
-{
-    return node.IsString() ? TextOf(node).value_or(orvcore::UTF8String()) : orvcore::UTF8String();
+    const auto text = TextOf(node);
+    return text ? Value(*text) : Value();
 }
 
 // The column of this name. Services tell them in one order, so the one after the last is looked at first.
@@ -90,19 +103,20 @@ std::size_t FindColumn(std::string_view name, const std::vector<orvcore::UTF8Str
 }
 
 // Of a key that repeats the last value counts, as everywhere.
-Row ReadRow(const JSONNode& node, const std::vector<orvcore::UTF8String>& columns)
+Row ReadRow(const JSONNode& node, const std::vector<orvcore::UTF8String>& columns, std::span<Value> values,
+            PageContent& page)
 {
     Row row;
-    row.values.resize(columns.size());
+    row.values = values;
     std::size_t likely = 0;
     for (const JSONNode& member : node.Children()) {
         const std::string_view key = member.Key();
         if (key == "id" || key == "title") {
-            (key == "id" ? row.id : row.title) = PlainTextOf(member);
+            (key == "id" ? row.id : row.title) = TextOf(member).value_or(std::u8string_view());
         } else if (key == "premium" || key == "licensed") {
             static_cast<void>(member.Get(key == "premium" ? row.premium : row.licensed)); // no bool changes nothing
         } else if (const std::size_t column = FindColumn(key, columns, likely); column < columns.size()) {
-            row.values[column] = ValueOf(member);
+            values[column] = ValueOf(member, page);
             likely = column + 1;
         }
     }
@@ -122,19 +136,22 @@ int ReadTotal(const JSONNode& page)
     return static_cast<int>(total);
 }
 
-void ReadRows(const JSONNode& page, int count, Results& results)
+void ReadRows(PageContent& page, int count, Results& results)
 {
-    const JSONNode* const rows = page.Find("rows");
+    const JSONNode* const rows = page.document.Root().Find("rows");
     if (rows == nullptr || !rows->IsArray()) {
         throw BadPage("the answer has no list \"rows\"");
     }
     if (rows->Children().size() > static_cast<std::size_t>(count)) {
         throw BadPage("the answer has more rows than were asked for");
     }
+    const std::size_t columns = results.columns.size();
+    page.values.resize(rows->Children().size() * columns);
     results.rows.reserve(rows->Children().size());
     for (const JSONNode& row : rows->Children()) {
         try {
-            results.rows.push_back(ReadRow(row, results.columns));
+            const std::span values(page.values.data() + results.rows.size() * columns, columns);
+            results.rows.push_back(ReadRow(row, results.columns, values, page));
         } catch (const BadPage& bad) {
             throw BadPage("row " + std::to_string(results.rows.size() + 1) + " of the answer " + bad.what());
         }
@@ -147,9 +164,10 @@ Error ReadPage(std::string_view json, int count, Results& results)
 {
     std::string reason;
     try {
-        const JSONDocument document = JSONDocument::Parse(orvcore::AsUTF8(json));
-        results.total = ReadTotal(document.Root());
-        ReadRows(document.Root(), count, results);
+        const auto content = std::make_shared<PageContent>(json);
+        results.content = content;
+        results.total = ReadTotal(content->document.Root());
+        ReadRows(*content, count, results);
         return Error::None;
     } catch (const BadPage& bad) {
         reason = bad.what();

@@ -55,7 +55,7 @@ public:
     Transfer(TransferRequest request, TransferHandler handler);
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
-    ~Transfer();
+    ~Transfer() override;
 
     bool IsDownload() const noexcept
     {
