@@ -51,4 +51,9 @@ std::vector<FolderState> ILocalGraphicSource::GetFolderStates() const
     return {};
 }
 
+bool ILocalGraphicSource::HasDirectory(const orvcore::UTF16String&) const
+{
+    return true;
+}
+
 } // namespace orvcapsule

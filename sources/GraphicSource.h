@@ -114,6 +114,9 @@ public:
     virtual std::vector<FolderFailure> GetFolderFailures() const;
     /// The folders of the source's filter as they are now; asks the file system, which may block. None here.
     virtual std::vector<FolderState> GetFolderStates() const;
+    /// Whether SearchDirectory has this directory to list, be it there or gone: of several sources with one identifier
+    /// it tells whose a changed directory is. May ask the file system. True here.
+    virtual bool HasDirectory(const orvcore::UTF16String& directory) const;
 };
 
 } // namespace orvcapsule

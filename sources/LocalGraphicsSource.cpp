@@ -298,6 +298,11 @@ std::vector<FolderFailure> LocalGraphicsSource::GetFolderFailures() const
     return failures_->Get();
 }
 
+bool LocalGraphicsSource::HasDirectory(const UTF16String& directory) const
+{
+    return !FindTarget(directory).folder.empty();
+}
+
 std::vector<FolderState> LocalGraphicsSource::GetFolderStates() const
 {
     std::vector<FolderState> states;

@@ -98,6 +98,8 @@ public:
 
     std::vector<FolderFailure> GetFolderFailures() const override;
     std::vector<FolderState> GetFolderStates() const override;
+    /// The root folder, what lies below it, and the custom directories, in whatever spelling.
+    bool HasDirectory(const orvcore::UTF16String& directory) const override;
 
 private:
     struct Target;
