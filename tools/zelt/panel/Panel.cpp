@@ -190,6 +190,9 @@ void Panel::Tell()
     if (std::string failure = browser_.TakeFailure(); !failure.empty()) {
         ChangeState([&](State& state) { state.problems.push_back(std::move(failure)); });
     }
+    if (stock_) {
+        stock_->TellVideos();
+    }
     std::string state = StateAsJSON();
     if (state != told_) {
         events_.Send(state);
