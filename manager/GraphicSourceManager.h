@@ -151,6 +151,8 @@ public:
     /// Lists everything again, as `RequestDefaultGraphicSet` does but independently of it. Cancels folder relistings.
     void LocalDirectoryChanged(const std::vector<GraphicSourceState>& states, bool showProgress);
     /// Lists one folder again; the directory callback receives its entries, none when no source is called `sourceID`.
+    /// Of several sources with that identifier the first that has the folder (`ILocalGraphicSource::HasDirectory`) is
+    /// asked, or the first of all where none has.
     /// `files` are the paths that changed, deleted ones included. Deleted files are removed from the index, the listed
     /// entries are indexed again, and the rows of all other files stay. Relistings of several folders may be queued; a
     /// newer one of the same folder cancels the older one. The host's progress display shows the relisting, and tells

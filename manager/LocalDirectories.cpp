@@ -60,18 +60,46 @@ void ReplaceIndexed(const detail::IndexSession& index, const std::vector<orvcore
     detail::ReindexEntries(index, entries, token);
 }
 
+// What `LocalDirectoryChanged` was asked for one folder.
+struct FolderRequest {
+    std::string sourceID;
+    orvcore::UTF8String directory;
+    std::vector<orvcore::UTF8String> files;
+    detail::TokenPtr token;
+    std::shared_ptr<GraphicSourceManager::DirectoryCallback> callback;
+};
+
+// Several sources may have one identifier, one for each root folder: the first that has the directory lists it, or the
+// first of all where none has.
+std::shared_ptr<ILocalGraphicSource> FindSourceOf(const detail::ManagerState& state, const std::string& sourceID,
+                                                  const orvcore::UTF16String& directory)
+{
+    std::shared_ptr<ILocalGraphicSource> first;
+    for (const auto& source : state.CopyLocalSources()) {
+        if (source->GetSourceID() == sourceID) {
+            if (source->HasDirectory(directory)) {
+                return source;
+            }
+            first = first ? first : source;
+        }
+    }
+    return first;
+}
+
 // What the source tells last of whether more follows. What it hands out before it fails stands.
-bool ListFolder(ILocalGraphicSource& source, const orvcore::UTF16String& directory, const detail::TokenPtr& token,
-                detail::EntryList& entries)
+bool ListFolder(const detail::ManagerState& state, const FolderRequest& request, detail::EntryList& entries)
 {
     bool last = true;
     try {
-        source.SearchDirectory(
-            [&](const detail::EntryList& found, const orvcore::UTF16String&, bool isLast) {
-                entries.insert(entries.end(), found.begin(), found.end());
-                last = isLast;
-            },
-            directory, token);
+        const orvcore::UTF16String directory = orvcore::PathTextToUTF16(request.directory);
+        if (const auto source = FindSourceOf(state, request.sourceID, directory)) {
+            source->SearchDirectory(
+                [&](const detail::EntryList& found, const orvcore::UTF16String&, bool isLast) {
+                    entries.insert(entries.end(), found.begin(), found.end());
+                    last = isLast;
+                },
+                directory, request.token);
+        }
     } catch (...) {
         detail::ReportCurrentException();
         last = true;
@@ -100,15 +128,6 @@ void ReplaceCustomDirectories(detail::ManagerState& state, const DirectoryList& 
     state.ReplaceSource(old, successor);
 }
 
-// What `LocalDirectoryChanged` was asked for one folder.
-struct FolderRequest {
-    std::string sourceID;
-    orvcore::UTF8String directory;
-    std::vector<orvcore::UTF8String> files;
-    detail::TokenPtr token;
-    std::shared_ptr<GraphicSourceManager::DirectoryCallback> callback;
-};
-
 void DeliverFolder(FolderRequest request, detail::EntryList entries, bool last)
 {
     // The listing may have been cut short by the end of the executors, and is then not whole.
@@ -133,10 +152,7 @@ void GetLocalGraphicsFromDirectory(const detail::ManagerState& state, const Fold
     {
         // Ends before the delivery is queued: a host that has the folder's entries has no line of progress any more.
         const detail::ProgressEnd end(*request.token);
-        const detail::SourcePtr source = state.FindSource(request.sourceID);
-        if (auto* local = dynamic_cast<ILocalGraphicSource*>(source.get())) {
-            last = ListFolder(*local, orvcore::PathTextToUTF16(request.directory), request.token, entries);
-        }
+        last = ListFolder(state, request, entries);
         ReplaceIndexed(state.Index(), request.files, entries, *request.token);
     }
     DeliverFolder(request, std::move(entries), last);

@@ -61,4 +61,9 @@ Thumbnail ILocalGraphicSource::GetThumbnail(const boost::shared_ptr<CapsuleEntry
     return thumbnail;
 }
 
+bool ILocalGraphicSource::HasDirectory(const orvcore::UTF16String&) const
+{
+    return true;
+}
+
 } // namespace orvcapsule

@@ -126,6 +126,9 @@ public:
     /// `previewFailure`. A class that derives from one that overrides it overrides both or neither.
     virtual Thumbnail GetThumbnail(const boost::shared_ptr<CapsuleEntry>& entry,
                                    const boost::shared_ptr<CheckCancel>& cancel) const;
+    /// Whether SearchDirectory has this directory to list, be it there or gone: of several sources with one identifier
+    /// it tells whose a changed directory is. May ask the file system. True here.
+    virtual bool HasDirectory(const orvcore::UTF16String& directory) const;
 };
 
 } // namespace orvcapsule

@@ -325,6 +325,11 @@ std::vector<FolderFailure> LocalGraphicsSource::GetFolderFailures() const
     return failures_->Get();
 }
 
+bool LocalGraphicsSource::HasDirectory(const UTF16String& directory) const
+{
+    return !FindTarget(directory).folder.empty();
+}
+
 std::vector<FolderState> LocalGraphicsSource::GetFolderStates() const
 {
     // Asks the file system now and looks at no listing: a disk may have come or gone since the last one.

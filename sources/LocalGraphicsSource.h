@@ -102,6 +102,8 @@ public:
     std::vector<FolderState> GetFolderStates() const override;
     Thumbnail GetThumbnail(const boost::shared_ptr<CapsuleEntry>& entry,
                            const boost::shared_ptr<CheckCancel>& cancel) const override;
+    /// The root folder, what lies below it, and the custom directories, in whatever spelling.
+    bool HasDirectory(const orvcore::UTF16String& directory) const override;
 
 private:
     struct Target;

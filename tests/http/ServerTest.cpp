@@ -2,11 +2,13 @@
 
 #include <tests/support/Latch.h>
 #include <tests/support/TempFolder.h>
+#include <tools/http/Later.h>
 #include <tools/http/Server.h>
 #include <tools/http/Stream.h>
 
 #include <gmock/gmock.h>
 
+#include <map>
 #include <thread>
 
 namespace {
@@ -238,11 +240,54 @@ TEST(HTTPStream, EndsWithItsClient)
     EXPECT_EQ(lonely.Unsent(), 0U);
 }
 
+TEST(HTTPServer, AnswersLaterWithoutAThread)
+{
+    std::map<std::string, std::shared_ptr<Later>> answers;
+    for (const char* path : {"/early", "/late", "/left", "/more"}) {
+        answers[path] = std::make_shared<Later>();
+    }
+    ServerOptions options;
+    options.limits.handlers = 1;
+    const Server server(
+        [&](const Request& request) {
+            Response response = Echo(request);
+            response.headers = {{"X-Kept", "yes"}};
+            if (const auto found = answers.find(request.path); found != answers.end()) {
+                response.body = found->second;
+            }
+            return response;
+        },
+        options);
+    const auto send = [&](const std::string& path) {
+        auto client = std::make_unique<RawClient>(server.Port());
+        client->Send("GET " + path + " HTTP/1.1\r\n" + kHost + "\r\n");
+        return client;
+    };
+    answers["/early"]->Answer(ErrorResponse(418, "early"));
+    answers["/early"]->Answer(ErrorResponse(200, "again"));
+    EXPECT_THAT(send("/early")->ReadAll(),
+                testing::AllOf(StartsWith("HTTP/1.1 418 "), HasSubstr("X-Kept: yes\r\n"), EndsWith("early\n")));
+    const auto late = send("/late");
+    const auto left = send("/left");
+    const auto more = send("/more");
+    EXPECT_THAT(Exchange(server.Port(), "GET /now HTTP/1.1\r\n" + kLast), EndsWith("GET/now|"));
+    left->EndSending();
+    more->Send("GET /now HTTP/1.1\r\n");
+    while (answers["/left"]->IsAwaited() || answers["/more"]->IsAwaited()) {
+        std::this_thread::yield();
+    }
+    answers["/left"]->Answer(ErrorResponse(200, "nobody"));
+    EXPECT_EQ(left->ReadAll() + more->ReadAll(), "");
+    std::thread([&] { answers["/late"]->Answer(ErrorResponse(200, "late")); }).join();
+    EXPECT_THAT(late->ReadAll(), EndsWith("late\n"));
+}
+
 TEST(HTTPServer, StopsInTheMiddleOfEverything)
 {
     const test::TempFolder folder;
     folder.Write("large", std::string(std::size_t{32} << 20, 'a'));
     const auto stream = std::make_shared<Stream>();
+    const auto later = std::make_shared<Later>();
     orvtest::Latch inHandler(1);
     orvtest::Latch mayReturn(1);
     Server server([&](const Request& request) {
@@ -252,6 +297,8 @@ TEST(HTTPServer, StopsInTheMiddleOfEverything)
         } else if (request.path == "/delayed") {
             response = ErrorResponse(200, "late");
             response.delay = 1h;
+        } else if (request.path == "/later") {
+            response.body = later;
         } else if (request.path == "/handler") {
             inHandler.count_down();
             mayReturn.wait();
@@ -263,7 +310,9 @@ TEST(HTTPServer, StopsInTheMiddleOfEverything)
     RawClient events(server.Port());
     RawClient large(server.Port());
     RawClient delayed(server.Port());
+    RawClient awaiting(server.Port());
     RawClient handled(server.Port());
+    awaiting.Send("GET /later HTTP/1.1\r\n" + kHost + "\r\n");
     events.Send("GET /events HTTP/1.1\r\n" + kHost + "\r\n");
     events.ReadUntil("\r\n\r\n");
     large.Send("GET /large HTTP/1.1\r\n" + kHost + "\r\n");
@@ -276,12 +325,13 @@ TEST(HTTPServer, StopsInTheMiddleOfEverything)
     WaitUntilEnded(*stream);
     EXPECT_THAT(events.ReadAll(), Not(HasSubstr("0\r\n\r\n"))) << "a stream that is cut is no complete one";
     EXPECT_LT(large.ReadAll().size(), std::size_t{32} << 20);
-    EXPECT_EQ(delayed.ReadAll(), "");
+    EXPECT_EQ(delayed.ReadAll() + awaiting.ReadAll(), "");
     mayReturn.count_down();
     stopping.join();
     EXPECT_EQ(handled.ReadAll(), "");
     EXPECT_THROW(RawClient(server.Port()), std::exception);
     server.Stop();
+    later->Answer(ErrorResponse(200, "nobody"));
 }
 
 // The stop meets answers at every stage: a head just written, the client's end just asked for, nothing begun.

@@ -144,6 +144,19 @@ TEST_F(BrowseTest, AChangedFolderIsListedAgainAlone)
 
     manager->LocalDirectoryChanged({}, true);
     EXPECT_THAT(Answer(), ElementsAre("all from 0 of 3: Bar Chart Countdown 10s torn"));
+
+    // A second root folder is a source of its own with the same identifier.
+    const auto second = folder / "second" / "below";
+    orvcore::EnsureDirectory(second);
+    std::filesystem::copy_file(folder / "root" / "countdown.zelt", second / "new.zelt");
+    manager->AddGraphicSource(
+        std::make_shared<orvcapsule::LocalGraphicsSource>(PathToUTF16(folder / "second"), NoFolders{}));
+    manager->LocalDirectoryChanged(orvcapsule::kLocalSourceID, PathToUTF8(second), {});
+    EXPECT_THAT(Answer(), ElementsAre("folder second/below: Countdown 10s last"));
+    std::filesystem::remove_all(second);
+    manager->LocalDirectoryChanged(orvcapsule::kLocalSourceID, PathToUTF8(second), {});
+    manager->LocalDirectoryChanged(orvcapsule::kLocalSourceID, PathToUTF8(folder / "nowhere"), {});
+    EXPECT_THAT(Answer(), ElementsAre("folder second/below: last", "folder nowhere: last"));
 }
 
 TEST_F(BrowseTest, ACustomFolderShowsWithTheNextListing)

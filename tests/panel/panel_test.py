@@ -70,6 +70,14 @@ def definition_of(package):
         return json.loads(archive.read("definition.json"))
 
 
+def replace_in_definition(package, old, new):
+    with zipfile.ZipFile(package) as archive:
+        parts = {name: archive.read(name) for name in archive.namelist()}
+    with zipfile.ZipFile(package, "w") as archive:
+        for name, content in parts.items():
+            archive.writestr(name, content.replace(old, new) if name == "definition.json" else content)
+
+
 class PanelTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -171,11 +179,14 @@ class PanelTest(unittest.TestCase):
             self.wait_for_names("broken-json")
             here = page.run("return location.href")
             self.assertIn("lang=de_DE", here)
+            self.assertEqual(page.text("#filters [data-value=ready]").split()[-1], "0") # of this folder
             page.run("history.back()")
             page.wait("what was before", "return document.querySelectorAll('.card').length === 8")
+            page.run("history.back()")
+            page.wait("the language before", "return " + CARD, "Lower Third – Clean")
             self.show(here, 1) # what the address says is found again
             self.assertEqual(self.names(), ["broken-json"])
-            self.assertEqual(page.run("return document.querySelector('#language').value"), "de_DE")
+            page.wait("German again", "return document.querySelector('#language').value === 'de_DE'")
 
     def test_hover_plays_and_reduced_motion_does_not(self):
         for reduced in (False, True):
@@ -213,6 +224,8 @@ class PanelTest(unittest.TestCase):
 
     def test_details_edit_and_save_as(self):
         page = self.page
+        # An id that looks like a change of another control.
+        replace_in_definition(self.folder / "lower-third.zelt", b'"s-size"', b'"t-name=s"')
         original = (self.folder / "lower-third.zelt").read_bytes()
         with self.browsing(self.folder) as address:
             self.show(address)
@@ -228,11 +241,11 @@ class PanelTest(unittest.TestCase):
             kinds = {kind for kind in page.run("return [...document.querySelectorAll('.kind')].map((e) => e.textContent)")}
             self.assertLessEqual({"Slider", "Colour", "Menu", "Check box", "Text", "Point", "Angle", "Scale", "Comment"}, kinds)
             page.write("[data-control='t-name'] textarea", "Anna 字幕")
-            page.write("[data-control='s-size'] input[type=number]", "64")
+            page.write("[data-control='t-name=s'] input[type=number]", "64")
             page.click("[data-control='b-shadow'] input")
             page.write("#details [aria-label^='Name in']", "Anna")
             page.choose("#details [data-keep=language]", "de_DE") # draws all anew, with the changes and the findings
-            self.assertEqual(page.run("return [...document.querySelectorAll('[data-control=s-size] input, [data-control=t-name] textarea')]"
+            self.assertEqual(page.run("return [...document.querySelectorAll('[data-control=\"t-name=s\"] input, [data-control=t-name] textarea')]"
                                       ".map((e) => e.value)"), ["Ihr Name", "64", "64"])
             self.assertIn("Nothing is wrong", page.text("#details .check"))
             page.choose("#details [data-keep=language]", "en_US")
@@ -254,24 +267,24 @@ class PanelTest(unittest.TestCase):
             made = definition_of(self.folder / "anna.zelt")
             values = {control["id"]: control.get("value") for control in made["clientControls"]}
             self.assertIn({"localeString": "en_US", "str": "Anna 字幕"}, values["t-name"]["strDB"])
-            self.assertEqual((values["s-size"], values["b-shadow"]), (64.0, False))
+            self.assertEqual((values["t-name=s"], values["b-shadow"]), (64.0, False))
             self.assertIn({"localeString": "en_US", "str": "Anna"}, made["capsuleNameLocalized"]["strDB"])
             self.assertEqual((self.folder / "lower-third.zelt").read_bytes(), original)
 
             # The original itself, only when that is chosen; a value out of its range is refused with the reason.
-            page.write("[data-control='s-size'] input[type=number]", "9999")
+            page.write("[data-control='t-name=s'] input[type=number]", "9999")
             page.click("#details footer .main")
             page.click("#save [value=replace]")
             page.click("#save .main")
             page.wait("the reason", "return document.querySelector('#save .told').textContent.includes('outside the range')")
             page.click("#save .end button")
-            page.write("[data-control='s-size'] input[type=number]", "20")
+            page.write("[data-control='t-name=s'] input[type=number]", "20")
             page.click("#details footer .main")
             page.click("#save [value=replace]")
             page.click("#save .main")
             page.wait("it is stored", "return !document.querySelector('#save').open")
             values = {c["id"]: c.get("value") for c in definition_of(self.folder / "anna.zelt")["clientControls"]}
-            self.assertEqual(values["s-size"], 20.0)
+            self.assertEqual(values["t-name=s"], 20.0)
             # The browser notes each refusal.
             self.assertEqual([c for c in page.complaints() if not ("/save" in c and "400" in c)], [])
 
@@ -291,8 +304,14 @@ class PanelTest(unittest.TestCase):
             self.assertEqual(data["value"], {"activeRows": 1, "columnValues": [["Sales"], [42.5]]})
 
     def test_folders_change_while_they_are_shown(self):
-        with self.browsing(self.folder) as address:
+        below = pathlib.Path(self.root.name, "Second", "below")
+        below.mkdir(parents=True)
+        with self.browsing(self.folder, below.parent) as address:
             self.show(address)
+            shutil.copy(self.folder / "untitled.zelt", below / "elsewhere.zelt")
+            self.page.wait("a new file of the second folder", "return " + CARD, "elsewhere")
+            (below / "elsewhere.zelt").unlink()
+            self.page.wait("that it is gone", "return !" + CARD, "elsewhere")
             shutil.copy(self.folder / "untitled.zelt", self.folder / "damaged/late.zelt")
             self.page.wait("a new file", "return " + CARD, "late")
             self.page.write("#search", "la")
@@ -382,10 +401,8 @@ class PanelTest(unittest.TestCase):
             page.click("#cancel") # reads on
             page.wait("all templates", "return document.querySelector('#count').textContent === arguments[0]", f"{MANY:,} templates", seconds=300)
             self.assertLess(page.run("return document.querySelectorAll('.card').length"), 100)
-            # Other programs of a busy machine lengthen tasks: one scroll of three without a long one shows that the
-            # page needs none.
-            longest = min(page.run(SCROLL) for _ in range(3))
-            self.assertLess(longest, 200)
+            # Other programs of a busy machine lengthen tasks: one scroll without a long one shows that the page needs none.
+            self.assertTrue(any(page.run(SCROLL) < 200 for _ in range(20)), "every scroll has a long task")
             self.assertEqual(page.run(SHOWN)[-1], "Title %05d" % (MANY - 1))
             self.picture("many")
             page.write("#search", "19999")
@@ -401,7 +418,7 @@ class PanelTest(unittest.TestCase):
                 page.run("document.querySelector('#grid').scrollTop = 1e9")
                 page.wait("the next one", "return document.querySelector('#count').textContent === '208 templates'")
                 page.write("#search", "countdown")
-                page.wait("what both find", "return document.querySelector('#count').textContent === '41 templates of 48'")
+                page.wait("what both find", "return document.querySelector('#count').textContent === '41 of 48 templates'")
                 page.wait("posters", "const all = [...document.querySelectorAll('.card img')];"
                           "return all.length > 1 && all.every((i) => i.classList.contains('here'))")
                 card = page.run("return [...document.querySelectorAll('.card')].find((c) => c.querySelector('.badge.stock')).id")
@@ -416,6 +433,27 @@ class PanelTest(unittest.TestCase):
                 page.wait("why there are none", "return document.querySelector('#notice').textContent.includes('stock') || "
                           "document.querySelector('#notice').textContent.includes('127.0.0.1')")
                 page.complaints()
+        finally:
+            service.kill()
+            service.wait()
+            service.stdout.close()
+
+    def test_a_stock_service_that_stalls_holds_up_nothing_else(self):
+        service = subprocess.Popen([ZELT, "stock", "serve", self.folder, "--port", "0", "--copies", "10", "--only", "files", "--stall"],
+                                   stdout=subprocess.PIPE, text=True)
+        try:
+            with self.browsing(self.folder, "--stock", service.stdout.readline().strip()) as address, contextlib.ExitStack() as waiting:
+                rows = json.loads(ask(address, "stock?first=0")[2])["rows"]
+                here = urllib.parse.urlsplit(address)
+                for kind in ("poster", "video", "details"):
+                    for row in rows[:12]:
+                        client = http.client.HTTPConnection(here.hostname, here.port, timeout=60)
+                        waiting.callback(client.close)
+                        client.request("GET", "%s%s?id=%d" % (here.path, kind, row[0]))
+                self.assertEqual(ask(address, "entries")[0], 200)
+                self.page.open(address)
+                self.page.wait("the service's templates", "return document.querySelectorAll('.badge.stock').length > 5")
+                self.open_details("Bar Chart")
         finally:
             service.kill()
             service.wait()

@@ -76,7 +76,7 @@ class Browser:
         """What a function's body returns in the page; a promise's value when it is settled."""
         return self._send("POST", "/execute/sync", {"script": script, "args": list(arguments)})
 
-    def wait(self, what, script, *arguments, seconds=30):
+    def wait(self, what, script, *arguments, seconds=60):
         """Waits until a function's body answers something true, and returns that."""
         end = time.monotonic() + seconds
         while True:

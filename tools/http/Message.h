@@ -13,6 +13,7 @@
 
 namespace orvtools::http {
 
+class Later;
 class Stream;
 
 /// Names and values in the order in which they came. Header names are compared without regard to case, names of a
@@ -47,7 +48,7 @@ struct FileBody {
 struct Response {
     unsigned status = 200;
     Fields headers; ///< line feeds and other control characters are taken out
-    std::variant<std::string, FileBody, std::shared_ptr<Stream>> body;
+    std::variant<std::string, FileBody, std::shared_ptr<Stream>, std::shared_ptr<Later>> body;
 
     /// @name Wrong and slow answers, with which clients are tested
     /// @{

@@ -37,7 +37,8 @@ struct ServerOptions {
 class Server {
 public:
     /// Answers one request. Called on one of the server's threads, for several requests at a time; what it throws is
-    /// answered with status 500 and no more. Long work belongs elsewhere: Stop waits for handlers that run.
+    /// answered with status 500 and no more. Long work belongs elsewhere (Later.h): Stop waits for handlers that run,
+    /// and other requests for one that is free.
     using Handler = std::function<Response(const Request&)>;
 
     /// Listens from now on. A handler that uses the server's owner may be called before the owner is complete: make the

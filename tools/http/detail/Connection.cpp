@@ -51,12 +51,22 @@ bool ToRequest(Message message, Request& request)
     return true;
 }
 
-Reply ReplyOf(const Server::Handler& handler, const Request& request, const Exchange& exchange)
+// What a handler has answered: something to send, or something to wait for.
+struct Answered {
+    Reply reply;
+    Response later;
+};
+
+Answered AnswerOf(const Server::Handler& handler, const Request& request, const Exchange& exchange)
 {
     try {
-        return MakeReply(request, handler(request), exchange);
+        Response response = handler(request);
+        if (std::holds_alternative<std::shared_ptr<Later>>(response.body)) {
+            return {{}, std::move(response)};
+        }
+        return {MakeReply(request, std::move(response), exchange), {}};
     } catch (...) { // what went wrong may name files; it is the handler's to tell
-        return MakeReply(request, ErrorResponse(500, "the request could not be answered"), exchange);
+        return {MakeReply(request, ErrorResponse(500, "the request could not be answered"), exchange), {}};
     }
 }
 
@@ -89,6 +99,7 @@ Connection::Connection(Tcp::socket socket, Shared& shared)
 
 Connection::~Connection()
 {
+    Abandon();
     shared_.connections.erase(this);
 }
 
@@ -103,6 +114,7 @@ void Connection::Drop()
 {
     delay_.cancel();
     stream_.close();
+    Abandon();
     reply_ = {};
     waits_ = false;
 }
@@ -144,21 +156,65 @@ void Connection::OnRequest(const Error& error)
     exchange_ = {parser_->keep_alive(), parser_->get().version() >= 11};
     Request request;
     if (ToRequest(parser_->release(), request)) {
-        Answer(std::move(request));
+        Answer(shared_.handler, std::move(request));
     } else {
         Refuse(400, "the request's address or Host is not valid");
     }
 }
 
-void Connection::Answer(Request request)
+void Connection::Answer(Server::Handler by, Request request)
 {
-    shared_.workers.Post([self = shared_from_this(), request = std::move(request)]() mutable {
-        Reply reply = ReplyOf(self->shared_.handler, request, self->exchange_);
+    shared_.workers.Post([self = shared_from_this(), by = std::move(by), request = std::move(request)]() mutable {
+        Answered answered = AnswerOf(by, request, self->exchange_);
         const auto executor = self->stream_.get_executor();
         // The connection goes on and ends on its own thread: this one keeps no pointer to it.
         asio::post(executor,
-                   [self = std::move(self), reply = std::move(reply)]() mutable { self->Send(std::move(reply)); });
+                   [self = std::move(self), request = std::move(request), answered = std::move(answered)]() mutable {
+                       if (answered.reply.head.empty()) {
+                           self->Await(std::move(request), std::move(answered.later));
+                       } else {
+                           self->Send(std::move(answered.reply));
+                       }
+                   });
     });
+}
+
+void Connection::Await(Request request, Response response)
+{
+    awaited_ = Awaited{std::move(request), std::move(response.headers),
+                       std::get<std::shared_ptr<Later>>(std::move(response.body))};
+    if (!stream_.socket().is_open()) { // the server has stopped meanwhile
+        Abandon();
+        return;
+    }
+    exchange_.keepAlive = false;
+    awaited_->answer->OnAnswer([weak = weak_from_this(), executor = stream_.get_executor()] {
+        asio::post(executor, [weak] {
+            const auto self = weak.lock();
+            if (self && self->awaited_) {
+                self->OnAnswer();
+            }
+        });
+    });
+    WatchForLeaving();
+}
+
+void Connection::OnAnswer()
+{
+    auto [request, headers, answer] = std::move(*awaited_);
+    awaited_.reset();
+    Response response = answer->Take();
+    response.headers.insert(response.headers.end(), headers.begin(), headers.end());
+    Answer([response = std::move(response)](const Request&) mutable { return std::move(response); },
+           std::move(request));
+}
+
+void Connection::Abandon()
+{
+    if (awaited_) {
+        awaited_->answer->Abandon();
+        awaited_.reset();
+    }
 }
 
 void Connection::Refuse(unsigned status, std::string_view why)
@@ -188,10 +244,6 @@ void Connection::Begin()
 {
     out_ = std::move(reply_.head);
     if (reply_.isStream) {
-        if (received_.size() > 0) { // as in WatchForLeaving
-            Drop();
-            return;
-        }
         reply_.body->OnReady([weak = weak_from_this(), executor = stream_.get_executor()] {
             asio::post(executor, [weak] {
                 const auto self = weak.lock();
@@ -202,6 +254,9 @@ void Connection::Begin()
             });
         });
         WatchForLeaving();
+        if (!stream_.socket().is_open()) {
+            return;
+        }
     }
     Pump();
 }
@@ -241,10 +296,17 @@ void Connection::OnWritten(const Error& error)
     }
 }
 
-// Nothing else tells that the client of a stream has left while there is nothing to write. One that sends something
-// meanwhile has misunderstood the answer.
+// Nothing else tells that a client has left while there is nothing to write. One that sends something meanwhile has
+// misunderstood the answer.
 void Connection::WatchForLeaving()
 {
+    if (std::exchange(isWatched_, true)) {
+        return;
+    }
+    if (received_.size() > 0) {
+        Drop();
+        return;
+    }
     stream_.expires_never();
     stream_.async_read_some(asio::buffer(ignored_),
                             [self = shared_from_this()](const Error&, std::size_t) { self->Drop(); });
@@ -252,10 +314,9 @@ void Connection::WatchForLeaving()
 
 void Connection::Finish()
 {
-    const bool isStream = reply_.isStream;
     const bool close = reply_.close;
     reply_ = {};
-    if (isStream) {
+    if (isWatched_) { // no other read may begin
         Drop();
     } else if (close) {
         Error ignored;

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <tools/http/Later.h>
 #include <tools/http/Server.h>
+#include <tools/http/Workers.h>
 #include <tools/http/detail/Reply.h>
-#include <tools/http/detail/Workers.h>
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -54,11 +55,19 @@ public:
 private:
     using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
     using Error = boost::beast::error_code;
+    struct Awaited {
+        Request request;
+        Fields headers;
+        std::shared_ptr<Later> answer;
+    };
 
     void AwaitRequest();
     void ReadRequest();
     void OnRequest(const Error& error);
-    void Answer(Request request);
+    void Answer(Server::Handler by, Request request);
+    void Await(Request request, Response response);
+    void OnAnswer();
+    void Abandon();
     void Refuse(unsigned status, std::string_view why);
     void Send(Reply reply);
     void Begin();
@@ -75,10 +84,12 @@ private:
     std::array<char, 4096> ignored_{};
     std::optional<Parser> parser_; // a new one for each request
     Exchange exchange_;
+    std::optional<Awaited> awaited_;
     Reply reply_;
     std::string out_; // what is being written
     bool atEnd_ = false;
-    bool waits_ = false; // for a stream
+    bool waits_ = false;     // for a stream
+    bool isWatched_ = false; // for its client's leaving; it ends with this answer
     std::size_t lingered_ = 0;
 };
 

@@ -60,7 +60,7 @@ void Serve(const Places& places, const BrowseOptions& options)
         panel.Tell();
     }
     if (panel.Stock() != nullptr) {
-        panel.Stock()->Stop(); // threads of the server may wait for it
+        panel.Stock()->Stop();
     }
     server.Stop(); // its threads use the panel
 }

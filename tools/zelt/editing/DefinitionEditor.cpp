@@ -93,6 +93,35 @@ std::string Named(const std::vector<std::string>& ids)
     return ids.size() <= kMost ? named : named + " and " + std::to_string(ids.size() - kMost) + " more";
 }
 
+// The controls of a document by their ids.
+struct NamedControls {
+    explicit NamedControls(const JSONSplice& document)
+    {
+        static const JSONOutline kNoControls;
+        const JSONOutline* list = document.Root().Find(CAPSULE_CONTROLS_STR);
+        for (const JSONOutline& control : (list != nullptr ? *list : kNoControls).children) {
+            ids.push_back(DecodedText(document, control.Find(CAPSULE_CONTROL_ID_STR)));
+            byId[ids.back()].push_back(&control);
+        }
+    }
+
+    // @throws UsageError
+    const JSONOutline& Need(const std::string& id) const
+    {
+        const auto found = byId.find(id);
+        if (found == byId.end()) {
+            throw UsageError("there is no control \"" + id + (ids.empty() ? "\"" : "\"; there are: " + Named(ids)));
+        }
+        if (found->second.size() > 1) {
+            throw UsageError("control \"" + id + "\": several controls have this id");
+        }
+        return *found->second.front();
+    }
+
+    std::vector<std::string> ids; // in the document's order
+    std::map<std::string, std::vector<const JSONOutline*>> byId;
+};
+
 // An object with the members of another put over its own; both are JSON texts.
 std::string Merged(std::string_view object, const std::string& over)
 {
@@ -164,14 +193,30 @@ void DefinitionEditor::SetName(std::string_view text, const std::string& locale)
     SetLocalizedText(kNameKey, locale, text);
 }
 
+// An id may hold an equals sign: the shortest beginning that is an id counts.
 void DefinitionEditor::SetControl(std::string_view assignment, const std::string& locale, bool force)
 {
-    std::size_t idLength = 0;
-    const JSONOutline& control = FindControl(assignment, idLength);
+    const std::size_t first = assignment.find('=');
+    if (first == assignment.npos) {
+        throw UsageError('"' + std::string(assignment) + "\" is not ID=VALUE");
+    }
+    const NamedControls controls(splice_);
+    std::size_t end = first;
+    while (end != assignment.npos && !controls.byId.contains(std::string(assignment.substr(0, end)))) {
+        end = assignment.find('=', end + 1);
+    }
+    end = end == assignment.npos ? first : end;
+    SetControl(std::string(assignment.substr(0, end)), assignment.substr(end + 1), locale, force);
+}
+
+void DefinitionEditor::SetControl(const std::string& id, std::string_view value, const std::string& locale, bool force)
+{
+    const NamedControls controls(splice_);
+    const JSONOutline& control = controls.Need(id);
     try {
-        SetValue(control, assignment.substr(idLength + 1), locale, force);
+        SetValue(control, value, locale, force);
     } catch (const UsageError& error) {
-        throw UsageError("control \"" + std::string(assignment.substr(0, idLength)) + "\": " + error.what());
+        throw UsageError("control \"" + id + "\": " + error.what());
     }
 }
 
@@ -256,34 +301,6 @@ void DefinitionEditor::SetTextFrom(std::string_view assignment)
 std::string DefinitionEditor::OlderName() const
 {
     return DecodedText(splice_, splice_.Root().Find(CAPSULE_CAPNAME_STR));
-}
-
-// An id may hold an equals sign: the shortest beginning that is an id counts.
-const JSONOutline& DefinitionEditor::FindControl(std::string_view assignment, std::size_t& idLength) const
-{
-    const std::size_t first = assignment.find('=');
-    if (first == assignment.npos) {
-        throw UsageError('"' + std::string(assignment) + "\" is not ID=VALUE");
-    }
-    static const JSONOutline kNoControls;
-    const JSONOutline* list = splice_.Root().Find(CAPSULE_CONTROLS_STR);
-    std::vector<std::string> known;
-    std::map<std::string, std::vector<const JSONOutline*>> byId;
-    for (const JSONOutline& control : (list != nullptr ? *list : kNoControls).children) {
-        known.push_back(DecodedText(splice_, control.Find(CAPSULE_CONTROL_ID_STR)));
-        byId[known.back()].push_back(&control);
-    }
-    for (idLength = first; idLength != assignment.npos; idLength = assignment.find('=', idLength + 1)) {
-        const auto found = byId.find(std::string(assignment.substr(0, idLength)));
-        if (found != byId.end() && found->second.size() > 1) {
-            throw UsageError("control \"" + found->first + "\": several controls have this id");
-        }
-        if (found != byId.end()) {
-            return *found->second.front();
-        }
-    }
-    throw UsageError("there is no control \"" + std::string(assignment.substr(0, first)) +
-                     (known.empty() ? "\"" : "\"; there are: " + Named(known)));
 }
 
 void DefinitionEditor::SetValue(const JSONOutline& control, std::string_view input, const std::string& locale,

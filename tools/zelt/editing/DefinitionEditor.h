@@ -34,7 +34,9 @@ public:
     std::vector<std::string> SetTexts(const std::vector<TextTable::Row>& rows);
     /// @param assignment  "LOCALE:KEY=TEXT" @throws UsageError
     void SetTextFrom(std::string_view assignment);
-    /// Sets a control's value. @param assignment  "ID=VALUE" @throws UsageError
+    /// Sets a control's value. @param locale  of a text @throws UsageError
+    void SetControl(const std::string& id, std::string_view value, const std::string& locale, bool force);
+    /// @param assignment  "ID=VALUE", where the shortest beginning that is an id counts
     void SetControl(std::string_view assignment, const std::string& locale, bool force);
 
     const orvcore::serialization::JSONSplice& Document() const noexcept
@@ -53,7 +55,6 @@ private:
     void SetLocalizedText(const std::string& key, const std::string& locale, std::string_view text);
     void SetLocalized(const TextPlace& place, const Texts& texts, const std::string& older);
     void SetEntry(const orvcore::serialization::JSONOutline& list, const std::string& locale, const std::string& text);
-    const orvcore::serialization::JSONOutline& FindControl(std::string_view assignment, std::size_t& idLength) const;
     void SetValue(const orvcore::serialization::JSONOutline& control, std::string_view input, const std::string& locale,
                   bool force);
 

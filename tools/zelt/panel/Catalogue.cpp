@@ -4,8 +4,8 @@
 #include <tools/zelt/panel/EntryRow.h>
 
 #include <orvcore/files/Paths.h>
-#include <sources/SourceNames.h>
 
+#include <unordered_set>
 #include <utility>
 
 // How a page stays up to date. Each change of a template (found, changed, gone) takes the next revision, and `changes_`
@@ -58,7 +58,7 @@ void Catalogue::Put(const Entries& entries)
     }
 }
 
-void Catalogue::PutUnlocked(const Entry& entry)
+std::uint64_t Catalogue::PutUnlocked(const Entry& entry)
 {
     const std::uint64_t id = NumberUnlocked(PathOf(*entry));
     Record& record = records_[id];
@@ -69,6 +69,13 @@ void Catalogue::PutUnlocked(const Entry& entry)
     if (isNews) {
         Touch(id);
     }
+    return id;
+}
+
+void Catalogue::Remove(std::uint64_t id)
+{
+    records_[id].entry.reset();
+    Touch(id);
 }
 
 void Catalogue::EndListing()
@@ -76,26 +83,23 @@ void Catalogue::EndListing()
     const std::lock_guard lock(mutex_);
     for (std::uint64_t id = 0; id < records_.size(); ++id) {
         if (records_[id].entry && records_[id].listing != listing_) {
-            records_[id].entry.reset();
-            Touch(id);
+            Remove(id);
         }
     }
 }
 
 void Catalogue::PutFolder(const std::string& folder, const Entries& entries)
 {
-    Put(entries);
-    std::set<std::uint64_t> present;
+    std::unordered_set<std::uint64_t> present;
     const std::lock_guard lock(mutex_);
     for (const Entry& entry : entries) {
-        present.insert(NumberUnlocked(PathOf(*entry)));
+        present.insert(PutUnlocked(entry));
     }
+    const auto number = folders_.Find(folder);
     for (std::uint64_t id = 0; id < records_.size(); ++id) {
-        const Entry& entry = records_[id].entry;
-        if (entry && entry->GetSourceID() == orvcapsule::kLocalSourceID && !present.contains(id) &&
-            FolderOf(*entry) == folder) {
-            records_[id].entry.reset();
-            Touch(id);
+        const Record& record = records_[id];
+        if (record.entry && record.folder == number && !present.contains(id)) {
+            Remove(id);
         }
     }
 }

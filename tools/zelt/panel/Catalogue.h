@@ -53,7 +53,8 @@ private:
     };
 
     std::uint64_t NumberUnlocked(const std::string& path);
-    void PutUnlocked(const Entry& entry);
+    std::uint64_t PutUnlocked(const Entry& entry);
+    void Remove(std::uint64_t id);
     void Touch(std::uint64_t id);
 
     mutable std::mutex mutex_;

@@ -23,18 +23,19 @@ std::string TitleOf(const std::string& folder)
     return path.has_filename() ? ToText(path.filename()) : folder;
 }
 
-} // namespace
-
-std::string FolderOf(const orvcapsule::CapsuleEntry& entry)
-{
-    return ToText(orvcore::PathFromUTF8(entry.path).parent_path());
-}
-
+// Whether a folder, by its full path, is another or lies below it.
 bool IsInOrBelow(const std::string& folder, const std::string& top)
 {
     const auto isSeparator = [](char c) { return c == '/' || c == '\\'; };
     return folder.starts_with(top) &&
            (folder.size() == top.size() || isSeparator(top.back()) || isSeparator(folder[top.size()]));
+}
+
+} // namespace
+
+std::string FolderOf(const orvcapsule::CapsuleEntry& entry)
+{
+    return ToText(orvcore::PathFromUTF8(entry.path).parent_path());
 }
 
 FolderTable::FolderTable(const std::vector<std::string>& folders)
@@ -60,6 +61,12 @@ std::size_t FolderTable::Find(const orvcapsule::CapsuleEntry& entry)
         labels_.push_back(LabelOf(entry, place));
     }
     return at->second;
+}
+
+std::optional<std::size_t> FolderTable::Find(const std::string& folder) const
+{
+    const auto at = numbers_.find(folder);
+    return at == numbers_.end() ? std::nullopt : std::optional(at->second);
 }
 
 std::string FolderTable::LabelOf(const orvcapsule::CapsuleEntry& entry, const std::string& folder) const

@@ -2,6 +2,7 @@
 
 #include <sources/CapsuleEntry.h>
 
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -21,6 +22,8 @@ public:
 
     /// The number of an entry's folder.
     std::size_t Find(const orvcapsule::CapsuleEntry& entry);
+    /// The number of a folder of the disk; none when no entry was met in it.
+    std::optional<std::size_t> Find(const std::string& folder) const;
 
     /// Names with "/" between a folder and those below it: "Titles/News", "Lumo Libraries/Team".
     const std::vector<std::string>& Labels() const noexcept
@@ -35,9 +38,6 @@ private:
     std::vector<std::string> labels_;
     std::unordered_map<std::string, std::size_t> numbers_; // by where an entry lies
 };
-
-/// Whether a folder, by its full path, is another or lies below it.
-bool IsInOrBelow(const std::string& folder, const std::string& top);
 
 /// The folder that a package lies in.
 std::string FolderOf(const orvcapsule::CapsuleEntry& entry);

@@ -130,11 +130,6 @@ void Panel::SetLanguage(const std::string& language)
 
 void Panel::RefreshFolder(const std::string& folder, const std::vector<std::string>& files)
 {
-    const Places& places = browser_.GetPlaces();
-    if (places.folders.empty() || (!places.isShallow && !IsInOrBelow(folder, places.folders.front()))) {
-        Refresh(); // the manager asks the first of its sources of one kind alone
-        return;
-    }
     std::vector<orvcore::UTF8String> changed;
     changed.reserve(files.size());
     for (const std::string& file : files) {
@@ -203,6 +198,9 @@ void Panel::Tell()
 {
     if (std::string failure = browser_.TakeFailure(); !failure.empty()) {
         ChangeState([&](State& state) { state.problems.push_back(std::move(failure)); });
+    }
+    if (stock_) {
+        stock_->TellVideos();
     }
     std::string state = StateAsJSON();
     if (state != told_) {

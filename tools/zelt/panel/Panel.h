@@ -37,7 +37,7 @@ public:
     void SetLanguage(const std::string& language);
     /// Lists a folder anew whose packages have changed.
     void RefreshFolder(const std::string& folder, const std::vector<std::string>& files);
-    /// Tells the pages what has changed since it was called last.
+    /// Tells the pages what has changed since it was called last, and hands out videos of the stock service.
     void Tell();
     /// @}
 

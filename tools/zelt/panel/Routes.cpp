@@ -13,6 +13,7 @@
 #include <sources/SearchIndex.h>
 #include <sources/SourceNames.h>
 #include <tools/http/Guard.h>
+#include <tools/http/Later.h>
 #include <tools/http/Stream.h>
 
 #include <algorithm>
@@ -64,6 +65,32 @@ http::Response PageResponse(const PageFile& file)
     http::Response response = http::TextResponse(200, type, std::string(file.content));
     response.headers.emplace_back("Cache-Control", "no-cache");
     return response;
+}
+
+http::Response PreviewResponse(const orvcore::UTF8String& path, bool isVideo)
+{
+    if (path.empty()) {
+        return Refusal(404, "there is no preview");
+    }
+    http::Response response;
+    response.body = http::FileBody{orvcore::PathFromUTF8(path)};
+    response.headers.emplace_back("Content-Type", isVideo ? "video/mp4" : "image/png");
+    response.headers.emplace_back("Cache-Control", "private, max-age=86400"); // the address names the package's time
+    return response;
+}
+
+template <class Make>
+http::Response AnswerOrWhy(const Make& make)
+{
+    try {
+        return make();
+    } catch (const UsageError& error) {
+        return Refusal(400, error.what());
+    } catch (const FileError& error) {
+        return Refusal(409, error.GetFile() + ": " + error.what());
+    } catch (const std::exception& error) {
+        return Refusal(500, error.what());
+    }
 }
 
 std::vector<orvcore::UTF16String> TermsOf(const http::Request& request)
@@ -129,18 +156,26 @@ http::Response Routes::Dispatch(const Request& request)
         return response;
     }
     const std::string name(path.substr(slash + 1));
-    try {
+    return AnswerOrWhy([&] {
         if (request.method == "GET" || request.method == "HEAD") {
             return Get(name, request);
         }
         return request.method == "POST" ? Post(name, request) : Refusal(405, "only GET and POST are answered");
-    } catch (const UsageError& error) {
-        return Refusal(400, error.what());
-    } catch (const FileError& error) {
-        return Refusal(409, error.GetFile() + ": " + error.what());
-    } catch (const std::exception& error) {
-        return Refusal(500, error.what());
-    }
+    });
+}
+
+// What asks the stock service waits for it on the shelf's threads, of which a client can only hold up its like.
+http::Response Routes::FromStock(PostToShelf post, std::function<Response(StockShelf&)> make)
+{
+    Response response;
+    const auto later = std::make_shared<http::Later>();
+    response.body = later;
+    (panel_.Stock()->*post)([&shelf = *panel_.Stock(), later, make = std::move(make)] {
+        if (later->IsAwaited()) { // a page that scrolls on drops what it asked for
+            later->Answer(AnswerOrWhy([&] { return make(shelf); }));
+        }
+    });
+    return response;
 }
 
 http::Response Routes::Get(const std::string& name, const Request& request)
@@ -158,8 +193,9 @@ http::Response Routes::Get(const std::string& name, const Request& request)
         return name == "search" ? Search(request) : Tags(request);
     }
     if (name == "stock" && panel_.Stock() != nullptr) {
-        const int first = std::max(0, NumberOf<int>(request, "first"));
-        return JSONResponse(panel_.Stock()->PageAsJSON(TermsOf(request), first));
+        return FromStock(&StockShelf::PostSearch,
+                         [terms = TermsOf(request), first = std::max(0, NumberOf<int>(request, "first"))](
+                             StockShelf& shelf) { return JSONResponse(shelf.PageAsJSON(terms, first)); });
     }
     if (name == "poster" || name == "video") {
         return Preview(request, name == "video");
@@ -230,31 +266,33 @@ Catalogue::Entry Routes::EntryOf(const Request& request)
 http::Response Routes::Preview(const Request& request, bool isVideo)
 {
     const auto entry = EntryOf(request);
-    const orvcore::UTF8String path = PreviewPath(entry, isVideo);
-    if (path.empty()) {
-        return Refusal(404, "there is no preview");
-    }
-    Response response;
-    response.body = http::FileBody{orvcore::PathFromUTF8(path)};
-    response.headers.emplace_back("Content-Type", isVideo ? "video/mp4" : "image/png");
-    response.headers.emplace_back("Cache-Control", "private, max-age=86400"); // the address names the package's time
-    return response;
-}
-
-orvcore::UTF8String Routes::PreviewPath(const Catalogue::Entry& entry, bool isVideo)
-{
     if (const auto stock = boost::dynamic_pointer_cast<orvcapsule::StockCapsuleEntry>(entry)) {
-        return isVideo ? panel_.Stock()->VideoOf(stock) : panel_.Stock()->PosterOf(stock);
+        return isVideo ? StockVideo(stock) : FromStock(&StockShelf::PostFetch, [stock](StockShelf& shelf) {
+            return PreviewResponse(shelf.PosterOf(stock), false);
+        });
     }
     // Made now where it is missing: the working folder may have been trimmed since the listing.
-    return isVideo ? entry->videoPreviewPath : panel_.Host().GetManager().GetThumbnailPath(entry, nullptr);
+    return PreviewResponse(
+        isVideo ? entry->videoPreviewPath : panel_.Host().GetManager().GetThumbnailPath(entry, nullptr), isVideo);
+}
+
+http::Response Routes::StockVideo(const StockShelf::Entry& entry)
+{
+    Response response;
+    const auto later = std::make_shared<http::Later>();
+    response.body = later;
+    panel_.Stock()->FindVideo(entry,
+                              [later](const orvcore::UTF8String& path) { later->Answer(PreviewResponse(path, true)); });
+    return response;
 }
 
 http::Response Routes::Details(const Request& request)
 {
     const auto entry = EntryOf(request);
     if (const auto stock = boost::dynamic_pointer_cast<orvcapsule::StockCapsuleEntry>(entry)) {
-        return JSONResponse(StockDetailsAsJSON(*stock, panel_.Stock()->CapsuleOf(stock).get()));
+        return FromStock(&StockShelf::PostFetch, [stock](StockShelf& shelf) {
+            return JSONResponse(StockDetailsAsJSON(*stock, shelf.CapsuleOf(stock).get()));
+        });
     }
     const auto& folders = panel_.Host().GetPlaces().folders;
     const std::filesystem::path copies = CopyFolderOf(*entry, folders);
@@ -272,11 +310,11 @@ http::Response Routes::Search(const Request& request) const
 {
     std::set<orvcore::UTF16String> paths;
     orvcapsule::QueryRapidFindDB(TermsOf(request), paths);
-    std::string list;
+    std::string ids;
     for (const std::uint64_t id : panel_.Templates().NumbersOf(paths)) {
-        list += (list.empty() ? "" : ",") + std::to_string(id);
+        ids.append(ids.empty() ? "{\"ids\":[" : ",").append(std::to_string(id));
     }
-    return JSONResponse("{\"ids\":[" + list + "]}");
+    return JSONResponse(ids.empty() ? "{\"ids\":[]}" : ids.append("]}"));
 }
 
 http::Response Routes::Tags(const Request& request) const

@@ -5,6 +5,7 @@
 #include <tools/http/Message.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace zelt {
@@ -31,7 +32,9 @@ private:
     Response Get(const std::string& name, const Request& request);
     Response Post(const std::string& name, const Request& request);
     Response Preview(const Request& request, bool isVideo);
-    orvcore::UTF8String PreviewPath(const Catalogue::Entry& entry, bool isVideo);
+    Response StockVideo(const StockShelf::Entry& entry);
+    using PostToShelf = void (StockShelf::*)(std::function<void()>);
+    Response FromStock(PostToShelf post, std::function<Response(StockShelf&)> make);
     Response Details(const Request& request);
     Response Search(const Request& request) const;
     Response Tags(const Request& request) const;

@@ -100,7 +100,7 @@ std::string Changed(const Template& read, const SaveRequest& request)
     }
     for (const SaveRequest::Value& value : request.controls) {
         try {
-            editor.SetControl(value.control + '=' + value.value, value.locale, false);
+            editor.SetControl(value.control, value.value, value.locale, false);
         } catch (const UsageError& error) {
             wrong += (wrong.empty() ? "" : "\n") + std::string(error.what());
         }

@@ -6,9 +6,9 @@
 
 #include <stock/StockPreviewDownloadManager.h>
 
-#include <chrono>
+#include <algorithm>
 #include <future>
-#include <thread>
+#include <iterator>
 
 namespace zelt {
 
@@ -18,8 +18,10 @@ using namespace orvcapsule;
 using namespace std::chrono_literals;
 
 constexpr auto kGlance = 50ms;   // between two looks at what is being waited for
-constexpr auto kVideoWait = 10s; // a page asks again
+constexpr auto kVideoWait = 10s; // the library does not tell when one cannot be had
 constexpr auto kPageWait = 70s;  // longer than the client's own time-outs
+constexpr std::size_t kSearches = 2;
+constexpr std::size_t kFetches = 4;
 
 std::shared_ptr<StockSource> MakeSource(const std::string& url)
 {
@@ -40,12 +42,15 @@ StockShelf::StockShelf(const std::string& url)
     : url_(url)
     , source_(MakeSource(url))
     , stop_(new CheckCancel)
+    , searches_(kSearches)
+    , fetches_(kFetches)
 {
     StockPreviewDownloadManager::Initialize();
 }
 
 StockShelf::~StockShelf()
 {
+    Stop();
     StockPreviewDownloadManager::Terminate();
     source_->Terminate();
 }
@@ -53,6 +58,18 @@ StockShelf::~StockShelf()
 void StockShelf::Stop()
 {
     stop_->Abort();
+    searches_.Stop();
+    fetches_.Stop();
+}
+
+void StockShelf::PostSearch(std::function<void()> work)
+{
+    searches_.Post(std::move(work));
+}
+
+void StockShelf::PostFetch(std::function<void()> work)
+{
+    fetches_.Post(std::move(work));
 }
 
 std::string StockShelf::PageAsJSON(const std::vector<orvcore::UTF16String>& terms, int first)
@@ -116,17 +133,34 @@ orvcore::UTF8String StockShelf::PosterOf(const Entry& entry) const
     return source_->GetThumbnailPath(entry, stop_);
 }
 
-orvcore::UTF8String StockShelf::VideoOf(const Entry& entry) const
+void StockShelf::FindVideo(const Entry& entry, OnVideo onVideo)
 {
     // Of several that wait for one video only the first would be called, so each looks for itself.
     StockPreviewDownloadManager::GetInstance()->DownloadPreview(nullptr, entry);
-    const auto end = std::chrono::steady_clock::now() + kVideoWait;
-    orvcore::UTF8String path = entry->GetVideoPreviewPath();
-    while (path.empty() && !stop_->GetAbort() && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(kGlance);
-        path = entry->GetVideoPreviewPath();
+    const orvcore::UTF8String path = entry->GetVideoPreviewPath();
+    if (!path.empty()) {
+        onVideo(path);
+        return;
     }
-    return path;
+    const std::lock_guard lock(mutex_);
+    videos_.push_back({entry, std::chrono::steady_clock::now() + kVideoWait, std::move(onVideo)});
+}
+
+void StockShelf::TellVideos()
+{
+    std::vector<Awaited> ended;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto now = std::chrono::steady_clock::now();
+        const auto first = std::partition(videos_.begin(), videos_.end(), [now](const Awaited& video) {
+            return now < video.end && video.entry->GetVideoPreviewPath().empty();
+        });
+        std::move(first, videos_.end(), std::back_inserter(ended));
+        videos_.erase(first, videos_.end());
+    }
+    for (const Awaited& video : ended) {
+        video.onVideo(video.entry->GetVideoPreviewPath());
+    }
 }
 
 std::shared_ptr<Capsule> StockShelf::CapsuleOf(const Entry& entry) const

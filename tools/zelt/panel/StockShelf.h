@@ -4,8 +4,11 @@
 
 #include <stock/StockCapsuleEntry.h>
 #include <stock/StockSource.h>
+#include <tools/http/Workers.h>
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -15,8 +18,8 @@
 namespace zelt {
 
 /// The stock service behind the page: results a page at a time, as the user scrolls, and what they need to be shown.
-/// Templates have numbers of their own, far above the catalogue's. Calls wait for the service; any thread may make
-/// them.
+/// Templates have numbers of their own, far above the catalogue's. Calls that wait for the service belong on its own
+/// threads, so that a slow one holds up nothing else.
 class StockShelf {
 public:
     using Entry = boost::shared_ptr<orvcapsule::StockCapsuleEntry>;
@@ -30,8 +33,14 @@ public:
     StockShelf& operator=(const StockShelf&) = delete;
     ~StockShelf();
 
-    /// Ends waiting calls soon, and those made later at once.
+    /// Ends waiting calls soon, drops what has not begun, and returns when none runs any more.
     void Stop();
+    /// @name Run work that waits for the service on one of the shelf's few threads
+    /// Searches have some of their own, for files may come from elsewhere and stall while searches are answered.
+    /// @{
+    void PostSearch(std::function<void()> work);
+    void PostFetch(std::function<void()> work);
+    /// @}
 
     /// A page of results from a position on as JSON: "rows" (EntryRow.h), and the "total" of the query.
     /// @throws FileError  that says why there is none
@@ -43,11 +52,22 @@ public:
     /// Paths are empty where the service gives none.
     /// @{
     orvcore::UTF8String PosterOf(const Entry& entry) const;
-    orvcore::UTF8String VideoOf(const Entry& entry) const;
     std::shared_ptr<orvcapsule::Capsule> CapsuleOf(const Entry& entry) const;
     /// @}
 
+    using OnVideo = std::function<void(const orvcore::UTF8String& path)>;
+    /// Gets the preview video and returns at once; `onVideo` is called when it is there, at once or from TellVideos.
+    /// Its path is empty where there is none after a while: who asks again may get it.
+    void FindVideo(const Entry& entry, OnVideo onVideo);
+    /// To be called now and then.
+    void TellVideos();
+
 private:
+    struct Awaited {
+        Entry entry;
+        std::chrono::steady_clock::time_point end;
+        OnVideo onVideo;
+    };
     std::uint64_t NumberOf(const Entry& entry);
 
     const std::string url_;
@@ -56,6 +76,9 @@ private:
     mutable std::mutex mutex_;
     std::vector<Entry> entries_;
     std::unordered_map<std::string, std::uint64_t> numbers_; // by the service's identifier
+    std::vector<Awaited> videos_;
+    orvtools::http::Workers searches_; // last, as the next: their threads use the others
+    orvtools::http::Workers fetches_;
 };
 
 } // namespace zelt

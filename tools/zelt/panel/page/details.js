@@ -1,7 +1,7 @@
 // Everything about one template, and its changes.
 import { kPoster, kStock, kVideo } from './catalogue.js';
 import { drawControls } from './controls.js';
-import { byId, fill, h } from './dom.js';
+import { byId, endLoading, fill, h } from './dom.js';
 import { badgesOf } from './grid.js';
 import { askWhere } from './saving.js';
 import { authorText, count, dateText, durationText, kMostDrawn, languageName, pick, sentence, sizeText, tagOf } from './text.js';
@@ -73,6 +73,7 @@ export class Details extends EventTarget {
       this.#row = null;
       this.#changes.clear();
       this.#panel.hidden = true;
+      this.#empty();
       this.dispatchEvent(new Event('close'));
     }
   }
@@ -86,7 +87,7 @@ export class Details extends EventTarget {
       return;
     }
     const now = this.#row && catalogue.rows.get(this.#row.id);
-    if (this.#row && !now) {
+    if (this.#row && !now && !(this.#row.flags & kStock)) { // stock templates come and go with the search
       this.#tell('This template is no longer there.');
     } else if (now && now !== this.#row && this.#changes.size === 0) {
       this.#row = now;
@@ -101,8 +102,12 @@ export class Details extends EventTarget {
     this.follow(catalogue);
   }
 
+  get isChanged() {
+    return this.#changes.size > 0;
+  }
+
   #mayLeave() {
-    return this.#changes.size === 0 || confirm('The changes to this template have not been saved. Drop them?');
+    return !this.isChanged || confirm('The changes to this template have not been saved. Drop them?');
   }
 
   async #load() {
@@ -144,10 +149,17 @@ export class Details extends EventTarget {
     this.#panel.querySelector('.told')?.replaceChildren(sentence(text));
   }
 
+  #empty() {
+    endLoading(this.#panel.querySelectorAll('img, video'));
+    fill(this.#panel);
+  }
+
   #draw() {
     const row = this.#row;
     const focused = document.activeElement?.dataset?.keep;
     const top = this.#panel.querySelector('.body')?.scrollTop ?? 0;
+    this.#empty();
+    this.#panel.setAttribute('aria-label', `Details of ${row.name}`);
     fill(this.#panel,
       h('header', {}, h('h2', { dir: 'auto', lang: tagOf(this.templates.state.language) }, row.name),
         h('button', { type: 'button', class: 'plain', 'aria-label': 'Close details', 'data-keep': 'close', onclick: () => this.close() }, '✕')),

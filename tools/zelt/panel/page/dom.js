@@ -27,6 +27,15 @@ export function fill(element, ...children) {
   return element;
 }
 
+/// Ends what pictures and videos still load. Browsers have few connections to a server, and go on loading for elements
+/// that have left the document.
+export function endLoading(media) {
+  for (const one of media) {
+    one.removeAttribute('src');
+    one.load?.();
+  }
+}
+
 /// Calls `f` once things have been quiet for `ms`.
 export function debounced(f, ms) {
   let timer = 0;

@@ -1,12 +1,12 @@
-// The list of folders, states and authors by which the grid is narrowed.
+// The list of sources, states and authors by which the grid is narrowed.
 import { byId, fill, h } from './dom.js';
 import { authorText } from './text.js';
 
 const kStates = [['ready', 'Ready to use'], ['newer', 'Needs a newer host'], ['bad', 'Cannot be read']];
 const kDeepest = 3;
 
-// The folders as a tree, each with the templates in and below it.
-function treeOf(folders, counts) {
+// The folders that hold templates as a tree, each with the number of those in and below it.
+function treeOf(folders, counts, chosen) {
   const totals = new Map();
   const add = (label, n) => {
     const parts = label.split('/');
@@ -15,9 +15,12 @@ function treeOf(folders, counts) {
       totals.set(path, (totals.get(path) ?? 0) + n);
     }
   };
-  folders.forEach((label, i) => add(label, counts.get(i) ?? 0));
+  folders.forEach((label, i) => counts.has(i) && add(label, counts.get(i)));
   if (counts.has('Stock')) {
     add('Stock', counts.get('Stock'));
+  }
+  if (chosen !== '') {
+    add(chosen, 0); // a choice that nothing has any more can be left
   }
   return [...totals].sort(([a], [b]) => (a < b ? -1 : 1));
 }
@@ -58,12 +61,14 @@ export class Filters extends EventTarget {
   /// Draws the list anew, but only when it would look different.
   show(catalogue) {
     const { byFolder, byState, byAuthor } = catalogue.counts;
-    const all = [...byFolder.values()].reduce((sum, n) => sum + n, 0);
+    const sum = (numbers) => [...numbers].reduce((all, n) => all + n, 0);
+    const ids = new Set([...byAuthor.keys(), this.filter.author]);
+    const authors = [...ids].filter(Boolean).sort().map((id) => [id, authorText(id), byAuthor.get(id) ?? 0, 0]);
     const groups = [
-      ['Folders', 'folder', [['', 'All folders', all, 0], ...treeOf(catalogue.folders, byFolder).map(([path, n]) => [
+      ['Sources', 'folder', [['', 'All sources', sum(byFolder.values()), 0], ...treeOf(catalogue.folders, byFolder, this.filter.folder).map(([path, n]) => [
         path, path.split('/').at(-1), n, path.split('/').length - 1])]],
-      ['State', 'state', kStates.map(([value, text]) => [value, text, byState[value], 0])],
-      ['Made with', 'author', Object.entries(byAuthor).filter(([id]) => id).sort().map(([id, n]) => [id, authorText(id), n, 0])],
+      ['State', 'state', [['', 'Any state', sum(Object.values(byState)), 0], ...kStates.map(([value, text]) => [value, text, byState[value], 0])]],
+      ['Made with', 'author', authors.length > 0 ? [['', 'Any host', sum(byAuthor.values()), 0], ...authors] : []],
     ];
     const drawn = JSON.stringify([groups, this.filter]);
     if (drawn !== this.#drawn) {

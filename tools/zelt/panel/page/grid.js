@@ -1,5 +1,5 @@
 // The grid of posters. Only the cards near the window are in the document, however many templates there are.
-import { h } from './dom.js';
+import { endLoading, h } from './dom.js';
 import { kNeedsNewer, kPoster, kPremium, kStock, kUnreadable, kVideo } from './catalogue.js';
 import { authorText, durationText, sentence, sizeText, tagOf } from './text.js';
 
@@ -7,6 +7,7 @@ const kLabelHeight = 54;
 const kRowsBeyond = 2;
 const kTallest = 30_000_000; // browsers cut taller elements off
 const kHoverDelay = 120;
+const kMostFetched = 2; // stock pictures at a time: where the service stalls, connections are left for all else
 
 const calm = matchMedia('(prefers-reduced-motion: reduce)');
 
@@ -96,7 +97,7 @@ export class Grid extends EventTarget {
     const ids = new Set(shown.map((row) => row.id));
     for (const [id, card] of this.#cards) {
       if (!ids.has(id)) {
-        card.element.remove();
+        this.#drop(card);
         this.#cards.delete(id);
       }
     }
@@ -112,6 +113,7 @@ export class Grid extends EventTarget {
     if (first + rowsInWindow * this.#columns >= this.#rows.length) {
       this.dispatchEvent(new Event('end'));
     }
+    this.#fetch();
     const active = this.#cards.get(this.#rows[this.#active]?.id);
     this.scroller.setAttribute('aria-activedescendant', active ? active.element.id : '');
   }
@@ -150,7 +152,7 @@ export class Grid extends EventTarget {
   #cardFor(row) {
     let card = this.#cards.get(row.id);
     if (card && card.row !== row) {
-      card.element.remove();
+      this.#drop(card);
       card = null;
     }
     if (!card) {
@@ -158,6 +160,11 @@ export class Grid extends EventTarget {
       this.#cards.set(row.id, card);
     }
     return card;
+  }
+
+  #drop(card) {
+    endLoading(card.element.querySelectorAll('img, video'));
+    card.element.remove();
   }
 
   #makeCard(row) {
@@ -193,16 +200,35 @@ export class Grid extends EventTarget {
 
   #addPoster(stage, row) {
     stage.classList.add('waits');
-    const picture = h('img', { alt: '', decoding: 'async', draggable: false, src: this.preview(row, 'poster') });
-    picture.addEventListener('load', () => {
+    const picture = h('img', { alt: '', decoding: 'async', draggable: false });
+    const end = () => {
       stage.classList.remove('waits');
+      this.#wanted = this.#wanted.filter((one) => one.picture !== picture);
+      this.#fetch();
+    };
+    picture.addEventListener('load', () => {
       picture.classList.add('here');
+      end();
     });
     picture.addEventListener('error', () => {
-      stage.classList.remove('waits');
       picture.replaceWith(h('span', { class: 'blank' }, 'The picture cannot be shown'));
+      end();
     });
+    const src = this.preview(row, 'poster');
+    if (row.flags & kStock) {
+      this.#wanted.push({ picture, src });
+    } else {
+      picture.src = src;
+    }
     stage.append(picture);
+  }
+
+  #wanted = []; // stock pictures that are not there yet
+  #fetch() {
+    this.#wanted = this.#wanted.filter(({ picture }) => picture.isConnected);
+    this.#wanted.slice(0, kMostFetched).filter(({ picture }) => !picture.hasAttribute('src')).forEach(({ picture, src }) => {
+      picture.src = src;
+    });
   }
 
   /// Plays the video of one template, and stops the one before; null: none.
@@ -211,7 +237,10 @@ export class Grid extends EventTarget {
     if (this.#playing === id) {
       return;
     }
-    this.#cards.get(this.#playing)?.element.querySelector('video')?.remove();
+    for (const before of this.space.querySelectorAll('video')) {
+      endLoading([before]);
+      before.remove();
+    }
     this.#playing = null;
     const card = this.#cards.get(id);
     if (!card || !(card.row.flags & kVideo)) {

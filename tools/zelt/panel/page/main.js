@@ -31,7 +31,7 @@ function showRows() {
   filters.show(catalogue);
   const all = catalogue.rows.size;
   const shown = catalogue.shown.length;
-  tell(shown === all ? count(all, 'template') : `${count(shown, 'template')} of ${all.toLocaleString('en')}`);
+  tell(shown === all ? count(all, 'template') : `${shown.toLocaleString('en')} of ${count(all, 'template')}`);
   showEmpty();
   details.follow(catalogue);
 }
@@ -177,7 +177,9 @@ details.addEventListener('saved', (event) => {
 addEventListener('popstate', () => {
   asked = readAddress();
   show();
+  askLanguage(asked.lang || firstLanguage);
 });
+addEventListener('beforeunload', (event) => details.isChanged && event.preventDefault()); // the browser asks
 addEventListener('keydown', (event) => {
   const isTyping = event.target.closest('input, textarea, select');
   if ((event.key === '/' && !isTyping) || (event.key === 'f' && (event.ctrlKey || event.metaKey) && event.shiftKey)) {
@@ -189,14 +191,17 @@ addEventListener('keydown', (event) => {
 // News of the templates.
 
 let searchedAt = null; // the state of the index that the search has asked
-let isLanguageAsked = false;
+let firstLanguage = ''; // what is shown where the address tells none
+function askLanguage(language) {
+  if (language !== '' && language !== templates.state.language) {
+    templates.setLanguage(language);
+  }
+}
 templates.addEventListener('state', () => {
   const { listing, language, revision } = templates.state;
-  if (!isLanguageAsked) {
-    isLanguageAsked = true;
-    if (asked.lang !== '' && asked.lang !== language) {
-      templates.setLanguage(asked.lang);
-    }
+  if (firstLanguage === '') {
+    firstLanguage = language;
+    askLanguage(asked.lang);
   }
   showState();
   stock.more();

@@ -37,6 +37,7 @@ export function askWhere(row, found, store) {
     fill(dialog, form);
     dialog.addEventListener('close', () => resolve(stored), { once: true });
     dialog.showModal();
+    name.focus();
     name.select();
   });
 }

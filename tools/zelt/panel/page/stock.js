@@ -44,7 +44,7 @@ export class StockPages {
       }
     } catch (error) {
       if (terms === this.#terms) {
-        this.problems = [error.message];
+        this.problems = [`Stock service: ${error.message}`];
         this.#isBusy = false;
         this.templates.dispatchEvent(new Event('state'));
       }

@@ -58,8 +58,8 @@ export function durationText(ms) {
 /// How many elements of a template's lists are drawn: a hostile one has any number.
 export const kMostDrawn = 300;
 
-/// A text of a program as a person writes it: with a capital letter.
-export const sentence = (text) => text.charAt(0).toUpperCase() + text.slice(1);
+/// A text of a program as a person writes it: with a capital letter, unless it begins with a name of a file or key.
+export const sentence = (text) => (/^\p{L}+([\s,:]|$)/u.test(text) ? text.charAt(0).toUpperCase() + text.slice(1) : text);
 
 export const count = (n, noun) => `${n.toLocaleString('en')} ${noun}${n === 1 ? '' : 's'}`;
 

@@ -1,6 +1,6 @@
-#include <tools/http/detail/Workers.h>
+#include <tools/http/Workers.h>
 
-namespace orvtools::http::detail {
+namespace orvtools::http {
 
 Workers::Workers(std::size_t threads)
 {
@@ -56,4 +56,4 @@ void Workers::Run()
     }
 }
 
-} // namespace orvtools::http::detail
+} // namespace orvtools::http

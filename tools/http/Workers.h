@@ -8,10 +8,10 @@
 #include <thread>
 #include <vector>
 
-namespace orvtools::http::detail {
+namespace orvtools::http {
 
-/// A few threads on which handlers run. The process's shared executors are for work that keeps processors busy; a
-/// handler may wait.
+/// A few threads for work that may wait, as handlers do. The process's shared executors are for work that keeps
+/// processors busy.
 class Workers {
 public:
     explicit Workers(std::size_t threads);
@@ -33,4 +33,4 @@ private:
     std::vector<std::thread> threads_; // last: they use the others
 };
 
-} // namespace orvtools::http::detail
+} // namespace orvtools::http
