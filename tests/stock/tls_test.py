@@ -13,7 +13,10 @@ SKIPPED = 77
 
 def serve(listener, context, heard):
     while True:
-        connection, _ = listener.accept()
+        try:
+            connection, _ = listener.accept()
+        except OSError:  # shut down
+            return
         try:
             with context.wrap_socket(connection, server_side=True) as stream:
                 heard.append(stream.recv(1))
@@ -34,9 +37,12 @@ def main():
         context.load_cert_chain(certificate, key)
         listener = socket.create_server(("127.0.0.1", 0))
         heard = []
-        threading.Thread(target=serve, args=(listener, context, heard), daemon=True).start()
+        service = threading.Thread(target=serve, args=(listener, context, heard), daemon=True)
+        service.start()
         url = f"https://127.0.0.1:{listener.getsockname()[1]}"
         run = subprocess.run([*host, url, "title"], capture_output=True, text=True, timeout=120)
+        listener.shutdown(socket.SHUT_RDWR)
+        service.join()  # it may hear of the refusal after the host has ended
     spoke = any(isinstance(what, bytes) and what for what in heard)
     if run.returncode != 1 or not run.stderr.startswith("stock: ") or not heard or spoke:
         print(run.returncode, run.stdout, run.stderr, heard)
