@@ -35,7 +35,7 @@ public:
     std::set<fs::path> Await(const fs::path& file)
     {
         std::unique_lock lock(mutex_);
-        EXPECT_TRUE(told_.wait_for(lock, std::chrono::seconds(30), [&] { return files_.contains(file); })) << file;
+        EXPECT_TRUE(told_.wait_for(lock, std::chrono::minutes(2), [&] { return files_.contains(file); })) << file;
         return std::exchange(files_, {});
     }
 

@@ -20,7 +20,7 @@ constexpr gid_t kSame = static_cast<gid_t>(-1);
 TarskStatus SendTo(const fs::path& socket)
 {
     orvcore::UTF8String reply;
-    return MakeBrokerTransport(orvcore::PathToUTF8(socket), std::chrono::seconds(60))
+    return MakeBrokerTransport(orvcore::PathToUTF8(socket), std::chrono::minutes(10))
         ->Send({u8"n", u8"secret", false}, reply)
         .status;
 }

@@ -89,7 +89,7 @@ protected:
         }
         orvcore::RunMainThreadCalls();
         std::string pages;
-        for (const Request& request : requests) {
+        for (const Request& request : Requests()) {
             pages += *request.FindQuery("first") + "+" + *request.FindQuery("count") + " ";
         }
         return pages;
@@ -175,8 +175,9 @@ TEST_F(PagingTest, TheFullListingIsASearchWithoutTerms)
     manager->SetSearchFilterType(orvcapsule::kStockFilterFree);
     manager->RequestDefaultGraphicSet({}, true);
     PumpUntilTold("0+1 of 1");
-    EXPECT_EQ(*requests.at(0).FindQuery("gallery_premium"), "false");
-    EXPECT_FALSE(requests.at(0).FindQuery("term"));
+    const Request request = Requests().at(0);
+    EXPECT_EQ(*request.FindQuery("gallery_premium"), "false");
+    EXPECT_FALSE(request.FindQuery("term"));
     Finish();
 }
 

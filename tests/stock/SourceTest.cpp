@@ -44,8 +44,9 @@ protected:
     /// The query of the last request without its columns and page.
     std::string SentParameters() const
     {
+        const Request last = Requests().back();
         std::string sent;
-        for (const auto& [name, value] : requests.back().query) {
+        for (const auto& [name, value] : last.query) {
             if (name != "columns" && name != "first" && name != "count") {
                 sent += name + "=" + value + " ";
             }
@@ -60,7 +61,7 @@ TEST_F(SourceTest, SendsTheParametersInOrder)
     const auto templates = MakeSource();
     Search(*templates);
     EXPECT_EQ(SentParameters(), "gallery_premium=all content_template=1 template_type=7 source=zelt api_version=2.2 ");
-    EXPECT_EQ(*requests.back().FindQuery("columns"),
+    EXPECT_EQ(*Requests().back().FindQuery("columns"),
               "description,creator_name,keywords,width,height,thumbnail_url,thumbnail_240_url,thumbnail_html_tag,"
               "thumbnail_width,thumbnail_height,video_preview_url,size_bytes,zelt_metadata_url,template_categories");
 

@@ -35,9 +35,12 @@ protected:
     }
     ~StockFixture() override
     {
-        server_.Stop();
         orvcore::RemoveTree(WorkingFolder());
         orvcore::Application::SetName("");
+    }
+    void TearDown() override
+    {
+        server_.Stop(); // while all that `answer` uses is there: a client that has left may still be answered
     }
 
     std::filesystem::path WorkingFolder() const
@@ -73,33 +76,40 @@ protected:
         return response;
     }
 
-    std::size_t RequestCount()
+    /// Those answered so far; others may be under way, whose clients have left.
+    std::vector<Request> Requests() const
     {
         const std::lock_guard lock(mutex_);
-        return requests.size();
+        return requests_;
+    }
+    std::size_t RequestCount() const
+    {
+        return Requests().size();
     }
     void AwaitRequests(std::size_t count)
     {
         std::unique_lock lock(mutex_);
-        ASSERT_TRUE(arrived_.wait_for(lock, std::chrono::minutes(2), [&] { return requests.size() >= count; }));
+        ASSERT_TRUE(arrived_.wait_for(lock, std::chrono::minutes(2), [&] { return requests_.size() >= count; }));
     }
 
     std::function<Response(const Request&)> answer; ///< set before the first request
-    std::vector<Request> requests;
 
 private:
     Response Answer(const Request& request)
     {
-        {
-            const std::lock_guard lock(mutex_);
-            requests.push_back(request);
-        }
+        std::unique_lock lock(mutex_);
+        const auto respond = answer;
+        lock.unlock();
+        Response response = respond(request);
+        lock.lock();
+        requests_.push_back(request); // now: a test changes what the answers go by once a request is counted
         arrived_.notify_all();
-        return answer(request);
+        return response;
     }
 
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::condition_variable arrived_;
+    std::vector<Request> requests_;
     orvtools::http::Server server_{[this](const Request& request) { return Answer(request); }};
 };
 

@@ -38,7 +38,7 @@ public:
     {
         return path_;
     }
-    static orvtarsksupport::Deadline Soon(std::chrono::milliseconds time = std::chrono::seconds(60))
+    static orvtarsksupport::Deadline Soon(std::chrono::milliseconds time = std::chrono::minutes(10))
     {
         return std::chrono::steady_clock::now() + time;
     }
