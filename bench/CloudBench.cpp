@@ -1,6 +1,7 @@
 // The listing of a cloud library of 10,000 elements beside reading and parsing the same definitions with the bare
 // libraries in the same run, as time for each element: nothing noted yet (cold), and nothing changed since the last
-// listing (same).
+// listing (same). The bare libraries work on one thread, with one parser that keeps its memory; the listing works on
+// all processors.
 #include <bench/ListingBenchData.h>
 
 #include <lumolibmanager/FolderLibManager.h>

@@ -23,27 +23,33 @@ using namespace detail;
 
 using FilesPtr = std::shared_ptr<const LibraryFiles>;
 
-// Full path of a file of the element at `at`; empty when that has no such file.
-std::string PathAt(const Library& library, const LibraryFiles& files, std::size_t at, const std::string& role)
+// Full path of a file of the element, which is the one at `at`; empty when it has no such file.
+std::string PathOf(const Library& library, const LibraryFiles& files, const ManifestElement& element, std::size_t at,
+                   std::string_view role)
 {
-    const auto& all = library.manifest.elements[at].files;
+    const auto& all = element.files;
     const auto file = std::find_if(all.begin(), all.end(), [&](const ManifestFile& each) { return each.role == role; });
     if (file == all.end() || !files.Has(at, static_cast<std::size_t>(file - all.begin()))) {
         return {};
     }
-    fs::path path = library.folder / orvcore::PathFromUTF8(orvcore::AsUTF8(file->path));
-    return orvcore::ToNarrow(orvcore::PathToUTF8(path.make_preferred()));
+    std::string path = orvcore::ToNarrow(orvcore::PathToUTF8(library.folder)); // appended as texts: far quicker
+    path.append(1, '/').append(file->path);
+    std::replace(path.begin(), path.end(), '/', static_cast<char>(fs::path::preferred_separator));
+    return path;
 }
 
-ListedElement ElementAt(const Library& library, const LibraryFiles& files, std::size_t at)
+ListedElement Listed(const Library& library, const LibraryFiles& files, const ManifestElement& element, std::size_t at)
 {
-    const ManifestElement& element = library.manifest.elements[at];
+    const auto path = [&](std::string_view role) { return PathOf(library, files, element, at, role); };
+    const LibraryFiles::Facts& facts = files.latest[at + files.latest.size() - files.present.size()];
     return {element.id,
             element.name,
-            PathAt(library, files, at, kManifestPrimaryRole),
-            PathAt(library, files, at, kManifestAlternateRole),
-            PathAt(library, files, at, kMimeType_ImagePNG),
-            PathAt(library, files, at, kMimeType_VideoMP4)};
+            path(kManifestPrimaryRole),
+            path(kManifestAlternateRole),
+            path(kMimeType_ImagePNG),
+            path(kMimeType_VideoMP4),
+            facts.primary,
+            facts.alternate};
 }
 
 // A library with the files that it had at the latest look.
@@ -57,15 +63,14 @@ struct Looked {
         if (!library) {
             return std::nullopt;
         }
-        const auto found = library->manifest.byID.find(elementID);
-        const bool isListed = found != library->manifest.byID.end() && files->Has(found->second);
-        return isListed ? std::optional(found->second) : std::nullopt;
+        const auto at = library->manifest.Find(elementID);
+        return at && files->Has(*at) ? at : std::nullopt;
     }
 
-    std::string PathOf(const std::string& elementID, const std::string& role) const
+    std::string PathOf(const std::string& elementID, std::string_view role) const
     {
         const auto at = Find(elementID);
-        return at ? PathAt(*library, *files, *at, role) : std::string();
+        return at ? lumolibmanager::PathOf(*library, *files, library->manifest.All()[*at], *at, role) : std::string();
     }
 };
 
@@ -79,7 +84,7 @@ fs::path Absolute(const fs::path& root)
 void Append(std::vector<LeftOut>& list, const Library& library, const std::vector<Refusal>& refused)
 {
     for (const Refusal& refusal : refused) {
-        list.push_back({orvcore::PathToUTF8(library.folder), library.manifest.id, refusal.elementID, refusal.role,
+        list.push_back({orvcore::PathToUTF8(library.folder), library.manifest.ID(), refusal.elementID, refusal.role,
                         refusal.reason});
     }
 }
@@ -141,7 +146,7 @@ struct FolderLibManager::State {
             return library;
         }
         library = library ? ReadLibrary(library->folder, kMaxManifests) : nullptr;
-        if (library && library->error.empty() && library->manifest.id == libraryID) {
+        if (library && library->error.empty() && library->manifest.ID() == libraryID) {
             return library;
         }
         Refresh();
@@ -152,14 +157,15 @@ struct FolderLibManager::State {
     Looked LookAt(const LibraryPtr& library)
     {
         LibraryFiles files;
-        LookAtFiles(library->folder, library->manifest, library->manifest.elements.size(), files);
+        LookAtFiles(library->folder, library->manifest.All(), files);
         return Keep(library, std::move(files));
     }
 
     Looked Keep(const LibraryPtr& library, LibraryFiles files)
     {
+        files.latest = {};
         Looked now{library, std::make_shared<const LibraryFiles>(std::move(files))};
-        const std::string& id = library->manifest.id;
+        const std::string& id = library->manifest.ID();
         const std::lock_guard lock(mutex);
         if (catalogue && catalogue->byID.count(id) != 0) {
             looked[id] = now;
@@ -167,15 +173,19 @@ struct FolderLibManager::State {
         return now;
     }
 
-    // The latest look at the library's files, or the first.
+    // The latest look at the library's files; empty when there was none.
+    Looked KnownLook(const std::string& libraryID)
+    {
+        const std::lock_guard lock(mutex);
+        const auto found = looked.find(libraryID);
+        return found != looked.end() ? found->second : Looked();
+    }
+
+    // As KnownLook; looks where nobody has.
     Looked LatestLook(const std::string& libraryID)
     {
-        {
-            const std::lock_guard lock(mutex);
-            const auto found = looked.find(libraryID);
-            if (found != looked.end()) {
-                return found->second;
-            }
+        if (Looked known = KnownLook(libraryID); known.library) {
+            return known;
         }
         const LibraryPtr library = Find(libraryID);
         return library ? LookAt(library) : Looked();
@@ -207,14 +217,14 @@ void FolderLibManager::GetLibraryList(std::vector<std::string>& libraryIDs)
 {
     libraryIDs.clear();
     for (const LibraryPtr& library : state_->Refresh()->libraries) {
-        libraryIDs.push_back(library->manifest.id);
+        libraryIDs.push_back(library->manifest.ID());
     }
 }
 
 std::string FolderLibManager::GetLibraryNameFromLibraryID(const std::string& libraryID)
 {
     const LibraryPtr library = state_->Find(libraryID);
-    return library ? library->manifest.name : std::string();
+    return library ? library->manifest.Name() : std::string();
 }
 
 void FolderLibManager::GetElementIDsForElementType(const std::string& libraryID, const std::string& elementType,
@@ -226,9 +236,10 @@ void FolderLibManager::GetElementIDsForElementType(const std::string& libraryID,
         return;
     }
     const Looked now = state_->LookAt(library);
-    for (std::size_t i = 0; i < library->manifest.elements.size(); ++i) {
-        if (library->manifest.elements[i].type == elementType && now.files->Has(i)) {
-            elementIDs.push_back(library->manifest.elements[i].id);
+    const auto elements = library->manifest.All();
+    for (std::size_t i = 0; i < elements.size(); ++i) {
+        if (elements[i].type == elementType && now.files->Has(i)) {
+            elementIDs.push_back(elements[i].id);
         }
     }
 }
@@ -240,15 +251,15 @@ void FolderLibManager::ListElements(const std::string& libraryID, const std::str
     if (!library) {
         return;
     }
-    constexpr std::size_t kFirst = 128;   // what is told before other files are looked at
+    constexpr std::size_t kFirst = 128;   // what is told before other elements and their files are looked at
     constexpr std::size_t kAtOnce = 2048; // so that a listing that is ended need not wait for all
-    const auto& elements = library->manifest.elements;
     LibraryFiles files;
-    for (std::size_t at = 0; at < elements.size();) {
-        const std::size_t end = std::min(elements.size(), at == 0 ? kFirst : at + kAtOnce);
-        LookAtFiles(library->folder, library->manifest, end, files);
-        for (; at < files.present.size(); ++at) {
-            if (elements[at].type == elementType && files.Has(at) && !onElement(ElementAt(*library, files, at))) {
+    auto elements = library->manifest.First(kFirst);
+    for (std::size_t at = 0; at < elements.size(); elements = library->manifest.First(at + kAtOnce)) {
+        LookAtFiles(library->folder, elements, files);
+        for (; at < elements.size(); ++at) {
+            const ManifestElement& element = elements[at];
+            if (element.type == elementType && files.Has(at) && !onElement(Listed(*library, files, element, at))) {
                 return;
             }
         }
@@ -260,7 +271,7 @@ std::string FolderLibManager::GetElementName(const std::string& libraryID, const
 {
     const Looked looked = state_->LatestLook(libraryID);
     const auto at = looked.Find(elementID);
-    return at ? looked.library->manifest.elements[*at].name : std::string();
+    return at ? looked.library->manifest.All()[*at].name : std::string();
 }
 
 std::string FolderLibManager::GetPrimaryPath(const std::string& libraryID, const std::string& elementID)
@@ -281,21 +292,20 @@ std::string FolderLibManager::GetRenditionPath(const std::string& libraryID, con
 
 std::vector<LeftOut> FolderLibManager::GetLeftOut()
 {
-    const std::lock_guard lock(state_->mutex);
+    const CataloguePtr catalogue = state_->Latest();
     std::vector<LeftOut> list;
-    if (!state_->catalogue) {
+    if (!catalogue) {
         return list;
     }
-    for (const auto& folder : state_->catalogue->leftOut) {
+    for (const auto& folder : catalogue->leftOut) {
         list.push_back({orvcore::PathToUTF8(folder.folder), folder.libraryID, {}, {}, folder.reason});
     }
-    for (const LibraryPtr& library : state_->catalogue->libraries) {
-        const auto found = state_->looked.find(library->manifest.id);
-        const bool isLooked = found != state_->looked.end();
-        const Library& latest = isLooked ? *found->second.library : *library;
-        Append(list, latest, latest.manifest.refused);
-        if (isLooked) {
-            Append(list, latest, found->second.files->refused);
+    for (const LibraryPtr& library : catalogue->libraries) {
+        const Looked looked = state_->KnownLook(library->manifest.ID());
+        const Library& latest = looked.library ? *looked.library : *library;
+        Append(list, latest, latest.manifest.Refused());
+        if (looked.files) {
+            Append(list, latest, looked.files->refused);
         }
     }
     return list;

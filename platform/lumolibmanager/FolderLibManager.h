@@ -40,7 +40,8 @@ inline constexpr std::size_t kMaxManifests = 64U << 20U; ///< bytes of all manif
 /// one identifier the first counts.
 ///
 /// `GetLibraryList` looks at the disk anew, and `GetElementIDsForElementType` and `ListElements` at the files of that
-/// library, so a listing sees every change; a manifest is read again only when it has changed. The other calls answer
+/// library, so a listing sees every change; a manifest is read again only when it has changed. Its elements are read as
+/// they are listed: the first ones come as soon from a library of many as from one of few. The other calls answer
 /// from the latest look and take the disk only where there was none. Nothing is kept beyond `Terminate`; `Initialize`
 /// need not be called. Any thread.
 class ORVPLATFORM_API FolderLibManager final : public LumoLibManager {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <orvcore/files/FileSystem.h>
 #include <orvcore/text/Strings.h>
 
 #include <functional>
@@ -34,6 +35,13 @@ struct ListedElement {
     std::string alternatePath;
     std::string imagePath; ///< of the rendition `kMimeType_ImagePNG`
     std::string videoPath; ///< of the rendition `kMimeType_VideoMP4`
+    /// @name What the system told of two of the files
+    /// For a manager that has just looked at them, so that the listing need not ask once more; with another kind than
+    /// `FileKind::File` it asks.
+    /// @{
+    orvcore::FileInfo primaryInfo{};
+    orvcore::FileInfo alternateInfo{};
+    /// @}
 };
 
 /// The user's cloud libraries as the suite's synchronisation keeps them on disk. A library holds elements; an element

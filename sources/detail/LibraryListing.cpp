@@ -13,12 +13,26 @@
 namespace orvcapsule::detail {
 
 namespace libraries = ILumoLibrariesWrapper;
+using orvcore::FileInfo;
 using orvcore::FileKind;
+
+namespace {
+
+// What is known of the file, which may be nothing yet; what cannot be looked at is not there.
+FileInfo InfoOf(const FileInfo& known, const orvcore::UTF8String& path)
+{
+    std::error_code ignored;
+    return known.kind == FileKind::File ? known : orvcore::InspectTarget(orvcore::PathFromUTF8(path), ignored);
+}
+
+} // namespace
 
 // What the library manager says of one element.
 struct LibraryListing::Element {
     boost::shared_ptr<CapsuleEntry> entry;
     orvcore::UTF8String definition; // path of the definition document
+    orvcore::FileInfo definitionInfo;
+    orvcore::FileInfo packageInfo;
 };
 
 LibraryListing::LibraryListing(boost::shared_ptr<CheckCancel> cancel)
@@ -60,14 +74,13 @@ LibraryListing::Element LibraryListing::NewElement(const std::string& libraryID,
     entry->name = orvcore::ToUTF16(listed.name);
     entry->thumbnailPath = orvcore::AsUTF8(listed.imagePath);
     entry->videoPreviewPath = orvcore::AsUTF8(listed.videoPath);
-    return {std::move(entry), orvcore::ToUTF8(listed.alternatePath)};
+    return {std::move(entry), orvcore::ToUTF8(listed.alternatePath), listed.alternateInfo, listed.primaryInfo};
 }
 
 void LibraryListing::FillFromFiles(const Element& element, const ListingNotes& known, NotedFile& noted)
 {
     CapsuleEntry& entry = *element.entry;
-    std::error_code ignored; // what cannot be looked at is not there
-    noted.facts = orvcore::InspectTarget(orvcore::PathFromUTF8(element.definition), ignored);
+    noted.facts = InfoOf(element.definitionInfo, element.definition);
     // Where the definition has no name the entry keeps the element's, so a note is good for that name only.
     noted.subject = element.definition;
     noted.subject.append(1, u8'\0').append(entry.lumoElementID).append(1, u8'\0').append(orvcore::ToUTF8(entry.name));
@@ -75,7 +88,7 @@ void LibraryListing::FillFromFiles(const Element& element, const ListingNotes& k
         noted.isKnown =
             FillFromDefinitionFile(entry, element.definition, noted.facts.size, [this] { return IsCancelled(); });
     }
-    const orvcore::FileInfo package = orvcore::InspectTarget(orvcore::PathFromUTF8(entry.path), ignored);
+    const FileInfo package = InfoOf(element.packageInfo, entry.path);
     if (package.kind == FileKind::File) {
         entry.modified = ToPosixTime(package.modified);
         entry.fileSize = package.size;

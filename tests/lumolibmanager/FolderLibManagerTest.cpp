@@ -13,6 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 namespace wrapper = orvcapsule::ILumoLibrariesWrapper;
 using lumolibmanager::FolderLibManager;
+using orvcore::ToUTF8;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -48,6 +49,9 @@ protected:
         std::vector<std::string> listed;
         manager.ListElements(library, lumolibmanager::kElementType_Capsule, [&](const auto& element) {
             EXPECT_EQ(element.primaryPath, manager.GetPrimaryPath(library, element.id));
+            EXPECT_EQ(element.primaryInfo, orvcore::InspectTarget(orvcore::PathFromUTF8(ToUTF8(element.primaryPath))));
+            EXPECT_EQ(element.alternateInfo,
+                      orvcore::InspectTarget(orvcore::PathFromUTF8(ToUTF8(element.alternatePath))));
             listed.push_back(element.id);
             return true;
         });
@@ -132,6 +136,10 @@ TEST_F(FolderLibManagerTest, ADamagedManifestCostsItsLibraryAlone)
         {Quote("{'formatVersion':1,'id':'b','elements':[]}"), "\"name\" is missing"},
         {Quote("{'formatVersion':1,'id':'b','name':'" + std::string(1025, 'n') + "','elements':[]}"), "longer than"},
         {Quote("{'formatVersion':1,'id':'b','name':'','elements':{}}"), "no list"},
+        {Manifest("b", "{'id':'e'").substr(0, 65), "no JSON"},
+        {Manifest("b", "{'id':'e'"), "no JSON"},
+        {Manifest("b", "{'id':'\xFF'}"), "no JSON"},
+        {Manifest("b", "") + ",", "no JSON"},
         {Manifest("good", ""), "same identifier: bad"},
         {std::string((std::size_t{8} << 20U) + 1, ' '), "File too large"},
     };
@@ -170,6 +178,8 @@ TEST_F(FolderLibManagerTest, ABadElementCostsItselfAndAMissingFileNoMore)
         bool needsLinks = false;
     } cases[] = {
         {"7", "element 2 of the list"},
+        {"{'id' 'e'}", "element 2 of the list"},
+        {"{'id':'e','name':tru}", "element 2 of the list"},
         {"{'id':'e'}", "\"name\" is missing"},
         {"{'id':'e','name':'','type':'capsule'}", "\"files\" is missing"},
         {"{'id':'e','name':'','type':7,'files':{'primary':'there'}}", "\"type\""},

@@ -2,6 +2,7 @@
 #include <orvcore/json/JSONOutline.h>
 #include <orvcore/json/JSONTextWriter.h>
 #include <orvcore/json/shared/JSONDocument.h>
+#include <orvcore/json/shared/JSONListText.h>
 #include <orvcore/json/shared/JSONTable.h>
 #include <orvcore/text/shared/BinaryText.h>
 
@@ -273,6 +274,48 @@ TEST(JSONLists, LongListsKeepTheirOrderAndCarryErrors)
     } catch (const json_write_exception& error) {
         EXPECT_THAT(error.what(), testing::HasSubstr("\"samples\""));
     }
+}
+
+TEST(JSONListText, AListIsReadInPieces)
+{
+    const struct {
+        std::string text;
+        std::string rest;
+        std::vector<std::string> elements;
+    } cases[] = {
+        {R"({"list":[],"a":1})", R"({"a":1,"list":[]})", {}},
+        {R"({ "list" : [ 1 , {"x":[2,"],"]} ,"\",,[" ] , "a":[3]})",
+         R"({"a":[3],"list":[]})",
+         {"1", R"({"x":[2,"],"]})", R"("\",,[")"}},
+        {"\xEF\xBB\xBF{\"li\\u0073t\":[[],[null]]}", R"({"list":[]})", {"[]", "[null]"}},
+        {R"({"list":[1],"list":[2,{"list":3}]})", R"({"list":[]})", {"2", R"({"list":3})"}},
+        {R"({"list":[1],"list":2})", R"({"list":2})", {}},
+        {R"({"x":{"list":[1]}})", R"({"x":{"list":[1]}})", {}},
+        {R"(["list",[1]])", R"(["list",[1]])", {}},
+    };
+    for (const auto& c : cases) {
+        const JSONListText list(c.text, "list");
+        EXPECT_EQ(Compact(list.Rest().Root().ToTree()), c.rest) << c.text;
+        ASSERT_EQ(list.Count(), c.elements.size()) << c.text;
+        for (std::size_t first = 0; first < list.Count(); ++first) {
+            std::string expected;
+            for (std::size_t last = first + 1; last <= list.Count(); ++last) {
+                expected += (expected.empty() ? "" : ",") + c.elements[last - 1];
+                EXPECT_EQ(Compact(list.Read(first, last).Root().ToTree()), '[' + expected + ']') << c.text;
+            }
+        }
+    }
+    for (const char* bad :
+         {"", R"({"list":[1})", R"({"list":[1 2]})", R"({"list":[1],})", R"({"list":[1],"a":tru})", R"({"list":[1]}})",
+          R"({"list":["a]})", "{\"list\":[\"\xFF\"]}", R"({"list":[1,]})", "{\"list\":[\"\n\"]}"}) {
+        EXPECT_THROW(JSONListText(bad, "list"), json_parse_exception) << bad;
+    }
+    const JSONListText damaged(R"({"list":[1,{"a" 2},[},tru,5]})", "list");
+    ASSERT_EQ(damaged.Count(), 5U);
+    for (const std::size_t at : {1U, 2U, 3U}) {
+        EXPECT_THROW(damaged.Read(at, at + 1), json_parse_exception) << at;
+    }
+    EXPECT_EQ(Compact(damaged.Read(4, 5).Root().ToTree()), "[5]");
 }
 
 TEST(BinaryText, IsPaddedBase64)

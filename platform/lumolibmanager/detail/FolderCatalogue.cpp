@@ -51,11 +51,11 @@ Manifest ReadFrom(const fs::path& file, const FileInfo& state)
         throw ManifestError("its manifest library.json is a link or no file");
     }
     std::error_code error;
-    const std::string text = orvcore::ReadWholeFile(file, orvcore::serialization::kMaxJSONSize, error);
+    std::string text = orvcore::ReadWholeFile(file, orvcore::serialization::kMaxJSONSize, error);
     if (error) {
         throw ManifestError("its manifest library.json cannot be read: " + error.message());
     }
-    return ReadManifest(text);
+    return Manifest(std::move(text));
 }
 
 // The folders that may be libraries, in name order. Synchronisation keeps its own things under names with a dot.
@@ -95,7 +95,7 @@ void Add(Catalogue& catalogue, const LibraryPtr& library)
     catalogue.read.push_back(library);
     std::string reason = library->error;
     if (reason.empty()) {
-        const auto [first, isNew] = catalogue.byID.emplace(library->manifest.id, library);
+        const auto [first, isNew] = catalogue.byID.emplace(library->manifest.ID(), library);
         if (isNew) {
             catalogue.libraries.push_back(library);
             return;
@@ -103,7 +103,7 @@ void Add(Catalogue& catalogue, const LibraryPtr& library)
         reason = "a library before it has the same identifier: " +
                  orvcore::Printable(orvcore::AsNarrow(orvcore::PathToUTF8(first->second->folder.filename())));
     }
-    catalogue.leftOut.push_back({library->folder, library->manifest.id, std::move(reason)});
+    catalogue.leftOut.push_back({library->folder, library->manifest.ID(), std::move(reason)});
 }
 
 } // namespace

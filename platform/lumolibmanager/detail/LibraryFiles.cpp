@@ -2,7 +2,6 @@
 
 #include <lumolibmanager/FolderLibManager.h>
 
-#include <orvcore/files/FileSystem.h>
 #include <orvcore/tasks/ParallelFor.h>
 #include <orvcore/text/Printable.h>
 
@@ -15,6 +14,7 @@ namespace lumolibmanager::detail {
 namespace {
 
 namespace fs = std::filesystem;
+using orvcore::FileInfo;
 using orvcore::FileKind;
 
 static_assert(kMaxFiles <= 32, "LibraryFiles::present has a bit for each file");
@@ -25,29 +25,31 @@ constexpr std::size_t kElementsAPiece = 64;
 class Look {
 public:
     explicit Look(const fs::path& folder)
-        : folder_(folder)
+        : folder_(orvcore::PathToUTF8(folder / ""))
     {
     }
 
-    FileKind At(std::string_view relative)
+    FileInfo At(std::string_view relative)
     {
         const std::size_t slash = relative.rfind('/');
         if (slash != relative.npos) {
             const FileKind kind = FolderAt(relative.substr(0, slash));
             if (kind != FileKind::Directory) {
-                return kind == FileKind::File ? FileKind::Nothing : kind;
+                FileInfo behind;
+                behind.kind = kind == FileKind::File ? FileKind::Nothing : kind;
+                return behind;
             }
         }
-        return KindOf(relative);
+        return Inspect(relative);
     }
 
 private:
-    FileKind KindOf(std::string_view relative) const
+    FileInfo Inspect(std::string_view relative) const
     {
         std::error_code error;
-        const FileKind kind =
-            orvcore::InspectPath(folder_ / orvcore::PathFromUTF8(orvcore::AsUTF8(relative)), error).kind;
-        return error ? FileKind::Nothing : kind;
+        orvcore::UTF8String path = folder_;
+        const FileInfo info = orvcore::InspectPath(orvcore::PathFromUTF8(path += orvcore::AsUTF8(relative)), error);
+        return error ? FileInfo() : info;
     }
 
     // Elements beside each other as a rule have their files in one folder.
@@ -58,13 +60,13 @@ private:
             kind_ = FileKind::Directory;
             for (std::size_t end = 0; end != relative.npos && kind_ == FileKind::Directory;) {
                 end = relative.find('/', end + 1);
-                kind_ = KindOf(relative.substr(0, end));
+                kind_ = Inspect(relative.substr(0, end)).kind;
             }
         }
         return kind_;
     }
 
-    const fs::path& folder_;
+    const orvcore::UTF8String folder_; // with a separator at its end
     std::string last_;
     FileKind kind_ = FileKind::Nothing;
 };
@@ -87,6 +89,7 @@ std::string Sentence(const ManifestFile& file, FileKind kind)
 
 struct ElementFiles {
     std::uint32_t present = 0;
+    LibraryFiles::Facts facts;
     std::vector<Refusal> refused;
 };
 
@@ -95,15 +98,20 @@ ElementFiles LookAtElement(Look& look, const ManifestElement& element)
     ElementFiles result;
     for (std::size_t i = 0; i < element.files.size(); ++i) {
         const ManifestFile& file = element.files[i];
-        const FileKind kind = look.At(file.path);
-        if (kind == FileKind::File) {
+        const FileInfo info = look.At(file.path);
+        if (info.kind == FileKind::File) {
             result.present |= 1U << i;
+            if (i == 0) {
+                result.facts.primary = info;
+            } else if (file.role == kManifestAlternateRole) {
+                result.facts.alternate = info;
+            }
             continue;
         }
-        const bool wholeElement = i == 0 || kind == FileKind::Link;
-        std::string reason = orvcore::Printable(Sentence(file, kind));
+        const bool wholeElement = i == 0 || info.kind == FileKind::Link;
+        std::string reason = orvcore::Printable(Sentence(file, info.kind));
         if (wholeElement) {
-            return {0, {{element.id, {}, std::move(reason)}}};
+            return {0, {}, {{element.id, {}, std::move(reason)}}};
         }
         result.refused.push_back({element.id, file.role, std::move(reason)});
     }
@@ -112,19 +120,20 @@ ElementFiles LookAtElement(Look& look, const ManifestElement& element)
 
 } // namespace
 
-void LookAtFiles(const fs::path& folder, const Manifest& manifest, std::size_t end, LibraryFiles& files)
+void LookAtFiles(const fs::path& folder, std::span<const ManifestElement> elements, LibraryFiles& files)
 {
-    const std::size_t known = files.present.size();
-    std::vector<ElementFiles> elements(end - known);
-    orvcore::ParallelFor(elements.size(), kElementsAPiece, [&](std::size_t first, std::size_t last) {
+    const auto fresh = elements.subspan(files.present.size());
+    std::vector<ElementFiles> found(fresh.size());
+    orvcore::ParallelFor(found.size(), kElementsAPiece, [&](std::size_t first, std::size_t last) {
         Look look(folder);
         for (std::size_t i = first; i < last; ++i) {
-            elements[i] = LookAtElement(look, manifest.elements[known + i]);
+            found[i] = LookAtElement(look, fresh[i]);
         }
     });
-    files.present.reserve(end);
-    for (ElementFiles& element : elements) {
+    files.latest.clear();
+    for (ElementFiles& element : found) {
         files.present.push_back(element.present);
+        files.latest.push_back(element.facts);
         for (Refusal& refusal : element.refused) {
             Refuse(files.refused, std::move(refusal));
         }

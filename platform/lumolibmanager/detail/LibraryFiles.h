@@ -2,6 +2,8 @@
 
 #include <lumolibmanager/detail/Manifest.h>
 
+#include <orvcore/files/FileSystem.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <vector>
@@ -12,6 +14,12 @@ namespace lumolibmanager::detail {
 struct LibraryFiles {
     std::vector<std::uint32_t> present; ///< for each element a bit for each of its files; none: it is left out
     std::vector<Refusal> refused;       ///< elements and files that were left out
+    /// What the system told of an element's files.
+    struct Facts {
+        orvcore::FileInfo primary;
+        orvcore::FileInfo alternate;
+    };
+    std::vector<Facts> latest; ///< of the elements that were looked at last
 
     bool Has(std::size_t element) const noexcept
     {
@@ -23,7 +31,7 @@ struct LibraryFiles {
     }
 };
 
-/// Looks, on all processors, at the files of the manifest's elements before `end` that `files` does not know yet.
-void LookAtFiles(const std::filesystem::path& folder, const Manifest& manifest, std::size_t end, LibraryFiles& files);
+/// Looks, on all processors, at the files of those of a manifest's first elements that `files` does not know yet.
+void LookAtFiles(const std::filesystem::path& folder, std::span<const ManifestElement> elements, LibraryFiles& files);
 
 } // namespace lumolibmanager::detail

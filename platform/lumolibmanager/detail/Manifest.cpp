@@ -2,12 +2,14 @@
 
 #include <lumolibmanager/FolderLibManager.h>
 
-#include <orvcore/json/shared/JSONDocument.h>
+#include <orvcore/json/shared/JSONListText.h>
 #include <orvcore/text/Printable.h>
 #include <orvstorage/ZipFailure.h>
 #include <orvstorage/shared/EntryName.h>
 
 #include <algorithm>
+#include <mutex>
+#include <unordered_map>
 
 // Reads a manifest, judging it as far as no file is needed. What is wrong with the whole is thrown; what is wrong with
 // one element is noted and leaves that out. Notes end after a hundred: a hostile manifest has room for thousands of bad
@@ -17,10 +19,12 @@ namespace lumolibmanager::detail {
 
 namespace {
 
-using orvcore::serialization::JSONDocument;
+using orvcore::serialization::json_parse_exception;
+using orvcore::serialization::JSONListText;
 using orvcore::serialization::JSONNode;
 
 constexpr std::size_t kMaxRefusals = 100;
+constexpr std::size_t kElementsAPiece = 256;
 
 std::string Quoted(std::string_view text)
 {
@@ -97,22 +101,6 @@ ManifestElement ElementOf(const JSONNode& node, std::string id)
             FilesOf(node)};
 }
 
-void AddElement(Manifest& manifest, const JSONNode& node, std::size_t number)
-{
-    std::string id;
-    try {
-        id = IDAt(node);
-        if (manifest.byID.count(id) != 0) {
-            throw ManifestError("an element before it has the same identifier");
-        }
-        manifest.elements.push_back(ElementOf(node, id));
-        manifest.byID.emplace(manifest.elements.back().id, manifest.elements.size() - 1);
-    } catch (const ManifestError& error) {
-        const std::string which = id.empty() ? "element " + std::to_string(number + 1) + " of the list: " : "";
-        Refuse(manifest.refused, {std::move(id), {}, which + error.what()});
-    }
-}
-
 void NeedVersion(const JSONNode& root)
 {
     const JSONNode* node = root.Find(kManifestVersionKey);
@@ -126,38 +114,140 @@ void NeedVersion(const JSONNode& root)
     }
 }
 
-Manifest FromRoot(const JSONNode& root)
+JSONListText ReadText(std::string text)
 {
-    if (!root.IsObject()) {
-        throw ManifestError("the manifest is no JSON object");
+    try {
+        return JSONListText(std::move(text), kManifestElementsKey);
+    } catch (const json_parse_exception& error) {
+        throw ManifestError(std::string("the manifest is no JSON: ") + error.what());
     }
-    NeedVersion(root);
-    Manifest manifest;
-    manifest.id = IDAt(root);
-    manifest.name = TextAt(root, kManifestNameKey);
-    const JSONNode* list = root.Find(kManifestElementsKey);
-    if (list == nullptr || !list->IsArray()) {
-        throw ManifestError(Quoted(kManifestElementsKey) + " is missing or no list");
-    }
-    if (list->Children().size() > kMaxElements) {
-        throw ManifestError("the library has more than " + std::to_string(kMaxElements) + " elements");
-    }
-    manifest.elements.reserve(list->Children().size()); // `byID` looks into it
-    for (std::size_t i = 0; i < list->Children().size(); ++i) {
-        AddElement(manifest, list->Children()[i], i);
-    }
-    return manifest;
 }
 
 } // namespace
 
-Manifest ReadManifest(std::string_view text)
+// The elements that are there are never changed and never move, so that they can be read while more are made.
+struct Manifest::Elements {
+    explicit Elements(JSONListText list)
+        : text(std::move(list))
+        , count(text->Count())
+    {
+        made.reserve(count);
+    }
+
+    void MakeUntil(std::size_t wanted);
+    void MakePiece(std::size_t end);
+    void Add(const JSONNode& node);
+    void RefuseNext(std::string id, const char* why);
+
+    std::mutex mutex;
+    std::optional<JSONListText> text; // until all are read
+    const std::size_t count;          // of elements in the text
+    std::size_t read = 0;
+    std::vector<ManifestElement> made;
+    std::unordered_map<std::string_view, std::size_t> byID; // where each element stands; looks into `made`
+    std::vector<Refusal> refused;
+};
+
+void Manifest::Elements::MakeUntil(std::size_t wanted)
+{
+    while (made.size() < wanted && read < count) {
+        MakePiece(std::min({count, read + kElementsAPiece, read + (wanted - made.size())}));
+    }
+    if (read == count) {
+        text.reset();
+    }
+}
+
+// Read together they cost less; where one is damaged, each for itself tells which.
+void Manifest::Elements::MakePiece(std::size_t end)
 {
     try {
-        return FromRoot(JSONDocument::Parse(orvcore::AsUTF8(text)).Root());
-    } catch (const orvcore::serialization::json_parse_exception& error) {
-        throw ManifestError(std::string("the manifest is no JSON: ") + error.what());
+        const auto piece = text->Read(read, end);
+        for (const JSONNode& node : piece.Root().Children()) {
+            Add(node);
+        }
+    } catch (const json_parse_exception& error) {
+        if (end == read + 1) {
+            return RefuseNext({}, error.what());
+        }
+        while (read < end) {
+            MakePiece(read + 1);
+        }
     }
+}
+
+void Manifest::Elements::Add(const JSONNode& node)
+{
+    std::string id;
+    try {
+        id = IDAt(node);
+        if (byID.count(id) != 0) {
+            throw ManifestError("an element before it has the same identifier");
+        }
+        made.push_back(ElementOf(node, id));
+        byID.emplace(made.back().id, made.size() - 1);
+        ++read;
+    } catch (const ManifestError& error) {
+        RefuseNext(std::move(id), error.what());
+    }
+}
+
+void Manifest::Elements::RefuseNext(std::string id, const char* why)
+{
+    ++read;
+    const std::string which = id.empty() ? "element " + std::to_string(read) + " of the list: " : "";
+    Refuse(refused, {std::move(id), {}, which + why});
+}
+
+Manifest::Manifest(std::string text)
+{
+    JSONListText list = ReadText(std::move(text));
+    const JSONNode& root = list.Rest().Root();
+    if (!root.IsObject()) {
+        throw ManifestError("the manifest is no JSON object");
+    }
+    NeedVersion(root);
+    id_ = IDAt(root);
+    name_ = TextAt(root, kManifestNameKey);
+    const JSONNode* elements = root.Find(kManifestElementsKey);
+    if (elements == nullptr || !elements->IsArray()) {
+        throw ManifestError(Quoted(kManifestElementsKey) + " is missing or no list");
+    }
+    if (list.Count() > kMaxElements) {
+        throw ManifestError("the library has more than " + std::to_string(kMaxElements) + " elements");
+    }
+    elements_ = std::make_shared<Elements>(std::move(list));
+}
+
+std::span<const ManifestElement> Manifest::First(std::size_t count) const
+{
+    if (!elements_) {
+        return {};
+    }
+    const std::lock_guard lock(elements_->mutex);
+    elements_->MakeUntil(count);
+    return {elements_->made.data(), std::min(count, elements_->made.size())};
+}
+
+std::span<const ManifestElement> Manifest::All() const
+{
+    return First(kMaxElements);
+}
+
+std::optional<std::size_t> Manifest::Find(const std::string& elementID) const
+{
+    if (All().empty()) {
+        return std::nullopt;
+    }
+    const auto found = elements_->byID.find(elementID); // which changes no more
+    return found != elements_->byID.end() ? std::optional(found->second) : std::nullopt;
+}
+
+const std::vector<Refusal>& Manifest::Refused() const
+{
+    static const std::vector<Refusal> none;
+    All();
+    return elements_ ? elements_->refused : none;
 }
 
 void Refuse(std::vector<Refusal>& refused, Refusal refusal)

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace lumolibmanager::detail {
@@ -28,27 +28,42 @@ struct Refusal {
     std::string reason;
 };
 
-/// A library's manifest as far as it can be used.
-struct Manifest {
-    Manifest() = default;
-    Manifest(Manifest&&) noexcept = default; // a copy's `byID` would look into the original
-    Manifest& operator=(Manifest&&) noexcept = default;
-
-    std::string id;
-    std::string name;
-    std::vector<ManifestElement> elements;
-    std::unordered_map<std::string_view, std::size_t> byID; ///< where each element stands; looks into `elements`
-    std::vector<Refusal> refused;                           ///< elements that were left out
-};
-
 /// A manifest of which nothing can be used.
 class ManifestError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Reads a manifest; looks at no file. @throws ManifestError
-Manifest ReadManifest(std::string_view text);
+/// A library's manifest as far as it can be used. Its elements are made as they are asked for: the first ones of many
+/// are there as soon as those of few. Any thread.
+class Manifest {
+public:
+    Manifest() = default; // of a library without one
+    /// Looks at no file. @throws ManifestError
+    explicit Manifest(std::string text);
+
+    const std::string& ID() const noexcept
+    {
+        return id_;
+    }
+    const std::string& Name() const noexcept
+    {
+        return name_;
+    }
+    /// The first `count` elements, or all when there are no more; they stay where they are.
+    std::span<const ManifestElement> First(std::size_t count) const;
+    std::span<const ManifestElement> All() const;
+    /// Where an element stands in the list of all.
+    std::optional<std::size_t> Find(const std::string& elementID) const;
+    /// All elements that were left out.
+    const std::vector<Refusal>& Refused() const;
+
+private:
+    struct Elements;
+    std::string id_;
+    std::string name_;
+    std::shared_ptr<Elements> elements_; ///< null: none
+};
 
 /// Adds a refusal as long as there are few, and counts the rest in one more: a hostile manifest must not fill memory.
 void Refuse(std::vector<Refusal>& refused, Refusal refusal);

@@ -262,11 +262,13 @@ struct Codec<std::map<UTF16String, T>> {
         // Read aside, as lists are: after a failure `out` is what it was.
         std::map<UTF16String, T> members;
         for (const JSONNode& child : node.Children()) {
-            T value{};
-            if (!Codec<T>::Read(child, value)) {
+            const auto [member, isNew] = members.try_emplace(ToUTF16(child.Key())); // a record is large to move
+            if (!isNew) {
+                member->second = T();
+            }
+            if (!Codec<T>::Read(child, member->second)) {
                 return false;
             }
-            members.insert_or_assign(ToUTF16(child.Key()), std::move(value));
         }
         out = std::move(members);
         return true;
