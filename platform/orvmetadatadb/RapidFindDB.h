@@ -61,8 +61,8 @@ public:
     /// second for a file that another process has locked.
     ResultCode Open(const orvcore::UTF16String& path);
 
-    /// True (the default): a written group survives a power failure. False: writing does not wait for the disk; a
-    /// power failure may damage the file, a crash of the process does not.
+    /// True (the default): the file is whole after a power failure, though the last groups may be missing. False:
+    /// writing does not wait for the disk, and a power failure may damage the file. A crash of the process never does.
     ResultCode SetSynchronousMode(bool synchronous);
 
     /// Calls `callback` (may be null) every `interval` SQLite steps; a call of `Interrupt` is noticed at the same time.
