@@ -78,7 +78,8 @@ void AddHeader(std::vector<std::string>& headers, const char* name, const UTF8St
     const std::string_view text = orvcore::AsNarrow(value);
     const auto isPlain = [](char c) { return static_cast<unsigned char>(c) >= 0x20 && c != 0x7f; };
     if (!std::all_of(text.begin(), text.end(), isPlain)) {
-        throw BadRequest(std::string("the connection's value for ") + name + "has a control character");
+        throw BadRequest("the connection's value for " + std::string(name, std::string_view(name).find(':')) +
+                         " has a control character");
     }
     headers.push_back(std::string(name).append(text));
 }

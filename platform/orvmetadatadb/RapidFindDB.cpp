@@ -20,6 +20,11 @@ namespace {
 // A bound for what one hostile package can put into the text that every search goes through.
 constexpr std::size_t kSearchedUnits = 4096;
 
+bool IsOnly(const orvcore::UTF16String& table, const std::vector<orvcore::UTF16String>& tables)
+{
+    return tables.size() == 1 && tables[0] == table;
+}
+
 std::u16string_view Searched(std::u16string_view text) noexcept
 {
     if (text.size() > kSearchedUnits) {
@@ -57,13 +62,17 @@ public:
     template <class Operation>
     ResultCode RunOnTable(bool valid, Operation&& operation)
     {
-        return Run([&](detail::IndexStore& store) { return valid && store.HasTable() ? operation(store) : Refuse(); });
+        return RunOnTable(
+            valid, [](const auto&) { return true; }, operation);
     }
-
-    bool IsTable(const std::vector<orvcore::UTF16String>& tables) const
+    /// The same for one that is meant for certain tables: `isMeant` judges the one in use under the same lock, so no
+    /// other can take its place before `operation`.
+    template <class Judge, class Operation>
+    ResultCode RunOnTable(bool valid, Judge&& isMeant, Operation&& operation)
     {
-        const std::lock_guard lock(mutex_);
-        return tables.size() == 1 && tables[0] == store_.Table();
+        return Run([&](detail::IndexStore& store) {
+            return valid && store.HasTable() && isMeant(store.Table()) ? operation(store) : Refuse();
+        });
     }
 
     void Interrupt() noexcept
@@ -180,9 +189,13 @@ ResultCode RapidFindDB::Match(const std::vector<MatchCondition>& conditions, int
     const bool valid =
         matchOperator == kMatchAll && std::all_of(conditions.begin(), conditions.end(), [&](const auto& condition) {
             terms.push_back(orvcore::FoldText(condition.term));
-            return condition.modes == std::vector<int>{MatchCondition::kContains} && impl_->IsTable(condition.tables);
+            return condition.modes == std::vector<int>{MatchCondition::kContains};
         });
-    return impl_->RunOnTable(valid, [&](detail::IndexStore& store) {
+    const auto isMeant = [&](const orvcore::UTF16String& table) {
+        return std::all_of(conditions.begin(), conditions.end(),
+                           [&](const auto& condition) { return IsOnly(table, condition.tables); });
+    };
+    return impl_->RunOnTable(valid, isMeant, [&](detail::IndexStore& store) {
         if (!terms.empty()) {
             keys = store.Match(terms);
         }
@@ -195,8 +208,8 @@ ResultCode RapidFindDB::GetSimilarList(const orvcore::UTF16String& text, int cou
                                        int mode)
 {
     items.clear();
-    const bool valid = count >= 0 && mode == 0 && impl_->IsTable(tables);
-    return impl_->RunOnTable(valid, [&](detail::IndexStore& store) {
+    const auto isMeant = [&](const orvcore::UTF16String& table) { return IsOnly(table, tables); };
+    return impl_->RunOnTable(count >= 0 && mode == 0, isMeant, [&](detail::IndexStore& store) {
         for (auto& similar : store.Similar(orvcore::FoldText(text), static_cast<std::size_t>(count))) {
             items.push_back({std::move(similar)});
         }

@@ -48,7 +48,8 @@ enum class DBErrorCode : int {
 /// Thread-safe: calls on one object run one at a time. Nothing is thrown but `std::bad_alloc` and `std::length_error`.
 class ORVPLATFORM_API RapidFindDB {
 public:
-    /// Asked during long operations; anything but 0 ends the operation with `orvstorage::sqlite::kInterrupted`.
+    /// Asked during long operations; anything but 0 ends the operation with `orvstorage::sqlite::kInterrupted`. Rows
+    /// that were being written then are written later.
     using ProgressCallback = int (*)(void* context);
 
     RapidFindDB();
@@ -61,8 +62,8 @@ public:
     /// second for a file that another process has locked.
     ResultCode Open(const orvcore::UTF16String& path);
 
-    /// True (the default): a written group survives a power failure. False: writing does not wait for the disk; a
-    /// power failure may damage the file, a crash of the process does not.
+    /// True (the default): the file is whole after a power failure, though the last groups may be missing. False:
+    /// writing does not wait for the disk, and a power failure may damage the file. A crash of the process never does.
     ResultCode SetSynchronousMode(bool synchronous);
 
     /// Calls `callback` (may be null) every `interval` SQLite steps; a call of `Interrupt` is noticed at the same time.
@@ -74,8 +75,8 @@ public:
     ResultCode UpdateTable(const std::vector<orvcore::UTF16String>& tables);
 
     /// Adds the row (key, values[0]). `values` holds one text, for the one table. Rows are written in groups: a failure
-    /// to write concerns the whole group that this row completes. After a failure other than a lock held elsewhere the
-    /// index takes no more rows until `DeleteTable` or `Open`; searches go on with the rows it has.
+    /// to write concerns the whole group that this row completes. After a failure other than a lock held elsewhere or
+    /// an interrupt the index takes no more rows until `DeleteTable` or `Open`; searches go on with the rows it has.
     /// @return kSuccess, kRowExists or a failure; an empty key or text is kBadCall
     ResultCode InsertRow(const orvcore::UTF16String& key, const std::vector<orvcore::UTF16String>& values);
 

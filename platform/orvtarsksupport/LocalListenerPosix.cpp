@@ -1,5 +1,7 @@
 #include <orvtarsksupport/LocalListener.h>
 
+#include <orvcore/files/Paths.h>
+#include <orvcore/files/shared/FileLock.h>
 #include <orvtarsksupport/detail/PosixSocket.h>
 
 #include <cerrno>
@@ -15,6 +17,21 @@ namespace {
 const char* AsPath(const orvcore::UTF8String& path)
 {
     return reinterpret_cast<const char*>(path.c_str());
+}
+
+// The inode of the file at `path` itself; 0 when there is none.
+std::uint64_t InodeOf(const orvcore::UTF8String& path)
+{
+    struct stat status {};
+    return ::lstat(AsPath(path), &status) == 0 ? status.st_ino : 0;
+}
+
+// Between its bind and its listen a socket refuses clients as one that was left behind does. All who open a listener
+// take those two steps under a lock of the folder, so nobody takes the one for the other.
+std::unique_ptr<orvcore::FileLock> LockFolderOf(const orvcore::UTF8String& path, std::error_code& error)
+{
+    const std::filesystem::path folder = orvcore::PathFromUTF8(path).parent_path();
+    return orvcore::FileLock::ForMoment(folder.empty() ? "." : folder, std::chrono::milliseconds(500), error);
 }
 
 // A program that was killed leaves its socket behind; nobody answers there.
@@ -36,22 +53,30 @@ bool Bind(int socket, const orvcore::UTF8String& path, const sockaddr_un& addres
     if (bind()) {
         return true;
     }
-    // One that answers keeps its place: the error stays EADDRINUSE.
-    return errno == EADDRINUSE && IsLeftBehind(path, address) && ::unlink(AsPath(path)) == 0 && bind();
+    const int failure = errno;
+    if (failure == EADDRINUSE && IsLeftBehind(path, address) && ::unlink(AsPath(path)) == 0 && bind()) {
+        return true;
+    }
+    errno = failure; // one that answers keeps its place
+    return false;
 }
 
 } // namespace
 
-LocalListener::LocalListener(orvcore::UTF8String path, std::intptr_t handle)
+LocalListener::LocalListener(orvcore::UTF8String path, std::intptr_t handle, std::uint64_t inode)
     : path_(std::move(path))
     , handle_(handle)
+    , inode_(inode)
 {
 }
 
-// The name first: as long as it is there a client may come, whom nobody would answer.
+// The name first: as long as it is there a client may come, whom nobody would answer. Its user may have removed it, and
+// another may listen there; while this socket is open no new file gets its inode.
 LocalListener::~LocalListener()
 {
-    ::unlink(AsPath(path_));
+    if (InodeOf(path_) == inode_) {
+        ::unlink(AsPath(path_));
+    }
     ::close(static_cast<int>(handle_));
 }
 
@@ -61,6 +86,10 @@ std::unique_ptr<LocalListener> LocalListener::Open(const orvcore::UTF8String& pa
     sockaddr_un address{};
     if (!detail::MakeAddress(path, address)) {
         error = std::make_error_code(path.empty() ? std::errc::invalid_argument : std::errc::filename_too_long);
+        return nullptr;
+    }
+    const auto lock = LockFolderOf(path, error);
+    if (error) {
         return nullptr;
     }
     // Non-blocking: the client that poll has told of may have gone, and accept would then wait beyond the deadline.
@@ -76,7 +105,7 @@ std::unique_ptr<LocalListener> LocalListener::Open(const orvcore::UTF8String& pa
         ::unlink(AsPath(path));
         return nullptr;
     }
-    return std::unique_ptr<LocalListener>(new LocalListener(path, socket.Release()));
+    return std::unique_ptr<LocalListener>(new LocalListener(path, socket.Release(), InodeOf(path)));
 }
 
 std::optional<LocalStream> LocalListener::Accept(Deadline deadline)

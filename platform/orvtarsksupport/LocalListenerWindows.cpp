@@ -39,9 +39,10 @@ std::intptr_t MakeInstance(const orvcore::UTF8String& path, DWORD first)
 
 } // namespace
 
-LocalListener::LocalListener(orvcore::UTF8String path, std::intptr_t handle)
+LocalListener::LocalListener(orvcore::UTF8String path, std::intptr_t handle, std::uint64_t inode)
     : path_(std::move(path))
     , handle_(handle)
+    , inode_(inode)
 {
 }
 

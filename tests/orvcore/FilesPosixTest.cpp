@@ -2,6 +2,7 @@
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/FileSystem.h>
+#include <orvcore/files/WalkTree.h>
 #include <orvcore/files/shared/CopyDirectory.h>
 
 #include <gmock/gmock.h>
@@ -9,6 +10,7 @@
 
 #include <tests/support/TempFolder.h>
 
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -45,6 +47,42 @@ TEST(FilesPosix, NamesThatAreNoUTF8KeepTheirBytesInUTF16)
     }
     EXPECT_EQ(orvcore::PathToUTF16("\u00fc\xff"), u"\u00fc\xDCFF");
     EXPECT_EQ(orvcore::PathTextToUTF8(u"\U0001F4FF\xD83D"), u8"\U0001F4FF\uFFFD") << "surrogates of other kinds";
+}
+
+// On a stack that bears no call for each level.
+TEST(FilesPosix, AWalkTakesNoStackForADeepTree)
+{
+    const TempFolder folder;
+    std::string path = folder.Path().string();
+    constexpr std::size_t kLevels = 400;
+    for (std::size_t i = 0; i < kLevels; ++i) {
+        ASSERT_EQ(::mkdir((path += "/d").c_str(), 0700), 0);
+    }
+    struct Walk {
+        fs::path top;
+        std::size_t seen = 0;
+        std::size_t left = 0;
+    } walk{folder.Path()};
+    const auto run = [](void* context) -> void* {
+        Walk& one = *static_cast<Walk*>(context);
+        orvcore::TreeVisitor visitor;
+        visitor.visit = [&](const fs::path&, orvcore::FileKind) {
+            ++one.seen;
+            return orvcore::WalkNext::GoOn;
+        };
+        visitor.leave = [&](const fs::path&) { ++one.left; };
+        orvcore::WalkTree(one.top, visitor);
+        return nullptr;
+    };
+    pthread_attr_t small;
+    ASSERT_EQ(::pthread_attr_init(&small), 0);
+    ASSERT_EQ(::pthread_attr_setstacksize(&small, std::size_t{64} << 10), 0);
+    pthread_t thread{};
+    ASSERT_EQ(::pthread_create(&thread, &small, run, &walk), 0);
+    ::pthread_join(thread, nullptr);
+    ::pthread_attr_destroy(&small);
+    EXPECT_EQ(walk.seen, kLevels);
+    EXPECT_EQ(walk.left, kLevels);
 }
 
 TEST(FilesPosix, NothingReplacesWhatIsNoFile)

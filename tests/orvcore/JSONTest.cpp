@@ -253,6 +253,10 @@ TEST(JSONLists, LongListsKeepTheirOrderAndCarryErrors)
         }
         EXPECT_EQ(Compact(orvcore::serialization::detail::ToTree(list)),
                   orvcore::AsNarrow(orvcore::serialization::detail::ToText(list)));
+        JSONTextWriter formatted(true);
+        const std::vector<Texts> inner = {list};
+        Codec<std::vector<Texts>>::Write(formatted, inner);
+        EXPECT_EQ(formatted.Take(), GetJSONUTF8String(orvcore::serialization::detail::ToTree(inner), true));
         Texts back;
         const auto text = orvcore::serialization::detail::ToText(list);
         ASSERT_TRUE(Codec<Texts>::Read(JSONDocument::Parse(text).Root(), back));

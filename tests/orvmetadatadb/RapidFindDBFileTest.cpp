@@ -412,4 +412,37 @@ TEST_F(RapidFindDBFileTest, TheProgressHandlerEndsALongLoad)
     EXPECT_EQ(Find(second, {u"text"}), Texts{u"(failed)"});
 }
 
+// At whatever step a host says no, and keeps saying it.
+TEST_F(RapidFindDBFileTest, AnInterruptedWriteIsDoneLater)
+{
+    RapidFindDB index;
+    RapidFindDB second;
+    ASSERT_EQ(Start(index), 0);
+    ASSERT_EQ(Start(second), 0);
+    int left = 0;
+    const auto stopAtLast = [](void* context) { return --*static_cast<int*>(context) <= 0 ? 1 : 0; };
+    std::size_t rows = 0;
+    const auto failures = [&] { // of the last 64 rows, a whole group
+        int failed = 0;
+        for (std::size_t row = rows - 64; row < rows; ++row) {
+            const auto result = index.InsertRow(orvcore::ToUTF16(std::to_string(row)), {u"text"});
+            failed += result == 0 || result == orvmetadatadb::kRowExists ? 0 : 1;
+        }
+        return failed;
+    };
+    bool isInterrupted = true;
+    for (int steps = 1; isInterrupted; steps += 1 + steps / 8) {
+        rows += 64;
+        left = steps;
+        index.RegisterSQLiteProgressHandler(1, stopAtLast, &left);
+        isInterrupted = failures() > 0;
+        isInterrupted = Find(index, {u"text"}) == Texts{u"(failed)"} || isInterrupted;
+        EXPECT_EQ(index.GetSQLiteErrorCode(), codes::kInterrupted);
+        index.RegisterSQLiteProgressHandler(0, nullptr, nullptr);
+        ASSERT_EQ(failures(), 0) << steps;
+        ASSERT_EQ(Find(index, {u"text"}).size(), rows) << steps;
+        ASSERT_EQ(Find(second, {u"text"}).size(), rows) << steps;
+    }
+}
+
 } // namespace

@@ -102,6 +102,29 @@ TEST(ZipWrite, BlocksJoinAtEveryBoundary)
     }
 }
 
+// However large it was: sizes that are read in whole pieces, and one that is not.
+TEST(ZipWrite, AFileThatGrowsMeanwhileEndsThePacking)
+{
+    const struct {
+        std::string name;
+        std::size_t size;
+    } cases[] = {{"in/b", 5}, {"in/b", 32U << 18}, {"in/b.png", 1U << 18}};
+    for (const auto& c : cases) {
+        const TempFolder folder;
+        folder.Write("in/a.png", Noise(600000));
+        folder.Write(c.name, std::string(c.size, 'x'));
+        const ZipFile zip(folder / "a.zelt");
+        const auto grow = [&](double fraction, void*) {
+            if (fraction > 0) { // all has been listed by then
+                fs::resize_file(folder / c.name, c.size + 1);
+            }
+            return true;
+        };
+        EXPECT_FALSE(zip.Zip(folder / "in", grow, nullptr)) << c.name << c.size;
+        EXPECT_FALSE(fs::exists(folder / "a.zelt"));
+    }
+}
+
 TEST(ZipWrite, CancelledAtAnyPointTheOldArchiveIsWhole)
 {
     const TempFolder folder;

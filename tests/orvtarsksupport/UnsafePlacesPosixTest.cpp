@@ -1,5 +1,6 @@
 #include "tests/support/TestBroker.h"
 
+#include <orvcore/files/shared/FileLock.h>
 #include <orvtarsksupport/BrokerTransport.h>
 
 #include <gtest/gtest.h>
@@ -105,7 +106,21 @@ TEST(UnsafePlacesTest, ADeadSocketIsReplacedAndALivingOneIsNot)
     auto listener = LocalListener::Open(orvcore::PathToUTF8(folder / "a"), error);
     fs::rename(folder / "a", folder / "b");
     listener.reset();
-    EXPECT_NE(LocalListener::Open(orvcore::PathToUTF8(folder / "b"), error), nullptr) << error.message();
+    listener = LocalListener::Open(orvcore::PathToUTF8(folder / "b"), error);
+    EXPECT_NE(listener, nullptr) << error.message();
+    // Nor does one end that took the place of a listener's file.
+    fs::remove(folder / "b");
+    const auto later = LocalListener::Open(orvcore::PathToUTF8(folder / "b"), error);
+    listener.reset();
+    EXPECT_TRUE(fs::exists(folder / "b"));
+    // Who holds the folder's lock may be about to listen.
+    listener = LocalListener::Open(orvcore::PathToUTF8(folder / "c"), error);
+    fs::rename(folder / "c", folder / "d");
+    listener.reset();
+    const auto lock = orvcore::FileLock::ForMoment(folder.Path(), std::chrono::milliseconds(0), error);
+    EXPECT_EQ(LocalListener::Open(orvcore::PathToUTF8(folder / "d"), error), nullptr);
+    EXPECT_EQ(error, std::errc::device_or_resource_busy);
+    EXPECT_TRUE(fs::exists(folder / "d"));
 }
 
 } // namespace

@@ -247,8 +247,8 @@ void JSONTextWriter::Quote(std::string_view text)
 {
     if (!IsWellFormedUTF8(text)) {
         // Through UTF-16, which makes U+FFFD of what is ill-formed, by the same rules as everywhere else.
-        const UTF8String mended = ToUTF8(ToUTF16(text));
-        return Quote(AsNarrow(mended));
+        const UTF8String wellFormed = ToUTF8(ToUTF16(text));
+        return Quote(AsNarrow(wellFormed));
     }
     Put(u8'"');
     // A slice may end inside a character: all of its bytes are copied as they are, the rest of them with the next
@@ -296,11 +296,11 @@ void JSONTextWriter::Raw(std::string_view json)
 
 std::unique_ptr<JSONSink> JSONTextWriter::NewPart() const
 {
-    // Compact, also where this text is formatted: formatted texts are made of value trees, which are written without
-    // parts.
-    auto part = std::make_unique<JSONTextWriter>();
-    // The part's own array stands for the one that is open, so that depth checks and messages are the same in it.
+    auto part = std::make_unique<JSONTextWriter>(formatted_);
+    // The part's own array stands for the one that is open, so that depth checks, messages and indents are the same in
+    // it. Its bracket is not kept and needs no line break.
     part->depth_ = depth_ - 1;
+    part->afterKey_ = true;
     part->lastKey_ = lastKey_;
     return part;
 }
@@ -308,10 +308,16 @@ std::unique_ptr<JSONSink> JSONTextWriter::NewPart() const
 void JSONTextWriter::AddPart(JSONSink& part)
 {
     const auto& written = dynamic_cast<const JSONTextWriter&>(part);
-    const std::string_view array = AsNarrow({written.text_.data(), written.size_});
-    if (array.size() > 2) { // the elements stand between the part's own brackets
-        BeforeValue();
-        Put(array.substr(1, array.size() - 2));
+    std::string_view elements = AsNarrow({written.text_.data(), written.size_});
+    // Between the part's own brackets. A line break stands before each element, and before the closing bracket.
+    elements = elements.substr(1, elements.size() - 2);
+    elements = elements.substr(0, elements.find_last_not_of(" \n") + 1);
+    if (!elements.empty()) {
+        if (needComma_) {
+            Put(u8',');
+        }
+        needComma_ = true;
+        Put(elements);
     }
 }
 

@@ -8,7 +8,8 @@
 // The index between two places: memory, which answers, and the file, which lasts. IndexStore.h has the rules by which
 // both agree; how changes go to the file and come from it is IndexStoreChanges.cpp. A failure to write is one of four:
 //
-// - another process holds the lock: the changes stay pending, and are tried again ever less often;
+// - another process holds the lock, or the host interrupts: the changes stay pending, and are tried again ever less
+//   often;
 // - the file is damaged: nothing is read or written any more, until Open or RemoveTable sets the file aside;
 // - anything else (a full disk, no rights): no further change is taken, since earlier calls have promised rows that the
 //   file lacks; searches go on from memory;
@@ -228,10 +229,10 @@ void IndexStore::Note(Change change)
     try {
         Save();
     } catch (const SQLiteError& error) {
+        saveAt_ = pending_.size() * 2; // what keeps it from being written may last: ask less and less often
         if (error.Code() != codes::kBusy) {
             throw;
         }
-        saveAt_ = pending_.size() * 2; // another process keeps the file: ask less and less often
     }
 }
 
@@ -240,12 +241,18 @@ void IndexStore::SaveIfFree()
     Connection& connection = file_.GetConnection();
     // The user waits for a search at each key press; who inserts has time.
     connection.SetBusyTimeout(0); // a search does not wait for a writer
+    bool isInterrupted = false;
     try {
         Save();
-    } catch (const SQLiteError&) {
+    } catch (const SQLiteError& error) {
         // A search answers from memory, which has the changes. What failed is remembered and told to the next insert.
+        // An interrupt is meant for the search.
+        isInterrupted = error.Code() == codes::kInterrupted;
     }
     connection.SetBusyTimeout(kBusyTimeoutMs);
+    if (isInterrupted) {
+        throw SQLiteError(codes::kInterrupted);
+    }
 }
 
 // What is pending is written if that needs no waiting, so that other processes see it soon. When it failed, searches

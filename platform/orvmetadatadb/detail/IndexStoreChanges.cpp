@@ -13,6 +13,12 @@ namespace {
 // A list of changes this long, of which few still count, is written anew.
 constexpr std::uint64_t kLongList = 65536;
 
+// Whether the same write may succeed at any later moment, with nothing done about it.
+bool MayPass(int code)
+{
+    return code == codes::kBusy || code == codes::kInterrupted;
+}
+
 } // namespace
 
 void IndexStore::Save()
@@ -30,7 +36,7 @@ void IndexStore::Save()
         last = IsWorthWritingAnew(last) ? WriteAnew(last) : WriteChanges(last);
         transaction.Commit();
     } catch (const SQLiteError& error) {
-        failure_ = error.Code() == codes::kBusy ? 0 : error.Code();
+        failure_ = MayPass(error.Code()) ? 0 : error.Code();
         throw;
     }
     // Only after the commit: when it fails the changes stay pending. Memory has them since they were noted, so they

@@ -170,8 +170,7 @@ Future<ResultCode> CopyDirectoryAsync(const fs::path& from, const fs::path& to, 
     };
     Future<ResultCode> future = promise->GetFuture();
     // On the pre-termination executor, one copy after the other: copies at the same time would only share the disk, and
-    // exit does not wait for them. A copy that is abandoned there leaves what has arrived, and its private folder,
-    // which a later one removes. A refused task is destroyed, and with it the promise, which cancels the future.
+    // exit does not wait for them. A refused task is destroyed, and with it the promise, which cancels the future.
     static_cast<void>(GetPreTerminationExecutor()->Post(copy));
     return future;
 }

@@ -31,8 +31,11 @@ ORVPLATFORM_API ResultCode CopyDirectory(const std::filesystem::path& from, cons
 /// reader's own cancel settles it at once, with the removal still to come.
 ///
 /// The future carries kResultOK, or kResultFileNotWritten when something could not be copied. It is cancelled when
-/// `progress` returns false, when its reader cancels it, or when the process ends first. Nothing that runs on the
-/// pre-termination executor may wait for it: that runs one task at a time, this copy among them.
+/// `progress` returns false, when its reader cancels it, or when the process ends first. The end of the process does
+/// not wait for a copy that is running: the files that have arrived stay, and what they replaced lies in a private
+/// folder
+/// (".orv-...") in the target, which the first copy a day later removes. Nothing that runs on the pre-termination
+/// executor may wait for it: that runs one task at a time, this copy among them.
 /// @param progress may be empty; called on the background thread with the fraction done, false cancels
 /// @param failure may be null; filled in before the future carries kResultFileNotWritten
 ORVPLATFORM_API Future<ResultCode> CopyDirectoryAsync(const std::filesystem::path& from,

@@ -122,9 +122,11 @@ private:
             return true;
         }
         std::error_code error;
-        // One byte more than the file had when it was looked at: the read that reaches its end shows whether it has
+        // The last read asks for one byte more than the file had when it was looked at, which shows whether it has
         // grown.
-        piece_.resize(deflater_ ? std::min<std::uint64_t>(deflater_->BatchSize(), item_.size + 1) : kPiece);
+        const std::uint64_t left = item_.size - position_;
+        const std::size_t most = deflater_ ? deflater_->BatchSize() : kPiece;
+        piece_.resize(left > most ? most : static_cast<std::size_t>(left) + 1);
         const std::size_t got = file_.ReadAt(position_, piece_.data(), piece_.size(), error);
         position_ += got;
         // A file that changes meanwhile would give an entry that is neither the old nor the new content.
