@@ -57,6 +57,12 @@ fs::path Absolute(const fs::path& path)
     return error ? path : full;
 }
 
+// A relative path may be short and lead to a long place: what counts is the full path that the system gets.
+std::unique_ptr<const orvcore::TemporaryFolder> FolderForLongPath(const fs::path& directory)
+{
+    return detail::FolderForLongPath(orvcore::PathToUTF8(Absolute(directory)));
+}
+
 // False where the folder cannot be read: the copy that follows meets the same fault and tells the reason.
 bool IsEmpty(const fs::path& folder)
 {
@@ -264,7 +270,7 @@ bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const U
     const fs::path sub = orvcore::PathFromUTF16(subDirectory);
     // Beside a base, an absolute sub-directory would take the base's place.
     const fs::path directory = base.empty() ? sub : base / sub.relative_path();
-    const auto privateFolder = detail::FolderForLongPath(orvcore::PathToUTF8(directory));
+    const auto privateFolder = FolderForLongPath(directory);
     const fs::path& unpackDirectory = privateFolder ? privateFolder->Path() : directory;
     const auto file = ProjectExtraction{zip, unpackDirectory, progress, opaque}.ExtractAnyProject(projectName);
     const auto always = [](double) { return true; };
@@ -292,8 +298,7 @@ bool CapsuleZip::UnZip(const fs::path& directory, bool overwrite, const orvstora
                        void* opaque) const
 {
     const ZipFile& zip = GetArchive();
-    // A relative path may be short and lead to a long place: what counts is the full path that the system gets.
-    const auto privateFolder = detail::FolderForLongPath(orvcore::PathToUTF8(Absolute(directory)));
+    const auto privateFolder = FolderForLongPath(directory);
     if (!privateFolder) {
         return zip.UnZip(directory, overwrite, progress, opaque);
     }

@@ -76,9 +76,9 @@ public:
 
     virtual ~IGraphicSource();
 
-    /// Prepares the source, once, before its first use; called on the thread that adds it. Does nothing here.
+    /// Prepares the source, once, on the thread that adds it; a running request may use it then. Does nothing here.
     virtual void Initialize();
-    /// Ends the source, once, after its last use. Does nothing here.
+    /// Ends the source, once, under the manager's lock: never wait for a thread that calls it. Does nothing here.
     virtual void Terminate();
     /// One of the source identifiers (SourceNames.h).
     virtual std::string GetSourceID() const = 0;

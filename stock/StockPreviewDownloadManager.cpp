@@ -90,12 +90,17 @@ void StockPreviewDownloadManager::DownloadPreview(std::shared_ptr<OnReady> onRea
             return;
         }
     }
-    orvcore::KeepModuleLoaded(&TheSingleton());
-    orvappsupport::DownloadMediaFromURL(
-        stock->videoPreviewURL, destination,
-        [self = shared_from_this(), onReady = std::move(onReady)](bool ok, const orvcore::UTF8String& path) {
-            self->OnStockPreviewDownloadFinished(ok, path, onReady);
-        });
+    try {
+        orvcore::KeepModuleLoaded(&TheSingleton());
+        orvappsupport::DownloadMediaFromURL(
+            stock->videoPreviewURL, destination,
+            [self = shared_from_this(), onReady = std::move(onReady)](bool ok, const orvcore::UTF8String& path) {
+                self->OnStockPreviewDownloadFinished(ok, path, onReady);
+            });
+    } catch (...) { // no handler will come, and the preview may be asked for again
+        OnStockPreviewDownloadFinished(false, destination, nullptr);
+        throw;
+    }
 }
 
 void StockPreviewDownloadManager::OnStockPreviewDownloadFinished(bool ok, const orvcore::UTF8String& path,

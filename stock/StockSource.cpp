@@ -7,7 +7,6 @@
 #include <orvcore/host/Localiser.h>
 #include <orvcore/json/JSON.h>
 #include <orvcore/tasks/Executor.h>
-#include <orvcore/text/shared/ASCII.h>
 #include <orvstorage/ZipFailure.h>
 #include <package/DefinitionFile.h>
 #include <package/Workspace.h>
@@ -73,15 +72,6 @@ bool IsWebURL(const UTF8String& url)
     return url.starts_with(u8"http:") || url.starts_with(u8"https:");
 }
 
-// The header without its parameters, in lower case.
-std::string ContentType(const orvappsupport::NetworkResponse& response)
-{
-    std::string type = response.GetHeader("Content-Type");
-    type.erase(std::min(type.find_first_of("; \t"), type.size()));
-    std::transform(type.begin(), type.end(), type.begin(), orvcore::ToASCIILower<char>);
-    return type;
-}
-
 // Other programs may read the file already while this one writes it.
 bool Store(const std::filesystem::path& path, const std::string& body, std::error_code& error)
 {
@@ -99,7 +89,7 @@ Thumbnail StoreThumbnail(const orvappsupport::NetworkResponse& response, const U
     if (!response.IsSuccess()) {
         return NoThumbnail("DownloadFailed", "the service answers with status " + std::to_string(response.statusCode));
     }
-    const std::string type = ContentType(response);
+    const std::string type = response.GetContentType();
     if (type != "image/jpeg" && type != "image/png") {
         return NoThumbnail("NotAPicture", "the service answers with no JPEG or PNG picture");
     }

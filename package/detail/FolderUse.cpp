@@ -94,14 +94,17 @@ void MakeAndHoldFolder(const std::filesystem::path& folder)
     const std::lock_guard guard(own.mutex);
     UseLocks& locks = own.locks;
     if (!locks.beside) {
+        using Clock = std::chrono::steady_clock;
+        const auto end = Clock::now() + kLockTimeout; // of both waits together
+        const auto left = [end] { return std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()); };
         // Waits while another process asks for the folder exclusively: that process would take a shared lock for a
         // sign of use, and the folder would not be cleaned.
         const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
         if (asking) {
-            static_cast<void>(asking->WaitShared(kLockTimeout));
+            static_cast<void>(asking->WaitShared(left()));
         }
         locks.beside = orvcore::FileLock::Open(LockPath(folder), true);
-        if (locks.beside && !locks.beside->WaitShared(kLockTimeout)) {
+        if (locks.beside && !locks.beside->WaitShared(left())) {
             locks.beside.reset();
         }
     }

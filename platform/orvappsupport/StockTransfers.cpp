@@ -30,6 +30,14 @@ std::string NetworkResponse::GetHeader(std::string_view name) const
     return {};
 }
 
+std::string NetworkResponse::GetContentType() const
+{
+    std::string type = GetHeader("Content-Type");
+    type.erase(std::min(type.find_first_of("; \t"), type.size()));
+    std::transform(type.begin(), type.end(), type.begin(), orvcore::ToASCIILower<char>);
+    return type;
+}
+
 TransferOptions MediaOptions()
 {
     TransferOptions options;

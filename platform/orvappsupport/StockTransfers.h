@@ -26,6 +26,8 @@ struct NetworkResponse {
 
     /// The value of the first header with this name, whatever its letter case; empty without one.
     ORVPLATFORM_API std::string GetHeader(std::string_view name) const;
+    /// The "Content-Type" without its parameters, in lower case; empty without one.
+    ORVPLATFORM_API std::string GetContentType() const;
     /// 200 to 299.
     bool IsSuccess() const noexcept
     {

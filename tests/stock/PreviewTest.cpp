@@ -112,6 +112,10 @@ TEST_F(PreviewTest, TerminatedInTheMiddleNothingIsToldAndAllMayBeginAnew)
     PumpUntilTold("y");
     instance->DownloadPreview(nullptr, nullptr);
     instance->DownloadPreview(nullptr, boost::make_shared<CapsuleEntry>());
+    StockPreviewDownloadManager unowned; // cannot keep itself for the handler, so no download starts
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_THROW(unowned.DownloadPreview(nullptr, MakeEntry(u8"z")), boost::bad_weak_ptr) << "none is under way";
+    }
 }
 
 } // namespace

@@ -891,6 +891,9 @@ class BrowseTest(ZeltTest):
             for file in listed:
                 entry, expected = ours[file.as_posix()], expected_entry(file, language)
                 self.assertEqual({key: entry[key] for key in expected}, expected, (file, language))
+                why = next((words for name, words in REFUSED.items() if name.endswith(file.stem)), [])
+                self.assertEqual(entry["error"] is not None, bool(why), file)
+                self.assertTrue(all(word in entry["error"] for word in why), entry["error"])
                 if entry["readable"] and not EMULATOR:
                     parts = contents_of(file)
                     poster = parts.get(f"thumb_{language}.png") or parts["thumb.png"]

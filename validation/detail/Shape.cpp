@@ -115,8 +115,8 @@ private:
 
     // How the definition's schema uses the words: "anyOf" lists known values beside a way that allows any other;
     // "allOf" says by a control's type which further keys it has; "then" alone is of a value that may be an object
-    // beside other kinds. "additionalProperties" is true (unknown keys are kept) or the shape of members by locale;
-    // false, which the schema does not use, would be taken for true.
+    // beside other kinds. "additionalProperties" is true (unknown keys are kept), false (as when it is absent), or the
+    // shape of members by locale.
     void Take(Shape& shape, const JSONNode& word)
     {
         const std::string_view name = word.Key();
@@ -141,7 +141,7 @@ private:
                 shape.required.push_back(TextOf(key));
             }
         } else if (name == "additionalProperties") {
-            shape.keepsUnknown = !word.IsObject();
+            word.Get(shape.keepsUnknown);
             shape.others = word.IsObject() ? Find(word) : nullptr;
         } else if (name == "anyOf") {
             TakeChoices(shape, word);

@@ -159,6 +159,7 @@ std::string_view ReasonOf(unsigned status)
         {405, "Method Not Allowed"},
         {409, "Conflict"},
         {413, "Content Too Large"},
+        {414, "URI Too Long"},
         {415, "Unsupported Media Type"},
         {416, "Range Not Satisfiable"},
         {421, "Misdirected Request"},

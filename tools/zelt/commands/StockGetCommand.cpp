@@ -136,7 +136,7 @@ void Fetcher::Description(const UTF8String& url)
 void Fetcher::Picture(const UTF8String& url)
 {
     const auto response = Fetch(url, {});
-    const std::string type = response.GetHeader("Content-Type");
+    const std::string type = response.GetContentType();
     if (type != "image/png" && type != "image/jpeg") {
         throw FileError(orvcore::ToNarrow(url), "it is neither a PNG nor a JPEG picture");
     }

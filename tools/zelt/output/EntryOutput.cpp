@@ -121,14 +121,14 @@ public:
         }
         writer_.EndArray();
     }
-    // A URL that may be missing.
-    void URL(std::string_view key, const orvcore::UTF8String& url)
+    // Null stands for an empty text.
+    void TextOrNull(std::string_view key, std::string_view text)
     {
         writer_.Key(key);
-        if (url.empty()) {
+        if (text.empty()) {
             writer_.Null();
         } else {
-            writer_.String(AsNarrow(url));
+            writer_.String(text);
         }
     }
     // A path that may be missing.
@@ -198,6 +198,7 @@ std::string EntryAsJSON(const CapsuleEntry& entry)
     members.List("sourcePath", entry.sourcePath);
     members.Text("elementID", AsNarrow(entry.lumoElementID));
     members.Bool("readable", IsReadable(entry));
+    members.TextOrNull("error", entry.refusal ? entry.refusal->text : "");
     members.Number("fileSize", entry.fileSize);
     members.Text("modified", Modified(entry));
     members.Number("durationMs", entry.durationMs);
@@ -269,9 +270,9 @@ std::string StockEntryAsJSON(const orvcapsule::StockCapsuleEntry& entry, std::si
     members.List("tags", entry.tags);
     members.Number("width", entry.frameWidth);
     members.Number("height", entry.frameHeight);
-    members.URL("thumbnailURL", entry.thumbnailURL);
-    members.URL("previewURL", entry.videoPreviewURL);
-    members.URL("metadataURL", entry.metadataURL);
+    members.TextOrNull("thumbnailURL", AsNarrow(entry.thumbnailURL));
+    members.TextOrNull("previewURL", AsNarrow(entry.videoPreviewURL));
+    members.TextOrNull("metadataURL", AsNarrow(entry.metadataURL));
     members.Writer().EndObject();
     return ToNarrow(members.Writer().Take());
 }

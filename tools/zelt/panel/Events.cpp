@@ -14,33 +14,31 @@ constexpr std::chrono::seconds kSilence(15);
 
 } // namespace
 
-std::shared_ptr<orvtools::http::Stream> Events::Open(const std::string& state)
+std::shared_ptr<orvtools::http::Stream> Events::Open()
 {
     auto stream = std::make_shared<orvtools::http::Stream>(std::size_t{1} << 20);
-    stream->WriteEvent("state", state);
+    // The state is written where it cannot change before the page is one of those that are told.
     const std::lock_guard lock(mutex_);
+    if (!told_.empty()) {
+        stream->WriteEvent("state", told_);
+    }
     streams_.push_back(stream);
     return stream;
 }
 
-template <class Write>
-void Events::WriteAll(Write&& write)
+void Events::Tell(std::string state)
 {
     const std::lock_guard lock(mutex_);
-    std::erase_if(streams_, [&](const auto& stream) { return !write(*stream); });
-    last_ = std::chrono::steady_clock::now();
-}
-
-void Events::Send(const std::string& state)
-{
-    WriteAll([&state](orvtools::http::Stream& stream) { return stream.WriteEvent("state", state); });
-}
-
-void Events::KeepAlive()
-{
-    if (std::chrono::steady_clock::now() - last_ > kSilence) {
-        WriteAll([](orvtools::http::Stream& stream) { return stream.Write(": \n\n"); });
+    const auto now = std::chrono::steady_clock::now();
+    const bool isNew = state != told_;
+    if (!isNew && now - last_ <= kSilence) {
+        return;
     }
+    told_ = std::move(state);
+    last_ = now;
+    std::erase_if(streams_, [&](const auto& stream) {
+        return isNew ? !stream->WriteEvent("state", told_) : !stream->Write(": \n\n");
+    });
 }
 
 } // namespace zelt

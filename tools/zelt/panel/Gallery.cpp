@@ -256,8 +256,8 @@ void WriteGallery(const Entries& entries, const std::vector<std::string>& folder
         fs::rename(orvcore::ToSystemPath(made), orvcore::ToSystemPath(to));
         orvcore::RemoveTree(old);
     } catch (...) {
-        orvcore::RemoveTree(made);
-        std::error_code error;
+        std::error_code error; // the first failure counts
+        orvcore::RemoveTree(made, error);
         if (orvcore::Exists(old) && !orvcore::Exists(to)) {
             fs::rename(orvcore::ToSystemPath(old), orvcore::ToSystemPath(to), error);
         }

@@ -202,13 +202,7 @@ void Panel::Tell()
     if (stock_) {
         stock_->TellVideos();
     }
-    std::string state = StateAsJSON();
-    if (state != told_) {
-        events_.Send(state);
-        told_ = std::move(state);
-    } else {
-        events_.KeepAlive();
-    }
+    events_.Tell(StateAsJSON());
 }
 
 std::string Panel::StateAsJSON() const

@@ -60,8 +60,6 @@ public:
     {
         return browser_;
     }
-    /// Everything but the templates, as JSON.
-    std::string StateAsJSON() const;
     /// @}
 
 private:
@@ -83,6 +81,7 @@ private:
     template <class Change>
     void ChangeState(Change&& change);
     std::vector<std::string> FindProblems() const;
+    std::string StateAsJSON() const; // everything but the templates
 
     Browser& browser_;
     const std::string session_;
@@ -90,7 +89,6 @@ private:
     Events events_;
     mutable std::mutex mutex_;
     State state_;
-    std::string told_; // the state that the pages know
     std::unique_ptr<StockShelf> stock_;
     std::map<std::string, std::vector<std::string>> changed_; // folders and their files, to be listed anew
     bool areLibrariesChanged_ = false;

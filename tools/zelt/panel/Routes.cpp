@@ -183,7 +183,7 @@ http::Response Routes::Get(const std::string& name, const Request& request)
     if (name == "events") {
         Response response;
         response.headers = {{"Content-Type", "text/event-stream"}, {"Cache-Control", "no-store"}};
-        response.body = panel_.Pages().Open(panel_.StateAsJSON());
+        response.body = panel_.Pages().Open();
         return response;
     }
     if (name == "entries") {

@@ -260,15 +260,18 @@ void Browser::Await(const bool& answered)
 {
     // A signal cannot wake the wait, so it is asked for now and then.
     constexpr std::chrono::milliseconds kInterruptInterval(50);
-    while (!answered) {
-        if (interrupt_.IsRaised()) {
-            manager_->Abort();
+    try {
+        while (!answered) {
             interrupt_.Check();
+            orvcore::WaitForMainThreadCalls(kInterruptInterval);
+            orvcore::RunMainThreadCalls();
+            // A task that ended with an exception answers nothing any more, so waiting on would be for ever.
+            failure_->Throw();
         }
-        orvcore::WaitForMainThreadCalls(kInterruptInterval);
-        orvcore::RunMainThreadCalls();
-        // A task that ended with an exception answers nothing any more, so waiting on would be for ever.
-        failure_->Throw();
+    } catch (...) {
+        // An aborted request delivers nothing more: its callback refers to variables of the caller.
+        manager_->Abort();
+        throw;
     }
 }
 
