@@ -20,7 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 namespace search = orvappsupport::search;
-using orvcore::AsNarrow;
 using orvcore::UTF8String;
 
 // Where an asset's files are; empty: it has none.
