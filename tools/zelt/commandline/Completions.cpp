@@ -6,14 +6,14 @@
 #include <set>
 
 // The scripts are made from the commands' descriptions when the program is built, so they never lack an option.
-// Help texts pass through Quoted: shells run these scripts.
+// Help texts pass through ShellQuoted: shells run these scripts.
 
 namespace zelt {
 
 namespace {
 
 // The text as one word of a shell.
-std::string Quoted(std::string_view text)
+std::string ShellQuoted(std::string_view text)
 {
     std::string quoted = "'";
     for (const char c : text) {
@@ -130,7 +130,7 @@ std::vector<std::string> CommonSpellings(const Program& program, bool haveValues
 std::string BashOffer(const std::vector<std::string>& words, Takes takes)
 {
     const std::string files = takes == Takes::File ? "-f" : takes == Takes::Folder ? "-d" : "";
-    return "words=" + Quoted(Spaced(words)) + " files=" + files;
+    return "words=" + ShellQuoted(Spaced(words)) + " files=" + files;
 }
 
 std::string BashValues(const Command& command, const std::string& pattern)
@@ -139,8 +139,8 @@ std::string BashValues(const Command& command, const std::string& pattern)
     for (const Parameter& option : command.Options()) {
         for (const std::string& spelling :
              option.takes == Takes::Nothing ? std::vector<std::string>() : Spellings(option)) {
-            lines +=
-                "    " + pattern + Quoted(' ' + spelling) + ") " + BashOffer(option.choices, option.takes) + " ;;\n";
+            lines += "    " + pattern + ShellQuoted(' ' + spelling) + ") " + BashOffer(option.choices, option.takes) +
+                     " ;;\n";
         }
     }
     return lines;
@@ -153,9 +153,9 @@ std::string BashCommand(const Program& program, const Command& command)
         const auto spellings = Spellings(option);
         options.insert(options.end(), spellings.begin(), spellings.end());
     }
-    return BashValues(command, Quoted(command.Name())) + "    " + Quoted(command.Name() + ' ') + "*)\n      if " +
-           (HasBehindDashes(command) ? "[[ $dashes ]]; then :; elif " : "") +
-           "[[ $cur == -* ]]; then words=" + Quoted(Spaced(options)) + "; else " +
+    return BashValues(command, ShellQuoted(command.Name())) + "    " + ShellQuoted(command.Name() + ' ') +
+           "*)\n      if " + (HasBehindDashes(command) ? "[[ $dashes ]]; then :; elif " : "") +
+           "[[ $cur == -* ]]; then words=" + ShellQuoted(Spaced(options)) + "; else " +
            BashOffer(ChoicesOfArguments(program, command), TakesOfArguments(command)) + "; fi ;;\n";
 }
 
@@ -190,7 +190,7 @@ std::string ZshOptions(const Command& command)
             '[' + Described(option.help) + ']' + (hasValue ? ZshValue(option.value, option.takes, option.choices) : "");
         for (const std::string& spelling : Spellings(option)) {
             const std::string join = !hasValue ? "" : spelling.starts_with("--") ? "=" : "+";
-            lines += " \\\n    " + Quoted(begin + spelling + join + end);
+            lines += " \\\n    " + ShellQuoted(begin + spelling + join + end);
         }
     }
     return lines;
@@ -198,7 +198,7 @@ std::string ZshOptions(const Command& command)
 
 std::string ZshCommand(const Program& program, const Command& command)
 {
-    std::string line = "  " + Quoted(command.Name()) + ") _arguments -S $common" + ZshOptions(command);
+    std::string line = "  " + ShellQuoted(command.Name()) + ") _arguments -S $common" + ZshOptions(command);
     for (const Parameter& argument : command.Arguments()) {
         if (argument.isBehindDashes) {
             continue; // any text
@@ -208,7 +208,7 @@ std::string ZshCommand(const Program& program, const Command& command)
             const std::size_t action = value.rfind(':') + 1;
             value = value.substr(0, action) + "{(( ${words[(I)--]} )) || " + value.substr(action) + '}';
         }
-        line += " \\\n    " + Quoted((argument.repeats ? "*" : "") + value);
+        line += " \\\n    " + ShellQuoted((argument.repeats ? "*" : "") + value);
     }
     return line + " ;;\n";
 }
@@ -224,7 +224,7 @@ std::string ZshName(const Program& program, const std::string& group)
 std::string FishOffer(const std::vector<std::string>& words, Takes takes)
 {
     const std::string all = Spaced(words) + (takes == Takes::Folder ? "(__fish_complete_directories)" : "");
-    return (takes == Takes::File ? " -F" : "") + (all.empty() ? "" : " -a " + Quoted(all));
+    return (takes == Takes::File ? " -F" : "") + (all.empty() ? "" : " -a " + ShellQuoted(all));
 }
 
 // @param place  "-n ..." of one command; empty: everywhere
@@ -237,7 +237,7 @@ std::string FishOptions(const Command& command, const std::string& place)
         lines += option.takes == Takes::Nothing
                      ? ""
                      : (option.takes == Takes::File ? " -r" : " -x") + FishOffer(option.choices, option.takes);
-        lines += " -d " + Quoted(option.help) + '\n';
+        lines += " -d " + ShellQuoted(option.help) + '\n';
     }
     return lines;
 }
@@ -247,8 +247,8 @@ std::string FishCommand(const Program& program, const Command& command)
     const std::string place = "__zelt_is " + command.Name();
     const std::string offer = FishOffer(ChoicesOfArguments(program, command), TakesOfArguments(command));
     const std::string before = HasBehindDashes(command) ? "; and not contains -- -- (commandline -opc)" : "";
-    return FishOptions(command, " -n " + Quoted(place)) +
-           (offer.empty() ? "" : "complete -c zelt -n " + Quoted(place + before) + offer + '\n');
+    return FishOptions(command, " -n " + ShellQuoted(place)) +
+           (offer.empty() ? "" : "complete -c zelt -n " + ShellQuoted(place + before) + offer + '\n');
 }
 
 } // namespace
@@ -277,10 +277,11 @@ std::string BashCompletion(const Program& program)
         script += BashCommand(program, *command);
     }
     for (const std::string& group : Groups(program)) {
-        script += "    " + Quoted(group + ' ') + "*) words=" + Quoted(Spaced(NextWords(program, group))) + " ;;\n";
+        script +=
+            "    " + ShellQuoted(group + ' ') + "*) words=" + ShellQuoted(Spaced(NextWords(program, group))) + " ;;\n";
     }
     const std::vector<std::string> common = CommonSpellings(program, false);
-    return script + "    ' '*) words=" + Quoted(Spaced(NextWords(program, "")) + ' ' + Spaced(common)) +
+    return script + "    ' '*) words=" + ShellQuoted(Spaced(NextWords(program, "")) + ' ' + Spaced(common)) +
            " ;;\n  esac\n"
            "  mapfile -t COMPREPLY < <(compgen $files -W \"$words\" -- \"$cur\")\n"
            // Where names need quotation marks nothing was found, and bash does it its own way.
@@ -325,8 +326,8 @@ std::string FishCompletion(const Program& program)
     std::vector<std::string> places = Groups(program);
     places.emplace_back();
     for (const std::string& place : places) {
-        script += "complete -c zelt -n " + Quoted("__zelt_is " + place) + " -a " +
-                  Quoted(Spaced(NextWords(program, place))) + '\n';
+        script += "complete -c zelt -n " + ShellQuoted("__zelt_is " + place) + " -a " +
+                  ShellQuoted(Spaced(NextWords(program, place))) + '\n';
     }
     for (const Command* command : Shown(program)) {
         script += FishCommand(program, *command);
