@@ -24,7 +24,7 @@ using orvcore::serialization::JSONListText;
 using orvcore::serialization::JSONNode;
 
 constexpr std::size_t kMaxRefusals = 100;
-constexpr std::size_t kElementsAPiece = 256;
+constexpr std::size_t kElementsARead = 256;
 
 std::string Quoted(std::string_view text)
 {
@@ -151,7 +151,7 @@ struct Manifest::Elements {
 void Manifest::Elements::MakeUntil(std::size_t wanted)
 {
     while (made.size() < wanted && read < count) {
-        MakePiece(std::min({count, read + kElementsAPiece, read + (wanted - made.size())}));
+        MakePiece(std::min({count, read + kElementsARead, read + (wanted - made.size())}));
     }
     if (read == count) {
         text.reset();

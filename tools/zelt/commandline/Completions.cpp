@@ -190,7 +190,7 @@ std::string ZshOptions(const Command& command)
             '[' + Described(option.help) + ']' + (hasValue ? ZshValue(option.value, option.takes, option.choices) : "");
         for (const std::string& spelling : Spellings(option)) {
             const std::string join = !hasValue ? "" : spelling.starts_with("--") ? "=" : "+";
-            lines += " \\\n    " + ShellQuoted(begin + spelling + join + end);
+            lines += " \\\n    " + ShellQuoted(std::string(begin).append(spelling).append(join).append(end));
         }
     }
     return lines;
