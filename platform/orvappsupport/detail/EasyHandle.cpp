@@ -5,7 +5,6 @@
 #include <curl/curl.h>
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <new>
 
@@ -14,8 +13,7 @@
 // - redirects are off: the transfer follows them by hand, and takes the credentials off where the host changes;
 // - no signals: libcurl would use SIGALRM for time-outs of name look-ups, in a process that is not ours;
 // - a quick exit: the thread that looks a name up is left alone at a cancellation, which may take as long as the
-//   system's
-//   resolver likes;
+//   system's resolver likes;
 // - revoked certificates are looked for as well as that is possible: where the list cannot be reached, it goes on;
 // - no proxy for this machine's own addresses: a company's proxy would look for the service on its own machine;
 // - the size that an answer announces is refused early here, what really comes is counted by the taker.
@@ -25,7 +23,6 @@ namespace orvappsupport::detail {
 namespace {
 
 constexpr long kBufferBytes = 128L << 10U;
-constexpr std::size_t kMostIdle = 4;
 
 // In milliseconds as libcurl takes them; it takes 0 for "none".
 long ToLong(std::chrono::milliseconds time)
@@ -52,36 +49,11 @@ std::size_t OnBody(char* data, std::size_t /*size*/, std::size_t count, void* ta
     return static_cast<AnswerTaker*>(taker)->TakeBody({data, count}) ? count : 0;
 }
 
-// To make a handle costs as much as to send a request with it, so a thread keeps some that are out of use.
-struct IdleHandles {
-    std::array<CURL*, kMostIdle> handles{};
-    std::size_t count = 0;
-
-    ~IdleHandles()
-    {
-        std::for_each_n(handles.begin(), count, &curl_easy_cleanup);
-    }
-    CURL* Take()
-    {
-        return count > 0 ? handles[--count] : curl_easy_init();
-    }
-    void Give(CURL* handle)
-    {
-        if (count == kMostIdle) {
-            curl_easy_cleanup(handle);
-        } else {
-            curl_easy_reset(handle);
-            handles[count++] = handle;
-        }
-    }
-};
-thread_local IdleHandles idleHandles;
-
 } // namespace
 
 void EasyHandle::HandleDeleter::operator()(Native* handle) const noexcept
 {
-    idleHandles.Give(handle);
+    curl_easy_cleanup(handle);
 }
 
 void EasyHandle::ListDeleter::operator()(curl_slist* list) const noexcept
@@ -91,7 +63,7 @@ void EasyHandle::ListDeleter::operator()(curl_slist* list) const noexcept
 
 // Certificates are verified unless that is switched off, which nothing here does.
 EasyHandle::EasyHandle(AnswerTaker& taker, const Settings& settings)
-    : handle_(idleHandles.Take())
+    : handle_(curl_easy_init())
 {
     CURL* const handle = handle_.get();
     if (handle == nullptr) {
