@@ -8,6 +8,7 @@
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
 #include <orvcore/files/WalkTree.h>
+#include <orvcore/files/shared/RenameOver.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/tasks/Executor.h>
 

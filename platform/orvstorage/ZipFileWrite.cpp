@@ -99,7 +99,7 @@ ZipFault CheckCanBeCopied(const std::vector<detail::ArchiveEntry>& entries)
 ZipFault CheckMayWrite(const std::filesystem::path& archive)
 {
     std::error_code error;
-    return orvcore::MayReplace(archive, error) ? ZipFault() : detail::WriteFault(error).At({});
+    return orvcore::CheckReplaceable(archive, error) ? ZipFault() : detail::WriteFault(error).At({});
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/shared/RenameOver.h>
 #include <orvcore/text/shared/HashMixer.h>
 #include <package/Workspace.h>
 #include <sources/PreviewLimit.h>

@@ -131,7 +131,8 @@ TEST_F(CapsuleZipTest, WhatKilledProgramsLeftInPrivateGoesAfterADay)
     for (const auto& c : cases) {
         orvcore::EnsureDirectory(c.folder);
         std::ofstream(c.folder / "package").close();
-        auto lock = orvcore::FileLock::Open(fs::path(c.folder) += ".lock", true);
+        std::error_code error;
+        auto lock = orvcore::FileLock::Open(fs::path(c.folder) += ".lock", true, error);
         ASSERT_TRUE(lock && lock->TryShared());
         held = c.isHeld ? std::move(lock) : std::move(held);
         const auto time = fs::file_time_type::clock::now() - std::chrono::hours(c.hours);
