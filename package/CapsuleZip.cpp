@@ -101,15 +101,15 @@ bool CopyUnzipped(const ZipFile& zip, const fs::path& from, const fs::path& dire
     if (result >= 0) {
         return true;
     }
-    ZipFailure failure{ZipError::Cancelled, orvstorage::ZipAction::Unpack, zip.GetPath(), {}, {}};
+    // The host knows the archive only: a failure of the copy is told as one of the unpacking that it asked for.
+    constexpr auto kAction = orvstorage::ZipAction::Unpack;
+    ZipFailure failure{ZipError::Cancelled, kAction, zip.GetPath(), {}, {}};
     if (result == orvcore::kResultFileNotWritten) {
         // The private folder holds what the entries' names say, so a path below it is the entry's name. An empty path
         // means the target folder itself.
-        failure.entry = failed.path.generic_u8string();
+        failure = orvstorage::WriteFailure(failed.error, kAction, zip.GetPath(), failed.path.generic_u8string());
         failure.folder = failed.path.empty() ? directory : fs::path();
-        orvstorage::TranslateWriteError(failed.error, failure);
     }
-    // The host knows the archive only: a failure of the copy is told as one of the unpacking that it asked for.
     zip.SetLastFailure(failure);
     return false;
 }
