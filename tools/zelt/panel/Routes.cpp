@@ -15,13 +15,14 @@
 #include <tools/http/Guard.h>
 #include <tools/http/Later.h>
 #include <tools/http/Stream.h>
+#include <tools/support/ASCII.h>
 
 #include <algorithm>
 #include <charconv>
 
-// Who may ask. The path begins with a secret that only the page that `zelt browse` opened knows; `Host` and `Origin`
-// are checked before it, so that another page of the browser cannot even try secrets (http/Guard.h). A POST needs the
-// type application/json besides, which a form of another page cannot send without the browser asking first.
+// Only the page may ask. The path begins with a secret that only the page that `zelt browse` opened knows; `Host` and
+// `Origin` are checked before it, so that another page of the browser cannot even try secrets (http/Guard.h). A POST
+// needs the type application/json besides, which a form of another page cannot send without the browser asking first.
 //
 // What a request names is a number of the catalogue or a file of the page, never a path: nothing that a client sends
 // becomes a path of the disk but the name of a copy, which Saving judges. Requests that change something for the
@@ -119,7 +120,7 @@ Number NumberOf(const http::Request& request, std::string_view name)
 bool IsLocale(const std::string& text)
 {
     return !text.empty() && text.size() <= 32 && std::all_of(text.begin(), text.end(), [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+        return orvtools::IsLetter(c) || orvtools::IsDigit(c) || c == '_';
     });
 }
 
