@@ -214,7 +214,7 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
         }
         state.archive.reset();
         ZipFault fault = detail::PackAll({state.path, state.password, state.seen}, *items, packing);
-        // What is packed anew is this object's own, whatever was refused before.
+        // A newly packed archive is this object's own, whatever was refused before.
         state.isOutdated = state.isOutdated && fault;
         return fault;
     });

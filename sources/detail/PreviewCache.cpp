@@ -102,7 +102,7 @@ PreviewCache::Extraction PreviewCache::Extract(PreviewKind kind, ListedPackage& 
 bool PreviewCache::TakeFromAllowance(std::uint64_t bytes) const
 {
     std::uint64_t left = allowance_;
-    // Workers take from it at the same time; `left` is read anew whenever another one was quicker.
+    // Workers take from it at the same time; `left` is read again whenever another one was quicker.
     while (left >= bytes) {
         if (allowance_.compare_exchange_weak(left, left - bytes)) {
             return true;

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <set>
 
-// Who holds what, in <temporary folder>/<area>/: a folder <guid>, and beside it <guid>.lock, which its process has
+// In <temporary folder>/<area>/ lie a folder <guid>, and beside it <guid>.lock, which its process has
 // locked as long as it lives. The system lets go of the lock however the process ends, so a folder whose lock can be
 // had is nobody's. The lock lies beside the folder and not in it: what the folder holds is its user's alone.
 //
