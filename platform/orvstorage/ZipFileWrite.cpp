@@ -3,7 +3,7 @@
 #include <orvstorage/detail/ZipState.h>
 #include <orvstorage/detail/names/NameRegister.h>
 #include <orvstorage/detail/packing/Packer.h>
-#include <orvstorage/detail/unpacking/Unpacker.h>
+#include <orvstorage/detail/unpacking/EntryUnpacking.h>
 #include <orvstorage/shared/EntryName.h>
 
 // Changes of an archive. None of them touches the file: a new archive is written beside it and takes its place at the
