@@ -207,14 +207,7 @@ struct TableWalker {
     /// Raises what Read would raise, and keeps nothing.
     static void Check(const JSONNode& object)
     {
-        const auto check = [](const auto& row, const JSONNode& node) {
-            if constexpr (std::is_same_v<std::remove_cvref_t<decltype(row.check)>, CheckedByReading>) {
-                Record scratch{};
-                return row.read(node, scratch);
-            } else {
-                return row.check(node);
-            }
-        };
+        const auto check = [](const auto& row, const JSONNode& node) { return CheckRow(row, node); };
         TakeRows(FindRows(object, nullptr), check, std::make_index_sequence<kCount>());
     }
 
@@ -235,6 +228,17 @@ struct TableWalker {
     }
 
 private:
+    template <class Row>
+    static bool CheckRow(const Row& row, const JSONNode& node)
+    {
+        if constexpr (std::is_same_v<std::remove_cvref_t<decltype(row.check)>, CheckedByReading>) {
+            Record scratch{};
+            return row.read(node, scratch);
+        } else {
+            return row.check(node);
+        }
+    }
+
     using FoundRows = std::array<const JSONNode*, kCount>;
 
     // The member of each row; of a repeated key the last one.
