@@ -3,6 +3,7 @@
 #include <capsule/detail/CapsuleTable.h>
 #include <capsule/detail/ControlTables.h>
 #include <capsule/detail/VersionGate.h>
+#include <capsule/shared/ListedCapsule.h>
 
 namespace orvcapsule::serialization {
 
@@ -11,6 +12,8 @@ namespace {
 namespace json = orvcore::serialization::detail;
 using orvcore::serialization::JSONDocument;
 using orvcore::serialization::Variant;
+
+constexpr auto kListedRows = detail::CapsuleTable::ListedRows();
 
 // The document of a text, or an empty one where the text is not JSON.
 // That is the interface's promise: an empty record instead of an error. Who wants the reason asks validation, which
@@ -64,6 +67,19 @@ std::shared_ptr<Capsule> CapsuleFromJson(const UTF8String& text)
     }
     auto capsule = std::make_shared<Capsule>();
     json::Codec<Capsule>::Read(ParseOrNothing(text).Root(), *capsule);
+    return capsule;
+}
+
+std::optional<Capsule> ListedCapsuleFromJson(const UTF8String& text)
+{
+    if (!detail::PassesVersionGate(text)) {
+        return std::nullopt;
+    }
+    std::optional<Capsule> capsule(std::in_place);
+    const JSONDocument document = ParseOrNothing(text);
+    if (document.Root().IsObject()) {
+        json::TableWalker<Capsule, kListedRows>::Read(document.Root(), *capsule, nullptr);
+    }
     return capsule;
 }
 

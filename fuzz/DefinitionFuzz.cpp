@@ -1,6 +1,10 @@
 // Any text: the definition reader must not crash or hang, may only raise what its header names, and what it read must
-// be written as a text that reads as the same again.
+// be written as a text that reads as the same again. What a listing reads of it is the same, or refused for the same
+// reason.
 #include <capsule/Serialization.h>
+#include <capsule/shared/ListedCapsule.h>
+
+#include <tests/support/ShownDefinition.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -22,9 +26,15 @@ namespace json = orvcore::serialization;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    const UTF8String text(data, data + size);
+    const UTF8String whole = orvtest::ShownDefinition([&] { return serialization::CapsuleFromJson(text); });
+    const UTF8String listed = orvtest::ShownDefinition([&] { return serialization::ListedCapsuleFromJson(text); });
+    if (whole != listed) {
+        Fail("a listing reads another template", whole, listed);
+    }
     std::shared_ptr<orvcapsule::Capsule> capsule;
     try {
-        capsule = serialization::CapsuleFromJson(UTF8String(data, data + size));
+        capsule = serialization::CapsuleFromJson(text);
     } catch (const json::missing_key_exception&) {
         return 0;
     }

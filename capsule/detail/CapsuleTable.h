@@ -3,6 +3,7 @@
 #include <capsule/Capsule.h>
 #include <capsule/DefinitionKeys.h>
 #include <capsule/detail/ControlJSON.h>
+#include <capsule/detail/Locale.h>
 #include <capsule/detail/UIStringJSON.h>
 
 #include <kinlet/shared/RecordJSON.h>
@@ -50,17 +51,16 @@ struct CapsuleTable {
     static constexpr auto Older(std::string_view key, void (Capsule::*set)(const T&))
     {
         return json::CustomField(
-                   key, json::Presence::kLenient,
-                   [set](const JSONNode& node, Capsule& capsule) {
-                       T value{};
-                       if (!json::Codec<T>::Read(node, value)) {
-                           return false;
-                       }
-                       (capsule.*set)(value);
-                       return true;
-                   },
-                   json::NotWritten{})
-            .ReadOnly();
+            key, json::Presence::kLenient,
+            [set](const JSONNode& node, Capsule& capsule) {
+                T value{};
+                if (!json::Codec<T>::Read(node, value)) {
+                    return false;
+                }
+                (capsule.*set)(value);
+                return true;
+            },
+            json::NotWritten{});
     }
 
     // A map by locale; an empty one does not erase what an older form gave.
@@ -82,12 +82,45 @@ struct CapsuleTable {
             [member](JSONSink& sink, const Capsule& capsule) { json::Codec<Map>::Write(sink, capsule.*member); });
     }
 
+    // Of the compositions the one that is shown in the application language. The others are judged: each may make the
+    // whole definition unusable.
+    static constexpr auto ShownComposition()
+    {
+        return json::CustomField(
+            CAPSULE_SOURCE_INFO_LOC_STR, json::Presence::kLenient,
+            [](const JSONNode& node, Capsule& capsule) {
+                if (!json::CheckValue<Capsule::SourceInfoMap>(node)) {
+                    return false;
+                }
+                std::map<UTF16String, const JSONNode*> byLocale;
+                for (const JSONNode& child : node.Children()) {
+                    byLocale[orvcore::ToUTF16(child.Key())] = &child;
+                }
+                const auto shown = orvcapsule::detail::FindForLanguage(byLocale, orvcapsule::detail::kFallbackLocale);
+                if (shown != byLocale.end()) {
+                    Capsule::SourceInfoMap map;
+                    json::Codec<kinlet::SourceInfo>::Read(*shown->second, map[shown->first]);
+                    capsule.sourceInfoLocalized_ = std::move(map);
+                }
+                return true;
+            },
+            json::NotWritten{});
+    }
+
+    static constexpr auto JudgedControls()
+    {
+        return json::CustomField(
+            CAPSULE_CONTROLS_STR, json::Presence::kLenient,
+            [](const JSONNode& node, Capsule&) { return ControlListCodec::Check(node); }, json::NotWritten{});
+    }
+
     // Every row is lenient: a value of a wrong type at the top level costs that value and not the template. What makes
     // a host refuse a template lies deeper, in compositions and controls.
     //
     // A new row also goes into docs/definition.schema.json, from which validation learns what may stand where; a test
     // holds the two together.
-    static constexpr auto Rows()
+    template <class Compositions, class Controls>
+    static constexpr auto Rows(Compositions compositions, Controls controls)
     {
         using json::Lenient;
         return json::Fields(
@@ -98,9 +131,7 @@ struct CapsuleTable {
             Lenient(CAPSULE_LOCCAPNAME_STR, &Capsule::capsuleNameLocalized_),
             Lenient(CAPSULE_CAPDESC_STR, &Capsule::capsuleDesc_),
             Lenient(CAPSULE_CONTROL_PLATFORMSUPPORT_STR, &Capsule::platformSupport_),
-            Older(CAPSULE_SOURCE_INFO_STR, &Capsule::SetSourceInfoObsolete),
-            ByLocale(CAPSULE_SOURCE_INFO_LOC_STR, &Capsule::sourceInfoLocalized_),
-            Lenient<ControlListCodec>(CAPSULE_CONTROLS_STR, &Capsule::controls_),
+            Older(CAPSULE_SOURCE_INFO_STR, &Capsule::SetSourceInfoObsolete), compositions, controls,
             ByLocale(CAPSULE_USED_FONTS_LOC_STR, &Capsule::usedFontsLocalized_),
             Older(CAPSULE_USED_FONTS_STR, &Capsule::SetUsedFontsObsolete),
             Lenient(CAPSULE_USED_EFFECTS_STR, &Capsule::usedEffects_),
@@ -112,6 +143,16 @@ struct CapsuleTable {
             Lenient(CAPSULE_FONTWELLONLY_VERSION_STR, &Capsule::fontwellOnlyVersion_),
             Lenient(CAPSULE_RESPONSIVEDESIGN_VERSION_STR, &Capsule::responsiveDesignTimeVersion_),
             Lenient(CAPSULE_LICENSEID_STR, &Capsule::licenseID_));
+    }
+    static constexpr auto Rows()
+    {
+        return Rows(ByLocale(CAPSULE_SOURCE_INFO_LOC_STR, &Capsule::sourceInfoLocalized_),
+                    json::Lenient<ControlListCodec>(CAPSULE_CONTROLS_STR, &Capsule::controls_));
+    }
+    // The same keys where a list of templates is made.
+    static constexpr auto ListedRows()
+    {
+        return Rows(ShownComposition(), JudgedControls());
     }
 };
 

@@ -2,6 +2,9 @@
 
 #include <capsule/detail/ControlTables.h>
 
+#include <algorithm>
+#include <array>
+
 namespace orvcapsule::serialization::detail {
 
 namespace {
@@ -31,98 +34,105 @@ UIString NoText()
     return UIString(std::vector<LocStrPair>());
 }
 
-// One control of a kind in each direction. The settings after the shared three are placeholders that the table's
-// required keys replace.
 // Long lists are read on several workers at a time, so nothing here may keep state between two controls.
-template <class Control, const auto& Table>
-struct KindCodec {
-    template <class... Settings>
-    static ControlPtr Read(const JSONNode& node, Settings... settings)
-    {
-        const bool isLabelled = node.Find(CAPSULE_CONTROL_UINAME_STR) != nullptr;
-        auto control = std::make_shared<Control>(UTF16String(), isLabelled ? NoText() : UIString(), ControlProperties(),
-                                                 settings...);
-        json::TableWalker<Control, Table>::Read(node, *control, ControlTables::Unknown(*control));
-        return control;
-    }
-
-    // A control whose class lacks the settings of its type has no form, like one whose value is not of its kind.
-    static void Write(JSONSink& sink, const ClientControl& control)
-    {
-        const auto& own = dynamic_cast<const Control&>(control);
-        json::TableWalker<Control, Table>::Write(sink, own, ControlTables::Unknown(own));
-    }
-};
-
-ControlPtr ReadControl(const JSONNode& node, ClientControlType type)
+// The settings after the shared three are placeholders that the table's required keys replace.
+template <class Control, const auto& Table, class... Settings>
+ControlPtr ReadAs(const JSONNode& node, Settings... settings)
 {
-    switch (type) {
-    case ClientControlType::kCheckbox:
-        return KindCodec<CheckboxControl, kCheckbox>::Read(node, false);
-    case ClientControlType::kSlider:
-        return KindCodec<SliderControl, kSlider>::Read(node, 0.0, 0.0, 0.0);
-    case ClientControlType::kAngle:
-        return KindCodec<AngleControl, kAngle>::Read(node, 0.0);
-    case ClientControlType::kColor:
-        return KindCodec<ColorControl, kColor>::Read(node, ColorRGBA());
-    case ClientControlType::kPoint2D:
-        return KindCodec<Point2DControl, kPoint2D>::Read(node, Point2D());
-    case ClientControlType::kText:
-        return KindCodec<StringControl, kText>::Read(node, NoText(), kinlet::SourceTextFontEditInfo(),
-                                                     AlternateRectInfo(), kinlet::ESourceTextOverrideType());
-    case ClientControlType::kComment:
-        return KindCodec<CommentControl, kComment>::Read(node, NoText());
-    case ClientControlType::kScale:
-        return KindCodec<ScaleControl, kScale>::Read(node, false, 0, std::vector<double>());
-    case ClientControlType::kGroup:
-        return KindCodec<GroupControl, kGroup>::Read(node, std::vector<UTF16String>(), false);
-    case ClientControlType::kMenu:
-        return KindCodec<MenuControl, kMenu>::Read(node, 0, std::vector<UIString>());
-    case ClientControlType::kMedia:
-        return KindCodec<MediaControl, kMedia>::Read(node, false, kinlet::MediaReplacementProperties(), UTF16String());
-    case ClientControlType::kSpreadsheet:
-        return KindCodec<SpreadsheetControl, kSpreadsheet>::Read(node, 0U, 0U, std::vector<SpreadsheetColumnInfoLoc>(),
-                                                                 kinlet::SpreadsheetValue());
-    // A document holds the shared part of such a control only, of which no drop zone could be made again: it reads as
-    // none.
-    case ClientControlType::kGroupDropZone:
-        break;
-    }
-    return nullptr;
+    const bool isLabelled = node.Find(CAPSULE_CONTROL_UINAME_STR) != nullptr;
+    auto control =
+        std::make_shared<Control>(UTF16String(), isLabelled ? NoText() : UIString(), ControlProperties(), settings...);
+    json::TableWalker<Control, Table>::Read(node, *control, ControlTables::Unknown(*control));
+    return control;
 }
 
-// Kinds without settings of their own are written whatever the control's class.
-void WriteControl(JSONSink& sink, const ClientControl& control)
+// A control whose class lacks the settings of its type has no form, like one whose value is not of its kind.
+template <class Control, const auto& Table>
+void WriteAs(JSONSink& sink, const ClientControl& control)
 {
-    switch (control.GetType()) {
-    case ClientControlType::kCheckbox:
-        return KindCodec<ClientControl, kCheckbox>::Write(sink, control);
-    case ClientControlType::kSlider:
-        return KindCodec<SliderControl, kSlider>::Write(sink, control);
-    case ClientControlType::kAngle:
-        return KindCodec<ClientControl, kAngle>::Write(sink, control);
-    case ClientControlType::kColor:
-        return KindCodec<ClientControl, kColor>::Write(sink, control);
-    case ClientControlType::kPoint2D:
-        return KindCodec<ClientControl, kPoint2D>::Write(sink, control);
-    case ClientControlType::kText:
-        return KindCodec<StringControl, kText>::Write(sink, control);
-    case ClientControlType::kComment:
-        return KindCodec<ClientControl, kComment>::Write(sink, control);
-    case ClientControlType::kScale:
-        return KindCodec<ScaleControl, kScale>::Write(sink, control);
-    case ClientControlType::kGroup:
-        return KindCodec<GroupControl, kGroup>::Write(sink, control);
-    case ClientControlType::kMenu:
-        return KindCodec<MenuControl, kMenu>::Write(sink, control);
-    case ClientControlType::kMedia:
-        return KindCodec<MediaControl, kMedia>::Write(sink, control);
-    case ClientControlType::kSpreadsheet:
-        return KindCodec<SpreadsheetControl, kSpreadsheet>::Write(sink, control);
-    case ClientControlType::kGroupDropZone:
-        break;
+    const auto& own = dynamic_cast<const Control&>(control);
+    json::TableWalker<Control, Table>::Write(sink, own, ControlTables::Unknown(own));
+}
+
+// What is done with a control of one type.
+struct Kind {
+    ClientControlType type;
+    ControlPtr (*read)(const JSONNode&);
+    void (*check)(const JSONNode&);
+    void (*write)(JSONSink&, const ClientControl&);
+};
+
+template <class Control, const auto& Table, class Written = Control>
+constexpr Kind KindOf(ClientControlType type, ControlPtr (*read)(const JSONNode&))
+{
+    return {type, read, json::TableWalker<Control, Table>::Check, WriteAs<Written, Table>};
+}
+
+using Type = ClientControlType;
+using Node = const JSONNode&;
+
+// Kinds without settings of their own are written whatever the control's class. A document holds the shared part of a
+// group drop zone only, of which no drop zone could be made again: it has no row and reads as none.
+constexpr std::array kKinds = {
+    KindOf<CheckboxControl, kCheckbox, ClientControl>(
+        Type::kCheckbox, [](Node node) { return ReadAs<CheckboxControl, kCheckbox>(node, false); }),
+    KindOf<SliderControl, kSlider>(Type::kSlider,
+                                   [](Node node) { return ReadAs<SliderControl, kSlider>(node, 0.0, 0.0, 0.0); }),
+    KindOf<AngleControl, kAngle, ClientControl>(Type::kAngle,
+                                                [](Node node) { return ReadAs<AngleControl, kAngle>(node, 0.0); }),
+    KindOf<ColorControl, kColor, ClientControl>(
+        Type::kColor, [](Node node) { return ReadAs<ColorControl, kColor>(node, ColorRGBA()); }),
+    KindOf<Point2DControl, kPoint2D, ClientControl>(
+        Type::kPoint2D, [](Node node) { return ReadAs<Point2DControl, kPoint2D>(node, Point2D()); }),
+    KindOf<StringControl, kText>(Type::kText,
+                                 [](Node node) {
+                                     return ReadAs<StringControl, kText>(
+                                         node, NoText(), kinlet::SourceTextFontEditInfo(), AlternateRectInfo(),
+                                         kinlet::ESourceTextOverrideType());
+                                 }),
+    KindOf<CommentControl, kComment, ClientControl>(
+        Type::kComment, [](Node node) { return ReadAs<CommentControl, kComment>(node, NoText()); }),
+    KindOf<ScaleControl, kScale>(
+        Type::kScale, [](Node node) { return ReadAs<ScaleControl, kScale>(node, false, 0, std::vector<double>()); }),
+    KindOf<GroupControl, kGroup>(
+        Type::kGroup, [](Node node) { return ReadAs<GroupControl, kGroup>(node, std::vector<UTF16String>(), false); }),
+    KindOf<MenuControl, kMenu>(Type::kMenu,
+                               [](Node node) { return ReadAs<MenuControl, kMenu>(node, 0, std::vector<UIString>()); }),
+    KindOf<MediaControl, kMedia>(Type::kMedia,
+                                 [](Node node) {
+                                     return ReadAs<MediaControl, kMedia>(
+                                         node, false, kinlet::MediaReplacementProperties(), UTF16String());
+                                 }),
+    KindOf<SpreadsheetControl, kSpreadsheet>(Type::kSpreadsheet,
+                                             [](Node node) {
+                                                 return ReadAs<SpreadsheetControl, kSpreadsheet>(
+                                                     node, 0U, 0U, std::vector<SpreadsheetColumnInfoLoc>(),
+                                                     kinlet::SpreadsheetValue());
+                                             }),
+};
+
+const Kind* FindKind(ClientControlType type)
+{
+    const auto* const found =
+        std::find_if(kKinds.begin(), kKinds.end(), [type](const Kind& kind) { return kind.type == type; });
+    return found != kKinds.end() ? found : nullptr;
+}
+
+// The kind that a control's object names, or null. The keys that every control has are required of those that are
+// passed over, too: a control of an unknown kind is passed over, one that lacks what every control has is damage.
+const Kind* KindNamedBy(const JSONNode& node)
+{
+    ClientControlType type{};
+    const JSONNode* typeNode = node.Find(CAPSULE_CONTROL_TYPE_STR);
+    const Kind* const kind =
+        typeNode != nullptr && json::Codec<ClientControlType>::Read(*typeNode, type) ? FindKind(type) : nullptr;
+    if (kind == nullptr) {
+        json::TableWalker<ClientControl, kBeforeType>::Check(node);
+        if (typeNode == nullptr) {
+            throw orvcore::serialization::missing_key_exception(CAPSULE_CONTROL_TYPE_STR);
+        }
     }
-    json::TableWalker<ClientControl, kCommon>::Write(sink, control, nullptr);
+    return kind;
 }
 
 } // namespace
@@ -137,6 +147,11 @@ bool ControlListCodec::Read(const JSONNode& node, List& out)
     read.erase(std::remove(read.begin(), read.end(), nullptr), read.end());
     out = std::move(read);
     return true;
+}
+
+bool ControlListCodec::Check(const JSONNode& node)
+{
+    return json::Codec<List>::Check(node);
 }
 
 void ControlListCodec::Write(JSONSink& sink, const List& value)
@@ -159,23 +174,15 @@ namespace capsule = orvcapsule::serialization::detail;
 bool Codec<std::shared_ptr<orvcapsule::ClientControl>>::Read(const JSONNode& node,
                                                              std::shared_ptr<orvcapsule::ClientControl>& out)
 {
-    out = nullptr;
-    if (!node.IsObject()) {
-        return true;
-    }
-    orvcapsule::ClientControlType type{};
-    const JSONNode* typeNode = node.Find(orvcapsule::CAPSULE_CONTROL_TYPE_STR);
-    if (typeNode != nullptr && Codec<orvcapsule::ClientControlType>::Read(*typeNode, type)) {
-        out = capsule::ReadControl(node, type);
-    }
-    if (out == nullptr) {
-        // The keys that every control has are required of those that are passed over, too.
-        // A control of an unknown kind is passed over, one that lacks what every control has is damage.
-        orvcapsule::ClientControl scratch({}, {}, {}, {}, {});
-        TableWalker<orvcapsule::ClientControl, capsule::kBeforeType>::Read(node, scratch, nullptr);
-        if (typeNode == nullptr) {
-            throw missing_key_exception(orvcapsule::CAPSULE_CONTROL_TYPE_STR);
-        }
+    const capsule::Kind* const kind = node.IsObject() ? capsule::KindNamedBy(node) : nullptr;
+    out = kind != nullptr ? kind->read(node) : nullptr;
+    return true;
+}
+
+bool Codec<std::shared_ptr<orvcapsule::ClientControl>>::Check(const JSONNode& node)
+{
+    if (const capsule::Kind* const kind = node.IsObject() ? capsule::KindNamedBy(node) : nullptr) {
+        kind->check(node);
     }
     return true;
 }
@@ -184,10 +191,11 @@ void Codec<std::shared_ptr<orvcapsule::ClientControl>>::Write(JSONSink& sink,
                                                               const std::shared_ptr<orvcapsule::ClientControl>& value)
 {
     if (value == nullptr) {
-        sink.Null();
-    } else {
-        capsule::WriteControl(sink, *value);
+        return sink.Null();
     }
+    const capsule::Kind* const kind = capsule::FindKind(value->GetType());
+    const auto write = kind != nullptr ? kind->write : capsule::WriteAs<orvcapsule::ClientControl, capsule::kCommon>;
+    write(sink, *value);
 }
 
 } // namespace orvcore::serialization::detail

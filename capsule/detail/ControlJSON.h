@@ -13,6 +13,7 @@ namespace orvcore::serialization::detail {
 template <>
 struct Codec<std::shared_ptr<orvcapsule::ClientControl>> {
     static bool Read(const JSONNode& node, std::shared_ptr<orvcapsule::ClientControl>& out);
+    static bool Check(const JSONNode& node);
     static void Write(JSONSink& sink, const std::shared_ptr<orvcapsule::ClientControl>& value);
 };
 
@@ -24,6 +25,7 @@ namespace orvcapsule::serialization::detail {
 struct ControlListCodec {
     using List = std::vector<std::shared_ptr<ClientControl>>;
     static bool Read(const orvcore::serialization::JSONNode& node, List& out);
+    static bool Check(const orvcore::serialization::JSONNode& node);
     static void Write(orvcore::serialization::JSONSink& sink, const List& value);
 };
 

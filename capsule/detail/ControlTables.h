@@ -42,30 +42,43 @@ struct ControlTables {
     static constexpr auto Value(std::string_view key = CAPSULE_CONTROL_VALUE_STR)
     {
         return json::CustomField(
-            key, Presence::kRequired,
-            [](const JSONNode& node, ClientControl& control) {
-                T value{};
-                if (!json::Codec<T>::Read(node, value)) {
-                    return false;
-                }
-                control.value_ = std::move(value);
-                return true;
-            },
-            [](JSONSink& sink, const ClientControl& control) {
-                const T* value = std::get_if<T>(&control.value_);
-                if (value == nullptr) {
-                    throw foreign_value_exception(control.id_);
-                }
-                json::Codec<T>::Write(sink, *value);
-            });
+                   key, Presence::kRequired,
+                   [](const JSONNode& node, ClientControl& control) {
+                       T value{};
+                       if (!json::Codec<T>::Read(node, value)) {
+                           return false;
+                       }
+                       control.value_ = std::move(value);
+                       return true;
+                   },
+                   [](JSONSink& sink, const ClientControl& control) {
+                       const T* value = std::get_if<T>(&control.value_);
+                       if (value == nullptr) {
+                           throw foreign_value_exception(control.id_);
+                       }
+                       json::Codec<T>::Write(sink, *value);
+                   })
+            .CheckedBy(json::CheckValue<T>);
+    }
+
+    // Stands for a value that is passed over, whatever it is.
+    static constexpr bool AnyValue(const JSONNode& /*node*/)
+    {
+        return true;
+    }
+    template <class Control, class Write>
+    static constexpr auto PassedOver(std::string_view key, Write write)
+    {
+        return json::CustomField(
+                   key, Presence::kLenient, [](const JSONNode&, Control&) { return true; }, write)
+            .CheckedBy(AnyValue);
     }
 
     // A text that documents always hold empty and that readers pass over.
     static constexpr auto EmptyText(std::string_view key)
     {
-        return json::CustomField(
-            key, Presence::kLenient, [](const JSONNode&, ClientControl&) { return true; },
-            [](JSONSink& sink, const ClientControl&) { json::Codec<UIString>::Write(sink, UIString()); });
+        return PassedOver<ClientControl>(
+            key, [](JSONSink& sink, const ClientControl&) { json::Codec<UIString>::Write(sink, UIString()); });
     }
 
     // Apart from Common, because these keys are also read of a control whose kind nobody knows here.
@@ -85,17 +98,18 @@ struct ControlTables {
                 },
                 [](JSONSink& sink, const ClientControl& control) {
                     json::Codec<UIString>::Write(sink, control.locName_);
-                }),
+                })
+                .CheckedBy(AnyValue),
             EmptyText("uiSuffix"), EmptyText("uiToolTip"),
             // Hidden controls are marked for other readers; a control read here is never hidden.
-            json::CustomField(
-                CAPSULE_CONTROL_HIDDEN_STR, Presence::kLenient, [](const JSONNode&, ClientControl&) { return true; },
-                [](JSONSink& sink, const ClientControl& control) { sink.Bool(control.hidden_); })
+            PassedOver<ClientControl>(CAPSULE_CONTROL_HIDDEN_STR,
+                                      [](JSONSink& sink, const ClientControl& control) { sink.Bool(control.hidden_); })
                 .WrittenWhen([](const ClientControl& control) { return control.hidden_; }),
             json::CustomField(
                 CAPSULE_CONTROLPROPS_CANANIMATE_STR, Presence::kRequired,
                 [](const JSONNode& node, ClientControl& control) { return node.Get(control.properties_.canAnimate); },
-                [](JSONSink& sink, const ClientControl& control) { sink.Bool(control.properties_.canAnimate); }));
+                [](JSONSink& sink, const ClientControl& control) { sink.Bool(control.properties_.canAnimate); })
+                .CheckedBy(json::CheckValue<bool>));
     }
 
     static constexpr auto Common()
@@ -146,9 +160,7 @@ struct ControlTables {
                                                        json::JSONTable<kinlet::MediaReplacementProperties>::fields),
                               Fields(Value<UTF16String>(CAPSULE_MEDIA_CACHE_VALUE_STR),
                                      Required(CAPSULE_ISEXPANDED_STR, &MediaControl::expanded_),
-                                     json::CustomField(
-                                         CAPSULE_CONTROL_VALUE_STR, Presence::kLenient,
-                                         [](const JSONNode&, MediaControl&) { return true; }, json::NotWritten{})));
+                                     PassedOver<MediaControl>(CAPSULE_CONTROL_VALUE_STR, json::NotWritten{})));
     }
 
     static constexpr auto Spreadsheet()

@@ -3,6 +3,8 @@
 #include <capsule/DefinitionKeys.h>
 #include <capsule/detail/Locale.h>
 
+#include <algorithm>
+
 namespace orvcapsule::serialization::detail {
 
 struct UIStringTable {
@@ -54,7 +56,8 @@ bool Codec<orvcapsule::UIString>::Read(const JSONNode& node, orvcapsule::UIStrin
         // An entry without a locale is from the time when every text was American English.
         ReadEntry entry{{UTF16String(orvcapsule::detail::kFallbackLocale), {}}};
         TableWalker<ReadEntry, kEntryFields>::Read(element, entry, nullptr);
-        // One broken part spoils the whole text. Validation judges by the same rule (IsUsable in TextChecks.cpp).
+        // One broken part spoils the whole text. Check below and validation (IsUsable in TextChecks.cpp) judge by the
+        // same rule.
         if (!entry.isUsable) {
             return false;
         }
@@ -63,6 +66,20 @@ bool Codec<orvcapsule::UIString>::Read(const JSONNode& node, orvcapsule::UIStrin
     }
     out.*orvcapsule::serialization::detail::UIStringTable::kStrings = std::move(strings);
     return true;
+}
+
+bool Codec<orvcapsule::UIString>::Check(const JSONNode& node)
+{
+    const auto isText = [](const JSONNode* part) { return part == nullptr || part->IsString(); };
+    const auto isEntry = [&isText](const JSONNode& element) {
+        return element.IsObject() && isText(element.Find(orvcapsule::CAPSULE_STR_STR)) &&
+               isText(element.Find(orvcapsule::CAPSULE_LOCALE_STR));
+    };
+    const JSONNode* list = node.Find(orvcapsule::CAPSULE_STRDB_STR);
+    if (list == nullptr || !list->IsArray()) {
+        return false;
+    }
+    return std::all_of(list->Children().begin(), list->Children().end(), isEntry);
 }
 
 void Codec<orvcapsule::UIString>::Write(JSONSink& sink, const orvcapsule::UIString& value)

@@ -10,6 +10,7 @@ namespace orvcore::serialization::detail {
 template <>
 struct Codec<orvcapsule::UIString> {
     static bool Read(const JSONNode& node, orvcapsule::UIString& out);
+    static bool Check(const JSONNode& node);
     static void Write(JSONSink& sink, const orvcapsule::UIString& value);
 };
 

@@ -63,6 +63,11 @@ void PutRecord(JSONSink& sink, const T& value)
 
 } // namespace
 
+bool CheckSourceInfo(const JSONNode& node)
+{
+    return serialization::detail::TableCodec<SourceInfo>::Check(node);
+}
+
 bool ReadRecord(const JSONNode& node, SourceInfo& out)
 {
     return ReplaceRecord(node, out);

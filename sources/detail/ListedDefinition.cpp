@@ -1,6 +1,6 @@
 #include <sources/detail/ListedDefinition.h>
 
-#include <capsule/Serialization.h>
+#include <capsule/shared/ListedCapsule.h>
 #include <orvcore/tasks/shared/NoDestructor.h>
 #include <package/DefinitionFile.h>
 #include <package/PackageNames.h>
@@ -84,11 +84,11 @@ void Refuse(CapsuleEntry& entry, Finding reason)
 bool TryFill(CapsuleEntry& entry, const orvcore::UTF8String& text)
 {
     try {
-        const std::shared_ptr<Capsule> capsule = serialization::CapsuleFromJson(text);
+        const std::optional<Capsule> capsule = serialization::ListedCapsuleFromJson(text);
         if (capsule) {
             FillFromCapsule(entry, *capsule);
         }
-        return capsule != nullptr;
+        return capsule.has_value();
     } catch (const std::exception&) { // what its reader gives up
         // Lack of memory is among them: one monstrous definition then costs its own entry.
         return false;

@@ -12,12 +12,14 @@
 // The larger records' codecs. Their tables are compiled once, behind these calls: overloads, because a template over
 // types that are not exported themselves would not be visible outside the library. `ReadRecord` replaces the record by
 // what the node holds; it returns false when the node is no object, and raises missing_key_exception by the rules of
-// the record's table.
+// the record's table. `CheckSourceInfo` returns and raises the same with nothing made: a template has a source for each
+// language, and a listing shows one of them.
 namespace kinlet::detail {
 
 using orvcore::serialization::JSONNode;
 using orvcore::serialization::JSONSink;
 
+ORVPLATFORM_API bool CheckSourceInfo(const JSONNode& node);
 ORVPLATFORM_API bool ReadRecord(const JSONNode& node, SourceInfo& out);
 ORVPLATFORM_API void WriteRecord(JSONSink& sink, const SourceInfo& value);
 ORVPLATFORM_API bool ReadRecord(const JSONNode& node, CapsuleParams& out);
@@ -47,6 +49,10 @@ namespace orvcore::serialization::detail {
 
 template <>
 struct Codec<kinlet::SourceInfo> : kinlet::detail::RecordCodec<kinlet::SourceInfo> {
+    static bool Check(const JSONNode& node)
+    {
+        return kinlet::detail::CheckSourceInfo(node);
+    }
 };
 template <>
 struct Codec<kinlet::CapsuleParams> : kinlet::detail::RecordCodec<kinlet::CapsuleParams> {

@@ -102,7 +102,9 @@ std::string WriteLibrary(const std::string& root, const std::string& name, const
         throw UsageError("the library's name is longer than " + std::to_string(kMaxTextSize) + " bytes");
     }
     const InterruptWatch interrupt;
-    const std::string id = orvcore::Guid::Create().ToString();
+    // Drafts of programs that were killed.
+    orvcore::RemoveLeftBehind(ToPath(root), std::chrono::hours(24));
+    std::string id = orvcore::Guid::Create().ToString();
     const DraftFolder draft(ToPath(root) / id);
     JSONTextWriter writer(true);
     writer.BeginObject();

@@ -16,10 +16,24 @@
 // How one C++ type stands in JSON. A codec has two static functions:
 //   bool Read(const JSONNode&, T&)    false when the value is of no usable kind; T is then left in any valid state
 //   void Write(JSONSink&, const T&)
+// and, where judging takes much less than making, a third:
+//   bool Check(const JSONNode&)       what Read would return or raise, with nothing made
 namespace orvcore::serialization::detail {
 
 template <class T>
 struct Codec;
+
+/// Whether the codec `C` would take the node for a T; raises what reading it would raise.
+template <class T, class C = Codec<T>>
+bool CheckValue(const JSONNode& node)
+{
+    if constexpr (requires { C::Check(node); }) {
+        return C::Check(node);
+    } else {
+        T scratch{};
+        return C::Read(node, scratch);
+    }
+}
 
 template <>
 struct Codec<bool> {
@@ -101,8 +115,16 @@ struct Codec<T> {
     }
 };
 
+// Any text of a document can be made one of each kind.
+struct TextCheck {
+    static bool Check(const JSONNode& node)
+    {
+        return node.IsString();
+    }
+};
+
 template <>
-struct Codec<std::string> {
+struct Codec<std::string> : TextCheck {
     static bool Read(const JSONNode& node, std::string& out)
     {
         std::string_view text;
@@ -119,7 +141,7 @@ struct Codec<std::string> {
 };
 
 template <>
-struct Codec<UTF8String> {
+struct Codec<UTF8String> : TextCheck {
     static bool Read(const JSONNode& node, UTF8String& out)
     {
         std::string_view text;
@@ -136,7 +158,7 @@ struct Codec<UTF8String> {
 };
 
 template <>
-struct Codec<UTF16String> {
+struct Codec<UTF16String> : TextCheck {
     static bool Read(const JSONNode& node, UTF16String& out)
     {
         std::string_view text;
@@ -245,6 +267,12 @@ struct Codec<std::vector<T>> {
         out = std::move(elements);
         return true;
     }
+    static bool Check(const JSONNode& node)
+    {
+        const auto children = node.Children();
+        return node.IsArray() &&
+               ReadElements(children.size(), [&](std::size_t i) { return CheckValue<T>(children[i]); });
+    }
     static void Write(JSONSink& sink, const std::vector<T>& value)
     {
         WriteElements(sink, value.size(), [&](JSONSink& to, std::size_t i) { Codec<T>::Write(to, value[i]); });
@@ -272,6 +300,11 @@ struct Codec<std::map<UTF16String, T>> {
         }
         out = std::move(members);
         return true;
+    }
+    static bool Check(const JSONNode& node)
+    {
+        const auto children = node.Children();
+        return node.IsObject() && std::all_of(children.begin(), children.end(), CheckValue<T>);
     }
     static void Write(JSONSink& sink, const std::map<UTF16String, T>& value)
     {

@@ -37,24 +37,29 @@ struct Always {
 // A field that is read and never written has this in the writer's place.
 struct NotWritten {};
 
-template <class ReadFunction, class WriteFunction, class Condition = Always>
+// A field that is judged by reading it into a record that goes again has this in the judge's place.
+struct CheckedByReading {};
+
+template <class ReadFunction, class WriteFunction, class Condition = Always, class CheckFunction = CheckedByReading>
 struct Field {
     std::string_view key;
     Presence presence;
     ReadFunction read;   // bool(const JSONNode&, Record&)
     WriteFunction write; // void(JSONSink&, const Record&)
     Condition condition{};
+    CheckFunction check{}; // bool(const JSONNode&): what `read` would return or raise
 
-    /// Read where present, never written.
-    constexpr auto ReadOnly() const
-    {
-        return Field<ReadFunction, NotWritten>{key, presence, read, {}, {}};
-    }
     /// Written only for records that satisfy `condition`.
     template <class C>
     constexpr auto WrittenWhen(C when) const
     {
-        return Field<ReadFunction, WriteFunction, C>{key, presence, read, write, when};
+        return Field<ReadFunction, WriteFunction, C, CheckFunction>{key, presence, read, write, when, check};
+    }
+    /// Judged by `judge` alone, where `read` does more than that.
+    template <class C>
+    constexpr auto CheckedBy(C judge) const
+    {
+        return Field<ReadFunction, WriteFunction, Condition, C>{key, presence, read, write, condition, judge};
     }
 };
 
@@ -64,7 +69,7 @@ constexpr auto MemberField(std::string_view key, Presence presence, Member Recor
     using Used = std::conditional_t<std::is_void_v<C>, Codec<Member>, C>;
     const auto read = [member](const JSONNode& node, Record& record) { return Used::Read(node, record.*member); };
     const auto write = [member](JSONSink& sink, const Record& record) { Used::Write(sink, record.*member); };
-    return Field<decltype(read), decltype(write)>{key, presence, read, write, {}};
+    return Field<decltype(read), decltype(write)>{key, presence, read, write}.CheckedBy(CheckValue<Member, Used>);
 }
 
 /// @name Rows over a data member. `C` names a codec other than the member type's own.
@@ -90,11 +95,11 @@ constexpr auto Lenient(std::string_view key, Member Record::*member)
 template <class ReadFunction, class WriteFunction>
 constexpr auto CustomField(std::string_view key, Presence presence, ReadFunction read, WriteFunction write)
 {
-    return Field<ReadFunction, WriteFunction>{key, presence, read, write, {}};
+    return Field<ReadFunction, WriteFunction>{key, presence, read, write};
 }
 
-template <class Whole, class Access, class Read, class Write, class Condition>
-constexpr auto LiftRow(Access access, const Field<Read, Write, Condition>& row)
+template <class Whole, class Access, class Read, class Write, class Condition, class Check>
+constexpr auto LiftRow(Access access, const Field<Read, Write, Condition, Check>& row)
 {
     const auto read = [access, inner = row.read](const JSONNode& node, Whole& whole) {
         return inner(node, std::invoke(access, whole));
@@ -103,13 +108,13 @@ constexpr auto LiftRow(Access access, const Field<Read, Write, Condition>& row)
         return inner(std::invoke(access, whole));
     };
     if constexpr (std::is_same_v<Write, NotWritten>) {
-        return Field<decltype(read), NotWritten>{row.key, row.presence, read, {}, {}};
+        return Field<decltype(read), NotWritten, Always, Check>{row.key, row.presence, read, {}, {}, row.check};
     } else {
         const auto write = [access, inner = row.write](JSONSink& sink, const Whole& whole) {
             inner(sink, std::invoke(access, whole));
         };
-        return Field<decltype(read), decltype(write), decltype(condition)>{row.key, row.presence, read, write,
-                                                                           condition};
+        return Field<decltype(read), decltype(write), decltype(condition), Check>{row.key, row.presence, read,
+                                                                                  write,   condition,    row.check};
     }
 }
 
@@ -194,19 +199,16 @@ struct TableWalker {
     static void Read(const JSONNode& object, Record& record, UnknownKeys* unknown)
     {
         // Rows are read in the table's order, whatever the document's: it settles which of an older and a newer key for
-        // the same member wins. Of a repeated key the last value stays in `found`.
-        std::array<const JSONNode*, kCount> found{};
-        std::size_t last = kCount;
-        for (const JSONNode& child : object.Children()) {
-            const std::size_t row = kOrder.Find(child.Key(), last);
-            if (row < kCount) {
-                found[row] = &child;
-                last = row;
-            } else if (unknown != nullptr) {
-                KeepUnknown(child, *unknown);
-            }
-        }
-        ReadRows(found, record, std::make_index_sequence<kCount>());
+        // the same member wins.
+        const auto read = [&record](const auto& row, const JSONNode& node) { return row.read(node, record); };
+        TakeRows(FindRows(object, unknown), read, std::make_index_sequence<kCount>());
+    }
+
+    /// Raises what Read would raise, and keeps nothing.
+    static void Check(const JSONNode& object)
+    {
+        const auto check = [](const auto& row, const JSONNode& node) { return CheckRow(row, node); };
+        TakeRows(FindRows(object, nullptr), check, std::make_index_sequence<kCount>());
     }
 
     static void Write(JSONSink& sink, const Record& record, const UnknownKeys* unknown)
@@ -226,22 +228,52 @@ struct TableWalker {
     }
 
 private:
+    template <class Row>
+    static bool CheckRow(const Row& row, const JSONNode& node)
+    {
+        if constexpr (std::is_same_v<std::remove_cvref_t<decltype(row.check)>, CheckedByReading>) {
+            Record scratch{};
+            return row.read(node, scratch);
+        } else {
+            return row.check(node);
+        }
+    }
+
+    using FoundRows = std::array<const JSONNode*, kCount>;
+
+    // The member of each row; of a repeated key the last one.
+    static FoundRows FindRows(const JSONNode& object, UnknownKeys* unknown)
+    {
+        FoundRows found{};
+        std::size_t last = kCount;
+        for (const JSONNode& child : object.Children()) {
+            const std::size_t row = kOrder.Find(child.Key(), last);
+            if (row < kCount) {
+                found[row] = &child;
+                last = row;
+            } else if (unknown != nullptr) {
+                KeepUnknown(child, *unknown);
+            }
+        }
+        return found;
+    }
+
     static void KeepUnknown(const JSONNode& node, UnknownKeys& unknown)
     {
         unknown.insert_or_assign(std::string(node.Key()), ToNarrow(GetJSONUTF8String(node.ToTree(), false)));
     }
 
-    template <std::size_t... I>
-    static void ReadRows(const std::array<const JSONNode*, kCount>& found, Record& record, std::index_sequence<I...>)
+    template <class Take, std::size_t... I>
+    static void TakeRows(const FoundRows& found, const Take& take, std::index_sequence<I...>)
     {
-        (ReadRow(std::get<I>(Table), found[I], record), ...);
+        (TakeRow(std::get<I>(Table), found[I], take), ...);
     }
 
-    template <class Row>
-    static void ReadRow(const Row& row, const JSONNode* node, Record& record)
+    template <class Row, class Take>
+    static void TakeRow(const Row& row, const JSONNode* node, const Take& take)
     {
         const bool satisfied = node == nullptr ? row.presence != Presence::kRequired
-                                               : row.read(*node, record) || row.presence == Presence::kLenient;
+                                               : take(row, *node) || row.presence == Presence::kLenient;
         if (!satisfied) {
             throw missing_key_exception(std::string(row.key));
         }
@@ -306,6 +338,14 @@ struct TableCodec {
         } else {
             Walker::Read(node, out, nullptr);
         }
+        return true;
+    }
+    static bool Check(const JSONNode& node)
+    {
+        if (!node.IsObject()) {
+            return false;
+        }
+        Walker::Check(node);
         return true;
     }
     static void Write(JSONSink& sink, const T& value)
