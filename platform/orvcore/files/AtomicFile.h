@@ -27,10 +27,10 @@ ORVPLATFORM_API bool IsPrivateName(const std::filesystem::path& fileName);
 /// stays.
 ORVPLATFORM_API void RemoveLeftBehind(const std::filesystem::path& folder, std::chrono::hours age) noexcept;
 
-/// Checks that a file may take the place of `path`: nothing stands there, or a file does, itself or behind a link. The
-/// failure where that is not so: a folder, a device, a pipe or a socket is not replaced; nor is a link that leads
-/// nowhere, whose file may be on a disk that is not connected. Throws `std::filesystem::filesystem_error`, or puts the
-/// failure into `error`, which is otherwise cleared.
+/// Checks that a file may take the place of `path`: nothing stands there, or a file does, itself or behind a link. A
+/// folder, a device, a pipe or a socket is not replaced; nor is a link that leads nowhere, whose file may be on a disk
+/// that is not connected. Where a file may not, it throws `std::filesystem::filesystem_error`, or puts the
+/// reason into `error`, which is otherwise cleared.
 ORVPLATFORM_API void CheckReplaceable(const std::filesystem::path& path);
 /// @return whether it may
 ORVPLATFORM_API bool CheckReplaceable(const std::filesystem::path& path, std::error_code& error);
