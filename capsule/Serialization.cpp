@@ -16,7 +16,7 @@ using orvcore::serialization::Variant;
 constexpr auto kListedRows = detail::CapsuleTable::ListedRows();
 
 // The document of a text, or an empty one where the text is not JSON.
-// That is the interface's promise: an empty record instead of an error. Who wants the reason asks validation, which
+// That is the interface's promise: an empty record instead of an error. Validation tells the reason, for which it
 // parses the text once more.
 JSONDocument ParseOrNothing(const UTF8String& text)
 {

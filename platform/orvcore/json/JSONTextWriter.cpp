@@ -1,6 +1,6 @@
 #include <orvcore/json/JSONTextWriter.h>
 
-#include <orvcore/json/shared/JSONWriteError.h>
+#include <orvcore/json/detail/JSONWriteError.h>
 
 #include <algorithm>
 #include <array>

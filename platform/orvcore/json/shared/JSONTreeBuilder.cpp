@@ -1,6 +1,6 @@
 #include <orvcore/json/shared/JSONTreeBuilder.h>
 
-#include <orvcore/json/shared/JSONWriteError.h>
+#include <orvcore/json/detail/JSONWriteError.h>
 
 #include <cmath>
 
