@@ -216,7 +216,9 @@ void FolderLibManager::Terminate()
 void FolderLibManager::GetLibraryList(std::vector<std::string>& libraryIDs)
 {
     libraryIDs.clear();
-    for (const LibraryPtr& library : state_->Refresh()->libraries) {
+    // Held by name: the state lets go of it as soon as another thread looks at the disk.
+    const CataloguePtr fresh = state_->Refresh();
+    for (const LibraryPtr& library : fresh->libraries) {
         libraryIDs.push_back(library->manifest.ID());
     }
 }

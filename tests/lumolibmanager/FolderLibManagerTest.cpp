@@ -8,6 +8,9 @@
 
 #include <tests/support/TempFolder.h>
 
+#include <atomic>
+#include <thread>
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -185,6 +188,7 @@ TEST_F(FolderLibManagerTest, ABadElementCostsItselfAndAMissingFileNoMore)
         {"{'id':'e','name':'','type':7,'files':{'primary':'there'}}", "\"type\""},
         {Element("ok", "'primary':'there'"), "same identifier"},
         {Element("e", ""), "no primary file"},
+        {Element("e", "'primary':'there','" + std::string(1025, 'r') + "':'there'"), "role is longer than"},
         {Element("e", "'primary':null"), "no text"},
         {Element("e", tooMany), "more than 32 files"},
         {Element("e", "'primary':''"), "empty"},
@@ -257,6 +261,46 @@ TEST_F(FolderLibManagerTest, SeesChangesAtTheNextListing)
     EXPECT_THAT(LeftOut(), ElementsAre(HasSubstr("cannot be read")));
     manager.Terminate();
     EXPECT_THAT(LeftOut(), IsEmpty());
+}
+
+// A host's main thread asks while workers list, and the synchronisation replaces the library under them.
+TEST_F(FolderLibManagerTest, AnswersSeveralThreadsWhileTheManifestIsReplaced)
+{
+    const auto put = [&](const std::string& element) {
+        root.Write("l/library.json", Manifest("l", Element(element, "'primary':'x'")));
+    };
+    root.Write("l/x", "x");
+    put("e");
+    constexpr std::size_t kOthers = 50;
+    for (std::size_t i = 0; i < kOthers; ++i) {
+        const std::string id = "other " + std::to_string(i);
+        root.Write(id + "/library.json", Manifest(id, ""));
+    }
+    std::atomic<int> asked = 0;
+    std::atomic<int> strange = 0; // neither the library nor the moment in which its manifest is half there
+    const auto ask = [&] {
+        for (int i = 0; i < 200; ++i, ++asked) {
+            std::vector<std::string> ids;
+            manager.GetLibraryList(ids);
+            strange += ids.size() == kOthers || ids.size() == kOthers + 1 ? 0 : 1;
+            manager.ListElements("l", lumolibmanager::kElementType_Capsule, [&](const auto& element) {
+                strange += element.name == "Name of " + element.id ? 0 : 1;
+                manager.GetPrimaryPath("l", element.id);
+                return true;
+            });
+            manager.GetLeftOut();
+        }
+    };
+    std::thread one(ask);
+    std::thread other(ask);
+    for (int i = 1; asked < 400; ++i) {
+        put("e" + std::string(static_cast<std::size_t>(i % 3), 'e'));
+        manager.Terminate();
+    }
+    one.join();
+    other.join();
+    EXPECT_EQ(strange, 0);
+    EXPECT_EQ(Elements("l").size(), 1U);
 }
 
 TEST_F(FolderLibManagerTest, CountsAreBounded)

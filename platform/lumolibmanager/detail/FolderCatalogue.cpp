@@ -8,7 +8,7 @@
 #include <orvcore/text/Printable.h>
 
 #include <algorithm>
-#include <map>
+#include <unordered_map>
 
 // A manifest is read again only when its file differs in size or times. Some file systems keep times of two seconds: a
 // change in the same two seconds would look like none, so a manifest that was young when it was read counts as unknown
@@ -137,15 +137,15 @@ CataloguePtr ReadCatalogue(const fs::path& root, const CataloguePtr& before)
     if (root.empty()) {
         return catalogue;
     }
-    std::map<fs::path, LibraryPtr> known;
+    std::unordered_map<fs::path::string_type, LibraryPtr> known;
     if (before) {
         for (const LibraryPtr& library : before->read) {
-            known.emplace(library->folder, library);
+            known.emplace(library->folder.native(), library);
         }
     }
     std::uint64_t size = 0;
     for (const fs::path& folder : FoldersBelow(root, *catalogue)) {
-        const auto found = known.find(folder);
+        const auto found = known.find(folder.native());
         const bool isKnown = found != known.end() && found->second->IsCurrent();
         const LibraryPtr library = isKnown ? found->second : ReadLibrary(folder, kMaxManifests - size);
         size += std::min<std::uint64_t>(library->state.size, kMaxManifests - size);

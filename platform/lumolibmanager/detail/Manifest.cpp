@@ -82,6 +82,9 @@ std::vector<ManifestFile> FilesOf(const JSONNode& element)
     }
     std::vector<ManifestFile> files;
     for (const JSONNode& file : list->Children()) {
+        if (file.Key().size() > kMaxTextSize) {
+            throw ManifestError("the name of a role is longer than " + std::to_string(kMaxTextSize) + " bytes");
+        }
         if (list->Find(file.Key()) == &file) { // the last of a key that repeats
             files.push_back({std::string(file.Key()), PathOf(file)});
         }

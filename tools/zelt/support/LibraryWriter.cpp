@@ -102,6 +102,8 @@ std::string WriteLibrary(const std::string& root, const std::string& name, const
         throw UsageError("the library's name is longer than " + std::to_string(kMaxTextSize) + " bytes");
     }
     const InterruptWatch interrupt;
+    // Drafts of programs that were killed.
+    orvcore::RemoveLeftBehind(ToPath(root), std::chrono::hours(24));
     const std::string id = orvcore::Guid::Create().ToString();
     const DraftFolder draft(ToPath(root) / id);
     JSONTextWriter writer(true);
