@@ -10,7 +10,7 @@
 #include <mutex>
 #include <thread>
 
-// Two kinds of threads. One runs `context_`: it accepts, reads, writes and owns every connection, so nothing there is
+// Two kinds of threads. One runs the context: it accepts, reads, writes and owns every connection, so nothing there is
 // locked. A few run handlers (Workers), which may wait; their answer is posted back to the first.
 //
 // The order of an end. First the context's thread is stopped and joined: from then on its objects belong to the thread
@@ -40,8 +40,7 @@ private:
     void Accept();
     void OnAccepted(const boost::system::error_code& error, tcp::socket socket);
 
-    detail::Shared shared_;    // before the context, whose end destroys connections that use it
-    asio::io_context context_; // run by one thread
+    detail::Shared shared_;
     tcp::acceptor acceptor_;
     asio::steady_timer pause_;
     tcp::endpoint endpoint_;
@@ -67,9 +66,8 @@ try {
 
 Server::Impl::Impl(Handler handler, ServerOptions options)
     : shared_(std::move(handler), std::move(options))
-    , context_(1)
-    , acceptor_(Listen(context_, shared_.options))
-    , pause_(context_)
+    , acceptor_(Listen(shared_.context, shared_.options))
+    , pause_(shared_.context)
     , endpoint_(acceptor_.local_endpoint())
 {
 }
@@ -82,7 +80,7 @@ Server::Impl::~Impl()
 void Server::Impl::Start()
 {
     Accept();
-    thread_ = std::thread([this] { context_.run(); });
+    thread_ = std::thread([this] { shared_.context.run(); });
 }
 
 void Server::Impl::Accept()
@@ -114,7 +112,7 @@ void Server::Impl::Stop()
     if (!thread_.joinable()) {
         return;
     }
-    context_.stop();
+    shared_.context.stop();
     thread_.join();
     // Its thread has ended: what belonged to it is this one's.
     boost::system::error_code ignored;
@@ -123,8 +121,8 @@ void Server::Impl::Stop()
         connection->Drop();
     }
     shared_.workers.Stop();
-    context_.restart();
-    context_.poll(); // what was under way ends with errors, and with it the connections
+    shared_.context.restart();
+    shared_.context.poll(); // what was under way ends with errors, and with it the connections
 }
 
 Server::Server(Handler handler, ServerOptions options)

@@ -9,7 +9,7 @@
 
 namespace orvtools::http::detail {
 
-void Body::OnReady(std::function<void()> /*ready*/) {}
+void Body::OnReady(std::function<void()> /*ready*/) {} // NOLINT(performance-unnecessary-value-param): streams keep it
 
 TextBody::TextBody(std::string text)
     : text_(std::move(text))

@@ -89,7 +89,7 @@ std::optional<unsigned> StatusOf(const beast::error_code& error)
 Connection::Connection(Tcp::socket socket, Shared& shared)
     : shared_(shared)
     , stream_(std::move(socket))
-    , delay_(stream_.get_executor())
+    , delay_(shared.context)
     // The buffer has a limit of its own: a client that sends headers without end would fill the memory before the
     // parser saw them.
     , received_(shared.options.limits.headerBytes + Body::kBlock)
@@ -166,9 +166,9 @@ void Connection::Answer(Server::Handler by, Request request)
 {
     shared_.workers.Post([self = shared_from_this(), by = std::move(by), request = std::move(request)]() mutable {
         Answered answered = AnswerOf(by, request, self->exchange_);
-        const auto executor = self->stream_.get_executor();
+        asio::io_context& context = self->shared_.context;
         // The connection goes on and ends on its own thread: this one keeps no pointer to it.
-        asio::post(executor,
+        asio::post(context,
                    [self = std::move(self), request = std::move(request), answered = std::move(answered)]() mutable {
                        if (answered.reply.head.empty()) {
                            self->Await(std::move(request), std::move(answered.later));
@@ -188,19 +188,28 @@ void Connection::Await(Request request, Response response)
         return;
     }
     exchange_.keepAlive = false;
-    awaited_->answer->OnAnswer([weak = weak_from_this(), executor = stream_.get_executor()] {
-        asio::post(executor, [weak] {
-            const auto self = weak.lock();
-            if (self && self->awaited_) {
-                self->OnAnswer();
+    awaited_->answer->OnAnswer(Posting(&Connection::OnAnswer));
+    WatchForLeaving();
+}
+
+// For a stream or a Later to call, on any thread and under its lock. The step is posted: it belongs to the connection's
+// thread, and it takes that lock itself. The connection may have ended before the step's turn.
+std::function<void()> Connection::Posting(void (Connection::*step)())
+{
+    return [weak = weak_from_this(), &context = shared_.context, step] {
+        asio::post(context, [weak, step] {
+            if (const auto self = weak.lock()) {
+                (*self.*step)();
             }
         });
-    });
-    WatchForLeaving();
+    };
 }
 
 void Connection::OnAnswer()
 {
+    if (!awaited_) { // dropped meanwhile
+        return;
+    }
     auto [request, headers, answer] = std::move(*awaited_);
     awaited_.reset();
     Response response = answer->Take();
@@ -244,21 +253,20 @@ void Connection::Begin()
 {
     out_ = std::move(reply_.head);
     if (reply_.isStream) {
-        reply_.body->OnReady([weak = weak_from_this(), executor = stream_.get_executor()] {
-            asio::post(executor, [weak] {
-                const auto self = weak.lock();
-                if (self && self->waits_) {
-                    self->waits_ = false;
-                    self->Pump();
-                }
-            });
-        });
+        reply_.body->OnReady(Posting(&Connection::OnReady));
         WatchForLeaving();
         if (!stream_.socket().is_open()) {
             return;
         }
     }
     Pump();
+}
+
+void Connection::OnReady()
+{
+    if (std::exchange(waits_, false)) {
+        Pump();
+    }
 }
 
 // Writes the next block, behind the head at first.

@@ -5,6 +5,7 @@
 #include <tools/http/Workers.h>
 #include <tools/http/detail/Reply.h>
 
+#include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
@@ -13,6 +14,7 @@
 #include <boost/beast/http/string_body.hpp>
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <unordered_set>
@@ -34,6 +36,7 @@ struct Shared {
     const ServerOptions options;
     Workers workers;
     std::unordered_set<Connection*> connections;
+    boost::asio::io_context context{1}; // run by one thread; last: its end destroys connections, which use the others
 };
 
 /// One client's connection: reads a request, has it answered on a worker, writes the answer, and so on. Everything but
@@ -66,11 +69,13 @@ private:
     void OnRequest(const Error& error);
     void Answer(Server::Handler by, Request request);
     void Await(Request request, Response response);
+    std::function<void()> Posting(void (Connection::*step)());
     void OnAnswer();
     void Abandon();
     void Refuse(unsigned status, std::string_view why);
     void Send(Reply reply);
     void Begin();
+    void OnReady();
     void Pump();
     void OnWritten(const Error& error);
     void WatchForLeaving();

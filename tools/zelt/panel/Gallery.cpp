@@ -193,7 +193,7 @@ private:
 
     fs::path PlaceOf(const std::string& name)
     {
-        const fs::path path = to_ / ToPath(name);
+        fs::path path = to_ / ToPath(name);
         std::error_code error;
         orvcore::EnsureDirectory(path.parent_path(), error); // where it fails, so does the file
         return path;

@@ -324,6 +324,7 @@ http::Response Routes::Tags(const Request& request) const
     std::set<orvcore::UTF16String> tags;
     orvcapsule::GetTags(orvcore::ToUTF16(text != nullptr ? *text : ""), tags);
     std::vector<std::string> shortest;
+    shortest.reserve(tags.size());
     for (const auto& tag : tags) {
         shortest.push_back(orvcore::ToNarrow(tag));
     }

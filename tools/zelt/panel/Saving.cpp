@@ -162,7 +162,7 @@ fs::path Save(const orvcapsule::CapsuleEntry& entry, const SaveRequest& request,
         throw UsageError("a template of a cloud library is the library's to change; store a copy");
     }
     const std::string original(AsNarrow(entry.path));
-    const fs::path to = request.replace ? ToPath(original) : CopyPath(entry, request.file, folders);
+    fs::path to = request.replace ? ToPath(original) : CopyPath(entry, request.file, folders);
     Template read = NeedCapsule(original);
     const std::string definition = Changed(read, request);
     if (!StoreDefinition(read, ToText(to), definition, interrupt)) {

@@ -104,7 +104,7 @@ std::string WriteLibrary(const std::string& root, const std::string& name, const
     const InterruptWatch interrupt;
     // Drafts of programs that were killed.
     orvcore::RemoveLeftBehind(ToPath(root), std::chrono::hours(24));
-    const std::string id = orvcore::Guid::Create().ToString();
+    std::string id = orvcore::Guid::Create().ToString();
     const DraftFolder draft(ToPath(root) / id);
     JSONTextWriter writer(true);
     writer.BeginObject();
