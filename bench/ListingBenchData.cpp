@@ -105,7 +105,7 @@ Memory MeasureMemory()
         memory.now = name == "VmRSS:" ? kilobytes * 1024 : memory.now;
         memory.peak = name == "VmHWM:" ? kilobytes * 1024 : memory.peak;
     }
-    std::ofstream("/proc/self/clear_refs") << "5"; // the peak begins anew
+    std::ofstream("/proc/self/clear_refs") << "5"; // the peak is measured from here
     return memory;
 }
 

@@ -2,6 +2,7 @@
 // files, and the least that reading one entry can cost. Times are of the clock on the wall, best of some runs; the
 // last column is the ratio to the floor.
 
+#include <orvcore/files/TemporaryFolder.h>
 #include <package/CapsuleZip.h>
 
 #include <libdeflate.h>
@@ -194,9 +195,7 @@ void MeasureOpening(const fs::path& package)
 
 int main()
 {
-    const fs::path root = fs::temp_directory_path() / ("package_bench." + std::to_string(getpid()));
-    fs::create_directories(root);
+    const orvcore::TemporaryFolder folder(u8"orvcapsule-bench");
     MeasureOpening(fs::path(ORV_SAMPLES_DIR) / "lower-third.zelt");
-    MeasureLarge(root);
-    fs::remove_all(root);
+    MeasureLarge(folder.Path());
 }

@@ -3,6 +3,7 @@
 #include <bench/SearchBenchData.h>
 #include <bench/SearchBenchFloor.h>
 
+#include <orvcore/files/TemporaryFolder.h>
 #include <orvcore/text/Strings.h>
 #include <orvmetadatadb/EscapeSequences.h>
 #include <orvmetadatadb/RapidFindDB.h>
@@ -188,10 +189,7 @@ void Run(const std::filesystem::path& folder, std::size_t count)
 int main(int argc, char** argv)
 {
     const std::size_t count = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 100000;
-    const auto folder = std::filesystem::temp_directory_path() / "orv_search_bench";
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    Run(folder, count);
-    std::filesystem::remove_all(folder);
+    const orvcore::TemporaryFolder folder(u8"orvcapsule-bench");
+    Run(folder.Path(), count);
     return 0;
 }

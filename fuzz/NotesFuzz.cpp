@@ -8,8 +8,8 @@
 #include <orvcore/text/Guid.h>
 #include <package/Workspace.h>
 #include <sources/detail/ListingNotes.h>
-#include <sources/detail/NoteFile.h>
 #include <sources/detail/NoteFormat.h>
+#include <sources/detail/StoredNotes.h>
 
 #include <boost/make_shared.hpp>
 

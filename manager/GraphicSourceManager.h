@@ -122,7 +122,7 @@ public:
     /// told of, ends that. A manager whose only source is not a `StockSource` finds nothing.
     void RequestGraphics(const std::vector<orvcore::UTF16String>& terms);
     /// Lists everything. Stock mode: as a search without terms; the arguments do not matter. Index mode: the search
-    /// index is emptied and filled anew. The entries-found callback receives entries while sources are being listed,
+    /// index is emptied and filled again. The entries-found callback receives entries while sources are being listed,
     /// the partial-completion callback those of each source when it is; at the end, when all are indexed, the
     /// local-request callback receives all entries, sorted. When a source fails, the entries that it handed out before
     /// are delivered and indexed, too. With `showProgress` the host's progress display shows the listing, and each

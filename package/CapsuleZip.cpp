@@ -5,12 +5,11 @@
 #include <orvcore/files/WalkTree.h>
 #include <orvcore/files/shared/CopyDirectory.h>
 #include <orvcore/files/shared/NewFolders.h>
-#include <orvcore/host/Application.h>
 #include <orvcore/json/JSON.h>
 #include <package/PackageNames.h>
+#include <package/detail/EntryInLanguage.h>
 #include <package/detail/PackageFile.h>
-
-#include <algorithm>
+#include <package/detail/ProjectExtraction.h>
 
 namespace orvcapsule {
 
@@ -29,26 +28,6 @@ using orvstorage::ZipFailure;
 using orvstorage::ZipFile;
 
 namespace {
-
-constexpr std::u8string_view kCorvidExtension = u8".cvgraphic";
-constexpr std::u8string_view kTesselExtension = u8".tsgraphic";
-
-// Asked at each call and never kept: a host may change the application's language while a package is open.
-UTF8String Localized(std::u8string_view stem, std::u8string_view extension)
-{
-    UTF8String name(stem);
-    name += u8'_';
-    name += orvcore::AsUTF8(orvcore::Application::GetLanguage());
-    name += extension;
-    return name;
-}
-
-UTF8String Joined(std::u8string_view stem, std::u8string_view extension)
-{
-    UTF8String name(stem);
-    name += extension;
-    return name;
-}
 
 fs::path Absolute(const fs::path& path)
 {
@@ -71,19 +50,13 @@ bool IsEmpty(const fs::path& folder)
     return !error && listing.directories.empty() && listing.files.empty();
 }
 
-// Only what is not there has a substitute: another entry in the place of a damaged one would pass for it.
-bool WasMissing(const ZipFile& zip)
-{
-    return zip.GetLastFailure().error == ZipError::EntryMissing;
-}
-
 bool WriteThumbnail(const ZipFile& zip, std::u8string_view extension, const UTF8String& outputPath,
                     const orvstorage::ZipProgress& progress, void* opaque)
 {
-    constexpr std::u8string_view kStem = u8"thumb";
     const fs::path output = orvcore::PathFromUTF8(outputPath);
-    return zip.UnzipOver(Localized(kStem, extension), output, progress, opaque) ||
-           (WasMissing(zip) && zip.UnzipOver(Joined(kStem, extension), output, progress, opaque));
+    return detail::ExtractInLanguage(zip, u8"thumb", extension, [&](const UTF8String& entry) {
+        return zip.UnzipOver(entry, output, progress, opaque);
+    });
 }
 
 // On this thread: a caller that is itself a worker must not wait for another.
@@ -101,62 +74,18 @@ bool CopyUnzipped(const ZipFile& zip, const fs::path& from, const fs::path& dire
     if (result >= 0) {
         return true;
     }
-    ZipFailure failure{ZipError::Cancelled, orvstorage::ZipAction::Unpack, zip.GetPath(), {}, {}};
+    // The host knows the archive only: a failure of the copy is told as one of the unpacking that it asked for.
+    constexpr auto kAction = orvstorage::ZipAction::Unpack;
+    ZipFailure failure{ZipError::Cancelled, kAction, zip.GetPath(), {}, {}};
     if (result == orvcore::kResultFileNotWritten) {
         // The private folder holds what the entries' names say, so a path below it is the entry's name. An empty path
         // means the target folder itself.
-        failure.entry = failed.path.generic_u8string();
+        failure = orvstorage::WriteFailure(failed.error, kAction, zip.GetPath(), failed.path.generic_u8string());
         failure.folder = failed.path.empty() ? directory : fs::path();
-        orvstorage::TranslateWriteError(failed.error, failure);
     }
-    // The host knows the archive only: a failure of the copy is told as one of the unpacking that it asked for.
     zip.SetLastFailure(failure);
     return false;
 }
-
-// The entries of a project are extracted one after the other from one archive, under one caller's progress.
-struct ProjectExtraction {
-    const ZipFile& zip;
-    const fs::path& directory;
-    const orvstorage::ZipProgress& progress;
-    void* opaque;
-
-    bool Extract(std::u8string_view entry, const fs::path& fileName) const
-    {
-        return zip.UnzipItems(entry, directory / fileName, progress, opaque);
-    }
-
-    bool ExtractProject(std::u8string_view extension, const fs::path& fileName) const
-    {
-        return Extract(Localized(u8"project", extension), fileName) ||
-               (WasMissing(zip) && Extract(Joined(u8"project", extension), fileName));
-    }
-
-    // Without its side file a project is slower, but whole: the result is true, and the last failure tells.
-    void ExtractSideFile() const
-    {
-        constexpr std::u8string_view kSideFile = u8"ZeltOptimizations.bin";
-        if (zip.Contains(kSideFile)) {
-            Extract(kSideFile, kSideFile);
-        }
-    }
-
-    // Empty when there is no project, or none that can be had.
-    std::optional<fs::path> ExtractAnyProject(const UTF16String& name) const
-    {
-        const auto fileName = [&name](std::u8string_view extension) {
-            return orvcore::PathFromUTF16(name + orvcore::ToUTF16(extension));
-        };
-        if (ExtractProject(kCorvidExtension, fileName(kCorvidExtension))) {
-            return fileName(kCorvidExtension);
-        }
-        if (!WasMissing(zip) || !ExtractProject(kTesselExtension, fileName(kTesselExtension))) {
-            return std::nullopt;
-        }
-        ExtractSideFile();
-        return fileName(kTesselExtension);
-    }
-};
 
 } // namespace
 
@@ -272,7 +201,7 @@ bool CapsuleZip::GetZELTProjectPackage(const UTF16String& baseDirectory, const U
     const fs::path directory = base.empty() ? sub : base / sub.relative_path();
     const auto privateFolder = FolderForLongPath(directory);
     const fs::path& unpackDirectory = privateFolder ? privateFolder->Path() : directory;
-    const auto file = ProjectExtraction{zip, unpackDirectory, progress, opaque}.ExtractAnyProject(projectName);
+    const auto file = detail::ExtractProject(zip, unpackDirectory, projectName, progress, opaque);
     const auto always = [](double) { return true; };
     // The folder is made only when the project is there to be put in, and taken away again (by this object's
     // destructor) when the copy fails: CopyDirectory removes only what it has made itself.

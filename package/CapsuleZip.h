@@ -109,7 +109,7 @@ public:
                                const orvcore::UTF16String& projectName, orvcore::UTF16String& outProjectPath) const;
 
     /// As above, with progress and cancellation.
-    /// @param progress, opaque see orvstorage::ZipFile::UnzipItems; the fraction begins anew with each entry
+    /// @param progress, opaque see orvstorage::ZipFile::UnzipItems; the fraction begins at 0 again with each entry
     bool GetZELTProjectPackage(const orvcore::UTF16String& baseDirectory, const orvcore::UTF16String& subDirectory,
                                const orvcore::UTF16String& projectName, orvcore::UTF16String& outProjectPath,
                                const orvstorage::ZipProgress& progress, void* opaque) const;
@@ -123,7 +123,8 @@ public:
     [[nodiscard]] bool UnZip(const std::filesystem::path& directory, bool overwrite,
                              const orvstorage::ZipProgress& progress, void* opaque) const;
 
-    /// Makes the package anew from all files of a folder, which bear the entries' names; see orvstorage::ZipFile::Zip.
+    /// Makes a new package in its place from all files of a folder, which bear the entries' names; see
+    /// orvstorage::ZipFile::Zip.
     /// @param progress told the fraction done and `opaque`; its false cancels and leaves the old package as it was
     [[nodiscard]] bool Zip(const std::filesystem::path& directory, const std::function<bool(double, void*)>& progress,
                            void* opaque) const;

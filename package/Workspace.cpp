@@ -8,6 +8,7 @@
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/Files.h>
 #include <orvcore/files/WalkTree.h>
+#include <orvcore/files/shared/RenameOver.h>
 #include <orvcore/host/Application.h>
 #include <orvcore/tasks/Executor.h>
 
@@ -68,7 +69,7 @@ fs::path StockAssetFolder(const orvcore::UTF8String& assetId)
     fs::path folder = stock / detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetName())) /
                       detail::SafeFileName(orvcore::AsUTF8(orvcore::Application::GetClientVersion())) /
                       detail::SafeFileName(assetId);
-    std::error_code ignored; // who writes there meets the same obstacle
+    std::error_code ignored; // a write there meets the same obstacle
     orvcore::EnsureDirectory(folder, ignored);
     return folder;
 }

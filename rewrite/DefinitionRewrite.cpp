@@ -14,7 +14,7 @@
 #include <optional>
 #include <string_view>
 
-// The text is edited and not written anew from a record: it may be a newer library's or another program's, and whatever
+// The text is edited and not written from a record: it may be a newer library's or another program's, and whatever
 // a record does not hold would be lost (docs/decisions/rewriting-definitions.md).
 
 namespace orvcapsule {

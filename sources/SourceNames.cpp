@@ -1,7 +1,8 @@
 #include <sources/SourceNames.h>
 
 // Hosts store these texts in their own settings and documents, and entries carry them: they never change. As static
-// objects with constructors they must not be used while another library's static objects are made.
+// objects with constructors they must not be used while another library's static objects are made,
+// nor when the process has ended its tasks and destroys its own.
 
 namespace orvcapsule {
 

@@ -14,7 +14,7 @@
 #include <mutex>
 #include <utility>
 
-// Who may ask for a preview: every view that shows the entry, at any time. `pending_` maps a file to the entry whose
+// Every view that shows the entry asks for its preview, at any time. `pending_` maps a file to the entry whose
 // download is under way, so a second view starts none; its mutex is also held while `onReady` runs, which is why that
 // may neither block nor ask for a preview.
 //

@@ -97,8 +97,7 @@ Thumbnail StoreThumbnail(const orvappsupport::NetworkResponse& response, const U
     if (Store(orvcore::PathFromUTF8(path), response.body, error)) {
         return {path, nullptr};
     }
-    orvstorage::ZipFailure failure;
-    orvstorage::TranslateWriteError(error, failure);
+    const auto failure = orvstorage::WriteFailure(error, orvstorage::ZipAction::Unpack, {}, {});
     return NoThumbnail(std::string(NameOf(failure.error)), failure.Reason());
 }
 

@@ -2,6 +2,7 @@
 
 #include <validation/detail/DefinitionJudging.h>
 #include <validation/detail/PackageJudging.h>
+#include <validation/shared/CannotOpen.h>
 
 #include <capsule/Serialization.h>
 #include <package/CapsuleZip.h>

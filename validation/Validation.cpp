@@ -2,6 +2,7 @@
 
 #include <validation/detail/DefinitionJudging.h>
 #include <validation/detail/PackageJudging.h>
+#include <validation/shared/CannotOpen.h>
 
 #include <orvcore/files/Files.h>
 #include <package/CapsuleZip.h>

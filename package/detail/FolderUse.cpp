@@ -72,10 +72,18 @@ std::filesystem::path AskingPath(std::filesystem::path folder)
     return folder += ".ask.lock";
 }
 
-// Opens the folder's own lock anew: the folder may have been deleted and created again since.
+// Null when it cannot be opened, whatever the reason: see above, the folder is used even so. Only a deletion takes a
+// lock that is there and cannot be opened for one that another process holds.
+std::unique_ptr<orvcore::FileLock> OpenLock(const std::filesystem::path& path, bool create)
+{
+    std::error_code ignored;
+    return orvcore::FileLock::Open(path, create, ignored);
+}
+
+// Opens the folder's own lock again: the folder may have been deleted and created since.
 void HoldItself(const std::filesystem::path& folder, UseLocks& locks)
 {
-    locks.folder = orvcore::FileLock::Open(folder, false);
+    locks.folder = OpenLock(folder, false);
     if (locks.folder) {
         locks.folder->TryShared();
     }
@@ -85,7 +93,7 @@ void HoldItself(const std::filesystem::path& folder, UseLocks& locks)
 
 void MakeFolderLock(const std::filesystem::path& folder)
 {
-    orvcore::FileLock::Open(LockPath(folder), true);
+    OpenLock(LockPath(folder), true);
 }
 
 void MakeAndHoldFolder(const std::filesystem::path& folder)
@@ -99,11 +107,11 @@ void MakeAndHoldFolder(const std::filesystem::path& folder)
         const auto left = [end] { return std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()); };
         // Waits while another process asks for the folder exclusively: that process would take a shared lock for a
         // sign of use, and the folder would not be cleaned.
-        const auto asking = orvcore::FileLock::Open(AskingPath(folder), true);
+        const auto asking = OpenLock(AskingPath(folder), true);
         if (asking) {
             static_cast<void>(asking->WaitShared(left()));
         }
-        locks.beside = orvcore::FileLock::Open(LockPath(folder), true);
+        locks.beside = OpenLock(LockPath(folder), true);
         if (locks.beside && !locks.beside->WaitShared(left())) {
             locks.beside.reset();
         }
@@ -120,14 +128,12 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
     // `beside` tells whether this process uses the folder: it is the lock that can exist before the folder does.
     // Without a lock file no process has initialised the folder, and none is kept out.
     const bool isShared = holds || orvcore::Exists(LockPath(folder));
-    const auto asking = isShared ? orvcore::FileLock::Open(AskingPath(folder), true) : nullptr;
+    const auto asking = isShared ? OpenLock(AskingPath(folder), true) : nullptr;
     if (isShared && (!asking || !asking->TryExclusive())) {
         return false;
     }
     // A process that has not initialised the folder opens its locks for this call only.
-    const UseLocks others =
-        holds ? UseLocks()
-              : UseLocks{orvcore::FileLock::Open(LockPath(folder), false), orvcore::FileLock::Open(folder, false)};
+    const UseLocks others = holds ? UseLocks() : UseLocks{OpenLock(LockPath(folder), false), OpenLock(folder, false)};
     const UseLocks& locks = holds ? own.locks : others;
     // Fails closed: where a lock file is there and cannot be opened, nobody can tell whether the folder is in use.
     const bool alone = (locks.beside || !isShared) && locks.TryExclusive();

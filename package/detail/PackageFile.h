@@ -44,8 +44,8 @@ private:
 
     std::filesystem::path path_;
     orvcore::UTF8String name_;
-    // Kept for Reopen: a relative path that was made full anew would follow the process's working folder, and another
-    // rule might hold for the same package.
+    // Kept for Reopen: a relative path that was made full a second time would follow the process's working folder, and
+    // another rule might hold for the same package.
     orvcore::UTF8String fullPath_;
     std::string password_;
     orvcore::UTF8String workingPath_;

@@ -11,7 +11,7 @@
 
 // What is known of the disk is immutable and shared: a catalogue (all libraries with their manifests) and, for each
 // library that was asked for, a look at its files. A call takes what it needs under the lock and works with that, so a
-// library may be read anew, or the manager terminated, while another thread still answers from the older one. A look
+// library may be read again, or the manager terminated, while another thread still answers from the older one. A look
 // belongs to the very manifest that it was made with (Looked holds both): indexes of files mean nothing in another one.
 
 namespace lumolibmanager {

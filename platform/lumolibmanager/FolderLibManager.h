@@ -39,7 +39,7 @@ inline constexpr std::size_t kMaxManifests = 64U << 20U; ///< bytes of all manif
 /// element, another file that is not there yet costs that file; `GetLeftOut` tells. Of two libraries or elements with
 /// one identifier the first counts.
 ///
-/// `GetLibraryList` looks at the disk anew, and `GetElementIDsForElementType` and `ListElements` at the files of that
+/// `GetLibraryList` looks at the disk again, and `GetElementIDsForElementType` and `ListElements` at the files of that
 /// library, so a listing sees every change; a manifest is read again only when it has changed. Its elements are read as
 /// they are listed: the first ones come nearly as soon from a library of many as from one of few. `GetLeftOut` never
 /// looks at the disk; the other calls answer from the latest look and take the disk only where there was none. Nothing

@@ -1,6 +1,7 @@
 #include <lumolibmanager/LumoLibManager.h>
 
 #include <lumolibmanager/FolderLibManager.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 
 #include <mutex>
 
@@ -15,8 +16,8 @@ struct Installed {
 
 Installed& TheInstalled()
 {
-    static Installed& installed = *new Installed; // never destroyed: a worker may list while the process exits
-    return installed;
+    static orvcore::NoDestructor<Installed> installed; // a worker may list while the process exits
+    return *installed;
 }
 
 } // namespace

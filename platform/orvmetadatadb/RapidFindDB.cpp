@@ -185,7 +185,7 @@ ResultCode RapidFindDB::Match(const std::vector<MatchCondition>& conditions, int
 {
     keys.clear();
     std::vector<orvcore::UTF8String> terms;
-    // Terms are folded before the lock is taken: who inserts need not wait for that.
+    // Terms are folded before the lock is taken: an insert does not wait for that.
     const bool valid =
         matchOperator == kMatchAll && std::all_of(conditions.begin(), conditions.end(), [&](const auto& condition) {
             terms.push_back(orvcore::FoldText(condition.term));

@@ -223,11 +223,10 @@ ZipFault WriteFault(const std::error_code& error)
 
 } // namespace detail
 
-void TranslateWriteError(const std::error_code& error, ZipFailure& failure)
+ZipFailure WriteFailure(const std::error_code& error, ZipAction action, const std::filesystem::path& archive,
+                        std::u8string_view entry)
 {
-    const detail::ZipFault fault = detail::WriteFault(error);
-    failure.error = fault.error;
-    failure.detail = fault.detail;
+    return detail::WriteFault(error).In({ZipError::None, action, archive, orvcore::UTF8String(entry), {}});
 }
 
 } // namespace orvstorage

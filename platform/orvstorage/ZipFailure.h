@@ -94,7 +94,8 @@ struct ORVPLATFORM_API ZipFailure {
     std::string Reason() const;
 };
 
-/// Fills `failure` with the error that the file system gave for something that could not be written.
-ORVPLATFORM_API void TranslateWriteError(const std::error_code& error, ZipFailure& failure);
+/// The failure of an operation that could not write something, with the file system's `error`.
+ORVPLATFORM_API ZipFailure WriteFailure(const std::error_code& error, ZipAction action,
+                                        const std::filesystem::path& archive, std::u8string_view entry);
 
 } // namespace orvstorage

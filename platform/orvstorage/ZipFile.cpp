@@ -2,6 +2,7 @@
 
 #include <orvstorage/detail/ZipState.h>
 #include <orvstorage/detail/reading/EntryReader.h>
+#include <orvstorage/detail/unpacking/EntryUnpacking.h>
 #include <orvstorage/detail/unpacking/Unpacker.h>
 
 #include <algorithm>

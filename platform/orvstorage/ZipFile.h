@@ -120,10 +120,10 @@ public:
     /// Removes the entry of exactly this name, otherwise as AddItem. The only entry cannot be removed: an archive has
     /// at least one.
     bool RemoveItem(std::u8string_view entryName) const;
-    /// Builds the archive anew from all files below `directory`. The same folder gives the same bytes: entries come in
-    /// the order of their names, times are the files' own in UTC to two seconds. Pictures, films and sounds are stored,
-    /// all else is deflated. The archive itself, when it lies in the folder, is left out. Fails when the folder holds
-    /// no file, a link, a special file or a name that could not be unpacked on every system.
+    /// Builds a new archive in its place from all files below `directory`. The same folder gives the same bytes:
+    /// entries come in the order of their names, times are the files' own in UTC to two seconds. Pictures, films and
+    /// sounds are stored, all else is deflated. The archive itself, when it lies in the folder, is left out. Fails when
+    /// the folder holds no file, a link, a special file or a name that could not be unpacked on every system.
     /// @param progress may be empty; called before the archive is replaced, at last with 1.0. What it throws is passed
     ///        on to the caller, nothing changed.
     bool Zip(const std::filesystem::path& directory, const ZipProgress& progress, void* opaque) const;

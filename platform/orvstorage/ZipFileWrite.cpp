@@ -3,7 +3,7 @@
 #include <orvstorage/detail/ZipState.h>
 #include <orvstorage/detail/names/NameRegister.h>
 #include <orvstorage/detail/packing/Packer.h>
-#include <orvstorage/detail/unpacking/Unpacker.h>
+#include <orvstorage/detail/unpacking/EntryUnpacking.h>
 #include <orvstorage/shared/EntryName.h>
 
 // Changes of an archive. None of them touches the file: a new archive is written beside it and takes its place at the
@@ -99,7 +99,7 @@ ZipFault CheckCanBeCopied(const std::vector<detail::ArchiveEntry>& entries)
 ZipFault CheckMayWrite(const std::filesystem::path& archive)
 {
     std::error_code error;
-    return orvcore::MayReplace(archive, error) ? ZipFault() : detail::WriteFault(error).At({});
+    return orvcore::CheckReplaceable(archive, error) ? ZipFault() : detail::WriteFault(error).At({});
 }
 
 } // namespace
@@ -214,7 +214,7 @@ bool ZipFile::Zip(const std::filesystem::path& directory, const ZipProgress& pro
         }
         state.archive.reset();
         ZipFault fault = detail::PackAll({state.path, state.password, state.seen}, *items, packing);
-        // What is packed anew is this object's own, whatever was refused before.
+        // A newly packed archive is this object's own, whatever was refused before.
         state.isOutdated = state.isOutdated && fault;
         return fault;
     });

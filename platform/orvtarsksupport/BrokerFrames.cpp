@@ -32,7 +32,7 @@ TarskResult ReadFrame(LocalStream& stream, std::size_t limit, TarskStatus tooLon
         return result;
     }
     const std::size_t length = orvcore::LoadLittleEndian(header.data(), header.size());
-    // Before a byte of it is read: who promises too much is not listened to.
+    // Before a byte of it is read: a sender that promises too much is not listened to.
     if (length > limit) {
         return {tooLong};
     }

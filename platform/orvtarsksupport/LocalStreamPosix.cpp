@@ -14,7 +14,7 @@
 #include <sys/stat.h>
 #include <sys/time.h>
 
-// Who may be talked to is asked twice, because the path can change between the look and the connection. Before it: the
+// The other side is checked twice, because the path can change between the look and the connection. Before it: the
 // folder belongs to this user or root and nobody else writes there, and the socket in it is theirs. After it: the
 // process at the other end is theirs, which the kernel noted when that process began to listen. Only then is anything
 // sent.

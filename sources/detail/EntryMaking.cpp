@@ -2,7 +2,7 @@
 
 #include <sources/shared/FreeElsewhere.h>
 
-// Who does what. One thread, the listing's, finds what entries are to be made of and calls Add; workers make them in
+// One thread, the listing's, finds what entries are to be made of and calls Add; workers make them in
 // pieces while it goes on. Entries are numbered as they are found. Their order is known only at the end (a walk sorts
 // by name), so each worker puts its entry into the slot of its number and Finish reads the slots in the order it is
 // given.

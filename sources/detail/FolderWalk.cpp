@@ -21,8 +21,11 @@ bool IsNothingThere(const std::error_code& error)
 
 FileKind KindBehind(const fs::path& link)
 {
-    std::error_code ignored; // gone by now, or a link that leads nowhere: neither folder nor file
-    return orvcore::InspectTarget(link, ignored).kind;
+    std::error_code error;
+    // Gone by now, or a link that leads nowhere: neither folder nor file. What cannot be looked at may be a package,
+    // whose entry then tells why.
+    const FileKind kind = orvcore::InspectTarget(link, error).kind;
+    return error ? FileKind::File : kind;
 }
 
 // A walk of its own beside WalkTree, which reads a folder to its end before it calls anybody. Here `stop` is asked at

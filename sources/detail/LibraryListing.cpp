@@ -7,6 +7,7 @@
 #include <sources/detail/EntryFields.h>
 #include <sources/detail/EntryMaking.h>
 #include <sources/detail/ListedDefinition.h>
+#include <validation/shared/CannotOpen.h>
 
 #include <boost/smart_ptr/make_shared.hpp>
 
@@ -18,11 +19,19 @@ using orvcore::FileKind;
 
 namespace {
 
-// What is known of the file, which may be nothing yet; what cannot be looked at is not there.
-FileInfo InfoOf(const FileInfo& known, const orvcore::UTF8String& path)
+// What is known of the file, which may be nothing yet. One that the system does not let be looked at refuses the entry;
+// one that is not there does not.
+FileInfo InfoOf(const FileInfo& known, const orvcore::UTF8String& path, CapsuleEntry& entry)
 {
-    std::error_code ignored;
-    return known.kind == FileKind::File ? known : orvcore::InspectTarget(orvcore::PathFromUTF8(path), ignored);
+    if (known.kind == FileKind::File) {
+        return known;
+    }
+    std::error_code error;
+    const FileInfo info = orvcore::InspectTarget(orvcore::PathFromUTF8(path), error);
+    if (error) {
+        entry.refusal = std::make_shared<const Finding>(CannotOpen(error));
+    }
+    return info;
 }
 
 } // namespace
@@ -80,7 +89,7 @@ LibraryListing::Element LibraryListing::NewElement(const std::string& libraryID,
 void LibraryListing::FillFromFiles(const Element& element, const ListingNotes& known, NotedFile& noted)
 {
     CapsuleEntry& entry = *element.entry;
-    noted.facts = InfoOf(element.definitionInfo, element.definition);
+    noted.facts = InfoOf(element.definitionInfo, element.definition, entry);
     // Where the definition has no name the entry keeps the element's, so a note is good for that name only.
     noted.subject = element.definition;
     noted.subject.append(1, u8'\0').append(entry.lumoElementID).append(1, u8'\0').append(orvcore::ToUTF8(entry.name));
@@ -88,7 +97,7 @@ void LibraryListing::FillFromFiles(const Element& element, const ListingNotes& k
         noted.isKnown =
             FillFromDefinitionFile(entry, element.definition, noted.facts.size, [this] { return IsCancelled(); });
     }
-    const FileInfo package = InfoOf(element.packageInfo, entry.path);
+    const FileInfo package = InfoOf(element.packageInfo, entry.path, entry);
     if (package.kind == FileKind::File) {
         entry.modified = ToPosixTime(package.modified);
         entry.fileSize = package.size;

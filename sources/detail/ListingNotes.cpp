@@ -2,8 +2,8 @@
 
 #include <capsule/Capsule.h>
 #include <package/Workspace.h>
-#include <sources/detail/NoteFile.h>
 #include <sources/detail/NoteFormat.h>
+#include <sources/detail/StoredNotes.h>
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/host/Application.h>
@@ -61,7 +61,7 @@ ListingNotes::ListingNotes(const std::string& sourceID, const orvcore::UTF8Strin
     settled_ = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now()) -
                std::chrono::milliseconds(settle);
     if (isUsed_) {
-        notes_ = std::make_unique<const NoteFile>(file_);
+        notes_ = std::make_unique<const StoredNotes>(file_);
     }
 }
 

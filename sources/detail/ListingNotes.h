@@ -12,7 +12,7 @@
 
 namespace orvcapsule::detail {
 
-class NoteFile;
+class StoredNotes;
 
 /// What the last listing of a place (a folder, a cloud library) read in its files, kept in a file of the local working
 /// folder, so that the next one reads only what is new or changed. It is a cache: missing, damaged, of another version
@@ -39,7 +39,7 @@ private:
     orvcore::UTF8String place_;
     std::filesystem::path file_;
     std::function<bool()> stop_;
-    std::unique_ptr<const NoteFile> notes_;
+    std::unique_ptr<const StoredNotes> notes_;
     orvcore::FileTime settled_; ///< files changed before this can be trusted
     bool isUsed_ = true;
     // Counted by several workers.

@@ -5,30 +5,22 @@
 #include <sources/detail/EntryFields.h>
 #include <sources/detail/ListedDefinition.h>
 #include <validation/TemplateReading.h>
+#include <validation/shared/CannotOpen.h>
 
 #include <boost/smart_ptr/make_shared.hpp>
 
 namespace orvcapsule::detail {
 
-// The steps for one package: ask the system for the file's facts, take the definition's fields from the notes or else
-// from the package, then look for each preview in the working folder and extract it only when it is not there. The
-// package is opened at the first step that needs its content.
+// The steps for one package: ask the system for the file's facts (where it refuses them, opening the package below
+// tells why and becomes the entry's refusal), take the definition's fields from the notes or else from the package,
+// then look for each preview in the working folder and extract it only when it is not there. The package is opened at
+// the first step that needs its content.
 //
 // `state` collects what the next listing may rely on. `isKnown` stays true only where everything was read or is known
 // to be missing; has...: false means that the package has no such preview, so nobody looks for it again until it
 // changes.
 
 namespace fs = std::filesystem;
-
-namespace {
-
-// No room for the private copy of a package with a long path.
-std::shared_ptr<const Finding> CannotOpen(const fs::filesystem_error& error)
-{
-    return std::make_shared<const Finding>(Finding{Severity::Error, "CannotOpen", error.code().message()});
-}
-
-} // namespace
 
 LocalEntryMaker::LocalEntryMaker(const std::string& sourceID, std::function<bool()> stop)
     : sourceID_(sourceID)
@@ -41,11 +33,11 @@ LocalEntryMaker::LocalEntryMaker(const std::string& sourceID, std::function<bool
 boost::shared_ptr<CapsuleEntry> LocalEntryMaker::Make(const fs::path& package, const std::string& directoryKey,
                                                       const ListingNotes& known, NotedFile& state) const
 {
-    std::error_code ignored;
+    std::error_code error;
     // Taken before the package is read. If another program replaces it in between, the facts are older than the content
     // and will not be those of the next listing, which then reads the package again.
-    const orvcore::FileInfo facts = orvcore::InspectTarget(package, ignored);
-    if (facts.kind != orvcore::FileKind::File) {
+    const orvcore::FileInfo facts = orvcore::InspectTarget(package, error);
+    if (!error && facts.kind != orvcore::FileKind::File) {
         return nullptr;
     }
     state.facts = facts;
@@ -56,16 +48,19 @@ boost::shared_ptr<CapsuleEntry> LocalEntryMaker::Make(const fs::path& package, c
         entry->sourcePath.push_back(directoryKey);
     }
     entry->path = orvcore::PathToUTF8(package);
-    entry->fileSize = facts.size;
     entry->name = orvcore::ToUTF16(orvcore::PathToUTF8(package.stem()));
-    entry->modified = ToPosixTime(facts.modified);
+    if (!error) {
+        entry->fileSize = facts.size;
+        entry->modified = ToPosixTime(facts.modified);
+    }
     try {
         ListedPackage one(package);
         FillFromContent(*entry, one, known, state);
-    } catch (const fs::filesystem_error& error) {
+    } catch (const fs::filesystem_error& noRoom) { // for the private copy of a package with a long path
         state.isKnown = false;
-        entry->refusal = CannotOpen(error);
+        entry->refusal = std::make_shared<const Finding>(CannotOpen(noRoom.code()));
     }
+    state.isKnown = state.isKnown && !error; // without its facts the next listing cannot tell whether it has changed
     return entry;
 }
 
@@ -102,9 +97,9 @@ Thumbnail LocalEntryMaker::Preview(PreviewKind kind, const CapsuleEntry& entry, 
         return {};
     }
     const fs::path target = previews_.PathOf(kind, entry.capsuleID, package, state.facts.modified);
-    orvstorage::ZipFailure failure;
-    const Outcome outcome =
-        orvcore::IsFile(target) ? Outcome::There : previews_.Extract(kind, package, state.facts.size, target, failure);
+    const auto [outcome, failure] = orvcore::IsFile(target)
+                                        ? PreviewCache::Extraction()
+                                        : previews_.Extract(kind, package, state.facts.size, target);
     has = outcome != Outcome::None;
     if (outcome == Outcome::Failed) {
         state.isKnown = false;
@@ -126,7 +121,7 @@ Thumbnail LocalEntryMaker::GetThumbnail(const CapsuleEntry& entry) const
     try {
         return Preview(PreviewKind::Still, entry, package, state);
     } catch (const fs::filesystem_error& error) {
-        return {{}, CannotOpen(error)};
+        return {{}, std::make_shared<const Finding>(CannotOpen(error.code()))};
     }
 }
 

@@ -15,10 +15,10 @@ public:
     /// use
     LocalEntryMaker(const std::string& sourceID, std::function<bool()> stop);
 
-    /// The entry of the package at the full path `package`, found under `directoryKey`; empty when the file is gone. A
-    /// package that cannot be read, for whatever reason, still gives an entry with what the file system tells, and its
-    /// video if there is one. The package is opened once; not at all when `known` has an unchanged record of it and its
-    /// previews exist.
+    /// The entry of the package at the full path `package`, found under `directoryKey`; empty when there is no such
+    /// file. A package that cannot be read, for whatever reason, still gives an entry with what the file system tells,
+    /// and its video if there is one. The package is opened once; not at all when `known` has an unchanged record of it
+    /// and its previews exist.
     boost::shared_ptr<CapsuleEntry> Make(const std::filesystem::path& package, const std::string& directoryKey,
                                          const ListingNotes& known, NotedFile& state) const;
 

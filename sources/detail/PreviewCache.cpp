@@ -2,6 +2,7 @@
 
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/Files.h>
+#include <orvcore/files/shared/RenameOver.h>
 #include <orvcore/text/shared/HashMixer.h>
 #include <package/Workspace.h>
 #include <sources/PreviewLimit.h>
@@ -62,41 +63,46 @@ fs::path PreviewCache::PathOf(PreviewKind kind, const orvcore::UTF16String& caps
     return folder_.empty() ? fs::path() : folder_ / mixer.GetResult().ToString().append(orvcore::AsNarrow(extension));
 }
 
-PreviewCache::Outcome PreviewCache::Extract(PreviewKind kind, ListedPackage& package, std::uint64_t packageSize,
-                                            const fs::path& target, orvstorage::ZipFailure& failure) const
+PreviewCache::Extraction PreviewCache::Extract(PreviewKind kind, ListedPackage& package, std::uint64_t packageSize,
+                                               const fs::path& target) const
 {
+    using orvstorage::ZipError;
+    constexpr auto kAction = orvstorage::ZipAction::Unpack;
     const CapsuleZip& zip = package.Content();
+    const orvcore::UTF8String name = u8"thumb" + orvcore::UTF8String(ExtensionOf(kind));
     // As the archive's directory tells; unpacking checks it against the data.
     const std::uint64_t size = LargestPreview(zip, ExtensionOf(kind));
-    failure = {orvstorage::ZipError::WriteFailed, orvstorage::ZipAction::Unpack, package.Path(),
-               u8"thumb" + orvcore::UTF8String(ExtensionOf(kind)), "there is no working folder"};
-    if (target.empty()) {
-        return size == 0 ? Outcome::None : Outcome::Failed;
+    if (target.empty() && size != 0) {
+        return {Outcome::Failed, {ZipError::WriteFailed, kAction, package.Path(), name, "there is no working folder"}};
     }
-    if (size / kLikelyRatio > packageSize && !TakeFromAllowance(size)) {
-        return Outcome::None;
+    if (target.empty() || (size / kLikelyRatio > packageSize && !TakeFromAllowance(size))) {
+        return {Outcome::None};
     }
     const fs::path half = orvcore::PrivateSibling(target);
     const orvcore::UTF8String halfName = orvcore::PathToUTF8(half);
     if (!(kind == PreviewKind::Still ? zip.GetZELTThumbnailPNG(halfName) : zip.GetZELTThumbnailVideo(halfName))) {
-        failure = zip.GetLastFailure();
-        return failure.error == orvstorage::ZipError::EntryMissing ? Outcome::None : Outcome::Failed;
+        orvstorage::ZipFailure failure = zip.GetLastFailure();
+        const bool isMissing = failure.error == ZipError::EntryMissing;
+        return isMissing ? Extraction{Outcome::None} : Extraction{Outcome::Failed, std::move(failure)};
     }
     // The name tells the content, so another worker's file serves. To replace one that is being read would disturb its
     // readers where the system does that in two steps.
     std::error_code error;
     if (!orvcore::IsFile(target) && orvcore::RenameOver(half, target, error)) {
-        return Outcome::There;
+        return {Outcome::There};
     }
-    orvstorage::TranslateWriteError(error, failure);
-    orvcore::RemoveTree(half, error);
-    return orvcore::IsFile(target) ? Outcome::There : Outcome::Failed; // another program may be quicker and hold it
+    std::error_code ignored;
+    orvcore::RemoveTree(half, ignored);
+    if (orvcore::IsFile(target)) { // another program may be quicker and hold it
+        return {Outcome::There};
+    }
+    return {Outcome::Failed, orvstorage::WriteFailure(error, kAction, package.Path(), name)};
 }
 
 bool PreviewCache::TakeFromAllowance(std::uint64_t bytes) const
 {
     std::uint64_t left = allowance_;
-    // Workers take from it at the same time; `left` is read anew whenever another one was quicker.
+    // Workers take from it at the same time; `left` is read again whenever another one was quicker.
     while (left >= bytes) {
         if (allowance_.compare_exchange_weak(left, left - bytes)) {
             return true;

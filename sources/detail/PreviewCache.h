@@ -35,12 +35,15 @@ public:
         None,   ///< the package has none, or one too large for what the allowance still has
         Failed, ///< it is too large, or could not be read or written this time
     };
+    struct Extraction {
+        Outcome outcome = Outcome::There;
+        orvstorage::ZipFailure failure = {}; ///< why it failed
+    };
     /// Extracts a preview to `target`. Throws as ListedPackage::Content does.
     /// @param packageSize in bytes
     /// @param target empty: there is no working folder
-    /// @param failure receives why it failed
-    Outcome Extract(PreviewKind kind, ListedPackage& package, std::uint64_t packageSize,
-                    const std::filesystem::path& target, orvstorage::ZipFailure& failure) const;
+    Extraction Extract(PreviewKind kind, ListedPackage& package, std::uint64_t packageSize,
+                       const std::filesystem::path& target) const;
 
     static constexpr std::uint64_t kLikelyRatio = 16;
     static constexpr std::uint64_t kAllowance = std::uint64_t{256} << 20; ///< bytes

@@ -1,7 +1,7 @@
 #include <orvcore/tasks/AsyncThreadedSubExecutor.h>
 #include <orvcore/tasks/ParallelFor.h>
+#include <orvcore/tasks/detail/ThreadPoolExecutor.h>
 #include <orvcore/tasks/shared/NoDestructor.h>
-#include <orvcore/tasks/shared/ThreadPoolExecutor.h>
 #include <tests/support/Latch.h>
 
 #include <gtest/gtest.h>

@@ -4,6 +4,7 @@
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/WalkTree.h>
 #include <orvcore/files/shared/CopyDirectory.h>
+#include <orvcore/files/shared/RenameOver.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -106,6 +107,7 @@ TEST(FilesPosix, NothingReplacesWhatIsNoFile)
         std::error_code error;
         EXPECT_FALSE(orvcore::RenameOver(folder / "new", folder / c.name, error));
         EXPECT_EQ(error, c.error) << c.name;
+        EXPECT_THROW(orvcore::CheckReplaceable(folder / c.name), fs::filesystem_error) << c.name;
         AtomicFile file(folder / c.name);
         EXPECT_FALSE(file.Commit(Durability::Cached, error));
         EXPECT_EQ(error, c.error) << c.name;

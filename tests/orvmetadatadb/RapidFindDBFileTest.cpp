@@ -116,7 +116,7 @@ TEST_F(RapidFindDBFileTest, ADeletionReachesWhatAnotherObjectWrote)
              save(two);
          },
          {u"a"}},
-        {"a deletion pending while the other reads everything anew",
+        {"a deletion pending while the other reads everything again",
          [&](RapidFindDB& one, RapidFindDB& two) {
              EXPECT_EQ(one.DeleteRow(u"b"), 0);
              insert(one, u"c", u"text pending");

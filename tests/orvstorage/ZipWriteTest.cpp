@@ -1,4 +1,5 @@
 #include <orvcore/files/AtomicFile.h>
+#include <orvcore/files/shared/RenameOver.h>
 #include <orvstorage/ZipFile.h>
 
 #include <gmock/gmock.h>

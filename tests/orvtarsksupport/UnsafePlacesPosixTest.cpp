@@ -113,7 +113,7 @@ TEST(UnsafePlacesTest, ADeadSocketIsReplacedAndALivingOneIsNot)
     const auto later = LocalListener::Open(orvcore::PathToUTF8(folder / "b"), error);
     listener.reset();
     EXPECT_TRUE(fs::exists(folder / "b"));
-    // Who holds the folder's lock may be about to listen.
+    // The program that holds the folder's lock may be about to listen.
     listener = LocalListener::Open(orvcore::PathToUTF8(folder / "c"), error);
     fs::rename(folder / "c", folder / "d");
     listener.reset();

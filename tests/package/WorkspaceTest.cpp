@@ -74,7 +74,8 @@ TEST(Workspace, AFolderThatAnotherProcessUsesIsLeftToTheNextStart)
     const TempFolder temp;
     temp.Write("work/preview.mp4", "shown there now");
     temp.Write("work/cleanupRequest", "");
-    auto otherProcess = orvcore::FileLock::Open(temp / "work.lock", true);
+    std::error_code error;
+    auto otherProcess = orvcore::FileLock::Open(temp / "work.lock", true, error);
     ASSERT_TRUE(otherProcess);
     ASSERT_TRUE(otherProcess->TryShared());
     Cleanup(0, temp / "work");
@@ -94,10 +95,10 @@ TEST(Workspace, AFolderStaysInUseWhenItsLockFileIsTidiedAway)
     const TempFolder temp;
     temp.Write("work/preview.mp4", "shown there now");
     temp.Write("work/cleanupRequest", "");
-    const auto file = orvcore::FileLock::Open(temp / "work.lock", true);
-    const auto folder = orvcore::FileLock::Open(temp / "work", false); // which not every system has
-    ASSERT_TRUE(file && file->TryShared() && (!folder || folder->TryShared()));
     std::error_code error;
+    const auto file = orvcore::FileLock::Open(temp / "work.lock", true, error);
+    const auto folder = orvcore::FileLock::Open(temp / "work", false, error); // which not every system has
+    ASSERT_TRUE(file && file->TryShared() && (!folder || folder->TryShared()));
     EXPECT_NE(fs::remove(temp / "work.lock", error), !folder) << "who has no lock on the folder keeps its file";
     Cleanup(0, temp / "work");
     EXPECT_EQ(temp.Read("work/preview.mp4"), "shown there now");
@@ -216,11 +217,12 @@ TEST(Workspace, EachFolderIsInitialisedOnceAndThenHeld)
     orvcapsule::InitTempDirectory(true);
     EXPECT_TRUE(Exists(folder / "cleanupRequest")) << "once a process";
     WaitForScans(); // which hold the folder alone for a moment
-    const auto otherProcess = orvcore::FileLock::Open(orvcore::TempDirectory() / "ProBrowser.lock", false);
+    std::error_code error;
+    const auto otherProcess = orvcore::FileLock::Open(orvcore::TempDirectory() / "ProBrowser.lock", false, error);
     ASSERT_TRUE(otherProcess);
     EXPECT_FALSE(otherProcess->TryExclusive());
     EXPECT_TRUE(otherProcess->TryShared());
-    const auto folderLock = orvcore::FileLock::Open(folder, false); // which not every system has
+    const auto folderLock = orvcore::FileLock::Open(folder, false, error); // which not every system has
     EXPECT_FALSE(folderLock && folderLock->TryExclusive());
 
     const fs::path stock = orvcore::TempDirectory() / "ProStock";

@@ -244,7 +244,7 @@ class PanelTest(unittest.TestCase):
             page.write("[data-control='t-name=s'] input[type=number]", "64")
             page.click("[data-control='b-shadow'] input")
             page.write("#details [aria-label^='Name in']", "Anna")
-            page.choose("#details [data-keep=language]", "de_DE") # draws all anew, with the changes and the findings
+            page.choose("#details [data-keep=language]", "de_DE") # draws all again, with the changes and the findings
             self.assertEqual(page.run("return [...document.querySelectorAll('[data-control=\"t-name=s\"] input, [data-control=t-name] textarea')]"
                                       ".map((e) => e.value)"), ["Ihr Name", "64", "64"])
             self.assertIn("Nothing is wrong", page.text("#details .check"))

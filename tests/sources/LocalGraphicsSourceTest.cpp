@@ -221,13 +221,18 @@ TEST_F(LocalGraphicsSourceTest, FindsPackagesByTheirExactExtensionAndFollowsNoLi
     std::error_code error;
     fs::create_directory_symlink(temp_ / "root", temp_ / "root/one/loop", error);
     fs::create_symlink(temp_ / "nowhere", temp_ / "root/gone.zelt", error);
+    fs::create_symlink("circle.zelt", temp_ / "root/circle.zelt", error);
     fs::create_symlink(temp_ / "else/e.zelt", temp_ / "root/linked.zelt", error);
-    std::vector<std::string> expected = {"root/one/two/three/x.zelt", "root/a.zelt", "root/b.zelt", "root/linked.zelt",
-                                         "else/e.zelt"};
-    if (error) {
-        expected.erase(expected.begin() + 3);
-    }
+    std::vector<std::string> expected = {"root/one/two/three/x.zelt", "root/a.zelt",      "root/b.zelt",
+                                         "root/circle.zelt",          "root/linked.zelt", "else/e.zelt"};
     const LocalGraphicsSource source = Source(Custom("else"));
+    if (error) {
+        expected.erase(expected.begin() + 3, expected.begin() + 5);
+    } else {
+        const CapsuleEntry& circle = *Search(source).at(3);
+        EXPECT_EQ(circle.refusal ? circle.refusal->code : "", "CannotOpen") << "what the system refuses is told";
+        EXPECT_TRUE(circle.modified.is_not_a_date_time());
+    }
     EXPECT_EQ(Paths(Search(source)), expected);
     EXPECT_THAT(source.GetDirectories(), ElementsAre(PathToUTF8(temp_ / "else"), PathToUTF8(temp_ / "root"),
                                                      PathToUTF8((temp_ / "root/one/two/three").make_preferred())));

@@ -118,6 +118,23 @@ TEST_F(LumoLibrariesSourceTest, FillsEntriesWithWhatIsThere)
     }
 }
 
+TEST_F(LumoLibrariesSourceTest, TellsWhichFilesTheSystemDoesNotLetBeLookedAt)
+{
+    std::error_code noLinks; // on some systems
+    std::filesystem::create_symlink("circle", temp_ / "circle", noLinks);
+    libraries->order = {"first"};
+    libraries->libraries["first"] = {"Same name",
+                                     {{"a", Element("circle")},
+                                      {"b", {"Element", File("circle"), File("named.json"), "", ""}},
+                                      {"c", Element("missing.json")}}};
+    std::vector<std::string> refusals;
+    for (const auto& entry : Search()) {
+        refusals.push_back(entry->refusal ? entry->refusal->code : "");
+    }
+    const std::string refusal = noLinks ? "" : "CannotOpen";
+    EXPECT_THAT(refusals, ElementsAre(refusal, refusal, ""));
+}
+
 TEST_F(LumoLibrariesSourceTest, OffersTheLibrariesInTheManagersOrder)
 {
     IGraphicSource::GraphicFilterID filter;

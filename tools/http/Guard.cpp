@@ -7,9 +7,9 @@
 
 namespace orvtools::http {
 
-// Who attacks: any page that the user's browser shows. It can send requests to 127.0.0.1, and by a name of its own that
-// leads there (which changes after the page was loaded) it can read the answers. `Host` shows the second, `Origin` and
-// `Sec-Fetch-Site` the first. Neither helps against other programs of the machine; that is what the secret is for.
+// The attacker is any page that the user's browser shows. It can send requests to 127.0.0.1, and by a name of its own
+// that leads there (which changes after the page was loaded) it can read the answers. `Host` shows the second, `Origin`
+// and `Sec-Fetch-Site` the first. Neither helps against other programs of the machine; that is what the secret is for.
 
 namespace {
 

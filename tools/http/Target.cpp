@@ -1,6 +1,7 @@
 #include <tools/http/Target.h>
 
 #include <tools/http/detail/Text.h>
+#include <tools/support/ASCII.h>
 
 #include <orvcore/text/Strings.h>
 
@@ -17,18 +18,9 @@ namespace {
 
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
-// 0 to 15; -1 for what is no hexadecimal digit.
-int DigitOf(char letter) noexcept
-{
-    const char lower = detail::ToLower(letter);
-    return lower >= '0' && lower <= '9' ? lower - '0' : lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
 bool IsUnreserved(char letter) noexcept
 {
-    const char lower = detail::ToLower(letter);
-    return (lower >= 'a' && lower <= 'z') || (lower >= '0' && lower <= '9') ||
-           std::string_view("-._~").find(letter) != std::string_view::npos;
+    return IsLetter(letter) || IsDigit(letter) || std::string_view("-._~").find(letter) != std::string_view::npos;
 }
 
 // A part of a path. An escaped slash would change which parts there are.
@@ -90,8 +82,8 @@ std::optional<std::string> DecodePercent(std::string_view text)
             decoded += text[i];
             continue;
         }
-        const int high = i + 2 < text.size() ? DigitOf(text[i + 1]) : -1;
-        const int low = i + 2 < text.size() ? DigitOf(text[i + 2]) : -1;
+        const int high = i + 2 < text.size() ? HexValue(text[i + 1]) : -1;
+        const int low = i + 2 < text.size() ? HexValue(text[i + 2]) : -1;
         if (high < 0 || low < 0) {
             return std::nullopt;
         }

@@ -1,8 +1,9 @@
 #include <validation/detail/Locales.h>
 
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/text/NearestName.h>
 
-#include <map>
+#include <string>
 #include <vector>
 
 namespace orvcapsule::detail {
@@ -91,25 +92,30 @@ bool IsLocale(std::string_view name) noexcept
 
 std::string NearestLocale(std::string_view name)
 {
-    static const std::vector<std::string> usual = {
+    static orvcore::NoDestructor<std::vector<std::string>> usual(std::vector<std::string>{
         "en_US", "de_DE", "fr_FR", "es_ES", "it_IT", "ja_JP", "ko_KR", "pt_BR", "ru_RU", "zh_CN", "zh_TW", "en_GB",
         "nl_NL", "sv_SE", "da_DK", "nb_NO", "fi_FI", "pl_PL", "cs_CZ", "hu_HU", "tr_TR", "uk_UA", "ar_SA", "he_IL",
-        "pt_PT", "es_MX", "fr_CA", "en_CA", "de_AT", "de_CH", "el_GR", "ro_RO", "hi_IN", "th_TH", "vi_VN", "id_ID"};
+        "pt_PT", "es_MX", "fr_CA", "en_CA", "de_AT", "de_CH", "el_GR", "ro_RO", "hi_IN", "th_TH", "vi_VN", "id_ID"});
     // Countries that are taken for languages, and the other way round.
-    static const std::map<std::string_view, std::string> habits = {
-        {"jp", "ja_JP"},   {"jpjp", "ja_JP"}, {"cn", "zh_CN"}, {"cncn", "zh_CN"}, {"us", "en_US"}, {"uk", "en_GB"},
-        {"enuk", "en_GB"}, {"br", "pt_BR"},   {"kr", "ko_KR"}, {"krkr", "ko_KR"}, {"dk", "da_DK"}, {"cz", "cs_CZ"}};
+    constexpr struct {
+        std::string_view letters;
+        std::string_view meant;
+    } kHabits[] = {{"jp", "ja_JP"}, {"jpjp", "ja_JP"}, {"cn", "zh_CN"},   {"cncn", "zh_CN"},
+                   {"us", "en_US"}, {"uk", "en_GB"},   {"enuk", "en_GB"}, {"br", "pt_BR"},
+                   {"kr", "ko_KR"}, {"krkr", "ko_KR"}, {"dk", "da_DK"},   {"cz", "cs_CZ"}};
     const std::string plain = Letters(name);
-    if (const auto habit = habits.find(plain); habit != habits.end()) {
-        return habit->second;
+    for (const auto& habit : kHabits) {
+        if (habit.letters == plain) {
+            return std::string(habit.meant);
+        }
     }
-    for (const std::string& locale : usual) { // a language alone, without its separator, or the other way round
+    for (const std::string& locale : *usual) { // a language alone, without its separator, or the other way round
         const std::string letters = Letters(locale);
         if (plain == letters.substr(0, 2) || plain == letters || plain == letters.substr(2) + letters.substr(0, 2)) {
             return locale;
         }
     }
-    return orvcore::NearestName(name, usual);
+    return orvcore::NearestName(name, *usual);
 }
 
 } // namespace orvcapsule::detail

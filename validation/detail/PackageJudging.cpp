@@ -138,11 +138,6 @@ void JudgeDefinitionFile(const fs::path& path, FindingList& findings)
     JudgeDefinition(text, findings);
 }
 
-Finding CannotOpen(const std::error_code& reason)
-{
-    return {Severity::Error, "CannotOpen", reason.message()};
-}
-
 void JudgePackage(const CapsuleZip& package, FindingList& findings)
 {
     std::vector<Part> parts;

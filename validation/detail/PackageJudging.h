@@ -11,9 +11,6 @@ class CapsuleZip;
 
 namespace orvcapsule::detail {
 
-/// That a path cannot be opened or read as a whole.
-Finding CannotOpen(const std::error_code& reason);
-
 /// Judges an open package.
 void JudgePackage(const CapsuleZip& package, FindingList& findings);
 

@@ -3,6 +3,7 @@
 #include <validation/MediaContent.h>
 #include <validation/detail/Locales.h>
 
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/text/NearestName.h>
 #include <orvcore/text/Printable.h>
 #include <package/PackageNames.h>
@@ -119,15 +120,16 @@ std::string_view PreviewMeant(std::string_view file)
 // The known part that a part was meant to be; empty for one that is known, or like none.
 std::string PartMeant(std::string_view name, bool hasDefinition)
 {
-    static const std::vector<std::string> known = {"definition.json",   "thumb.png",         "thumb.mp4",
-                                                   "project.tsgraphic", "project.cvgraphic", "ZeltOptimizations.bin"};
+    static orvcore::NoDestructor<std::vector<std::string>> known(
+        std::vector<std::string>{"definition.json", "thumb.png", "thumb.mp4", "project.tsgraphic", "project.cvgraphic",
+                                 "ZeltOptimizations.bin"});
     const std::string_view file = name.substr(name.rfind('/') + 1);
-    const bool isKnown = std::find(known.begin(), known.end(), file) != known.end();
+    const bool isKnown = std::find(known->begin(), known->end(), file) != known->end();
     if (file.size() != name.size()) { // packed with its folder, when nothing lies where it should
         return isKnown && !hasDefinition ? std::string(file) : std::string();
     }
     const std::string_view preview = isKnown ? std::string_view() : PreviewMeant(file);
-    return isKnown || !preview.empty() ? std::string(preview) : orvcore::NearestName(file, known);
+    return isKnown || !preview.empty() ? std::string(preview) : orvcore::NearestName(file, *known);
 }
 
 // Other entries are allowed. One that looks like a known one was meant to be it.

@@ -3,6 +3,7 @@
 #include <lumolibmanager/FolderLibManager.h>
 
 #include <orvcore/json/shared/JSONListText.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/text/Printable.h>
 #include <orvstorage/ZipFailure.h>
 #include <orvstorage/shared/EntryName.h>
@@ -248,9 +249,9 @@ std::optional<std::size_t> Manifest::Find(const std::string& elementID) const
 
 const std::vector<Refusal>& Manifest::Refused() const
 {
-    static const std::vector<Refusal> none;
+    static orvcore::NoDestructor<std::vector<Refusal>> none;
     All();
-    return elements_ ? elements_->refused : none;
+    return elements_ ? elements_->refused : *none;
 }
 
 void Refuse(std::vector<Refusal>& refused, Refusal refusal)

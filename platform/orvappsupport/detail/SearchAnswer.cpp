@@ -30,7 +30,7 @@ namespace {
 
 constexpr std::size_t kMaxMessageBytes = 500;
 
-// What the rows of a page are parts of: a text is copied only by who keeps it.
+// What the rows of a page are parts of: a text is copied only where it is kept.
 struct PageContent {
     explicit PageContent(std::string_view json)
         : document(JSONDocument::Parse(orvcore::AsUTF8(json)))

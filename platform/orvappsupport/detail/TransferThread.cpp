@@ -25,7 +25,7 @@
 // Ways to end: Shutdown has every handler told and joins the thread. Abandon, at exit, tells nobody, since what
 // handlers use may be gone, and destroys no handler either; the thread removes unfinished files and leaves, for which
 // it has two seconds. On Windows nobody calls Abandon: the system has ended the thread. isWorking_ turns false as the
-// thread's last act under the lock, so who waits for a flush or a fetch learns of the end in each case.
+// thread's last act under the lock, so a caller that waits for a flush or a fetch learns of the end in each case.
 
 namespace orvappsupport::detail {
 

@@ -1,8 +1,9 @@
 #include <orvcore/files/AtomicFile.h>
 
 #include <orvcore/files/FileError.h>
-#include <orvcore/files/shared/FileLock.h>
+#include <orvcore/files/detail/OrThrow.h>
 #include <orvcore/files/shared/NativeFile.h>
+#include <orvcore/files/shared/RenameOver.h>
 
 #include <algorithm>
 
@@ -10,7 +11,7 @@
 //
 // - nothing on the disk: content is gathered in the buffer; a small file is made only at its commit;
 // - a private file beside the target, ".orv-<guid>.part", made at the first flush of the buffer. A killed process
-//   leaves it; who next writes in this folder removes it when it is a day old (PrivateNames.cpp);
+//   leaves it; the next writer in this folder removes it when it is a day old (PrivateNames.cpp);
 // - complete: all is written, flushed to the disk where that is asked for, and closed, which some systems answer with
 //   what no write has told (a full disk, a server that is gone);
 // - in place: one rename, after which the private name is gone. The destructor removes the private file in any other
@@ -30,11 +31,6 @@ constexpr std::size_t kBufferSize = std::size_t{512} << 10;
 // Writing to the disk begins while more is being made, so that the flush at the end finds little left to do.
 constexpr std::uint64_t kWritebackStep = std::uint64_t{8} << 20;
 
-fs::path FolderOf(const fs::path& file)
-{
-    return file.has_parent_path() ? file.parent_path() : ".";
-}
-
 // What is replaced is the file that a link leads to: users keep links to packages that lie on other disks.
 fs::path FollowLinks(const fs::path& path)
 {
@@ -48,7 +44,12 @@ fs::path FollowLinks(const fs::path& path)
 
 } // namespace
 
-bool MayReplace(const fs::path& path, std::error_code& error)
+void CheckReplaceable(const fs::path& path)
+{
+    detail::OrThrow("cannot replace", path, [&](std::error_code& error) { CheckReplaceable(path, error); });
+}
+
+bool CheckReplaceable(const fs::path& path, std::error_code& error)
 {
     error.clear();
     if (!IsUsablePath(path)) {
@@ -79,9 +80,14 @@ AtomicFile::~AtomicFile()
     Rollback();
 }
 
+fs::path AtomicFile::Folder() const
+{
+    return target_.has_parent_path() ? target_.parent_path() : ".";
+}
+
 void AtomicFile::RemoveLeftBehind() const noexcept
 {
-    orvcore::RemoveLeftBehind(FolderOf(target_), std::chrono::hours(24));
+    orvcore::RemoveLeftBehind(Folder(), std::chrono::hours(24));
 }
 
 bool AtomicFile::Open(std::error_code& error)
@@ -90,7 +96,7 @@ bool AtomicFile::Open(std::error_code& error)
     if (file_->IsOpen()) {
         return true;
     }
-    if (!MayReplace(target_, error)) {
+    if (!CheckReplaceable(target_, error)) {
         return false;
     }
     // A new name at each try: two programs that write the same target never share one.
@@ -174,32 +180,6 @@ bool AtomicFile::PutInPlace(std::error_code& error)
 bool AtomicFile::Commit(Durability durability, std::error_code& error)
 {
     return Complete(durability, error) && PutInPlace(error);
-}
-
-bool AtomicFile::CommitIf(const std::function<bool()>& isWanted, Durability durability,
-                          std::optional<detail::FileVersion>& placed, std::error_code& error)
-{
-    constexpr std::chrono::seconds kLockTimeout{10}; // others hold the lock for a rename only
-    if (!Complete(durability, error)) {
-        return false;
-    }
-    // From here to the rename, which is all that others wait for. No lock and no error: the file system knows no locks,
-    // and the question below has to do alone.
-    const auto lock = FileLock::ForMoment(FolderOf(target_), kLockTimeout, error);
-    if (error) {
-        return false;
-    }
-    if (!isWanted()) {
-        error = std::make_error_code(std::errc::operation_canceled);
-        return false;
-    }
-    // Asked before the rename: after it, and once the lock is gone, the path may lead to the next program's file.
-    const auto version = detail::VersionAt(private_); // a rename changes none of it
-    if (!PutInPlace(error)) {
-        return false;
-    }
-    placed = version;
-    return true;
 }
 
 void AtomicFile::Rollback() noexcept

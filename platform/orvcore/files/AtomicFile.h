@@ -6,22 +6,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
-#include <optional>
 #include <system_error>
 #include <vector>
 
 namespace orvcore {
 
 namespace detail {
+class ConditionalCommit;
 class NativeFile;
-struct FileVersion;
 } // namespace detail
 
 /// A new, private path in the folder of `path`: where a file is made before it takes its place.
 ORVPLATFORM_API std::filesystem::path PrivateSibling(const std::filesystem::path& path);
-/// True for the file names that PrivateSibling makes; such a file left behind by a killed program is rubbish.
+/// True for the file names that PrivateSibling makes; such a file may be deleted when its program was killed.
 ORVPLATFORM_API bool IsPrivateName(const std::filesystem::path& fileName);
 
 /// Removes the files and folders with such names in `folder` that last changed more than `age` ago: a younger one may
@@ -29,17 +27,13 @@ ORVPLATFORM_API bool IsPrivateName(const std::filesystem::path& fileName);
 /// stays.
 ORVPLATFORM_API void RemoveLeftBehind(const std::filesystem::path& folder, std::chrono::hours age) noexcept;
 
-/// Whether a file may take the place of `path`: nothing stands there, or a file does, itself or behind a link. A
+/// Checks that a file may take the place of `path`: nothing stands there, or a file does, itself or behind a link. A
 /// folder, a device, a pipe or a socket is not replaced; nor is a link that leads nowhere, whose file may be on a disk
-/// that is away for the moment.
-ORVPLATFORM_API bool MayReplace(const std::filesystem::path& path, std::error_code& error);
-
-/// Puts the file `from` in the place of `to` in one step, whether `to` exists or not; both lie in one folder's file
-/// system. A link at `to` is itself replaced. On Windows a place that another program holds for a moment is tried again
-/// for about a second.
-/// @return false, with the reason in `error`, when nothing has changed: what MayReplace refuses stays, too.
-[[nodiscard]] ORVPLATFORM_API bool RenameOver(const std::filesystem::path& from, const std::filesystem::path& to,
-                                              std::error_code& error);
+/// that is not connected. Where a file may not, it throws `std::filesystem::filesystem_error`, or puts the
+/// reason into `error`, which is otherwise cleared.
+ORVPLATFORM_API void CheckReplaceable(const std::filesystem::path& path);
+/// @return whether it may
+ORVPLATFORM_API bool CheckReplaceable(const std::filesystem::path& path, std::error_code& error);
 
 /// Writes a file that appears at its path whole or not at all. Content goes to a private file in the same folder,
 /// which Commit puts in place; without Commit the destructor removes it and whatever stood at the path stays as it
@@ -81,16 +75,13 @@ public:
     using Durability = orvcore::Durability;
     /// Puts the file in place. With an error nothing has changed at the path.
     [[nodiscard]] bool Commit(Durability durability, std::error_code& error);
-    /// As Commit, but calls `isWanted` first; its false gives the error `operation_canceled`. A lock keeps all other
-    /// commits of this kind, in this process and in others, out of that folder from this question until the file is in
-    /// place.
-    /// @param placed after success, what the new file is known by, or empty where that cannot be told
-    [[nodiscard]] bool CommitIf(const std::function<bool()>& isWanted, Durability durability,
-                                std::optional<detail::FileVersion>& placed, std::error_code& error);
     /// Gives the content up.
     void Rollback() noexcept;
 
 private:
+    friend class detail::ConditionalCommit;
+
+    std::filesystem::path Folder() const;
     bool Open(std::error_code& error);
     bool FlushBuffer(std::error_code& error);
     bool Complete(Durability durability, std::error_code& error);

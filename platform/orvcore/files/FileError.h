@@ -6,7 +6,7 @@
 
 namespace orvcore {
 
-/// Failures of the file layer for which no system has a word of its own.
+/// Failures of the file layer for which no system has an error code.
 enum class FileError {
     EmptyPath = 1,   ///< a path of no characters names no file
     NotARegularFile, ///< a device, a pipe or a socket, which no file may replace

@@ -1,8 +1,8 @@
 #include <orvcore/files/Files.h>
 
 #include <orvcore/files/AtomicFile.h>
+#include <orvcore/files/detail/FilePieces.h>
 #include <orvcore/files/detail/OrThrow.h>
-#include <orvcore/files/shared/FilePieces.h>
 
 #include <algorithm>
 #include <system_error>

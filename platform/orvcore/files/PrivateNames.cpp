@@ -8,7 +8,7 @@
 
 // The names of files in the making. Each has an identifier of its own, so two programs that write the same target do
 // not meet before their renames, and nothing needs a lock until then. The dot hides them, the pattern marks them as
-// rubbish once they are old: packing, watching and measuring pass over them.
+// left behind once they are old: packing, watching and measuring pass over them.
 
 namespace orvcore {
 

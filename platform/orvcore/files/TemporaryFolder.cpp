@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <set>
 
-// Who holds what, in <temporary folder>/<area>/: a folder <guid>, and beside it <guid>.lock, which its process has
+// In <temporary folder>/<area>/ lie a folder <guid>, and beside it <guid>.lock, which its process has
 // locked as long as it lives. The system lets go of the lock however the process ends, so a folder whose lock can be
 // had is nobody's. The lock lies beside the folder and not in it: what the folder holds is its user's alone.
 //
@@ -60,9 +60,12 @@ void RemoveIfOwn(const fs::path& path)
 
 void RemoveUnlessUsed(const fs::path& folder)
 {
-    // No lock file: its maker was killed before it made one, or has removed it, or a cleaning program did.
-    auto lock = FileLock::Open(LockOf(folder), false);
-    if (lock && !lock->TryExclusive()) {
+    std::error_code error;
+    auto lock = FileLock::Open(LockOf(folder), false, error);
+    // No lock file: its maker was killed before it made one, or has removed it, or a cleaning program did. One that is
+    // there and cannot be opened may be in use.
+    const bool isFree = lock ? lock->TryExclusive() : error == std::errc::no_such_file_or_directory;
+    if (!isFree) {
         return;
     }
     RemoveIfOwn(folder);
@@ -92,8 +95,9 @@ void RemoveAbandoned(const fs::path& area)
 
 TemporaryFolder::TemporaryFolder(std::u8string_view area)
     : path_(NewFolder(area))
-    , use_(FileLock::Open(LockOf(path_), true))
 {
+    std::error_code ignored; // the folder serves without a lock, too, for a day at least
+    use_ = FileLock::Open(LockOf(path_), true, ignored);
     if (use_) {
         use_->TryShared();
     }

@@ -9,8 +9,8 @@
 namespace orvcore::serialization {
 
 /// Where a writer puts a JSON value, piece by piece: `JSONTextWriter` makes text, `JSONTreeBuilder` a value tree.
-/// Inside an object every value is preceded by its key. A text has the keys as they come, a tree sorts them: who wants
-/// the same order in both, as the record tables do, puts them out in ascending byte order.
+/// Inside an object every value is preceded by its key. A text has the keys as they come, a tree sorts them.
+/// A writer whose two forms have one order, as the record tables, puts them out in ascending byte order.
 class JSONSink {
 public:
     JSONSink() = default;

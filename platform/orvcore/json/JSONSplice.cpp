@@ -45,7 +45,7 @@ JSONSplice::JSONSplice(std::string text)
 {
 }
 
-// Everything behind a change moves, so the outline is read anew: once for all edits, since definitions have thousands
+// Everything behind a change moves, so the outline is read again: once for all edits, since definitions have thousands
 // of texts.
 void JSONSplice::MakeEdits() const
 {

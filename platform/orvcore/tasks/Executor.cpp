@@ -1,7 +1,7 @@
 #include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/detail/ThreadPoolExecutor.h>
 #include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/tasks/shared/ProcessEnd.h>
-#include <orvcore/tasks/shared/ThreadPoolExecutor.h>
 
 #include <atomic>
 #include <mutex>

@@ -16,9 +16,10 @@ namespace {
 // dispatcher that has its event loop call Run. The dispatcher is asked once for all that is queued, and again when a
 // run has left something: an event loop that got an event for each of 10,000 calls would do little else.
 //
-// No call is forgotten: `dispatched_` is cleared under the lock before a run takes its first call. Who queues after
-// that asks anew; what was queued before is either run or found by the Dispatch at the run's end. No lock is held while
-// code of the host runs (calls, the dispatcher, destructors of what they hold): all of it may come back here.
+// No call is forgotten: `dispatched_` is cleared under the lock before a run takes its first call. A call that is
+// queued after that asks again; what was queued before is either run or found by the Dispatch at the run's end. No lock
+// is held while code of the host runs (calls, the dispatcher, destructors of what they hold): all of it may come back
+// here.
 class MainThreadQueue {
 public:
     bool Push(OneTimeInvocation call)

@@ -1,5 +1,7 @@
 #include <orvcore/text/NearestName.h>
 
+#include <orvcore/text/shared/ASCII.h>
+
 #include <algorithm>
 #include <array>
 
@@ -9,11 +11,6 @@ namespace {
 
 // Bounds the table, and the time: a longer word is no misspelt name.
 constexpr std::size_t kLongest = 64;
-
-char Lower(char c) noexcept
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
 
 // How many letters to add, drop, change or swap make one text of the other. Rows of the table are kept for three
 // letters of `from`: a swap looks two back.
@@ -29,9 +26,10 @@ std::size_t Distance(std::string_view from, std::string_view to)
         const auto& beforeLast = rows[(i + 1) % 3];
         row[0] = i;
         for (std::size_t j = 1; j <= to.size(); ++j) {
-            const bool isSame = Lower(from[i - 1]) == Lower(to[j - 1]);
+            const bool isSame = ToASCIILower(from[i - 1]) == ToASCIILower(to[j - 1]);
             row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (isSame ? 0 : 1)});
-            if (i > 1 && j > 1 && Lower(from[i - 1]) == Lower(to[j - 2]) && Lower(from[i - 2]) == Lower(to[j - 1])) {
+            if (i > 1 && j > 1 && ToASCIILower(from[i - 1]) == ToASCIILower(to[j - 2]) &&
+                ToASCIILower(from[i - 2]) == ToASCIILower(to[j - 1])) {
                 row[j] = std::min(row[j], beforeLast[j - 2] + 1);
             }
         }

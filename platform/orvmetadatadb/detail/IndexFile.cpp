@@ -22,7 +22,7 @@ std::string Identifier(const std::string& name)
     return out + '"';
 }
 
-// For each connection anew: SQLite keeps none of these in the file.
+// For each new connection: SQLite keeps none of these in the file.
 void SetUp(Connection& connection)
 {
     // What the index forgets need not be wiped from the disk, a damaged page is better found early, and an empty index

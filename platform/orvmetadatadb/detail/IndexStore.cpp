@@ -172,7 +172,7 @@ void IndexStore::RemoveTable()
 void IndexStore::PrepareChange()
 {
     // A group is written at some later call. When that failed, earlier calls had promised rows that the file lacks, so
-    // no further change is taken until the index is opened anew or its table removed.
+    // no further change is taken until the index is opened again or its table removed.
     if (failure_ != 0) {
         throw SQLiteError(failure_);
     }
@@ -239,7 +239,7 @@ void IndexStore::Note(Change change)
 void IndexStore::SaveIfFree()
 {
     Connection& connection = file_.GetConnection();
-    // The user waits for a search at each key press; who inserts has time.
+    // The user waits for a search at each key press; an insert has time.
     connection.SetBusyTimeout(0); // a search does not wait for a writer
     bool isInterrupted = false;
     try {

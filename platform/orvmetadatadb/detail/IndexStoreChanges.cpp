@@ -10,7 +10,7 @@ namespace codes = orvstorage::sqlite;
 
 namespace {
 
-// A list of changes this long, of which few still count, is written anew.
+// A list of changes this long, of which few still count, is written again.
 constexpr std::uint64_t kLongList = 65536;
 
 // Whether the same write may succeed at any later moment, with nothing done about it.
@@ -46,7 +46,7 @@ void IndexStore::Save()
     saveAt_ = kGroupSize;
     // Memory only grows while rows come and go. Here is the one moment when nothing would be lost: the file has it all.
     if (memory_.IsWasteful()) {
-        Forget(); // the next operation reads the file anew
+        Forget(); // the next operation reads the whole file again
     }
 }
 

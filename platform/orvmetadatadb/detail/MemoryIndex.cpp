@@ -13,7 +13,7 @@
 //
 // - a removed row stays in `rows_` with the text that never hits, until a new row takes its number;
 // - a key without rows stays among the keys, with an empty chain, and a text that no row uses stays in the pool with a
-//   count of 0. Both can only be got rid of by building the memory anew, which IsWasteful asks for.
+//   count of 0. Both can only be got rid of by building a new memory, which IsWasteful asks for.
 //
 // So a search needs no table of what has gone: one pass over the folded texts, one over the rows, one over the keys,
 // each over memory that lies side by side.
@@ -22,7 +22,7 @@ namespace orvmetadatadb::detail {
 
 namespace {
 
-// Fewer keys than this cost little however many of them are unused; reading the file anew costs more.
+// Fewer keys than this cost little however many of them are unused; reading the file again costs more.
 constexpr std::size_t kWasteWorthClearing = 16384;
 // An answer this small is sorted by itself; others are picked from a lasting order of all keys. Where that is out of
 // date, a small share of the keys does not pay for it.

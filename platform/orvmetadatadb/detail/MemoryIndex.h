@@ -35,7 +35,7 @@ public:
         }
     }
 
-    /// True when keys without rows hold much of the memory, so that building the index anew pays.
+    /// True when keys without rows hold much of the memory, so that building a new index pays.
     bool IsWasteful() const noexcept;
 
     /// The keys for which each folded term is contained in some text of theirs, in order of code units.

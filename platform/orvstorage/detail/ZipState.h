@@ -20,7 +20,7 @@ namespace orvstorage {
 ///   open, and because what it has read is no longer true afterwards. It is opened again when it is next needed.
 /// - `seen`: the file's number, size and time as it was last opened or written here. It outlives `archive`: a change
 ///   asks whether the archive is still the one that the caller knows, also when it is not open any more.
-/// - `isOutdated`: a change was refused because it was not. It stays until Reopen or until the archive is packed anew.
+/// - `isOutdated`: a change was refused because it was not. It stays until Reopen or until a new archive is packed.
 ///   A read in between opens the other program's archive, and so makes it the one that was `seen`; without this flag
 ///   that chance look would allow the next change to build on an archive that the caller has not asked for.
 struct ZipFile::State {
@@ -109,7 +109,7 @@ struct ZipFile::State {
     detail::ZipFault Add(const detail::PackItem& item, bool replace, detail::ByteProgress& progress);
     // Takes the entry of this name out of the archive.
     detail::ZipFault Remove(std::u8string_view name, detail::ByteProgress& progress);
-    // Makes the opened archive, or a new one, anew: see PackOne.
+    // Packs the opened archive again, or a new one: see PackOne.
     detail::ZipFault Rebuild(std::optional<std::size_t> replaced, const detail::PackItem* item,
                              detail::ByteProgress& progress);
 

@@ -17,7 +17,8 @@
 // other, the connection is destroyed, and its place in the server's set with it. Drop only closes the socket; the
 // operations then end with errors and do the rest.
 //
-// Limits are enforced here: header and body bytes by the parser, time by the stream's timer, which each step sets anew.
+// Limits are enforced here: header and body bytes by the parser, time by the stream's timer, which each step sets
+// again.
 
 namespace orvtools::http::detail {
 

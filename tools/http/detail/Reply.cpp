@@ -28,7 +28,7 @@ struct Content {
     std::optional<std::uint64_t> length;
 };
 
-// Size and time in microseconds: a preview that was made anew has another tag, and a player that resumes (If-Range)
+// Size and time in microseconds: a new preview has another tag, and a player that resumes (If-Range)
 // starts from the beginning.
 std::string TagOf(const FileInfo& info)
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tools/support/ASCII.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -7,11 +9,6 @@
 #include <string_view>
 
 namespace orvtools::http::detail {
-
-constexpr char ToLower(char letter) noexcept
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
 
 /// Compares ASCII text without regard to case.
 inline bool EqualsNoCase(std::string_view a, std::string_view b) noexcept

@@ -1,5 +1,6 @@
 #include <tools/zelt/commandline/Locale.h>
 
+#include <tools/support/ASCII.h>
 #include <tools/zelt/output/Errors.h>
 
 #include <algorithm>
@@ -7,21 +8,6 @@
 namespace zelt {
 
 namespace {
-
-bool IsLetter(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-char Upper(char c)
-{
-    return static_cast<char>(c & ~0x20);
-}
-
-char Lower(char c)
-{
-    return static_cast<char>(c | 0x20);
-}
 
 // Takes the part before the first separator off `rest`.
 std::string TakePart(std::string_view& rest)
@@ -50,14 +36,14 @@ std::string LikelyLocale(std::string_view spelling)
     }
     const std::string all = language + script + country;
     if (language.size() != 2 || (country.size() != 2 && !(country.empty() && script.empty())) ||
-        !std::all_of(all.begin(), all.end(), &IsLetter)) {
+        !std::all_of(all.begin(), all.end(), &orvtools::IsLetter)) {
         return {};
     }
-    std::transform(language.begin(), language.end(), language.begin(), &Lower);
-    std::transform(script.begin(), script.end(), script.begin(), &Lower);
-    std::transform(country.begin(), country.end(), country.begin(), &Upper);
+    std::transform(language.begin(), language.end(), language.begin(), &orvtools::ToLower);
+    std::transform(script.begin(), script.end(), script.begin(), &orvtools::ToLower);
+    std::transform(country.begin(), country.end(), country.begin(), &orvtools::ToUpper);
     if (!script.empty()) {
-        script.front() = Upper(script.front());
+        script.front() = orvtools::ToUpper(script.front());
         script.insert(0, 1, '_');
     }
     return language + script + (country.empty() ? "" : '_' + country);

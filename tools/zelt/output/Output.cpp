@@ -35,7 +35,7 @@ void WriteWaiting(std::size_t size)
 void InitOutput()
 {
     if (orvtools::IsTerminal(orvtools::StandardStream::Output)) {
-        enough = 1; // who reads along sees each line at once
+        enough = 1; // a person who reads along sees each line at once
     }
     orvtools::SetBinary(orvtools::StandardStream::Output);
     orvtools::SetBinary(orvtools::StandardStream::Error);

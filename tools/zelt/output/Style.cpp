@@ -1,6 +1,6 @@
 #include <tools/zelt/output/Style.h>
 
-#include <orvcore/text/DisplayWidth.h>
+#include <tools/support/DisplayWidth.h>
 
 #include <algorithm>
 #include <array>
@@ -64,7 +64,7 @@ std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent
     while (!text.empty()) {
         const std::string_view word = text.substr(0, text.find(' '));
         text.remove_prefix(std::min(word.size() + 1, text.size()));
-        const std::size_t wordWidth = orvcore::DisplayWidth(word);
+        const std::size_t wordWidth = orvtools::DisplayWidth(word);
         if (!lines.empty() && column + 1 + wordWidth > width) {
             lines += '\n' + std::string(indent, ' ');
             column = indent;

@@ -1,8 +1,7 @@
 #include <tools/zelt/output/TextLayout.h>
 
+#include <tools/support/DisplayWidth.h>
 #include <tools/zelt/output/Output.h>
-
-#include <orvcore/text/DisplayWidth.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -41,14 +40,14 @@ std::string Table(const std::vector<std::vector<std::string>>& rows, std::string
     for (const auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
         for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], std::min(orvcore::DisplayWidth(row[i]), kWidestColumn));
+            widths[i] = std::max(widths[i], std::min(orvtools::DisplayWidth(row[i]), kWidestColumn));
         }
     }
     std::string table;
     for (const auto& row : rows) {
         std::string line(indent);
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const std::size_t width = orvcore::DisplayWidth(row[i]);
+            const std::size_t width = orvtools::DisplayWidth(row[i]);
             line += row[i] + std::string(std::max(widths[i], width) - width + 2, ' ');
         }
         table += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';

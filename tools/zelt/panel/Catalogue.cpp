@@ -10,8 +10,8 @@
 
 // How a page stays up to date. Each change of a template (found, changed, gone) takes the next revision, and `changes_`
 // keeps the last one of each template. A page asks for what came after the revision that it knows, at most a thousand
-// rows at a time, and goes on from the revision it is told. So a page that was away, slow or loaded anew needs no state
-// here, and a template that changes ten times while a page sleeps is told once.
+// rows at a time, and goes on from the revision it is told. So a page that was away, slow or loaded again needs no
+// state here, and a template that changes ten times while a page sleeps is told once.
 //
 // A number is given to a path and never taken back: the page may hold one for a template that has gone and come again.
 //

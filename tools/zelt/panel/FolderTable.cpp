@@ -23,12 +23,18 @@ std::string TitleOf(const std::string& folder)
     return path.has_filename() ? ToText(path.filename()) : folder;
 }
 
-// Whether a folder, by its full path, is another or lies below it.
-bool IsInOrBelow(const std::string& folder, const std::string& top)
+// The label of a folder whose full path leads from `top` down; none where it leads elsewhere.
+std::optional<std::string> LabelBelow(const std::pair<std::string, std::string>& top, const std::string& folder)
 {
-    const auto isSeparator = [](char c) { return c == '/' || c == '\\'; };
-    return folder.starts_with(top) &&
-           (folder.size() == top.size() || isSeparator(top.back()) || isSeparator(folder[top.size()]));
+    const auto relative = ToPath(folder).lexically_relative(ToPath(top.first));
+    if (relative.empty() || *relative.begin() == "..") {
+        return std::nullopt;
+    }
+    std::string label = top.second;
+    for (const auto& part : relative) {
+        label += part == "." ? "" : '/' + ToText(part);
+    }
+    return label;
 }
 
 } // namespace
@@ -74,18 +80,16 @@ std::string FolderTable::LabelOf(const orvcapsule::CapsuleEntry& entry, const st
     if (entry.GetSourceID() == orvcapsule::kLumoLibrariesSourceID) {
         return "Lumo Libraries/" + orvcapsule::ILumoLibrariesWrapper::GetLibraryNameFromLibraryID(entry.GetLibraryID());
     }
-    const std::pair<std::string, std::string>* nearest = nullptr; // folders may lie in one another
+    std::string nearest; // folders may lie in one another
+    std::string label = TitleOf(folder);
     for (const auto& top : tops_) {
-        if (IsInOrBelow(folder, top.first) && (nearest == nullptr || nearest->first.size() < top.first.size())) {
-            nearest = &top;
+        auto below = LabelBelow(top, folder);
+        if (below && nearest.size() < top.first.size()) {
+            nearest = top.first;
+            label = std::move(*below);
         }
     }
-    if (nearest == nullptr) {
-        return TitleOf(folder);
-    }
-    std::string below = folder.substr(nearest->first.size());
-    std::replace(below.begin(), below.end(), '\\', '/');
-    return nearest->second + (below.empty() || below.front() == '/' ? below : '/' + below);
+    return label;
 }
 
 void WriteFolderList(orvcore::serialization::JSONTextWriter& writer, const FolderTable& folders)

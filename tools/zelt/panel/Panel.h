@@ -30,12 +30,12 @@ public:
 
     /// @name Main thread
     /// @{
-    /// Lists everything anew.
+    /// Lists everything again.
     void Refresh();
     void Cancel();
     /// Names of templates come in this language from now on.
     void SetLanguage(const std::string& language);
-    /// Lists a folder anew whose packages have changed.
+    /// Lists again a folder whose packages have changed.
     void RefreshFolder(const std::string& folder, const std::vector<std::string>& files);
     /// Tells the pages what has changed since it was called last, and hands out videos of the stock service.
     void Tell();
@@ -90,7 +90,7 @@ private:
     mutable std::mutex mutex_;
     State state_;
     std::unique_ptr<StockShelf> stock_;
-    std::map<std::string, std::vector<std::string>> changed_; // folders and their files, to be listed anew
+    std::map<std::string, std::vector<std::string>> changed_; // folders and their files, to be listed again
     bool areLibrariesChanged_ = false;
     std::vector<std::unique_ptr<orvcore::FolderWatcher>> watchers_; // last: their threads use the others
 };

@@ -4,6 +4,7 @@
 #include <tools/zelt/output/Output.h>
 #include <tools/zelt/panel/EntryRow.h>
 #include <tools/zelt/panel/PageFiles.h>
+#include <tools/zelt/panel/Responses.h>
 #include <tools/zelt/panel/Saving.h>
 #include <tools/zelt/panel/TemplateJSON.h>
 
@@ -15,13 +16,14 @@
 #include <tools/http/Guard.h>
 #include <tools/http/Later.h>
 #include <tools/http/Stream.h>
+#include <tools/support/ASCII.h>
 
 #include <algorithm>
 #include <charconv>
 
-// Who may ask. The path begins with a secret that only the page that `zelt browse` opened knows; `Host` and `Origin`
-// are checked before it, so that another page of the browser cannot even try secrets (http/Guard.h). A POST needs the
-// type application/json besides, which a form of another page cannot send without the browser asking first.
+// Only the page may ask. The path begins with a secret that only the page that `zelt browse` opened knows; `Host` and
+// `Origin` are checked before it, so that another page of the browser cannot even try secrets (http/Guard.h). A POST
+// needs the type application/json besides, which a form of another page cannot send without the browser asking first.
 //
 // What a request names is a number of the catalogue or a file of the page, never a path: nothing that a client sends
 // becomes a path of the disk but the name of a copy, which Saving judges. Requests that change something for the
@@ -36,62 +38,6 @@ namespace json = orvcore::serialization;
 using orvcore::AsNarrow;
 
 constexpr std::size_t kMostTerms = 50;
-
-http::Response JSONResponse(std::string text, unsigned status = 200)
-{
-    http::Response response = http::TextResponse(status, "application/json", std::move(text));
-    response.headers.emplace_back("Cache-Control", "no-store");
-    return response;
-}
-
-// The page shows these texts as they are.
-http::Response Refusal(unsigned status, const std::string& why)
-{
-    json::JSONTextWriter writer;
-    writer.BeginObject();
-    writer.Key("error");
-    writer.String(std::string_view(why));
-    writer.EndObject();
-    return JSONResponse(orvcore::ToNarrow(writer.Take()), status);
-}
-
-http::Response PageResponse(const PageFile& file)
-{
-    const std::string_view name = file.name;
-    const std::string_view type = name.ends_with(".js")    ? "text/javascript; charset=utf-8"
-                                  : name.ends_with(".css") ? "text/css; charset=utf-8"
-                                  : name.ends_with(".svg") ? "image/svg+xml"
-                                                           : "text/html; charset=utf-8";
-    http::Response response = http::TextResponse(200, type, std::string(file.content));
-    response.headers.emplace_back("Cache-Control", "no-cache");
-    return response;
-}
-
-http::Response PreviewResponse(const orvcore::UTF8String& path, bool isVideo)
-{
-    if (path.empty()) {
-        return Refusal(404, "there is no preview");
-    }
-    http::Response response;
-    response.body = http::FileBody{orvcore::PathFromUTF8(path)};
-    response.headers.emplace_back("Content-Type", isVideo ? "video/mp4" : "image/png");
-    response.headers.emplace_back("Cache-Control", "private, max-age=86400"); // the address names the package's time
-    return response;
-}
-
-template <class Make>
-http::Response AnswerOrWhy(const Make& make)
-{
-    try {
-        return make();
-    } catch (const UsageError& error) {
-        return Refusal(400, error.what());
-    } catch (const FileError& error) {
-        return Refusal(409, error.GetFile() + ": " + error.what());
-    } catch (const std::exception& error) {
-        return Refusal(500, error.what());
-    }
-}
 
 std::vector<orvcore::UTF16String> TermsOf(const http::Request& request)
 {
@@ -119,7 +65,7 @@ Number NumberOf(const http::Request& request, std::string_view name)
 bool IsLocale(const std::string& text)
 {
     return !text.empty() && text.size() <= 32 && std::all_of(text.begin(), text.end(), [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+        return orvtools::IsLetter(c) || orvtools::IsDigit(c) || c == '_';
     });
 }
 

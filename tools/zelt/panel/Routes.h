@@ -11,8 +11,8 @@
 namespace zelt {
 
 /// Answers the page: its files, the templates, their previews, and what the user asks for. Everything lies below a path
-/// that is secret, so that no other program of this machine's users and no other page can ask; who reads the templates
-/// may change them. The threads of the server call.
+/// that is secret, so that no other program of this machine's users and no other page can ask; the page that reads the
+/// templates may change them. The threads of the server call.
 class Routes {
 public:
     Routes(Panel& panel, std::string secret);

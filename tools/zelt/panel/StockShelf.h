@@ -57,7 +57,7 @@ public:
 
     using OnVideo = std::function<void(const orvcore::UTF8String& path)>;
     /// Gets the preview video and returns at once; `onVideo` is called when it is there, at once or from TellVideos.
-    /// Its path is empty where there is none after a while: who asks again may get it.
+    /// Its path is empty where there is none after a while: a later call may get it.
     void FindVideo(const Entry& entry, OnVideo onVideo);
     /// To be called now and then.
     void TellVideos();

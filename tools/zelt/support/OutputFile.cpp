@@ -12,7 +12,7 @@ namespace zelt {
 void NeedReplaceable(const std::filesystem::path& to)
 {
     std::error_code error;
-    if (!orvcore::MayReplace(to, error)) {
+    if (!orvcore::CheckReplaceable(to, error)) {
         throw FileError(ToText(to), error.message());
     }
 }

@@ -1,7 +1,7 @@
 #include <orvcore/files/shared/CopyDirectory.h>
 
 #include <orvcore/files/WalkTree.h>
-#include <orvcore/files/shared/FilePieces.h>
+#include <orvcore/files/detail/FilePieces.h>
 #include <orvcore/files/shared/GuardedFolder.h>
 #include <orvcore/tasks/Executor.h>
 

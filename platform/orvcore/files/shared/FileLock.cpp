@@ -9,8 +9,8 @@ std::error_code FileLock::Wait(std::chrono::milliseconds timeout, const std::fun
     const auto end = std::chrono::steady_clock::now() + timeout;
     std::error_code error = attempt();
     while (error == std::errc::device_or_resource_busy && std::chrono::steady_clock::now() < end) {
-        // No call of either system waits for a lock for a set time. Who holds one holds it for a rename, or to its
-        // process's end: 5 ms are little for the first and nothing for the second.
+        // No call of either system waits for a lock for a set time. A holder keeps it for a rename, or to its process's
+        // end: 5 ms are little for the first and nothing for the second.
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
         error = attempt();
     }

@@ -12,14 +12,14 @@
 namespace orvcore {
 
 /// A lock between processes, tied to a small file. Many may hold it shared, or one exclusively; the system releases it
-/// when its holder ends, even if it crashes. Two objects of one process exclude each other, too. Who removes the file
-/// must know that nobody will ask for this lock again: a new file of its name is another lock. One thread at a time.
+/// when its holder ends, even if it crashes. Two objects of one process exclude each other, too. Remove the file
+/// only when nobody will ask for this lock again: a new file of its name is another lock. One thread at a time.
 class ORVPLATFORM_API FileLock {
 public:
-    /// Opens the lock at `path`; `create` creates the file when it is missing. Empty when that fails, and with `create`
-    /// when the path is a link. An existing folder can be locked as well, as long as it exists; not on Windows, where
-    /// the file of an open lock cannot be removed.
-    static std::unique_ptr<FileLock> Open(const std::filesystem::path& path, bool create);
+    /// Opens the lock at `path`; `create` creates the file when it is missing. Empty, with the reason in `error`, when
+    /// that fails, and with `create` when the path is a link. An existing folder can be locked as well, as long as it
+    /// exists; not on Windows, where the file of an open lock cannot be removed.
+    static std::unique_ptr<FileLock> Open(const std::filesystem::path& path, bool create, std::error_code& error);
 
     /// Locks `folder` exclusively against other callers of this function, for a short change of its content. Nothing is
     /// left in the folder, even if the process is killed. Waits for at most `timeout`.

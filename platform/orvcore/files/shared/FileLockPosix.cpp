@@ -7,13 +7,14 @@
 
 namespace orvcore {
 
-std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool create)
+std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool create, std::error_code& error)
 {
     // Read access is enough to lock, so the file of another user serves too. In a folder that users share, somebody may
     // have put a link or a pipe there: a link would have its target made, opening a pipe would wait.
     const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | (create ? O_CREAT | O_NOFOLLOW : 0);
     const int handle = ::open(path.c_str(), flags, 0666);
-    if (handle < 0) {
+    error.assign(handle < 0 ? errno : 0, std::generic_category());
+    if (error) {
         return nullptr;
     }
     return std::unique_ptr<FileLock>(new FileLock(handle));
@@ -24,9 +25,9 @@ std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool
 std::unique_ptr<FileLock> FileLock::ForMoment(const std::filesystem::path& folder, std::chrono::milliseconds timeout,
                                               std::error_code& error)
 {
-    error.clear();
-    auto lock = Open(folder, false);
+    auto lock = Open(folder, false, error);
     // A folder that may be written to but not read cannot be opened: no lock then, as on a file system without locks.
+    error.clear();
     const std::error_code failure = lock ? Wait(timeout, [&] { return lock->Try(true); }) : std::error_code();
     if (failure == std::errc::device_or_resource_busy) {
         error = failure;

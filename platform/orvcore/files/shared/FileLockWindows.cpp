@@ -1,5 +1,7 @@
-#include <orvcore/files/Paths.h>
 #include <orvcore/files/shared/FileLock.h>
+
+#include <orvcore/files/Paths.h>
+#include <orvcore/files/detail/WindowsError.h>
 
 #include <windows.h>
 
@@ -9,14 +11,15 @@
 
 namespace orvcore {
 
-std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool create)
+std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool create, std::error_code& error)
 {
     const HANDLE handle =
         // Without FILE_SHARE_DELETE: as long as the lock is open nobody can remove the file and lock another one of its
         // name.
         ::CreateFileW(ToSystemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                       nullptr, create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) {
+    error = handle == INVALID_HANDLE_VALUE ? detail::LastWindowsError() : std::error_code();
+    if (error) {
         return nullptr;
     }
     return std::unique_ptr<FileLock>(new FileLock(reinterpret_cast<std::intptr_t>(handle)));

@@ -4,6 +4,7 @@
 #include <orvcore/files/FileError.h>
 #include <orvcore/files/FileSystem.h>
 #include <orvcore/files/shared/PathNames.h>
+#include <orvcore/files/shared/RenameOver.h>
 
 #include <algorithm>
 #include <chrono>
@@ -117,7 +118,7 @@ bool GuardedFolder::Has(const fs::path& relative) const
 // only, it is moved.
 bool GuardedFolder::SetAside(const fs::path& place, const fs::path& aside, std::error_code& error) const
 {
-    return MayReplace(place, error) && (MakeHardLink(place, aside, error) || RenameOver(place, aside, error));
+    return CheckReplaceable(place, error) && (MakeHardLink(place, aside, error) || RenameOver(place, aside, error));
 }
 
 bool GuardedFolder::PutFile(const fs::path& from, const fs::path& relative, IfExists ifExists, std::error_code& error)
@@ -126,7 +127,7 @@ bool GuardedFolder::PutFile(const fs::path& from, const fs::path& relative, IfEx
     if (!Enter(relative.parent_path().native(), step.folder, error)) {
         return false;
     }
-    // What stands there may be a folder or a device: MayReplace refuses these when it is set aside.
+    // What stands there may be a folder or a device: CheckReplaceable refuses these when it is set aside.
     step.hadOld = Has(relative);
     if (step.hadOld && ifExists == IfExists::Keep) {
         return true;

@@ -72,7 +72,7 @@ private:
         std::error_code error;
         progress_.current = item_.name;
         file_ = NativeFile::Open(item_.path, NativeFile::Mode::Read, error);
-        // All starts anew: nothing says that the library opens a source once only.
+        // All starts again: nothing says that the library opens a source once only.
         position_ = 0;
         finished_ = false;
         crc_ = 0;

@@ -1,6 +1,7 @@
 #include <orvstorage/detail/packing/Packer.h>
 
 #include <orvcore/files/Files.h>
+#include <orvcore/text/shared/ASCII.h>
 #include <orvstorage/detail/reading/ArchiveSource.h>
 
 #include <algorithm>
@@ -24,8 +25,7 @@ constexpr std::array<std::u8string_view, 27> kPackedAlready = {
 bool IsPackedAlready(const orvcore::UTF8String& name)
 {
     orvcore::UTF8String extension = name.substr(std::min(name.rfind(u8'.'), name.size()));
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](char8_t c) { return c >= u8'A' && c <= u8'Z' ? static_cast<char8_t>(c + 32) : c; });
+    std::transform(extension.begin(), extension.end(), extension.begin(), &orvcore::ToASCIILower<char8_t>);
     return std::find(kPackedAlready.begin(), kPackedAlready.end(), extension) != kPackedAlready.end();
 }
 
@@ -97,7 +97,7 @@ ZipFault Close(ArchiveHandle archive, const ByteProgress& progress)
 
 ZipFault PackAll(const PackTarget& target, const std::vector<PackItem>& items, ByteProgress& progress)
 {
-    // Asked when all is written and nothing replaced: the last moment at which a caller can still cancel. Packing anew
+    // Asked when all is written and nothing replaced: the last moment at which a caller can still cancel. Packing again
     // replaces whatever is there, so it does not matter what that is by now.
     const auto approve = [&] { return progress.Finish(); };
     const auto always = [] { return true; };

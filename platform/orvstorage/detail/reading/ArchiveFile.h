@@ -13,8 +13,8 @@ namespace orvstorage::detail {
 /// first and twice. Reading is safe from several threads.
 ///
 /// The bytes from TailOffset to Size come from memory, those before from the file. The file may end elsewhere: behind
-/// what was replaced it still has its own end, which nobody is shown. Who holds a view of the tail (names of
-/// DirectoryRecord are such) has taken it after Keep, which may move the bytes; ReplaceEnd leaves all before its offset
+/// what was replaced it still has its own end, which nobody is shown. Views of the tail (names of
+/// DirectoryRecord are such) are taken after Keep, which may move the bytes; ReplaceEnd leaves all before its offset
 /// where it is.
 class ArchiveFile {
 public:

@@ -1,6 +1,6 @@
 #include <orvstorage/detail/reading/ArchiveSource.h>
 
-#include <orvcore/files/AtomicFile.h>
+#include <orvcore/files/shared/ConditionalCommit.h>
 #include <orvstorage/detail/reading/Libzip.h>
 
 #include <cerrno>
@@ -135,7 +135,8 @@ zip_int64_t Source::Commit()
         file_.reset();              // some systems do not replace a file that is open
         return isUnchanged;
     };
-    if (!writer_->CommitIf(isWanted, orvcore::AtomicFile::Durability::OnDisk, placing_->placed, error)) {
+    if (!orvcore::detail::ConditionalCommit::Run(*writer_, isWanted, orvcore::Durability::OnDisk, placing_->placed,
+                                                 error)) {
         return isUnchanged ? Fail(ZIP_ER_WRITE, error) : Fail(ZIP_ER_CHANGED, {});
     }
     writer_.reset();

@@ -70,7 +70,7 @@ export class Catalogue extends EventTarget {
 
   setLanguage(language) {
     this.language = language;
-    this.rows.forEach((row, id) => this.rows.set(id, named({ ...row }, language))); // a new row is drawn anew
+    this.rows.forEach((row, id) => this.rows.set(id, named({ ...row }, language))); // a new row object is drawn again
     this.sorted = [...this.rows.values()].sort(this.#compare);
     this.#select();
   }

@@ -1,6 +1,6 @@
 // A template's controls, drawn as what they are. Each kind is one function: from the control as the document holds it to
 // an element. `form` tells whether values can be changed and takes the changes: in the form that `zelt set` takes, and
-// as the document would hold them, for drawing the control anew.
+// as the document would hold them, for drawing the control again.
 import { h } from './dom.js';
 import { count, kMostDrawn, languageName, pick, tagOf } from './text.js';
 

@@ -38,7 +38,7 @@ export class Filters extends EventTarget {
         const { key, value } = button.dataset;
         this.filter = { ...this.filter, [key]: this.filter[key] === value ? '' : value };
         this.dispatchEvent(new Event('change'));
-        this.#find(key, value)?.focus(); // the list was drawn anew
+        this.#find(key, value)?.focus(); // the list was drawn again
       }
     });
     this.#element.addEventListener('keydown', (event) => event.key === 'Escape' && this.#setOpen(false, true));
@@ -58,7 +58,7 @@ export class Filters extends EventTarget {
     }
   }
 
-  /// Draws the list anew, but only when it would look different.
+  /// Draws the list again, but only when it would look different.
   show(catalogue) {
     const { byFolder, byState, byAuthor } = catalogue.counts;
     const sum = (numbers) => [...numbers].reduce((all, n) => all + n, 0);

@@ -1,4 +1,4 @@
-#include <orvcore/files/shared/FilePieces.h>
+#include <orvcore/files/detail/FilePieces.h>
 
 #include <vector>
 

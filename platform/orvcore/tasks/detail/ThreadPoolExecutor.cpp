@@ -1,4 +1,4 @@
-#include <orvcore/tasks/shared/ThreadPoolExecutor.h>
+#include <orvcore/tasks/detail/ThreadPoolExecutor.h>
 
 #include <algorithm>
 #include <condition_variable>

@@ -1,4 +1,4 @@
-#include <sources/detail/NoteFile.h>
+#include <sources/detail/StoredNotes.h>
 
 #include <sources/detail/NoteFormat.h>
 
@@ -36,7 +36,7 @@ std::uint64_t HashOf(std::string_view bytes)
 
 std::string TableOfNotes(std::string_view notes)
 {
-    std::vector<NoteFile::Place> table;
+    std::vector<StoredNotes::Place> table;
     std::u8string_view subject;
     std::string_view rest;
     for (std::string_view left = notes; !left.empty();) {
@@ -51,7 +51,7 @@ std::string TableOfNotes(std::string_view notes)
     std::sort(table.begin(), table.end(), [](const auto& one, const auto& other) { return one.hash < other.hash; });
     std::string bytes;
     orvcore::AppendLittleEndian(bytes, table.size(), kNumber);
-    for (const NoteFile::Place& place : table) {
+    for (const StoredNotes::Place& place : table) {
         for (const std::uint64_t number : {place.hash, place.offset, place.size, place.checksum}) {
             orvcore::AppendLittleEndian(bytes, number, kNumber);
         }
@@ -59,7 +59,7 @@ std::string TableOfNotes(std::string_view notes)
     return bytes;
 }
 
-NoteFile::NoteFile(const std::filesystem::path& path)
+StoredNotes::StoredNotes(const std::filesystem::path& path)
 {
     using orvcore::detail::NativeFile;
     std::error_code error; // what cannot be read is not known
@@ -89,7 +89,7 @@ NoteFile::NoteFile(const std::filesystem::path& path)
     }
 }
 
-std::string NoteFile::Find(std::u8string_view subject) const
+std::string StoredNotes::Find(std::u8string_view subject) const
 {
     const std::uint64_t hash = HashOf(orvcore::AsNarrow(subject));
     const auto isLess = [](const Place& place, std::uint64_t wanted) { return place.hash < wanted; };
@@ -107,7 +107,7 @@ std::string NoteFile::Find(std::u8string_view subject) const
     return {};
 }
 
-std::string NoteFile::Read(const Place& place) const
+std::string StoredNotes::Read(const Place& place) const
 {
     if (place.size > kLargestNote || place.offset > notesSize_ || place.size > notesSize_ - place.offset) {
         return {};

@@ -1,8 +1,8 @@
-#include <orvcore/text/DisplayWidth.h>
+#include <tools/support/DisplayWidth.h>
 
 #include <utf8proc.h>
 
-namespace orvcore {
+namespace orvtools {
 
 namespace {
 
@@ -34,4 +34,4 @@ std::size_t DisplayWidth(std::string_view text) noexcept
     return width;
 }
 
-} // namespace orvcore
+} // namespace orvtools

@@ -1,3 +1,5 @@
+#include <orvcore/files/shared/RenameOver.h>
+
 #include <orvcore/files/AtomicFile.h>
 #include <orvcore/files/detail/WindowsError.h>
 
@@ -63,7 +65,7 @@ bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error
     constexpr DWORD kPauseMs = 20;
     const fs::path source = ToSystemPath(from);
     const fs::path target = ToSystemPath(to);
-    if (!MayReplace(to, error)) {
+    if (!CheckReplaceable(to, error)) {
         return false;
     }
     for (int attempt = 1;; ++attempt) {

@@ -16,9 +16,9 @@ std::string TableOfNotes(std::string_view notes);
 
 /// A file of notes, of which only the table is read at once: a listing begins as fast with a hundred thousand notes as
 /// with a hundred. What is damaged is not found. Find may be called from several threads at once.
-class NoteFile {
+class StoredNotes {
 public:
-    explicit NoteFile(const std::filesystem::path& path);
+    explicit StoredNotes(const std::filesystem::path& path);
 
     std::size_t Count() const noexcept
     {

@@ -1,3 +1,5 @@
+#include <orvcore/files/shared/RenameOver.h>
+
 #include <orvcore/files/AtomicFile.h>
 
 namespace orvcore {
@@ -6,7 +8,7 @@ namespace fs = std::filesystem;
 
 bool RenameOver(const fs::path& from, const fs::path& to, std::error_code& error)
 {
-    if (MayReplace(to, error)) {
+    if (CheckReplaceable(to, error)) {
         // In one step, also while others have the old file open: they keep it until they close it.
         fs::rename(from, to, error);
     }

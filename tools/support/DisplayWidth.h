@@ -1,16 +1,14 @@
 #pragma once
 
-#include <orvcore/Export.h>
-
 #include <cstddef>
 #include <string_view>
 
-namespace orvcore {
+namespace orvtools {
 
 /// How many columns a UTF-8 text takes on a terminal: two for the wide characters of East Asian scripts and for emoji,
 /// none for what joins the character before it (combining marks, joiners), else one. A byte that is not UTF-8 counts as
 /// the one sign that stands for it. Terminals differ in sequences of emoji and in some Indic vowel signs; there the
 /// answer may be off by some columns. Thread-safe, throws nothing.
-ORVPLATFORM_API std::size_t DisplayWidth(std::string_view text) noexcept;
+std::size_t DisplayWidth(std::string_view text) noexcept;
 
-} // namespace orvcore
+} // namespace orvtools
