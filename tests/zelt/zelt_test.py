@@ -1157,6 +1157,8 @@ class LibraryTest(ZeltTest):
         listed = [json.loads(line) for line in out.splitlines()]
         self.assertEqual({(e["elementID"], e["sourcePath"][1], e["path"]) for e in listed},
                          {(e["id"], library["id"], e["path"]) for e in found[0]["elements"]})
+        self.assertEqual({e["elementID"]: (e["readable"], e["error"]) for e in listed},
+                         {good["id"]: (True, None), "twin": (False, "its definition file is not there")})
 
 
 def load_tests(loader, _tests, _pattern):
