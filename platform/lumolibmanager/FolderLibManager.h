@@ -27,7 +27,7 @@ inline constexpr int kManifestVersion = 1;
 inline constexpr std::size_t kMaxLibraries = 1000;       ///< folders below a root that are looked at
 inline constexpr std::size_t kMaxElements = 20'000;      ///< elements of one library
 inline constexpr std::size_t kMaxFiles = 32;             ///< files of one element
-inline constexpr std::size_t kMaxTextSize = 1024;        ///< bytes of an identifier, a name, a type or a role
+inline constexpr std::size_t kMaxTextSize = 1024;        ///< bytes of an identifier, a name, a type, a role or a path
 inline constexpr std::size_t kMaxManifests = 64U << 20U; ///< bytes of all manifests together
 /// @}
 
@@ -41,9 +41,9 @@ inline constexpr std::size_t kMaxManifests = 64U << 20U; ///< bytes of all manif
 ///
 /// `GetLibraryList` looks at the disk again, and `GetElementIDsForElementType` and `ListElements` at the files of that
 /// library, so a listing sees every change; a manifest is read again only when it has changed. Its elements are read as
-/// they are listed: the first ones come as soon from a library of many as from one of few. The other calls answer
-/// from the latest look and take the disk only where there was none. Nothing is kept beyond `Terminate`; `Initialize`
-/// need not be called. Any thread.
+/// they are listed: the first ones come nearly as soon from a library of many as from one of few. `GetLeftOut` never
+/// looks at the disk; the other calls answer from the latest look and take the disk only where there was none. Nothing
+/// is kept beyond `Terminate`; `Initialize` need not be called. Any thread.
 class ORVPLATFORM_API FolderLibManager final : public LumoLibManager {
 public:
     /// Takes the root folder, at each look, from the setting "ORV.libraryfolder" (the environment's

@@ -20,9 +20,9 @@ inline constexpr char kMimeType_VideoMP4[] = "video/mp4";
 
 /// What a manager did not list, and why.
 struct LeftOut {
-    orvcore::UTF8String place; ///< full path of the library's folder; empty where there is none
-    std::string libraryID;     ///< empty: a library that cannot even be told by its identifier
-    std::string elementID;     ///< empty: the whole library
+    orvcore::UTF8String place; ///< full path of the library's folder, or of the root; empty where there is none
+    std::string libraryID;     ///< empty: several libraries, or one that cannot even be told by its identifier
+    std::string elementID;     ///< empty: the whole library, or elements that `reason` tells of otherwise
     std::string role;          ///< the file of the element that is left out; empty: the whole element
     std::string reason;        ///< what is wrong, one line of English for a person
 };
@@ -83,9 +83,8 @@ public:
 
     /// Tells of the elements of one type, in the order of listings; for a manager that can tell of the first ones
     /// before it has looked at all. By default asks the operations above, one after the other.
-    /// @param onElement  called on this thread; false ends the listing. An element without a primary path is passed
-    /// over
-    ///        by it and may be left out here.
+    /// @param onElement  called on this thread; false ends the listing. It passes over an element without a primary
+    ///        path, which may be left out here.
     virtual void ListElements(const std::string& libraryID, const std::string& elementType,
                               const std::function<bool(const ListedElement& element)>& onElement);
 

@@ -19,8 +19,7 @@ using orvcore::FileKind;
 
 namespace {
 
-// What is known of the file, which may be nothing yet. One that the system does not let be looked at refuses the entry;
-// one that is not there does not.
+// What is known of the file, which may be nothing yet. One that the system does not let be looked at refuses the entry.
 FileInfo InfoOf(const FileInfo& known, const orvcore::UTF8String& path, CapsuleEntry& entry)
 {
     if (known.kind == FileKind::File) {
@@ -32,6 +31,14 @@ FileInfo InfoOf(const FileInfo& known, const orvcore::UTF8String& path, CapsuleE
         entry.refusal = std::make_shared<const Finding>(CannotOpen(error));
     }
     return info;
+}
+
+void RefuseWithoutDefinition(CapsuleEntry& entry)
+{
+    if (!entry.refusal) { // why it could not be looked at
+        entry.refusal = std::make_shared<const Finding>(
+            Finding{Severity::Error, "MissingDefinition", "its definition file is not there"});
+    }
 }
 
 } // namespace
@@ -93,7 +100,9 @@ void LibraryListing::FillFromFiles(const Element& element, const ListingNotes& k
     // Where the definition has no name the entry keeps the element's, so a note is good for that name only.
     noted.subject = element.definition;
     noted.subject.append(1, u8'\0').append(entry.lumoElementID).append(1, u8'\0').append(orvcore::ToUTF8(entry.name));
-    if (noted.facts.kind == FileKind::File && !known.Recall(entry, noted)) {
+    if (noted.facts.kind != FileKind::File) {
+        RefuseWithoutDefinition(entry);
+    } else if (!known.Recall(entry, noted)) {
         noted.isKnown =
             FillFromDefinitionFile(entry, element.definition, noted.facts.size, [this] { return IsCancelled(); });
     }

@@ -2,15 +2,17 @@
 //   definition_writer write FOLDER     definitions of many kinds, one file each
 //   definition_writer canonical FILE   the definition as it is written, over several lines
 //   definition_writer read FILE...     one line each: "refused", "missing KEY" or the definition as it is written
+//   definition_writer libraries ROOT   what is left out of cloud libraries, one line each: the element and the reason
 #include <capsule/ControlFactory.h>
 #include <capsule/Serialization.h>
 
+#include <lumolibmanager/FolderLibManager.h>
+#include <orvcore/files/Files.h>
 #include <orvcore/host/Application.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <limits>
 
 namespace {
@@ -106,9 +108,7 @@ std::map<std::string, CapsulePtr> Records()
 
 UTF8String Slurp(const std::filesystem::path& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    return UTF8String(orvcore::AsUTF8(text));
+    return orvcore::ToUTF8(orvcore::ReadWholeFile(path));
 }
 
 int Write(const std::filesystem::path& folder)
@@ -138,6 +138,20 @@ std::string Outcome(const UTF8String& text)
     }
 }
 
+void TellLeftOut(const std::filesystem::path& root)
+{
+    lumolibmanager::FolderLibManager manager(root);
+    std::vector<std::string> libraries;
+    std::vector<std::string> elements;
+    manager.GetLibraryList(libraries);
+    for (const std::string& library : libraries) {
+        manager.GetElementIDsForElementType(library, lumolibmanager::kElementType_Capsule, elements);
+    }
+    for (const lumolibmanager::LeftOut& each : manager.GetLeftOut()) {
+        std::cout << each.elementID << ' ' << each.reason << '\n';
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -157,6 +171,10 @@ int main(int argc, char** argv)
         }
         return 0;
     }
-    std::cerr << "usage: definition_writer write FOLDER | canonical FILE | read FILE...\n";
+    if (arguments.size() == 2 && arguments[0] == "libraries") {
+        TellLeftOut(arguments[1]);
+        return 0;
+    }
+    std::cerr << "usage: definition_writer write FOLDER | canonical FILE | read FILE... | libraries ROOT\n";
     return 2;
 }

@@ -19,8 +19,8 @@ class LibrariesTest : public ManagerFixture {
 protected:
     LibrariesTest()
     {
-        folder.Write("root/Local.zelt", "");
-        folder.Write("one.json", R"({"apiVersion":"2.2","capsuleID":"one","capsuleTags":["shared tag"]})");
+        folder.Write("root/Local.zelt", orvcore::ReadWholeFile(Name(ORV_SAMPLES_DIR) / "countdown.zelt"));
+        folder.Write("one.json", R"({"apiVersion":"2.2","capsuleID":"one","capsuleTags":["timer of a cloud"]})");
         using Folders = std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>;
         manager->AddGraphicSource(
             std::make_shared<orvcapsule::LocalGraphicsSource>(PathToUTF16(folder / "root"), Folders{}));
@@ -53,13 +53,14 @@ TEST_F(LibrariesTest, ListsAndSearchesBothSourcesAsOne)
     for (const bool progressive : {true, false}) {
         told.clear();
         manager->RequestDefaultGraphicSet({}, progressive);
-        manager->RequestGraphics({u"shared"});
+        manager->RequestGraphics({u"timer"});
         Flush();
         const std::string prefix = orvcore::ToNarrow(PathToUTF8(folder.Path() / ""));
-        EXPECT_THAT(told,
-                    ElementsAre("graphicsource.local 1/-1: Local", "graphicsource.LumoLibraries 3/3: Cloud 0 Zebra 0",
-                                "all from 0 of 3: Cloud 0 Local Zebra 0",
-                                "found " + prefix + "lib10.zelt " + prefix + "lib20.zelt"));
+        EXPECT_THAT(told, ElementsAre("graphicsource.local 1/-1: Countdown 10s",
+                                      "graphicsource.LumoLibraries 3/3: Cloud 0 Zebra 0",
+                                      "all from 0 of 3: Cloud 0 Countdown 10s Zebra 0",
+                                      "found " + prefix + "lib10.zelt " + prefix + "lib20.zelt " +
+                                          orvcore::ToNarrow(PathToUTF8(folder / "root/Local.zelt"))));
     }
     EXPECT_NEAR(upper, 1.0, 1e-6) << "0.9 and 0.1";
 

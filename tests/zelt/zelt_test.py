@@ -1144,13 +1144,21 @@ class LibraryTest(ZeltTest):
         self.run_zelt("library", "add", "root", "Titles", "lower-third.zelt", "untitled.zelt")
         pathlib.Path("root/bad").mkdir()
         pathlib.Path(host_path(self.libraries("root", code=1)[0][0]["elements"][0]["path"])).unlink()
+        manifest = next(pathlib.Path("root").glob("*/library.json"))
+        library = json.loads(manifest.read_text("utf-8"))
+        good = library["elements"][1]  # another one with its package, whose definition has not come yet
+        library["elements"].append({**good, "id": "twin", "files": {**good["files"], "alternate": "gone.json"}})
+        manifest.write_text(json.dumps(library), "utf-8")
         found, err = self.libraries("root", code=1)
-        self.assertEqual(len(found[0]["elements"]), 1)
-        self.assertEqual(["not there yet" in line for line in err.splitlines()], [True, True])
+        self.assertEqual([e["id"] for e in found[0]["elements"]], [good["id"], "twin"])
+        self.assertEqual(["not there yet" in line for line in err.splitlines()], [True] * 3)
         out, told = self.run_zelt("list", "--libraries", "root", "--json", code=1)
         self.assertEqual(told, err)
-        listed = json.loads(out)
-        self.assertEqual((listed["elementID"], listed["sourcePath"][1]), (found[0]["elements"][0]["id"], found[0]["id"]))
+        listed = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual({(e["elementID"], e["sourcePath"][1], e["path"]) for e in listed},
+                         {(e["id"], library["id"], e["path"]) for e in found[0]["elements"]})
+        self.assertEqual({e["elementID"]: (e["readable"], e["error"]) for e in listed},
+                         {good["id"]: (True, None), "twin": (False, "its definition file is not there")})
 
 
 def load_tests(loader, _tests, _pattern):

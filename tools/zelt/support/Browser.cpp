@@ -20,6 +20,7 @@
 #include <exception>
 #include <mutex>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 // A host in small: this thread is the main thread, and each operation pumps it until its answer has come. Callbacks run
@@ -146,10 +147,11 @@ Browser::Entries Browser::List(bool progressive)
     Entries entries;
     manager_->SetLocalRequestCallback(std::make_shared<GraphicSourceManager::RequestCallback>(
         [&](GraphicSourceManager::ResultMap& results, int /*first*/, int /*total*/) {
-            // Two of the places may hold one folder.
-            std::set<orvcore::UTF8String> known;
+            // Two of the places may hold one folder; elements of libraries are told apart although they may share a
+            // package.
+            std::set<std::tuple<orvcore::UTF8String, std::string, orvcore::UTF8String>> known;
             for (auto& [position, entry] : results) {
-                if (known.insert(entry->path).second) {
+                if (known.emplace(entry->path, entry->GetLibraryID(), entry->lumoElementID).second) {
                     entries.push_back(std::move(entry));
                 }
             }
