@@ -19,26 +19,16 @@ using orvcore::FileKind;
 
 namespace {
 
-// What is known of the file, which may be nothing yet. One that the system does not let be looked at refuses the entry.
-FileInfo InfoOf(const FileInfo& known, const orvcore::UTF8String& path, CapsuleEntry& entry)
+// What is known of the file, which may be nothing yet.
+FileInfo InfoOf(const FileInfo& known, const orvcore::UTF8String& path, std::error_code& error)
 {
-    if (known.kind == FileKind::File) {
-        return known;
-    }
-    std::error_code error;
-    const FileInfo info = orvcore::InspectTarget(orvcore::PathFromUTF8(path), error);
-    if (error) {
-        entry.refusal = std::make_shared<const Finding>(CannotOpen(error));
-    }
-    return info;
+    return known.kind == FileKind::File ? known : orvcore::InspectTarget(orvcore::PathFromUTF8(path), error);
 }
 
-void RefuseWithoutDefinition(CapsuleEntry& entry)
+Finding WithoutDefinition(const std::error_code& error)
 {
-    if (!entry.refusal) { // why it could not be looked at
-        entry.refusal = std::make_shared<const Finding>(
-            Finding{Severity::Error, "MissingDefinition", "its definition file is not there"});
-    }
+    return error ? CannotOpen(error)
+                 : Finding{Severity::Error, "MissingDefinition", "its definition file is not there"};
 }
 
 } // namespace
@@ -96,17 +86,19 @@ LibraryListing::Element LibraryListing::NewElement(const std::string& libraryID,
 void LibraryListing::FillFromFiles(const Element& element, const ListingNotes& known, NotedFile& noted)
 {
     CapsuleEntry& entry = *element.entry;
-    noted.facts = InfoOf(element.definitionInfo, element.definition, entry);
+    std::error_code error;
+    noted.facts = InfoOf(element.definitionInfo, element.definition, error);
     // Where the definition has no name the entry keeps the element's, so a note is good for that name only.
     noted.subject = element.definition;
     noted.subject.append(1, u8'\0').append(entry.lumoElementID).append(1, u8'\0').append(orvcore::ToUTF8(entry.name));
     if (noted.facts.kind != FileKind::File) {
-        RefuseWithoutDefinition(entry);
+        entry.refusal = std::make_shared<const Finding>(WithoutDefinition(error));
     } else if (!known.Recall(entry, noted)) {
         noted.isKnown =
             FillFromDefinitionFile(entry, element.definition, noted.facts.size, [this] { return IsCancelled(); });
     }
-    const FileInfo package = InfoOf(element.packageInfo, entry.path, entry);
+    // Of a package that cannot be looked at the size and the time stay unknown: the definition is shown all the same.
+    const FileInfo package = InfoOf(element.packageInfo, entry.path, error);
     if (package.kind == FileKind::File) {
         entry.modified = ToPosixTime(package.modified);
         entry.fileSize = package.size;

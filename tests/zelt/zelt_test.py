@@ -1135,6 +1135,10 @@ class LibraryTest(ZeltTest):
                              {"path": element["path"], "definition": definition_of("countdown.zelt")})
         self.assertIn("1 template\n    " + made["elements"][0]["name"], self.run_zelt("library", "list", "root")[0])
         self.run_zelt("library", "show", "root", "titles 字", "Countdown", code=1)
+        # A manifest's texts have a limit that a definition's have not.
+        self.run_zelt("set", "lower-third.zelt", "--name", "x" * 1025)
+        long = json.loads(self.run_zelt("library", "add", "other", "Titles", "lower-third.zelt", "--json")[0])
+        self.assertEqual([e["name"] for e in long["elements"]], ["lower-third"])
 
     def test_add_is_whole_or_nothing_and_list_tells_what_is_wrong(self):
         for files in (["lower-third.zelt", "gone.zelt"], ["damaged/empty.zelt"]):

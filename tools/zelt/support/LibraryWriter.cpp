@@ -78,7 +78,9 @@ void WriteElement(JSONTextWriter& writer, const fs::path& draft, const std::stri
     const std::string title = orvcore::ToNarrow(from.definition.capsule->GetDisplayName());
     writer.BeginObject();
     WriteMember(writer, kManifestIDKey, orvcore::Guid::Create().ToString());
-    WriteMember(writer, kManifestNameKey, title.empty() ? ToText(ToPath(file).stem()) : title);
+    // The definition has the name; the manifest's is for readers that wait for it, and has a limit.
+    const bool isUsable = !title.empty() && title.size() <= kMaxTextSize;
+    WriteMember(writer, kManifestNameKey, isUsable ? title : ToText(ToPath(file).stem()));
     WriteMember(writer, kManifestTypeKey, kElementType_Capsule);
     writer.Key(kManifestFilesKey);
     writer.BeginObject();
