@@ -59,10 +59,7 @@ std::string ReadWholeFile(const fs::path& path, std::uint64_t maxBytes, std::err
     if (error) {
         return {};
     }
-    constexpr std::size_t kSpare = 64; // parsers look a little beyond the end, and need no copy then
-    std::string content;
-    content.reserve(static_cast<std::size_t>(size) + kSpare);
-    content.resize(static_cast<std::size_t>(size));
+    std::string content(static_cast<std::size_t>(size), '\0');
     // A file that has become shorter gives what there is; one that grows is read to the size it had.
     content.resize(file.ReadAt(0, content.data(), content.size(), error));
     return error ? std::string() : std::move(content);
