@@ -3,6 +3,7 @@
 #include <manager/detail/TaskEnd.h>
 
 #include <algorithm>
+#include <set>
 
 namespace orvcapsule::detail {
 
@@ -40,12 +41,15 @@ void IndexEntries(const IndexSession& index, const EntryList& entries, CheckCanc
 
 void ReindexEntries(const IndexSession& index, const EntryList& entries, CheckCancel& token)
 {
+    std::set<std::u8string_view> begun; // elements of a library may share a package
     for (const auto& entry : entries) {
         if (MustEnd(token)) {
             return;
         }
-        // With one path: no path at all would empty the index.
-        index.Clear({entry->path});
+        if (begun.insert(entry->path).second) {
+            // With one path: no path at all would empty the index.
+            index.Clear({entry->path});
+        }
         // Not interrupted: between the removal and the last insertion the template has only some of its texts.
         IndexTexts(index, *entry, [] { return false; });
     }

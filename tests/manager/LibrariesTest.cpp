@@ -64,12 +64,15 @@ TEST_F(LibrariesTest, ListsAndSearchesBothSourcesAsOne)
     }
     EXPECT_NEAR(upper, 1.0, 1e-6) << "0.9 and 0.1";
 
-    libraries->libraries["lib2"].elements["0"].name = "Renamed";
+    auto& elements = libraries->libraries["lib2"].elements;
+    elements["0"].name = "Renamed";
+    elements["1"] = elements["0"]; // another one with its package
+    elements["1"].name = "Twin";
     told.clear();
     manager->LocalDirectoryChanged(orvcapsule::kLumoLibrariesSourceID, u8"lib2", {});
     manager->RequestGraphics({u"renamed"});
     PumpUntil([this] { return told.size() == 2; });
-    EXPECT_EQ(told[0], "folder lib2: Renamed last");
+    EXPECT_EQ(told[0], "folder lib2: Renamed Twin last");
     EXPECT_THAT(told[1], testing::EndsWith("lib20.zelt"));
 }
 
