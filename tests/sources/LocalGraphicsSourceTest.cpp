@@ -229,9 +229,9 @@ TEST_F(LocalGraphicsSourceTest, FindsPackagesByTheirExactExtensionAndFollowsNoLi
     if (error) {
         expected.erase(expected.begin() + 3, expected.begin() + 5);
     } else {
-        const CapsuleEntry& circle = *Search(source).at(3);
-        EXPECT_EQ(circle.refusal ? circle.refusal->code : "", "CannotOpen") << "what the system refuses is told";
-        EXPECT_TRUE(circle.modified.is_not_a_date_time());
+        const auto circle = Search(source).at(3);
+        EXPECT_EQ(circle->refusal ? circle->refusal->code : "", "CannotOpen") << "what the system refuses is told";
+        EXPECT_TRUE(circle->modified.is_not_a_date_time());
     }
     EXPECT_EQ(Paths(Search(source)), expected);
     EXPECT_THAT(source.GetDirectories(), ElementsAre(PathToUTF8(temp_ / "else"), PathToUTF8(temp_ / "root"),
