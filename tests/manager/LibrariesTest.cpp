@@ -56,11 +56,12 @@ TEST_F(LibrariesTest, ListsAndSearchesBothSourcesAsOne)
         manager->RequestGraphics({u"timer"});
         Flush();
         const std::string prefix = orvcore::ToNarrow(PathToUTF8(folder.Path() / ""));
-        EXPECT_THAT(told, ElementsAre("graphicsource.local 1/-1: Countdown 10s",
-                                      "graphicsource.LumoLibraries 3/3: Cloud 0 Zebra 0",
-                                      "all from 0 of 3: Cloud 0 Countdown 10s Zebra 0",
-                                      "found " + prefix + "lib10.zelt " + prefix + "lib20.zelt " +
-                                          orvcore::ToNarrow(PathToUTF8(folder / "root/Local.zelt"))));
+        EXPECT_THAT(told,
+                    ElementsAre("graphicsource.local 1/-1: Countdown 10s",
+                                "graphicsource.LumoLibraries 3/3: Cloud 0 Zebra 0",
+                                "all from 0 of 3: Cloud 0 Countdown 10s Zebra 0",
+                                "found " + prefix + "lib10.zelt " + prefix + "lib20.zelt " +
+                                    orvcore::ToNarrow(PathToUTF8((folder / "root/Local.zelt").make_preferred()))));
     }
     EXPECT_NEAR(upper, 1.0, 1e-6) << "0.9 and 0.1";
 

@@ -3,6 +3,7 @@
 #include <orvappsupport/detail/ServiceURL.h>
 
 #include <orvcore/tasks/Executor.h>
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/text/shared/ASCII.h>
 
 #include <curl/curl.h>
@@ -64,10 +65,12 @@ milliseconds WithJitter(milliseconds pause)
 // Removes what killed downloads left beside the file; of many into one folder the first one does.
 void TidyFolder(const std::filesystem::path& file)
 {
-    thread_local std::filesystem::path tidied;
-    if (std::filesystem::path folder = file.parent_path(); folder != tidied) {
+    // Only the transfer thread comes here, and another one when that has ended. No object of a thread's own: see
+    // Guid::Create.
+    static orvcore::NoDestructor<std::filesystem::path> tidied;
+    if (std::filesystem::path folder = file.parent_path(); folder != *tidied) {
         orvcore::RemoveLeftBehind(folder, hours(24));
-        tidied = std::move(folder);
+        *tidied = std::move(folder);
     }
 }
 

@@ -1,15 +1,30 @@
 #include <orvcore/text/Guid.h>
 
+#include <orvcore/tasks/shared/NoDestructor.h>
 #include <orvcore/text/shared/ASCII.h>
 
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid.hpp>
 
 #include <algorithm>
+#include <mutex>
 
 namespace orvcore {
 
 namespace {
+
+class Generator {
+public:
+    boost::uuids::uuid Generate()
+    {
+        const std::lock_guard lock(mutex_);
+        return generate_();
+    }
+
+private:
+    std::mutex mutex_;
+    boost::uuids::random_generator generate_;
+};
 
 constexpr std::string_view kDigits = "0123456789abcdef";
 
@@ -31,9 +46,10 @@ int DigitValue(char c)
 
 Guid Guid::Create()
 {
-    // One a thread: a generator is not for several, and a new one asks the system for its randomness again.
-    thread_local boost::uuids::random_generator generate;
-    const boost::uuids::uuid made = generate();
+    // One for the process, since a new one asks the system for its randomness again, and not one a thread: when a
+    // thread ends, MinGW's compiler frees the memory of such objects before it destroys them.
+    static NoDestructor<Generator> generator;
+    const boost::uuids::uuid made = generator->Generate();
     Guid guid;
     std::copy(made.begin(), made.end(), guid.bytes.begin());
     return guid;
