@@ -37,10 +37,10 @@ struct Always {
 // A field that is read and never written has this in the writer's place.
 struct NotWritten {};
 
-// A field that is judged by reading it into a record that goes again has this in the judge's place.
-struct CheckedByReading {};
+// A field of a table that nobody checks has this in the judge's place.
+struct NotChecked {};
 
-template <class ReadFunction, class WriteFunction, class Condition = Always, class CheckFunction = CheckedByReading>
+template <class ReadFunction, class WriteFunction, class Condition = Always, class CheckFunction = NotChecked>
 struct Field {
     std::string_view key;
     Presence presence;
@@ -55,7 +55,7 @@ struct Field {
     {
         return Field<ReadFunction, WriteFunction, C, CheckFunction>{key, presence, read, write, when, check};
     }
-    /// Judged by `judge` alone, where `read` does more than that.
+    /// Judged by `judge` where the table is checked.
     template <class C>
     constexpr auto CheckedBy(C judge) const
     {
@@ -207,7 +207,7 @@ struct TableWalker {
     /// Raises what Read would raise, and keeps nothing.
     static void Check(const JSONNode& object)
     {
-        const auto check = [](const auto& row, const JSONNode& node) { return CheckRow(row, node); };
+        const auto check = [](const auto& row, const JSONNode& node) { return row.check(node); };
         TakeRows(FindRows(object, nullptr), check, std::make_index_sequence<kCount>());
     }
 
@@ -228,17 +228,6 @@ struct TableWalker {
     }
 
 private:
-    template <class Row>
-    static bool CheckRow(const Row& row, const JSONNode& node)
-    {
-        if constexpr (std::is_same_v<std::remove_cvref_t<decltype(row.check)>, CheckedByReading>) {
-            Record scratch{};
-            return row.read(node, scratch);
-        } else {
-            return row.check(node);
-        }
-    }
-
     using FoundRows = std::array<const JSONNode*, kCount>;
 
     // The member of each row; of a repeated key the last one.
