@@ -1145,7 +1145,13 @@ class LibraryTest(ZeltTest):
             self.run_zelt("library", "add", "root", "Titles", *files, code=1)
             self.assertEqual(os.listdir("root"), [])
         self.run_zelt("library", "add", "root", "x" * 1025, "lower-third.zelt", code=2)
+        # What killed ones left goes after a day; a younger one may still be in the making.
+        drafts = [pathlib.Path(f"root/.orv-{digit * 8}-1111-4111-8111-111111111111.part") for digit in "12"]
+        for draft in drafts:
+            draft.mkdir()
+        os.utime(drafts[0], (1e9, 1e9))
         self.run_zelt("library", "add", "root", "Titles", "lower-third.zelt", "untitled.zelt")
+        self.assertEqual([draft.exists() for draft in drafts], [False, True])
         pathlib.Path("root/bad").mkdir()
         pathlib.Path(host_path(self.libraries("root", code=1)[0][0]["elements"][0]["path"])).unlink()
         manifest = next(pathlib.Path("root").glob("*/library.json"))
