@@ -4,6 +4,7 @@
 #include <manager/GraphicSourceManager.h>
 #include <orvcore/files/Paths.h>
 #include <orvcore/files/TemporaryFolder.h>
+#include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/MainThread.h>
 #include <sources/LocalGraphicsSource.h>
 #include <tools/support/Arguments.h>
@@ -86,5 +87,6 @@ int main(int argc, char** argv)
     }
     manager->Shutdown();
     orvcore::StopMainThreadCalls(); // nothing that was queued refers to this host any more
+    orvcore::ShutdownExecutors();   // and no task uses the index, whose folder goes now
     return 0;
 }

@@ -2,6 +2,7 @@
 // shuts down. Try it on `zelt stock serve FOLDER`, which prints its URL. docs/hosting.md tells what a larger host adds.
 
 #include <manager/GraphicSourceManager.h>
+#include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/MainThread.h>
 #include <stock/StockCapsuleEntry.h>
 #include <stock/StockPreviewDownloadManager.h>
@@ -100,5 +101,6 @@ int main(int argc, char** argv)
     manager->Shutdown();
     StockPreviewDownloadManager::Terminate();
     orvcore::StopMainThreadCalls(); // nothing that was queued refers to this host any more
+    orvcore::ShutdownExecutors();   // and no thread of the library is left
     return first ? 0 : 1;
 }

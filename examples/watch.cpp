@@ -5,6 +5,7 @@
 #include <orvcore/files/FolderWatcher.h>
 #include <orvcore/files/Paths.h>
 #include <orvcore/files/TemporaryFolder.h>
+#include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/MainThread.h>
 #include <sources/LocalGraphicsSource.h>
 #include <sources/SourceNames.h>
@@ -114,5 +115,6 @@ int main(int argc, char** argv)
     manager->SetLocalDirectoryRequestCallback(nullptr); // it refers to this function's variables
     manager->Shutdown();
     orvcore::StopMainThreadCalls();
+    orvcore::ShutdownExecutors();
     return 0;
 }

@@ -1,6 +1,7 @@
 #include <tools/zelt/commands/CommandLine.h>
 #include <tools/zelt/output/Output.h>
 
+#include <orvcore/tasks/Executor.h>
 #include <tools/support/Arguments.h>
 
 #include <exception>
@@ -16,6 +17,8 @@ int main(int argc, char** argv)
     } catch (const std::exception& error) {
         zelt::ReportError(error.what());
     }
+    // Waits for workers that are still starting: cut off by the end of the process, they write errors under Wine.
+    orvcore::ShutdownExecutors();
     // The last thing: a full disk or a closed pipe may show only now, and the exit code is what scripts look at.
     if (!zelt::FlushOutput()) {
         zelt::ReportError("standard output cannot be written");
