@@ -21,10 +21,20 @@ constexpr auto kListedRows = detail::CapsuleTable::ListedRows();
 JSONDocument ParseOrNothing(const UTF8String& text)
 {
     try {
-        return JSONDocument::Parse(text);
+        return JSONDocument::Parse(text, text.capacity() - text.size());
     } catch (const orvcore::serialization::json_parse_exception&) {
         return JSONDocument::FromTree(Variant());
     }
+}
+
+// About how long a definition becomes: most of it are the controls, and most of a control is its label.
+std::size_t ExpectedSize(const Capsule& capsule)
+{
+    std::size_t size = 4096;
+    for (const auto& control : capsule.GetControls()) {
+        size += 256 + (control ? 96 * control->GetLocName()->GetLocaleStrings().size() : 0);
+    }
+    return size;
 }
 
 template <class T>
@@ -48,7 +58,7 @@ UTF8String CapsuleToJson(const std::shared_ptr<Capsule>& capsule)
     if (!capsule) {
         return {};
     }
-    UTF8String text = json::ToText(*capsule);
+    UTF8String text = json::ToText(*capsule, ExpectedSize(*capsule));
     // The same limits as the readers' (docs/decisions/depth-limit.md): a definition stored beyond them could
     // never be read again. Size and number are known only when all is written; the depth is looked at while it is.
     if (const char* reason = JSONDocument::BeyondLimits(orvcore::AsNarrow(text))) {

@@ -1,5 +1,5 @@
 // A JSON text behind two bytes that choose an edit: the scanner must find the values that the reader reads, no more and
-// no fewer, and an edit must change that one member and no other.
+// no fewer, and an edit must change that one member and no other. Bytes behind the text must not count.
 #include <orvcore/json/JSONSplice.h>
 #include <orvcore/json/shared/JSONDocument.h>
 
@@ -20,10 +20,10 @@ using json::JSONSplice;
     std::abort();
 }
 
-std::optional<json::JSONDocument> Read(std::string_view text)
+std::optional<json::JSONDocument> Read(std::string_view text, std::size_t room = 0)
 {
     try {
-        return json::JSONDocument::Parse(orvcore::AsUTF8(text));
+        return json::JSONDocument::Parse(orvcore::AsUTF8(text), room);
     } catch (const json::json_parse_exception&) {
         return std::nullopt;
     }
@@ -54,6 +54,18 @@ JSONOutline::Kind KindOf(const json::JSONNode& node)
 std::u8string Printed(const json::JSONNode& node)
 {
     return json::GetJSONUTF8String(node.ToTree(), false);
+}
+
+// Where it is parsed in place, the text goes on with itself.
+void CompareInPlace(const std::optional<json::JSONDocument>& document, std::string_view text)
+{
+    std::string whole(text);
+    whole.append(text).append(json::kJSONTextRoom, ']');
+    const auto inPlace = Read(std::string_view(whole).substr(0, text.size()), whole.size() - text.size());
+    if (document.has_value() != inPlace.has_value() ||
+        (document && Printed(document->Root()) != Printed(inPlace->Root()))) {
+        Fail("the bytes behind a text count", text);
+    }
 }
 
 void Compare(const JSONOutline& outline, const json::JSONNode& node, std::string_view text)
@@ -154,6 +166,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::string text(reinterpret_cast<const char*>(data) + 2, size - 2);
     const auto document = Read(text);
+    CompareInPlace(document, text);
     try {
         const JSONOutline outline = json::ReadOutline(text);
         if (document) {

@@ -79,6 +79,30 @@ TEST(JSONParse, TextsThatAreRefused)
     }
 }
 
+// A text that is parsed where it lies has other bytes behind it. Each part of a text that begins with it is a text of
+// its own here, and what follows would make another of it.
+TEST(JSONDocument, BytesBehindATextDoNotCount)
+{
+    const auto read = [](std::u8string_view text, std::size_t room) {
+        try {
+            return Compact(JSONDocument::Parse(text, room).Root().ToTree());
+        } catch (const json_parse_exception& error) {
+            return std::string(error.what());
+        }
+    };
+    for (const std::u8string_view whole :
+         {u8R"([[12.5e3,-7,true],{"a":"b\u0041\\","字":null}])"sv, u8"12345"sv, u8"-0.25e-7"sv, u8"false"sv,
+          u8R"("a text \" and more, beyond one step of the parser's 😀")"sv, u8"\uFEFF[100000000000000000000]"sv}) {
+        for (const char8_t filler : u8"]}\"1,e\\\xFF "sv) {
+            const std::u8string full = std::u8string(whole) + std::u8string(kJSONTextRoom, filler);
+            for (std::size_t size = 0; size <= whole.size(); ++size) {
+                const std::u8string_view text(full.data(), size);
+                EXPECT_EQ(read(text, full.size() - size), read(std::u8string(text), 0)) << orvcore::ToNarrow(text);
+            }
+        }
+    }
+}
+
 TEST(JSONParse, NestingIsBoundedAndRefusedAtOnce)
 {
     const auto nested = [](std::size_t depth) {

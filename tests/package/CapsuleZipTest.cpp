@@ -5,6 +5,7 @@
 #include <orvcore/files/WalkTree.h>
 #include <orvcore/files/shared/FileLock.h>
 #include <orvcore/host/Application.h>
+#include <orvcore/json/JSON.h>
 #include <orvcore/tasks/Executor.h>
 #include <orvcore/tasks/Future.h>
 #include <orvcore/text/Guid.h>
@@ -74,7 +75,9 @@ TEST_F(CapsuleZipTest, PathsOf220BytesAreOpenedInPlaceAndLongerOnesThroughACopy)
         const fs::path path = PathOfLength(folder_, length, unique_ + ".zelt");
         orvcore::CopyOneFile(Package("p.zelt", ZipBytes().Add({.name = "definition.json", .data = "{}"})), path);
         CapsuleZip byText(PathToUTF8(path));
-        EXPECT_EQ(byText.GetZELTDescriptionJSON(), u8"{}"); // opens the copy that the assignment removes
+        const orvcore::UTF8String text = byText.GetZELTDescriptionJSON(); // opens the copy that the assignment removes
+        EXPECT_EQ(text, u8"{}");
+        EXPECT_GE(text.capacity() - text.size(), orvcore::serialization::kJSONTextRoom);
         const auto byFile = std::make_unique<CapsuleZip>(path);
         const CapsuleZip copy = *byFile;
         byText = *byFile;

@@ -62,8 +62,9 @@ protected:
 TEST_F(DefinitionRewriteTest, ReadsFilesAsTheyAre)
 {
     folder.Write("\u5b57.json", std::string("\xEF\xBB\xBF{}\r\n\0\xFF", 9));
-    EXPECT_EQ(GetJsonContent(orvcore::PathToUTF8(folder / "\u5b57.json")),
-              UTF8String(reinterpret_cast<const char8_t*>("\xEF\xBB\xBF{}\r\n\0\xFF"), 9));
+    const UTF8String text = GetJsonContent(orvcore::PathToUTF8(folder / "\u5b57.json"));
+    EXPECT_EQ(text, UTF8String(reinterpret_cast<const char8_t*>("\xEF\xBB\xBF{}\r\n\0\xFF"), 9));
+    EXPECT_GE(text.capacity() - text.size(), orvcore::serialization::kJSONTextRoom);
     EXPECT_EQ(GetJsonContent(orvcore::PathToUTF8(folder / "missing")), u8"");
     EXPECT_EQ(GetJsonContent(orvcore::PathToUTF8(folder.Path())), u8"");
     EXPECT_EQ(GetJsonContent(u8""), u8"");

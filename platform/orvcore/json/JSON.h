@@ -31,6 +31,9 @@ inline constexpr std::size_t kMaxJSONDepth = 256;
 inline constexpr std::size_t kMaxJSONSize = std::size_t{8} << 20U;
 /// The most values (objects, arrays and scalars, the outermost one included) that a text may hold to be read.
 inline constexpr std::size_t kMaxJSONValues = std::size_t{1} << 18U;
+/// The bytes of spare capacity with which a definition's text is parsed where it lies; any other is copied first.
+/// `UnzipText` and `GetJsonContent` give texts that have them.
+inline constexpr std::size_t kJSONTextRoom = 64;
 
 /// Reads a whole JSON text into a value tree.
 ///

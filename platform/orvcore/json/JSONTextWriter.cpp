@@ -99,8 +99,9 @@ char8_t* PutEscaped(std::u16string_view text, char8_t* to)
 
 } // namespace
 
-JSONTextWriter::JSONTextWriter(bool formatted)
-    : formatted_(formatted)
+JSONTextWriter::JSONTextWriter(bool formatted, std::size_t expected)
+    : text_(expected, u8'\0')
+    , formatted_(formatted)
 {
 }
 

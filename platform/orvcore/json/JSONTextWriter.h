@@ -12,7 +12,8 @@ namespace orvcore::serialization {
 /// JSON, or would lie deeper than `kMaxJSONDepth`, where no reader would take it.
 class ORVPLATFORM_API JSONTextWriter final : public JSONSink {
 public:
-    explicit JSONTextWriter(bool formatted = false);
+    /// @param expected about how many bytes come: what is foreseen is not moved while the text grows
+    explicit JSONTextWriter(bool formatted = false, std::size_t expected = 0);
     ~JSONTextWriter() override;
 
     void BeginObject() override;

@@ -16,6 +16,8 @@ namespace {
 
 } // namespace
 
+static_assert(kJSONTextRoom >= simdjson::SIMDJSON_PADDING);
+
 struct JSONDocument::Storage {
     simdjson::dom::document parsed; // the texts of the nodes
     NodeArena arena;
@@ -23,7 +25,7 @@ struct JSONDocument::Storage {
 
     // The parser reads some bytes past the end of its input, and makes a padded copy of a text that may not have them.
     // What it leaves, the tape and the texts, lies in `parsed`; the text itself may go.
-    simdjson::error_code Parse(std::string_view text)
+    simdjson::error_code Parse(std::string_view text, std::size_t room)
     {
         // The parser's index of the text is larger than the text itself: it goes before the record is read.
         simdjson::dom::parser parser{simdjson::SIMDJSON_MAXSIZE_BYTES};
@@ -31,7 +33,7 @@ struct JSONDocument::Storage {
         if (const auto error = parser.allocate(text.size(), kMaxJSONDepth + 1); error != simdjson::SUCCESS) {
             return error;
         }
-        return parser.parse_into_document(parsed, text.data(), text.size()).error();
+        return parser.parse_into_document(parsed, text.data(), text.size(), room < kJSONTextRoom).error();
     }
 };
 
@@ -56,7 +58,7 @@ const char* JSONDocument::BeyondLimits(std::string_view json) noexcept
     return nullptr;
 }
 
-JSONDocument JSONDocument::Parse(std::u8string_view text)
+JSONDocument JSONDocument::Parse(std::u8string_view text, std::size_t room)
 {
     constexpr std::u8string_view byteOrderMark = u8"\uFEFF";
     if (text.starts_with(byteOrderMark)) {
@@ -67,12 +69,12 @@ JSONDocument JSONDocument::Parse(std::u8string_view text)
         throw json_parse_exception(reason);
     }
     auto storage = std::make_unique<Storage>();
-    simdjson::error_code error = storage->Parse(json);
+    simdjson::error_code error = storage->Parse(json, room);
     if (error != simdjson::SUCCESS) {
         // Integers beyond 64 bits make the parser give up; as doubles they are numbers like others. Such texts are
         // rare, so only one that was refused is looked through for them.
         if (const std::string again = detail::WithBigIntegersAsDoubles(json); !again.empty()) {
-            error = storage->Parse(again);
+            error = storage->Parse(again, again.capacity() - again.size());
         }
     }
     // Not the text's fault, and not to be told as one.

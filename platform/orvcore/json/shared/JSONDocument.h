@@ -99,8 +99,10 @@ private:
 /// is the convenient one. Movable; reading is safe from any number of threads.
 class ORVPLATFORM_API JSONDocument {
 public:
-    /// Reads a text under the rules of `JSONParse`. @throws json_parse_exception as `JSONParse` does.
-    static JSONDocument Parse(std::u8string_view text);
+    /// Reads a text under the rules of `JSONParse`. `room` tells how many bytes behind the text belong to the same
+    /// allocation: from `kJSONTextRoom` on, the text is not copied. What the bytes hold does not matter.
+    /// @throws json_parse_exception as `JSONParse` does.
+    static JSONDocument Parse(std::u8string_view text, std::size_t room = 0);
     /// The same form over an existing tree, whose texts it points into: `tree` must outlive the document.
     /// @throws json_write_exception for a foreign node or too deep a tree.
     static JSONDocument FromTree(const Variant& tree);

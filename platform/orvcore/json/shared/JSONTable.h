@@ -368,11 +368,11 @@ bool FromTree(const Variant& tree, T& out)
     return Codec<T>::Read(JSONDocument::FromTree(tree).Root(), out);
 }
 
-/// A value as compact JSON text.
+/// A value as compact JSON text of about `expected` bytes.
 template <class T>
-UTF8String ToText(const T& value)
+UTF8String ToText(const T& value, std::size_t expected = 0)
 {
-    JSONTextWriter writer;
+    JSONTextWriter writer(false, expected);
     Codec<T>::Write(writer, value);
     return writer.Take();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <orvcore/json/JSON.h>
 #include <orvstorage/ZipLimits.h>
 #include <orvstorage/detail/reading/ZipArchive.h>
 
@@ -29,7 +30,9 @@ public:
     template <class Container>
     ZipFault ReadAll(Container& content)
     {
-        content.resize(std::min(declared_, kTrustedSize));
+        const std::uint64_t first = std::min(declared_, kTrustedSize);
+        content.reserve(first + orvcore::serialization::kJSONTextRoom); // many are texts that are parsed next
+        content.resize(first);
         std::size_t done = 0;
         for (;;) {
             auto got = Read(content.data() + done, content.size() - done);
