@@ -30,9 +30,11 @@ public:
     template <class Container>
     ZipFault ReadAll(Container& content)
     {
-        const std::uint64_t first = std::min(declared_, kTrustedSize);
-        content.reserve(first + orvcore::serialization::kJSONTextRoom); // many are texts that are parsed next
-        content.resize(first);
+        const auto makeRoom = [&content](std::uint64_t size) {
+            content.reserve(size + orvcore::serialization::kJSONTextRoom); // many are texts that are parsed next
+            content.resize(size);
+        };
+        makeRoom(std::min(declared_, kTrustedSize));
         std::size_t done = 0;
         for (;;) {
             auto got = Read(content.data() + done, content.size() - done);
@@ -43,7 +45,7 @@ public:
             if (done < content.size() || done >= declared_) {
                 break;
             }
-            content.resize(std::min(declared_, std::uint64_t{content.size()} * 2));
+            makeRoom(std::min(declared_, std::uint64_t{content.size()} * 2));
         }
         char beyond = 0;
         if (done == content.size()) {
