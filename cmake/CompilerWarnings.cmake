@@ -31,7 +31,7 @@ else()
       -Wno-restrict -Wno-error=maybe-uninitialized -Wno-error=null-dereference -Wno-error=stringop-overflow
       -Wno-error=array-bounds -Wno-error=stringop-overread -Wno-error=free-nonheap-object
       # Where several sources are compiled as one, what a source keeps to itself looks like a header's.
-      $<$<BOOL:${CMAKE_UNITY_BUILD}>:-Wno-subobject-linkage>
+      $<$<OR:$<BOOL:${CMAKE_UNITY_BUILD}>,$<BOOL:${ORV_UNITY_PROGRAMS}>>:-Wno-subobject-linkage>
     )
   endif()
 endif()
