@@ -71,7 +71,7 @@ std::string Capsule::GetCurrentAPIVersion()
 UTF16String Capsule::GetDisplayName() const
 {
     UTF16String name = capsuleNameLocalized_.GetString();
-    // An empty text in the host's language is a name nobody translated, not a template without a name.
+    // An empty text in the host's language is a name that was not translated, not a template without a name.
     return name.empty() ? capsuleNameObsolete_ : name;
 }
 

@@ -32,7 +32,7 @@ GraphicSourceManager::SourcePtr SourceToAsk(const GraphicSourceManager& manager,
 
 bool IsGone(const orvcore::UTF8String& file)
 {
-    std::error_code error; // where nobody may look, the file may well be there
+    std::error_code error; // without the right to look, the file may well be there
     return orvcore::InspectTarget(orvcore::PathFromUTF8(file), error).kind == orvcore::FileKind::Nothing && !error;
 }
 
@@ -110,7 +110,7 @@ bool ListFolder(const detail::ManagerState& state, const FolderRequest& request,
 
 using DirectoryList = std::vector<std::pair<orvcore::UTF8String, orvcore::UTF8String>>;
 
-// A local source never changes; a new one takes the old one's place in the list, and whoever still uses the old one
+// A local source never changes; a new one takes the old one's place in the list, and a task that still uses the old one
 // holds it. The working folder is one for all of them and was prepared with the first.
 void ReplaceCustomDirectories(detail::ManagerState& state, const DirectoryList& directories)
 {

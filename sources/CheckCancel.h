@@ -15,7 +15,8 @@ namespace orvcapsule {
 
 class CapsuleEntry;
 
-/// A request's cancellation token, held by `boost::shared_ptr` by whoever made the request and by the work done for it.
+/// A request's cancellation token, held by `boost::shared_ptr` by the caller that made the request and by the work done
+/// for it.
 ///
 /// `Abort` and `GetAbort` may be called from any thread at any time, several pollers included: once an `Abort` has
 /// returned, every `GetAbort` that begins afterwards answers true, whichever poller comes first. The other members are
@@ -36,7 +37,7 @@ public:
     virtual bool GetAbort();
 
     /// @name What the request shows
-    /// Texts set by whoever made the request.
+    /// Texts set by the caller that made the request.
     /// @{
     orvcore::UTF8String text1;
     orvcore::UTF8String text2;

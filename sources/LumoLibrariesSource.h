@@ -20,7 +20,7 @@ namespace orvcapsule {
 /// caller.
 class ORVCAPSULE_API LumoLibrariesSource : public ILocalGraphicSource {
 public:
-    /// @param flag kept for whoever asks (GetFlag); no operation of this class looks at it
+    /// @param flag kept for the host (GetFlag); no operation of this class looks at it
     explicit LumoLibrariesSource(bool flag);
     ~LumoLibrariesSource() override;
 

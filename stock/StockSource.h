@@ -65,7 +65,7 @@ public:
     /// entry's name and keywords in the place of its own: blocks. It is fetched once for all hosts that share the
     /// working folder. An entry whose description cannot be had, or not be read, stays without.
     virtual void DownloadJSON(const boost::shared_ptr<CapsuleEntry>& entry) const;
-    /// Keeps the flag for whoever asks (GetWantThumbsWithStockID); no operation of this class looks at it.
+    /// Keeps the flag for the host (GetWantThumbsWithStockID); no operation of this class looks at it.
     virtual void SetWantThumbsWithStockID(bool want);
     bool GetWantThumbsWithStockID() const;
 

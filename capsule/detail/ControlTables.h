@@ -81,7 +81,7 @@ struct ControlTables {
             key, [](JSONSink& sink, const ClientControl&) { json::Codec<UIString>::Write(sink, UIString()); });
     }
 
-    // Apart from Common, because these keys are also read of a control whose kind nobody knows here.
+    // Apart from Common, because these keys are also read of a control whose kind is unknown here.
     static constexpr auto BeforeType()
     {
         return Fields(

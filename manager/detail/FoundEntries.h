@@ -45,7 +45,7 @@ class FoundDelivery {
 public:
     using Callback = GraphicSourceManager::EntriesFoundCallback;
 
-    /// @param found empty when nobody wants them
+    /// @param found empty when the host has no callback for them
     FoundDelivery(std::shared_ptr<FoundEntries> found, const TokenPtr& token, std::shared_ptr<Callback> callback);
     FoundDelivery(const FoundDelivery&) = delete;
     FoundDelivery& operator=(const FoundDelivery&) = delete;

@@ -30,7 +30,7 @@ using ListFunction = std::function<void(ILocalGraphicSource&, EntryList&)>;
 struct Request {
     TokenPtr token;
     Callbacks callbacks;
-    std::shared_ptr<FoundEntries> found; // what the token's holders announce; empty where nobody wants to know
+    std::shared_ptr<FoundEntries> found; // what the token's holders announce; empty without a callback
 };
 
 bool IsLocal(const SourcePtr& source)
@@ -100,7 +100,7 @@ bool ListEachSource(const ManagerState& state, const Request& request, const Lis
         MoveProgress(*token, progress);
         found.EndSource(entries);
         const int delivered = static_cast<int>(all.size());
-        const int expected = --left == 0 ? delivered : -1; // nobody knows what the sources after this one will find
+        const int expected = --left == 0 ? delivered : -1; // what the sources after this one will find is unknown
         Deliver(token, request.callbacks.partialCompletion,
                 [entries, delivered, expected, id = source->GetSourceID()](
                     GraphicSourceManager::PartialCompletionCallback& call) { call(entries, delivered, expected, id); });

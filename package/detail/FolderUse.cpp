@@ -135,7 +135,7 @@ bool WithFolderToOneself(const std::filesystem::path& folder, const std::functio
     // A process that has not initialised the folder opens its locks for this call only.
     const UseLocks others = holds ? UseLocks() : UseLocks{OpenLock(LockPath(folder), false), OpenLock(folder, false)};
     const UseLocks& locks = holds ? own.locks : others;
-    // Fails closed: where a lock file is there and cannot be opened, nobody can tell whether the folder is in use.
+    // Fails closed: where a lock file is there and cannot be opened, it cannot be known whether the folder is in use.
     const bool alone = (locks.beside || !isShared) && locks.TryExclusive();
     if (alone) {
         action();

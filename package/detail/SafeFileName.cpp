@@ -12,7 +12,7 @@ namespace orvcapsule::detail {
 // folder ("..", a separator), never a device ("nul"), never the name of another identifier's folder. So "%" is escaped
 // always, and an identifier that is a plain name on every system stays as it is.
 //
-// Whoever changes a rule here gives existing assets another folder: they are fetched again, and the old files stay
+// A change of a rule here gives existing assets another folder: they are fetched again, and the old files stay
 // until the working folder is deleted.
 
 namespace {

@@ -95,7 +95,7 @@ void Append(std::vector<LeftOut>& list, const Library& library, const std::vecto
 struct FolderLibManager::State {
     const std::optional<fs::path> fixedRoot;
     std::mutex mutex;
-    CataloguePtr catalogue; // null: nobody has looked yet
+    CataloguePtr catalogue; // null: not looked at yet
     std::unordered_map<std::string, Looked> looked;
 
     explicit State(std::optional<fs::path> root)
@@ -181,7 +181,7 @@ struct FolderLibManager::State {
         return found != looked.end() ? found->second : Looked();
     }
 
-    // As KnownLook; looks where nobody has.
+    // As KnownLook; looks when there is no look yet.
     Looked LatestLook(const std::string& libraryID)
     {
         if (Looked known = KnownLook(libraryID); known.library) {

@@ -102,7 +102,7 @@ public:
     }
 
 private:
-    // The codes stay until the next failure: whoever asks for them has just been refused.
+    // The codes stay until the next failure: a caller asks for them after it was refused.
     ResultCode Refuse() noexcept
     {
         error_ = DBErrorCode::Call;

@@ -27,14 +27,14 @@ std::uint64_t InodeOf(const orvcore::UTF8String& path)
 }
 
 // Between its bind and its listen a socket refuses clients as one that was left behind does. All who open a listener
-// take those two steps under a lock of the folder, so nobody takes the one for the other.
+// take those two steps under a lock of the folder, so neither is taken for the other.
 std::unique_ptr<orvcore::FileLock> LockFolderOf(const orvcore::UTF8String& path, std::error_code& error)
 {
     const std::filesystem::path folder = orvcore::PathFromUTF8(path).parent_path();
     return orvcore::FileLock::ForMoment(folder.empty() ? "." : folder, std::chrono::milliseconds(500), error);
 }
 
-// A program that was killed leaves its socket behind; nobody answers there.
+// A program that was killed leaves its socket behind, which refuses connections.
 bool IsLeftBehind(const orvcore::UTF8String& path, const sockaddr_un& address)
 {
     struct stat status {};
@@ -70,8 +70,8 @@ LocalListener::LocalListener(orvcore::UTF8String path, std::intptr_t handle, std
 {
 }
 
-// The name first: as long as it is there a client may come, whom nobody would answer. Its user may have removed it, and
-// another may listen there; while this socket is open no new file gets its inode.
+// The name first: as long as it is there a client may connect, and would get no answer. Its user may have removed it,
+// and another may listen there; while this socket is open no new file gets its inode.
 LocalListener::~LocalListener()
 {
     if (InodeOf(path_) == inode_) {

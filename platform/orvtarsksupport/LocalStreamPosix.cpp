@@ -45,7 +45,7 @@ TarskResult FromErrno() noexcept
     switch (errno) {
     case ENOENT:
     case ENOTDIR:
-    // A socket that a killed broker has left behind: it is there, but nobody listens.
+    // A socket that a killed broker has left behind: it is there, but no process listens.
     case ECONNREFUSED:
         return {TarskStatus::NoBroker};
     // What a connection ends with when its time limit (SO_SNDTIMEO) passes.

@@ -44,7 +44,7 @@ TarskResult FromWindowsError(DWORD error) noexcept
     case ERROR_OPERATION_ABORTED:
     case ERROR_SEM_TIMEOUT:
         return {TarskStatus::TimedOut};
-    // The other end has closed: the first for a read, the second for a write, the third when nobody was there any more.
+    // The other end has closed: the first for a read, the second for a write, the third when it had closed before.
     case ERROR_BROKEN_PIPE:
     case ERROR_NO_DATA:
     case ERROR_PIPE_NOT_CONNECTED:

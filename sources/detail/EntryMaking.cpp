@@ -108,7 +108,7 @@ void EntryMaking::SetStep(double step)
         const std::lock_guard lock(progress_);
         step_ = step;
     }
-    // Read without the lock: once step_ is set nobody counts made_ any more.
+    // Read without the lock: once step_ is set made_ is not counted any more.
     listing_.Advance(step * static_cast<double>(made_));
 }
 

@@ -176,7 +176,7 @@ bool ConcernsWholeWalk(const std::error_code& error)
 fs::path FullFolderPath(const fs::path& folder)
 {
     std::error_code error;
-    // An empty path made absolute would be the process's working folder, whose templates nobody asked for.
+    // An empty path made absolute would be the process's working folder, whose templates were not asked for.
     fs::path full = folder.empty() ? folder : fs::absolute(folder, error);
     return orvcore::WithoutClosingSeparators(error ? folder : full);
 }

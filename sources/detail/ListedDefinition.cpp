@@ -113,7 +113,7 @@ bool FillFromDefinition(CapsuleEntry& entry, const CapsuleZip& package, const st
     // Nearly all definitions are of the first size; the size of one is known when it was found too large.
     for (const std::uint64_t size :
          {std::uint64_t{32} << 10U, std::uint64_t{512} << 10U, std::uint64_t{orvcore::serialization::kMaxJSONSize}}) {
-        // The size is that of the attempt, not of the text, which nobody knows before the entry is found: an archive's
+        // The size is that of the attempt, not of the text, which is not known before the entry is found: an archive's
         // directory may lie about it, and unpacking ends at the limit.
         const BudgetShare share(size);
         // After the wait, which may have been long.

@@ -29,7 +29,7 @@ public:
     /// Advances the listing's line, and that of the whole request. Any thread.
     void Advance(double step);
 
-    /// Tells whoever follows the request of an entry that is whole. Any thread.
+    /// Tells those who follow the request of an entry that is whole. Any thread.
     void Announce(const boost::shared_ptr<CapsuleEntry>& entry);
 
     /// Polls the token, on any thread; stays true once it was.

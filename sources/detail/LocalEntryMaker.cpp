@@ -17,7 +17,7 @@ namespace orvcapsule::detail {
 // the first step that needs its content.
 //
 // `state` collects what the next listing may rely on. `isKnown` stays true only where everything was read or is known
-// to be missing; has...: false means that the package has no such preview, so nobody looks for it again until it
+// to be missing; has...: false means that the package has no such preview, so it is not looked for again until it
 // changes.
 
 namespace fs = std::filesystem;

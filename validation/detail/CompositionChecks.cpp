@@ -22,7 +22,7 @@ void NeedPositive(const PlacedValue& record, std::initializer_list<std::string_v
     }
 }
 
-// What lies on a collaboration server is no business of whoever gets the template.
+// What lies on a collaboration server means nothing to those who get the template.
 void CheckSecrets(const PlacedValue& composition, DefinitionReport& report)
 {
     for (const char* request : {"veldenassetrequestinfo", "veldenproductionrequestinfo"}) {

@@ -34,7 +34,7 @@ Finding Malformed(std::string_view text, const json::json_parse_exception& error
     Finding finding = OfText("MalformedJSON", std::string("definition.json is malformed: ") + error.what());
     finding.expected = "a JSON object in UTF-8";
     // The two byte-order marks, or the second byte of a Latin character: editors write UTF-16, and the parser's own
-    // complaint about a byte would help nobody.
+    // complaint about a byte would not help.
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || (text.size() > 1 && text[1] == '\0')) {
         finding.text = "definition.json is malformed: it is UTF-16, not UTF-8";
     } else if (const auto* placed = dynamic_cast<const json::json_outline_exception*>(&error)) {

@@ -242,7 +242,7 @@ private:
     void TellUnknown(const PlacedValue& member, const Shape& shape, const Shape* kind)
     {
         const std::string_view key = member->Key();
-        // Nobody knows which keys such a control may have.
+        // Which keys such a control may have is unknown.
         const bool isOfUnknownKind = shape.name == "control" && kind == nullptr;
         const bool isForEditors = &shape == &DefinitionShape() && key == "$schema";
         const bool isMediaValue = kind != nullptr && kind->name == "media" && key == CAPSULE_CONTROL_VALUE_STR;

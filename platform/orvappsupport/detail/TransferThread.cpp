@@ -13,7 +13,7 @@
 // else (the lists of transfers, the multi handle) belongs to the thread alone. Handlers and the callers' functions run
 // without the lock; they may submit new transfers.
 //
-// The thread sleeps in curl_multi_poll. Whoever gives an order changes the shared state first and then calls
+// The thread sleeps in curl_multi_poll. A thread that gives an order changes the shared state first and then calls
 // curl_multi_wakeup, the one function of libcurl that other threads may call here; a wake-up that comes before the poll
 // ends the next one, so no order waits for the end of a sleep.
 //

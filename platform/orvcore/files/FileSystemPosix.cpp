@@ -131,7 +131,7 @@ bool IsSameFile(const fs::path& a, const fs::path& b) noexcept
 
 void ReadDirectory(const fs::path& directory, const DirectoryVisitor& visit, std::error_code& error)
 {
-    // Without the option to skip folders without rights: whoever reads must learn that something is missing.
+    // Without the option to skip folders without rights: the caller must learn that something is missing.
     fs::directory_iterator at(directory, error);
     for (; !error && at != fs::directory_iterator(); at.increment(error)) {
         if (!visit(at->path(), KindOf(*at))) {

@@ -34,7 +34,7 @@ using FileHandle = std::unique_ptr<std::remove_pointer_t<HANDLE>, CloseFile>;
 // Opens what a path leads to, a folder too, only to ask about it; empty with the system's last error otherwise.
 FileHandle OpenToAsk(const fs::path& path)
 {
-    // Rights to the attributes alone: whoever has the file open without sharing it does not stop this.
+    // Rights to the attributes alone: a process that has the file open without sharing it does not stop this.
     const HANDLE handle = ::CreateFileW(ToSystemPath(path).c_str(), FILE_READ_ATTRIBUTES,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                         FILE_FLAG_BACKUP_SEMANTICS, nullptr);

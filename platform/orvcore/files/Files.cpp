@@ -103,7 +103,7 @@ DirectoryListing ListDirectory(const fs::path& directory, std::error_code& error
         return listing;
     }
     const auto sort = [&listing](const fs::path& path, FileKind kind) {
-        // A link to a folder could lead to a folder above: whoever walks on from these lists must come to an end.
+        // A link to a folder could lead to a folder above: a caller that walks on from these lists must come to an end.
         if (kind != FileKind::Link || !IsDirectory(path)) {
             (kind == FileKind::Directory ? listing.directories : listing.files).push_back(path);
         }

@@ -39,7 +39,7 @@ public:
     };
     using Callback = std::function<void(const std::vector<Change>& changes)>;
 
-    /// Takes in what the folders hold now, which is told by nobody, then watches.
+    /// Records what the folders hold now, without reporting it, then watches.
     /// @param callback  runs on the watcher's own thread, one call at a time, and must not destroy the watcher; what it
     ///        throws goes to the handler of `SetTaskExceptionHandler`. Throws `std::system_error` when there is no
     ///        thread.

@@ -8,11 +8,12 @@
 #include <set>
 
 // In <temporary folder>/<area>/ lie a folder <guid>, and beside it <guid>.lock, which its process has
-// locked as long as it lives. The system lets go of the lock however the process ends, so a folder whose lock can be
-// had is nobody's. The lock lies beside the folder and not in it: what the folder holds is its user's alone.
+// locked until it ends. The system releases the lock however the process ends, so a folder whose lock can be taken is
+// not in use. The lock lies beside the folder and not in it: what the folder holds is its user's alone.
 //
 // The order when one is made: folder, lock file, lock. Between the first and the last step another process would take
-// the folder for abandoned, hence the day of grace. The order at the end: content, lock, lock file.
+// the folder for abandoned, so one that is younger than a day is left alone. The order at the end: content, lock, lock
+// file.
 
 namespace orvcore {
 
@@ -30,7 +31,7 @@ fs::path LockOf(fs::path folder)
 fs::path NewFolder(std::u8string_view area)
 {
     fs::path folder = TempDirectory() / PathFromUTF8(area);
-    // Whoever comes first makes the area, for all users of the machine: they make folders in it and remove only their
+    // The first process makes the area, for all users of the machine: they make folders in it and remove only their
     // own.
     MakeDirectory(folder, FolderAccess::Shared);
     folder /= Guid::Create().ToString();

@@ -103,7 +103,7 @@ std::size_t Localiser::LoadDictionary(const std::string& language, std::string_v
         dictionary.remove_prefix(kByteOrderMark.size());
     }
     std::size_t ignored = 0;
-    // For the whole of the loading: nobody sees a dictionary that is half there.
+    // For the whole of the loading: no thread sees a dictionary that is half there.
     const std::unique_lock lock(TheDictionaries().mutex);
     Dictionary& entries = TheDictionaries().byLanguage[language];
     while (!dictionary.empty()) {

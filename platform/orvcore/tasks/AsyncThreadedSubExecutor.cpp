@@ -11,9 +11,9 @@ namespace orvcore {
 // runner counts from before it is posted until it finds the queue empty; as many as `concurrency` may count at a time.
 //
 // Why no task is forgotten: a runner that leaves finds the queue empty and stops counting under one holding of the
-// lock, and whoever queues a task sees under the same lock whether one counts. Why a serial queue is serial: with a
-// concurrency of 1 the next runner is posted only when the task has ended, and by the lock each task sees what the one
-// before wrote.
+// lock, and a thread that queues a task sees under the same lock whether one counts. Why a serial queue is serial: with
+// a concurrency of 1 the next runner is posted only when the task has ended, and by the lock each task sees what the
+// one before wrote.
 struct AsyncThreadedSubExecutor::State : std::enable_shared_from_this<State> {
     State(std::shared_ptr<Executor> executor, std::size_t limit)
         : concurrency(limit)

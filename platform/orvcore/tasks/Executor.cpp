@@ -113,7 +113,7 @@ void Report(const std::exception_ptr& exception) noexcept
         if (handler && *handler) {
             (*handler)(exception);
         }
-    } catch (...) { // nobody is left to tell
+    } catch (...) { // the handler itself failed, and there is no other
     }
 }
 

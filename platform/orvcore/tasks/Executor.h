@@ -36,9 +36,9 @@ public:
 /// - the library that holds this code stays loaded once workers run, even when the host releases it.
 ORVPLATFORM_API std::shared_ptr<Executor> GetCPUBoundExecutor();
 
-/// Runs work that nobody waits for, one task at a time, until the process ends. At exit queued tasks are dropped and a
-/// running one is abandoned: exit is never delayed. Such a task must therefore be safe to interrupt at any point, and a
-/// long one polls `IsTerminating`.
+/// Runs work whose end is not waited for, one task at a time, until the process ends. At exit queued tasks are dropped
+/// and a running one is abandoned: exit is never delayed. Such a task must therefore be safe to interrupt at any point,
+/// and a long one polls `IsTerminating`.
 ORVPLATFORM_API std::shared_ptr<Executor> GetPreTerminationExecutor();
 
 /// Ends the process-wide executors: work is refused from now on, queued work is dropped, and the call returns when

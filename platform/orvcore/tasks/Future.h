@@ -127,7 +127,7 @@ private:
 };
 
 /// The maker's end of a future. Moved, not copied; destroyed unsettled (a task dropped from a queue, say) it cancels
-/// the future, so that nobody waits for ever. One thread at a time uses it.
+/// the future, so that no thread waits for ever. One thread at a time uses it.
 template <class T>
 class Promise {
 public:

@@ -91,7 +91,7 @@ bool IndexStore::IsWorthWritingAnew(std::int64_t last)
 // with the same rows as one that begins here.
 std::int64_t IndexStore::WriteAnew(std::int64_t last)
 {
-    // It empties the list, and is then its first change: whoever reads on from an older number comes across it.
+    // It empties the list, and is then its first change: a store that reads on from an older number finds it.
     file_.RemoveAll(++last);
     std::u16string_view before;
     memory_.ForEachRow([&](std::u16string_view key, std::u16string_view text) {

@@ -11,8 +11,8 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
-// One inotify queue for all folders, and an eventfd to wake the one who waits. The kernel numbers watches: by inode, so
-// a folder that was renamed and is watched again under its new path keeps its number. When the queue overflows the
+// One inotify queue for all folders, and an eventfd to wake the waiting thread. The kernel numbers watches: by inode,
+// so a folder that was renamed and is watched again under its new path keeps its number. When the queue overflows the
 // kernel says so and drops notices; the watcher then compares everything. A user has a limited number of watches for
 // all programs: Watch then answers false, and the folder is compared from time to time.
 

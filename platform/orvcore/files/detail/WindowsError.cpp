@@ -7,7 +7,7 @@
 
 // Callers compare with std::errc and show the message to people. The system's own category does neither alike on all
 // systems: its numbers are equal to std::errc only where a standard library maps them, and its words come in the user's
-// language. A number without a row keeps the system's category; nobody compares with it.
+// language. A number without a row keeps the system's category; no code compares with it.
 
 namespace orvcore::detail {
 

@@ -13,7 +13,7 @@ namespace orvcore {
 
 /// A lock between processes, tied to a small file. Many may hold it shared, or one exclusively; the system releases it
 /// when its holder ends, even if it crashes. Two objects of one process exclude each other, too. Remove the file
-/// only when nobody will ask for this lock again: a new file of its name is another lock. One thread at a time.
+/// only when no process will ask for this lock again: a new file of its name is another lock. One thread at a time.
 class ORVPLATFORM_API FileLock {
 public:
     /// Opens the lock at `path`; `create` creates the file when it is missing. Empty, with the reason in `error`, when

@@ -14,7 +14,7 @@ namespace orvcore {
 std::unique_ptr<FileLock> FileLock::Open(const std::filesystem::path& path, bool create, std::error_code& error)
 {
     const HANDLE handle =
-        // Without FILE_SHARE_DELETE: as long as the lock is open nobody can remove the file and lock another one of its
+        // Without FILE_SHARE_DELETE: as long as the lock is open no process can remove the file and lock another of its
         // name.
         ::CreateFileW(ToSystemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                       nullptr, create ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);

@@ -26,7 +26,7 @@ int FlagsOf(NativeFile::Mode mode)
     case NativeFile::Mode::Read:
         return O_RDONLY | O_CLOEXEC | O_NONBLOCK; // of no effect on a regular file
     case NativeFile::Mode::CreateNew:
-        // O_EXCL also refuses a link: in a folder that users share, nobody can lead this file elsewhere.
+        // O_EXCL also refuses a link: in a folder that users share, no other user can make this path lead elsewhere.
         return O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
     case NativeFile::Mode::Truncate:
         return O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;

@@ -9,9 +9,9 @@
 #include <vector>
 
 // To replace a file that somebody has open is what Windows forbids most. Three ways are tried, from the best to the
-// worst: the plain move, the move with the semantics of POSIX (Windows 10 on NTFS: whoever has the old file open keeps
-// it), and ReplaceFile. Virus scanners and indexers open every new file for a moment, so that a refusal is mostly over
-// in some milliseconds: 25 attempts, 20 ms apart, and the better two each time.
+// worst: the plain move, the move with the semantics of POSIX (Windows 10 on NTFS: a process that has the old file open
+// keeps it), and ReplaceFile. Virus scanners and indexers open every new file for a moment, so that a refusal is mostly
+// over in some milliseconds: 25 attempts, 20 ms apart, and the better two each time.
 
 namespace orvcore {
 

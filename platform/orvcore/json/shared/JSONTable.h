@@ -37,7 +37,7 @@ struct Always {
 // A field that is read and never written has this in the writer's place.
 struct NotWritten {};
 
-// A field of a table that nobody checks has this in the judge's place.
+// A field of a table that is never checked has this instead of a judge.
 struct NotChecked {};
 
 template <class ReadFunction, class WriteFunction, class Condition = Always, class CheckFunction = NotChecked>

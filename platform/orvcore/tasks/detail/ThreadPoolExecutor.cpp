@@ -12,7 +12,8 @@ namespace orvcore {
 
 // One lock guards all. A pool goes from working to refusing (what is queued stays and does not begin) to ending (the
 // workers leave). Each task is notified to one waiting worker; a worker that is not waiting looks at the queue under
-// the lock before it waits, so no notice is lost. Refuse notifies nobody: it only makes the workers' condition false.
+// the lock before it waits, so no notice is lost. Refuse notifies no worker: it only makes the workers' condition
+// false.
 struct ThreadPoolExecutor::State : std::enable_shared_from_this<State> {
     explicit State(std::size_t count)
         : workers(count)

@@ -4,7 +4,7 @@ namespace orvcore {
 
 /// Why a service with a thread of its own has to end.
 enum class ProcessEnd {
-    Shutdown, ///< ShutdownExecutors: whoever waits for the service is told
+    Shutdown, ///< ShutdownExecutors: callers that wait for the service are told
     Exit,     ///< the process exits: what others left with the service may use static objects that are gone
 };
 

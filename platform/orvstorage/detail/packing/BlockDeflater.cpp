@@ -122,7 +122,7 @@ void BlockDeflater::Deflate(std::span<const char> batch, bool last, std::vector<
         crc_ = static_cast<std::uint32_t>(crc32_combine(crc_, block.crc, static_cast<z_off_t>(length)));
         left -= length;
     }
-    // Only the stream's last batch is shorter than the window, and after it nobody looks back.
+    // Only the stream's last batch is shorter than the window, and no batch after it refers back to it.
     const auto tail = batch.last(std::min(kWindow, batch.size()));
     before_.assign(tail.begin(), tail.end());
 }

@@ -12,7 +12,8 @@ namespace orvstorage::detail {
 
 namespace {
 
-// Attributes are the same whatever the file's own are: rights and owners of the packer's machine are nobody's business.
+// Attributes are the same whatever the file's own are: rights and owners on the packer's machine mean nothing on
+// another.
 constexpr std::uint32_t kPlainFile = 0100644U << 16; // a Unix regular file that all may read
 // Deflating these again costs time and gains nothing. The choice goes by the name alone, not by what the content would
 // gain: it is part of what makes packing repeatable, and a new line here changes the bytes of archives that hold such
@@ -124,7 +125,7 @@ ZipFault PackOne(const PackTarget& target, std::shared_ptr<const ArchiveFile> ol
                  const PackItem* item, ByteProgress& progress)
 {
     // An estimate: what is read of the item and written of it, and what is copied. Bytes of the replaced entry are
-    // counted though nobody copies them.
+    // counted though they are not copied.
     progress.Expect((old ? old->Size() : 0) + (item != nullptr ? 2 * item->size : 0));
     // The new archive holds what the old one held: put over another, it would undo what somebody else stored there.
     Placing placing{target.path, [&] { return progress.Finish(); }, {}, target.version};

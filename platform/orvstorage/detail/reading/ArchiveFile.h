@@ -32,7 +32,7 @@ public:
     {
         return version_;
     }
-    /// Whether `path` still leads to this file, and nobody has written into it.
+    /// Whether `path` still leads to this file, and it has not been written to.
     bool IsStillAt(const std::filesystem::path& path) const;
     std::uint64_t TailOffset() const noexcept
     {

@@ -17,7 +17,8 @@ struct Placing {
     std::filesystem::path path;
     /// Asked when all is written; its false gives the new file up as cancelled. May be empty.
     std::function<bool()> approve;
-    /// Asked, once, when nobody else can come between; its false gives the new file up because the place has changed.
+    /// Asked, once, when no other writer can come between; its false gives the new file up because the place has
+    /// changed.
     std::function<bool()> isUnchanged;
     /// What the new archive's file is then known by.
     std::optional<orvcore::detail::FileVersion>& placed;

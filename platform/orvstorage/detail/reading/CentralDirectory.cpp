@@ -76,7 +76,7 @@ bool HasGoodAESField(std::span<const unsigned char> extra)
     return (version == 1 || version == 2) && vendor == "AE" && strength >= 1 && strength <= 3;
 }
 
-// Without that field the zip library refuses the archive. As an entry of a method that nobody knows it costs itself.
+// Without that field the zip library refuses the archive. As an entry of an unknown method it is refused alone.
 void HideAES(unsigned char* entry)
 {
     constexpr std::size_t kMethodAt = 10;
@@ -138,8 +138,8 @@ std::uint64_t LeastEnd(const DirectoryRecord& record)
 }
 
 // Entries that share bytes let a small archive unpack to any size. One pass in the order of the headers finds all:
-// whoever begins before the furthest end so far lies in another one's data. The local header may be longer than the
-// least length assumed here, so that honest archives never overlap; with the header in hand, CheckLocalHeader asks
+// an entry that begins before the furthest end so far lies in another one's data. The local header may be longer than
+// the least length assumed here, so that honest archives never overlap; with the header in hand, CheckLocalHeader asks
 // again against `dataLimit`.
 void MarkForeignData(std::vector<DirectoryRecord>& records, std::uint64_t directoryOffset)
 {

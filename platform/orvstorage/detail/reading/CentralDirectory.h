@@ -22,7 +22,7 @@ struct DirectoryRecord {
     std::uint16_t flags = 0;
     std::uint8_t system = 0;             ///< where the entry was made: 0 FAT, 3 Unix, 10 NTFS, 14 VFAT
     bool nameHasControls = false;        ///< such as the zip library does not pass on
-    ZipError dataError = ZipError::None; ///< set when its bytes are not its own, or nobody can decrypt them
+    ZipError dataError = ZipError::None; ///< set when its bytes are not its own, or cannot be decrypted
 };
 
 /// Reads the archive's directory, which may be hostile: memory stays within the limits, entries that share bytes with

@@ -6,7 +6,7 @@
 
 // Everything that is read of an entry comes through here, and with it the second half of the judgement: what the
 // directory says was judged when the archive was opened; whether the header and the bytes agree with it is known only
-// now. The checksum is compared by the zip library, at the read that finds the end, so whoever reads must read to that
+// now. The checksum is compared by the zip library, at the read that finds the end, so a reader must read to that
 // end.
 
 namespace orvstorage::detail {

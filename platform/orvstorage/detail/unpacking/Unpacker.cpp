@@ -112,7 +112,7 @@ private:
             }
             const std::size_t number = order_[turn];
             ZipFault fault = UnpackOne(handle, number, piece);
-            if (fault && fault.error != ZipError::Cancelled) { // whoever stopped the work has reported why
+            if (fault && fault.error != ZipError::Cancelled) { // the thread that stopped the work has reported why
                 Report(number, std::move(fault).At(archive_.Entries()[plan_.files[number].index].shown.name));
             }
         }
@@ -142,8 +142,8 @@ private:
     }
 
     // Of several faults the one of the first file counts, whatever the order in which the threads meet them. A cancel,
-    // or a handle that cannot be had, is told as the first file's, and so before any other. Whoever sees `stopped_`
-    // ends without a fault of its own.
+    // or a handle that cannot be had, is told as the first file's, and so before any other. A thread that sees
+    // `stopped_` ends without a fault of its own.
     void Report(std::size_t number, ZipFault fault)
     {
         const std::lock_guard lock(mutex_);
