@@ -81,8 +81,8 @@ const UTF8String& Definition(std::int64_t controls)
     auto& text = made[controls];
     if (text.empty()) {
         text = MakeDefinition(static_cast<std::size_t>(controls));
-        text.reserve(text.size() +
-                     orvcore::serialization::kJSONTextRoom); // as the readers of packages and files give it
+        // As the readers of packages and files give it.
+        text.reserve(text.size() + orvcore::serialization::kJSONTextRoom);
     }
     return text;
 }

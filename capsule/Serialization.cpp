@@ -5,6 +5,8 @@
 #include <capsule/detail/VersionGate.h>
 #include <capsule/shared/ListedCapsule.h>
 
+#include <algorithm>
+
 namespace orvcapsule::serialization {
 
 namespace {
@@ -27,14 +29,15 @@ JSONDocument ParseOrNothing(const UTF8String& text)
     }
 }
 
-// About how long a definition becomes: most of it are the controls, and most of a control is its label.
+// About how long a definition becomes: most of it are the controls, and most of a control is its label. Never more than
+// may be written.
 std::size_t ExpectedSize(const Capsule& capsule)
 {
     std::size_t size = 4096;
     for (const auto& control : capsule.GetControls()) {
         size += 256 + (control ? 96 * control->GetLocName()->GetLocaleStrings().size() : 0);
     }
-    return size;
+    return std::min(size, orvcore::serialization::kMaxJSONSize);
 }
 
 template <class T>
